@@ -1,0 +1,260 @@
+#include "ExtDevice/network/velno_network.h"
+
+#include <QDeadlineTimer>
+#include <QHash>
+#include <QHostAddress>
+#include <QPointer>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <memory>
+
+namespace {
+
+constexpr unsigned int noTimeLimit = 0xFFFFFFFF;
+constexpr int disconnectTimeout = 10'000;
+constexpr unsigned int largestHandle = 0x7FFFFFFF;
+
+// A connected socket may delete itself when the peer closes it: the pointer is then null, its entry stale.
+QHash<unsigned int, QPointer<QTcpSocket>> sockets;
+std::atomic<VelnoConnectionReceiver> connectionReceiver = nullptr;
+
+int waitTime(unsigned int timeout)
+{
+    constexpr int longest = std::numeric_limits<int>::max();
+    return timeout == noTimeLimit ? -1 : int(std::min(timeout, unsigned(longest)));
+}
+
+unsigned int enter(QTcpSocket *socket)
+{
+    static unsigned int handle = 0;
+    do {
+        handle = handle == largestHandle ? 1 : handle + 1;
+    } while (sockets.contains(handle));
+    sockets.insert(handle, socket);
+    return handle;
+}
+
+QTcpSocket *find(unsigned int handle)
+{
+    const auto entry = sockets.constFind(handle);
+    if (entry == sockets.constEnd())
+        return nullptr;
+    if (entry.value().isNull()) {
+        sockets.erase(entry);
+        return nullptr;
+    }
+    return entry.value();
+}
+
+void discard(unsigned int handle)
+{
+    delete sockets.take(handle).data();
+}
+
+bool isConnected(const QTcpSocket &socket)
+{
+    return socket.state() == QAbstractSocket::ConnectedState;
+}
+
+/** Looks whether the peer has closed: without an event loop nobody else does. */
+bool isStillOpen(QTcpSocket &socket)
+{
+    if (isConnected(socket) && socket.bytesAvailable() == 0)
+        socket.waitForReadyRead(0);
+    return isConnected(socket);
+}
+
+/** Waits only when nothing is there. What came together with the peer's close counts. */
+bool waitForBytes(QTcpSocket &socket, int timeout)
+{
+    if (socket.bytesAvailable() == 0 && isConnected(socket))
+        socket.waitForReadyRead(timeout);
+    return socket.bytesAvailable() > 0;
+}
+
+/** Each wait of the socket ends after a part; a close meanwhile drops the bytes that are left. */
+bool waitUntilWritten(QTcpSocket &socket, int timeout)
+{
+    const QDeadlineTimer deadline(timeout);
+    socket.flush();
+    while (socket.bytesToWrite() > 0) {
+        if (!socket.waitForBytesWritten(int(deadline.remainingTime())))
+            return false;
+    }
+    return isConnected(socket);
+}
+
+/** The first peer that connects in time, owned by the server; null after the time-out or an error. */
+QTcpSocket *waitForPeer(QTcpServer &server, int timeout)
+{
+    // A peer that is gone before it is taken ends the server's wait with nothing to take.
+    const QDeadlineTimer deadline(timeout);
+    while (server.waitForNewConnection(int(deadline.remainingTime()))) {
+        if (QTcpSocket *peer = server.nextPendingConnection())
+            return peer;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+int velno_network_connect(const char *host, unsigned short port, unsigned int timeout, unsigned int *handle)
+{
+    if (!handle)
+        return 4;
+    if (!host)
+        return 2;
+    if (port == 0)
+        return 3;
+
+    auto socket = std::make_unique<QTcpSocket>();
+    QObject::connect(socket.get(), &QTcpSocket::disconnected, socket.get(), &QObject::deleteLater);
+    socket->connectToHost(QString::fromLatin1(host), port);
+    if (!socket->waitForConnected(waitTime(timeout))) {
+        const auto error = socket->error();
+        return error == QAbstractSocket::ConnectionRefusedError ||
+                       error == QAbstractSocket::SocketTimeoutError
+                   ? 6
+                   : 7;
+    }
+    *handle = enter(socket.release());
+    return 0;
+}
+
+int velno_network_accept(const char *address, unsigned short port, int timeout, unsigned int *handle)
+{
+    if (!address)
+        return 2;
+    if (port == 0)
+        return 3;
+    if (!handle)
+        return 4;
+    const QHostAddress localAddress(QString::fromLatin1(address));
+    if (localAddress.isNull())
+        return 5;
+
+    QTcpServer server;
+    if (!server.listen(localAddress, port))
+        return server.serverError() == QAbstractSocket::AddressInUseError ? 6 : 8;
+    QTcpSocket *const socket = waitForPeer(server, waitTime(unsigned(timeout)));
+    if (!socket)
+        return server.serverError() == QAbstractSocket::SocketTimeoutError ? 7 : 8;
+
+    socket->setParent(nullptr);
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
+    *handle = enter(socket);
+    return 0;
+}
+
+int velno_network_write(unsigned int handle, unsigned int timeout, const char *data, int size)
+{
+    if (handle == 0)
+        return 4;
+    if (!data)
+        return 2;
+    if (size <= 0)
+        return 3;
+    QTcpSocket *const socket = find(handle);
+    if (!socket)
+        return 5;
+    if (!isStillOpen(*socket)) {
+        discard(handle);
+        return 5;
+    }
+
+    if (socket->write(data, size) == -1)
+        return 6;
+    if (waitUntilWritten(*socket, waitTime(timeout)))
+        return 0;
+    if (!isConnected(*socket))
+        discard(handle);
+    return 7;
+}
+
+int velno_network_read(unsigned int handle, unsigned int timeout, char *buffer, int *size)
+{
+    if (handle == 0)
+        return 4;
+    if (!buffer)
+        return 2;
+    if (!size || *size <= 0)
+        return 3;
+    QTcpSocket *const socket = find(handle);
+    if (!socket)
+        return 5;
+
+    if (!waitForBytes(*socket, waitTime(timeout))) {
+        if (isConnected(*socket))
+            return 6;
+        discard(handle);
+        return 5;
+    }
+    *size = int(socket->read(buffer, *size));
+    return 0;
+}
+
+int velno_network_local_address(unsigned int handle, char *buffer, int *size)
+{
+    if (handle == 0)
+        return 4;
+    if (!buffer)
+        return 2;
+    if (!size || *size <= 0)
+        return 3;
+    QTcpSocket *const socket = find(handle);
+    if (!socket)
+        return 6;
+    if (!isStillOpen(*socket)) {
+        discard(handle);
+        return 5;
+    }
+
+    const QByteArray text = socket->localAddress().toString().toLatin1();
+    if (*size <= text.size())
+        return 5;
+    std::copy(text.cbegin(), text.cend(), buffer);
+    *size = int(text.size());
+    return 0;
+}
+
+int velno_network_disconnect(unsigned int handle)
+{
+    if (handle == 0)
+        return 2;
+    QTcpSocket *const socket = find(handle);
+    if (!socket)
+        return 3;
+    if (!isStillOpen(*socket)) {
+        discard(handle);
+        return 3;
+    }
+
+    socket->disconnectFromHost();
+    if (socket->state() != QAbstractSocket::UnconnectedState &&
+        !socket->waitForDisconnected(disconnectTimeout))
+        socket->abort();
+    discard(handle);
+    return 0;
+}
+
+int velno_set_connection(unsigned int handle)
+{
+    QTcpSocket *const socket = find(handle);
+    const VelnoConnectionReceiver receiver = connectionReceiver;
+    if (!socket || !receiver)
+        return 1;
+    sockets.remove(handle);
+    QObject::disconnect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    receiver(socket);
+    return 0;
+}
+
+VelnoConnectionReceiver velno_network_set_receiver(VelnoConnectionReceiver receiver)
+{
+    return connectionReceiver.exchange(receiver);
+}
