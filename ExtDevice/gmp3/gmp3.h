@@ -11,19 +11,23 @@ namespace Velno::GMP {
 /** The state of the one GMP3 session of this process. */
 struct GMP3_Message
 {
-    bool isResponse = false;             ///< direction of the last message that check() recognised
-    bool failed = false;                 ///< the responder's verdict on the last PairingConfirm: true = refused
-    MessageTag message = MessageTag(0);  ///< kind of the last message that check() recognised
-    QVector<QByteArray> fields;          ///< field store: whole elements, as received over the session
-    PkeyPtr dh;                          ///< this side's Diffie-Hellman key pair
-    quint8 pairingIndex = 0;             ///< what a responder assigns
-    quint16 pairingNumber = 0;           ///< what a responder assigns, 0 to 9999
-    QByteArray responderRandom;          ///< 16 bytes
-    QByteArray requesterRandom;          ///< 16 bytes
-    QByteArray appHash;                  ///< 32 bytes
-    QByteArray hmacKey;                  ///< 32 bytes
-    QByteArray kcvIv;                    ///< 16 bytes
-    QByteArray aesKey;                   ///< 32 bytes
+    ~GMP3_Message(); ///< overwrites the keys
+
+    bool isResponse = false; ///< direction of the last message that check() recognised
+    bool failed = false;     ///< the responder's verdict on the last PairingConfirm: true = refused
+    MessageTag message = MessageTag(0); ///< kind of the last message that check() recognised
+    QVector<QByteArray> fields;         ///< field store: whole elements, as received over the session
+    PkeyPtr dh;                         ///< this side's Diffie-Hellman key pair
+    quint8 pairingIndex = 0;            ///< what a responder assigns
+    quint16 pairingNumber = 0;          ///< what a responder assigns, 0 to 9999
+    QByteArray responderRandom;         ///< 16 bytes
+    QByteArray requesterRandom;         ///< 16 bytes
+    QByteArray appHash;                 ///< 32 bytes
+    QByteArray hmacKey;                 ///< 32 bytes
+    QByteArray kcvIv;                   ///< 16 bytes
+    QByteArray aesKey;                  ///< 32 bytes
+    bool secretAgreed =
+        false; ///< whether the keys come from a shared secret; otherwise anybody can make them
 };
 
 /** The session. No lock: one thread at a time. */
@@ -63,7 +67,8 @@ public:
      */
     [[nodiscard]] static int receive(unsigned int timeout, char *buffer, int *length);
 
-    /** Closes the session's connection. @return 0 or 3000 + transport status; there is no connection afterwards */
+    /** Closes the session's connection. @return 0 or 3000 + transport status; there is no connection
+     * afterwards */
     static int disconnect();
 
     // Frames and fields -------------------------------------------------------------------------------

@@ -11,17 +11,24 @@ namespace Velno::GMP {
  */
 struct MatchExt
 {
-    quint8 valueDFEF09 = 0;   ///< pairing index that the register assigned, 0 to 99
-    QDateTime pairingTime;    ///< UTC
-    quint16 valueDFEF02 = 0;  ///< pairing number that the register assigned, 0 to 9999
-    QByteArray terminalId;    ///< identity of this terminal in the conversation
-    QByteArray randomDFC10D;  ///< 16 bytes, the requester's random
-    QByteArray registerData;  ///< identity of the register (DFC10C), as received
-    QByteArray randomDFC10E;  ///< 16 bytes, the responder's random
-    QByteArray reserved;      ///< stays empty
-    QByteArray hmacKey;       ///< 32 bytes
-    QByteArray kcvIv;         ///< 16 bytes, as the key check left it
-    QByteArray aesKey;        ///< 32 bytes
+    MatchExt() = default;
+    MatchExt(const MatchExt &) = default;
+    MatchExt(MatchExt &&) = default;
+    MatchExt &operator=(const MatchExt &) = default;
+    MatchExt &operator=(MatchExt &&) = default;
+    ~MatchExt(); ///< overwrites the keys that no copy shares
+
+    quint8 valueDFEF09 = 0;  ///< pairing index that the register assigned, 0 to 99
+    QDateTime pairingTime;   ///< UTC
+    quint16 valueDFEF02 = 0; ///< pairing number that the register assigned, 0 to 9999
+    QByteArray terminalId;   ///< identity of this terminal in the conversation
+    QByteArray randomDFC10D; ///< 16 bytes, the requester's random
+    QByteArray registerData; ///< identity of the register (DFC10C), as received
+    QByteArray randomDFC10E; ///< 16 bytes, the responder's random
+    QByteArray reserved;     ///< stays empty
+    QByteArray hmacKey;      ///< 32 bytes
+    QByteArray kcvIv;        ///< 16 bytes, as the key check left it
+    QByteArray aesKey;       ///< 32 bytes
 };
 
 } // namespace Velno::GMP

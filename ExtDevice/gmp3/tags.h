@@ -113,8 +113,8 @@ enum PairingFieldTag {
     FieldEF04,
     ResultCode, ///< two digits, "00" for success
     FieldEF07,
-    PairingIndex,  ///< one byte
-    Signature,     ///< of the responder's public key
+    PairingIndex, ///< one byte
+    Signature,    ///< of the responder's public key
     ProtocolVersion,
     DhPrime,
     DhGenerator,
@@ -130,7 +130,8 @@ QByteArray fieldTag(ExternalDataFieldTag field);
 QByteArray fieldTag(DataSecurityFieldTag field);
 QByteArray fieldTag(PairingFieldTag field);
 
-/** The kind of a message tag; sets `isResponse`, except for an unknown tag (`None`), which leaves it as it was. */
+/** The kind of a message tag; sets `isResponse`, except for an unknown tag (`None`), which leaves it as it
+ * was. */
 MessageTag message(const QByteArray &tag, bool *isResponse);
 GroupTag group(const QByteArray &tag);
 TransactionFieldTag transactionField(const QByteArray &tag);

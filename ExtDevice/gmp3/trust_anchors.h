@@ -4,7 +4,8 @@
 
 namespace Velno::GMP {
 
-/** The authority chain that register certificates must chain to, compiled in: PEM, sub CA first, then root. */
+/** The authority chain that register certificates must chain to, compiled in: PEM, sub CA first, then root.
+ */
 const QByteArray &trustAnchors();
 
 /** Whether the chain is the one that the build made for itself, not one of a real authority. */

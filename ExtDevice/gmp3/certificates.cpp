@@ -1,0 +1,130 @@
+#include "ExtDevice/gmp3/gmp3.h"
+
+#include <iostream>
+#include <openssl/pem.h>
+
+namespace Velno::GMP {
+
+namespace {
+
+/** The object that was made last, kept with the text it was made from: parsing costs ten times a check. */
+template <typename Ptr>
+struct LastMade
+{
+    QByteArray text;
+    Ptr object;
+
+    /** Lends the object; null when the text cannot be made into one. */
+    template <typename Make>
+    auto *get(const QByteArray &wanted, Make make)
+    {
+        if (!object || text != wanted) {
+            object = make(wanted);
+            text = QByteArray(wanted.constData(), wanted.size()); // the caller may hold a view only
+        }
+        return object.get();
+    }
+};
+
+/** Encrypted PEM gets no password: OpenSSL would ask for one on the terminal. */
+int noPassword(char *, int, int, void *)
+{
+    return -1;
+}
+
+BioPtr reader(const QByteArray &text)
+{
+    return BioPtr{BIO_new_mem_buf(text.constData(), int(text.size()))};
+}
+
+X509Ptr parseCertificate(const QByteArray &pem)
+{
+    const BioPtr bio = reader(pem);
+    return X509Ptr{bio ? PEM_read_bio_X509(bio.get(), nullptr, noPassword, nullptr) : nullptr};
+}
+
+PkeyPtr parsePrivateKey(const QByteArray &pem)
+{
+    const BioPtr bio = reader(pem);
+    return PkeyPtr{bio ? PEM_read_bio_PrivateKey(bio.get(), nullptr, noPassword, nullptr) : nullptr};
+}
+
+/** Every certificate that ends with the marker and a line feed; what does not parse is skipped. */
+X509StorePtr makeStore(const QByteArray &chain)
+{
+    static const QByteArray marker = QByteArrayLiteral("-----END CERTIFICATE-----\n");
+    X509StorePtr store{X509_STORE_new()};
+    for (qsizetype start = 0, found; store && (found = chain.indexOf(marker, start)) >= 0;) {
+        const qsizetype end = found + marker.size();
+        if (const X509Ptr anchor = parseCertificate(chain.mid(start, end - start)))
+            X509_STORE_add_cert(store.get(), anchor.get());
+        start = end;
+    }
+    return store;
+}
+
+X509 *certificateOf(const QByteArray &pem)
+{
+    thread_local LastMade<X509Ptr> last;
+    return last.get(pem, parseCertificate);
+}
+
+X509_STORE *storeOf(const QByteArray &chain)
+{
+    thread_local LastMade<X509StorePtr> last;
+    return last.get(chain, makeStore);
+}
+
+QByteArray openssl_signChecksum(const QByteArray &data, const QByteArray &keyPem)
+{
+    thread_local LastMade<PkeyPtr> last;
+    EVP_PKEY *key = last.get(keyPem, parsePrivateKey);
+    const MdCtxPtr ctx{EVP_MD_CTX_new()};
+    size_t length = 0;
+    if (!key || !EVP_PKEY_is_a(key, "RSA") || !ctx ||
+        EVP_DigestSignInit(ctx.get(), nullptr, EVP_sha256(), nullptr, key) != 1 ||
+        EVP_DigestSign(ctx.get(), nullptr, &length, octets(data), size_t(data.size())) != 1)
+        return {};
+    QByteArray signature(qsizetype(length), '\0');
+    if (EVP_DigestSign(ctx.get(), octets(signature), &length, octets(data), size_t(data.size())) != 1)
+        return {};
+    signature.truncate(qsizetype(length));
+    return signature;
+}
+
+} // namespace
+
+bool GMP3::verifyCertificate(const QByteArray &certificate, const QByteArray &chain)
+{
+    if (certificate.isEmpty() || chain.isEmpty())
+        return false;
+    X509_STORE *store = storeOf(chain);
+    X509 *x509 = store ? certificateOf(certificate) : nullptr;
+    const X509StoreCtxPtr ctx{X509_STORE_CTX_new()};
+    if (!x509 || !ctx || X509_STORE_CTX_init(ctx.get(), store, x509, nullptr) != 1)
+        return false;
+    if (X509_verify_cert(ctx.get()) == 1)
+        return true;
+    std::cout << "Verificatione error: " << X509_verify_cert_error_string(X509_STORE_CTX_get_error(ctx.get()))
+              << std::endl;
+    return false;
+}
+
+QByteArray GMP3::rsassa_pkcs1v15_sha256_sign(const QByteArray &data, const QByteArray &privateKey)
+{
+    return openssl_signChecksum(data, privateKey);
+}
+
+bool GMP3::rsassa_pkcs1v15_sha256_verify(const QByteArray &certificate, const QByteArray &data,
+                                         const QByteArray &signature)
+{
+    X509 *x509 = certificateOf(certificate);
+    EVP_PKEY *key = x509 ? X509_get0_pubkey(x509) : nullptr; // lent: x509 goes on owning it
+    const MdCtxPtr ctx{EVP_MD_CTX_new()};
+    return key && EVP_PKEY_is_a(key, "RSA") && ctx &&
+           EVP_DigestVerifyInit(ctx.get(), nullptr, EVP_sha256(), nullptr, key) == 1 &&
+           EVP_DigestVerify(ctx.get(), octets(signature), size_t(signature.size()), octets(data),
+                            size_t(data.size())) == 1;
+}
+
+} // namespace Velno::GMP

@@ -1,0 +1,186 @@
+#include "ExtDevice/gmp3_util.h"
+
+#include "ExtDevice/encoding/digest.h"
+
+#include <QTime>
+
+#include <cstdlib>
+
+namespace Velno::GMP {
+
+QString cert_path = QStringLiteral("./client.crt");
+QString prikey_path = QStringLiteral("./client.key");
+
+namespace {
+
+constexpr int blockSize = 16; // AES
+constexpr int padBlock = 32;  // GMP3's padding fills blocks of this size
+constexpr int checkSize = 32; // key check value
+const char generator2048 = 2;
+
+const QByteArray &prime2048()
+{
+    static const QByteArray bytes = [] {
+        const BnPtr p{BN_get_rfc3526_prime_2048(nullptr)};
+        QByteArray result(p ? BN_num_bytes(p.get()) : 0, '\0');
+        if (p)
+            BN_bn2bin(p.get(), octets(result));
+        return result;
+    }();
+    return bytes;
+}
+
+/** AES-CBC for the key's size, fetched once; null for a size that AES does not know. */
+const EVP_CIPHER *aesCbc(qsizetype keySize)
+{
+    static const CipherPtr aes128{EVP_CIPHER_fetch(nullptr, "AES-128-CBC", nullptr)};
+    static const CipherPtr aes192{EVP_CIPHER_fetch(nullptr, "AES-192-CBC", nullptr)};
+    static const CipherPtr aes256{EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr)};
+    switch (keySize) {
+    case 16:
+        return aes128.get();
+    case 24:
+        return aes192.get();
+    case 32:
+        return aes256.get();
+    default:
+        return nullptr;
+    }
+}
+
+QByteArray withoutPadding(const QByteArray &padded)
+{
+    if (padded.isEmpty() || padded.size() % padBlock != 0)
+        return {};
+    // A signed byte: 80 and above is negative, names no padding and takes nothing away.
+    const auto count = static_cast<signed char>(padded.front());
+    if (count > padded.size())
+        return {};
+    return padded.mid(count > 0 ? count : 0);
+}
+
+} // namespace
+
+const char *get_dh2048_p_value()
+{
+    return prime2048().constData();
+}
+
+int get_dh2048_p_size()
+{
+    return int(prime2048().size());
+}
+
+const char *get_dh2048_g_value()
+{
+    return &generator2048;
+}
+
+int get_dh2048_g_size()
+{
+    return 1;
+}
+
+QByteArray GMP3_SHA256(const QByteArray &data)
+{
+    return sha256Sum(data);
+}
+
+QByteArray GMP3::sha256sum(const QByteArray &data)
+{
+    return sha256Sum(data);
+}
+
+QByteArray GMP3::HMAC_sha256(const QByteArray &key, const QByteArray &data)
+{
+    return hmacSha256(key, data);
+}
+
+QByteArray GMP3::TLS_PRF(const QByteArray &secret, const QByteArray &label, const QByteArray &seed)
+{
+    // 32 bytes are exactly the first block of the expansion, so there is no second.
+    const QByteArray labelSeed = label + seed;
+    return HMAC_sha256(secret, HMAC_sha256(secret, labelSeed) + labelSeed);
+}
+
+QByteArray GMP3::create_keys(const QByteArray &peerPublicKey)
+{
+    static const QByteArray masterLabel = QByteArrayLiteral("GMP-3 istek");
+    static const QByteArray keyLabel = QByteArrayLiteral("GMP-3 anahtarlar");
+    GMP3_Message &session = gmp3_message;
+    for (QByteArray *old : {&session.hmacKey, &session.kcvIv, &session.aesKey})
+        cleanse(*old);
+
+    QByteArray secret = DH_compute(session.dh, peerPublicKey);
+    session.secretAgreed = !secret.isEmpty();
+    const QByteArray seed = session.responderRandom + session.requesterRandom;
+    QByteArray master = TLS_PRF(secret, masterLabel, seed);
+    session.hmacKey = TLS_PRF(master, keyLabel, seed);
+    session.kcvIv = TLS_PRF(session.hmacKey, keyLabel, seed).first(blockSize);
+    session.aesKey = TLS_PRF(session.kcvIv, keyLabel, seed);
+    cleanse(secret);
+    cleanse(master);
+    // The check value's last block stays in kcvIv; the application hash is encrypted from there.
+    return AES_CBC_Cipher(true, session.aesKey, QByteArray(checkSize, '\xFF'), session.kcvIv);
+}
+
+QByteArray AES_CBC_Cipher(bool encrypt, const QByteArray &key, const QByteArray &data, QByteArray &iv)
+{
+    const EVP_CIPHER *cipher = aesCbc(key.size());
+    if (!cipher || iv.size() != blockSize || data.isEmpty() || data.size() % blockSize != 0 ||
+        data.size() > INT_MAX)
+        return {};
+    thread_local const CipherCtxPtr ctx{EVP_CIPHER_CTX_new()};
+    QByteArray output(data.size(), '\0');
+    int written = 0;
+    const bool done =
+        ctx &&
+        EVP_CipherInit_ex2(ctx.get(), cipher, octets(key), octets(std::as_const(iv)), encrypt, nullptr) ==
+            1 &&
+        EVP_CIPHER_CTX_set_padding(ctx.get(), 0) == 1 &&
+        EVP_CipherUpdate(ctx.get(), octets(output), &written, octets(data), int(data.size())) == 1 &&
+        written == data.size();
+    EVP_CIPHER_CTX_reset(ctx.get()); // the key does not outlive the call
+    if (!done)
+        return {};
+    iv = (encrypt ? output : data).last(blockSize);
+    return output;
+}
+
+QByteArray GMP3_aes_cipher(bool encrypt, const QByteArray &key, const QByteArray &data, QByteArray &iv)
+{
+    if (!encrypt)
+        return withoutPadding(AES_CBC_Cipher(false, key, data, iv));
+    if (data.isEmpty())
+        return {};
+    // The padding leads and fills 32-byte blocks; registers in the field expect exactly that.
+    const auto count = char(padBlock - data.size() % padBlock);
+    return AES_CBC_Cipher(true, key, QByteArray(count, count) + data, iv);
+}
+
+QByteArray GMP3_cipher(const MatchExt &record, bool encrypt, const QByteArray &data)
+{
+    if (record.randomDFC10D.size() != blockSize || record.randomDFC10E.size() != blockSize)
+        return {};
+    QByteArray iv = record.randomDFC10D;
+    for (qsizetype i = 0; i < blockSize; ++i)
+        iv[i] = char(iv.at(i) ^ record.randomDFC10E.at(i));
+    return GMP3_aes_cipher(encrypt, record.aesKey, data, iv);
+}
+
+QByteArray GMP3_HMAC(const MatchExt &record, const QByteArray &data)
+{
+    return hmacSha256(record.hmacKey, data);
+}
+
+QByteArray GetRandom(int count)
+{
+    auto state = unsigned(QTime::currentTime().msec());
+    QByteArray bytes;
+    bytes.reserve(qMax(count, 0));
+    for (int i = 0; i < count; ++i)
+        bytes.append(char(rand_r(&state) & 0xFF));
+    return bytes;
+}
+
+} // namespace Velno::GMP
