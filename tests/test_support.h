@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QByteArray>
+#include <QtGlobal>
+
+#include <iostream>
+#include <sstream>
+
+/** What the test programs share. */
+namespace TestSupport {
+
+/** Bytes from hexadecimal text; spaces are ignored. */
+inline QByteArray hex(const char *text)
+{
+    return QByteArray::fromHex(text);
+}
+
+/** A TCP port that nobody listens on at this moment. */
+quint16 freePort();
+
+/** Collects what the engine logs on standard output while it lives. */
+class LogCapture
+{
+public:
+    LogCapture()
+        : m_before(std::cout.rdbuf(m_text.rdbuf()))
+        , m_flags(std::cout.flags())
+    {
+    }
+    ~LogCapture()
+    {
+        std::cout.rdbuf(m_before);
+        std::cout.flags(m_flags);
+    }
+    Q_DISABLE_COPY_MOVE(LogCapture)
+
+    QByteArray text() const { return QByteArray::fromStdString(m_text.str()); }
+
+private:
+    std::ostringstream m_text;
+    std::streambuf *m_before;
+    std::ios_base::fmtflags m_flags;
+};
+
+} // namespace TestSupport
