@@ -1,0 +1,165 @@
+#include "simulator/cash_register.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace Simulator {
+
+namespace {
+
+// The tool asks at once, so silence means that it has given up. A mute register outlasts every reader's
+// patience.
+constexpr auto patience = 10s;
+constexpr auto mutePatience = 40s;
+
+} // namespace
+
+CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
+    : QObject(parent)
+    , m_options(options)
+    , m_events(options.json)
+    , m_responder(m_options.serial, m_options.credentials, m_options.appHash, m_options.faults)
+{
+    m_silence.setSingleShot(true);
+    m_delay.setSingleShot(true);
+    connect(&m_silence, &QTimer::timeout, this, [this] { m_wire.drop(u"the other side is silent"_s); });
+    connect(&m_delay, &QTimer::timeout, this, &CashRegister::send);
+    connect(&m_wire, &Wire::connected, this, &CashRegister::takeConnection);
+    connect(&m_wire, &Wire::frameReceived, this, &CashRegister::takeFrame);
+    connect(&m_wire, &Wire::unreadable, this, &CashRegister::refuse);
+    connect(&m_wire, &Wire::disconnected, this, &CashRegister::takeEnd);
+}
+
+void CashRegister::start()
+{
+    const QString host = m_options.host.contains(u':') ? u'[' + m_options.host + u']' : m_options.host;
+    m_events.write("ready", {{"serial", QString::fromLatin1(m_options.serial)},
+                             {"target", u"%1:%2"_s.arg(host).arg(m_options.port)},
+                             {"faults", m_options.faults.names()}});
+    m_wire.start(m_options.host, m_options.port);
+}
+
+void CashRegister::takeConnection()
+{
+    m_conversed = m_mute = m_paired = false;
+    m_responder.begin();
+    m_silence.start(patience);
+    m_events.write("connected");
+}
+
+void CashRegister::takeFrame(const QByteArray &frame)
+{
+    if (m_mute)
+        return;
+    m_conversed = true;
+    if (m_delay.isActive())
+        return refuse(u"a frame came before the last was answered"_s);
+    const auto [kind, refusal] = m_responder.read(frame);
+    if (!refusal.isEmpty())
+        return refuse(refusal);
+    m_events.write("request", {{"kind", kindName(kind)}});
+    const int step = stepOf(kind);
+    m_mute = m_options.faults.hitsStep(Fault::Mute, step);
+    m_silence.start(m_mute ? mutePatience : patience);
+    if (m_options.faults.hitsStep(Fault::Close, step))
+        m_wire.close(u"closed instead of answering"_s);
+    else if (!m_mute)
+        respond(kind);
+}
+
+void CashRegister::respond(Velno::GMP::MessageTag kind)
+{
+    m_asked = kind;
+    m_answer = m_responder.answer(kind);
+    const int delay = m_options.faults.number(Fault::Delay);
+    if (delay == 0)
+        return send();
+    m_silence.stop();
+    m_delay.start(delay);
+}
+
+void CashRegister::send()
+{
+    const Faults &faults = m_options.faults;
+    const bool garbage = faults.has(Fault::Garbage);
+    m_wire.send(underWireFaults(m_answer.frame, faults), faults.number(Fault::Segments));
+    m_silence.start(patience);
+    m_events.write("result", {{"kind", kindName(m_asked)},
+                              {"code", QString::fromLatin1(garbage ? QByteArray() : m_answer.resultCode)}});
+    m_paired = m_answer.paired && !garbage;
+    if (!m_answer.refusal.isEmpty())
+        return refuse(m_answer.refusal);
+    if (m_paired)
+        m_events.write("paired", {{"serial", QString::fromLatin1(m_options.serial)}});
+    if (m_paired || faults.has(Fault::BadLength))
+        m_wire.close(u"said everything"_s);
+}
+
+void CashRegister::refuse(const QString &reason)
+{
+    m_conversed = true;
+    m_delay.stop();
+    m_events.write("refused", {{"reason", reason}});
+    m_wire.close(u"refused"_s);
+}
+
+void CashRegister::takeEnd(const QString &reason)
+{
+    m_silence.stop();
+    m_delay.stop();
+    m_events.write("disconnected", {{"reason", reason}});
+    if (m_options.once && m_conversed)
+        finish(m_paired ? 0 : 1);
+}
+
+void CashRegister::takeLine(const QString &line)
+{
+    if (line == u"quit")
+        stop();
+    else if (line.startsWith(u"fault "))
+        changeFaults(line.sliced(6).trimmed());
+    else
+        m_events.write(
+            "error",
+            {{"message",
+              u"\"%1\" is no command; accepted are fault NAME[=VALUE], fault none, quit"_s.arg(line)}});
+}
+
+/** A conversation in progress ends, so that the next one is under the new faults from its first message. */
+void CashRegister::changeFaults(const QString &text)
+{
+    Faults faults = m_options.faults;
+    QString error;
+    if (text == u"none")
+        faults.clear();
+    else
+        error = faults.switchOn(text);
+    if (error.isEmpty())
+        error = credentialsProblem(m_options.credentials, faults);
+    if (!error.isEmpty()) {
+        m_events.write("error", {{"message", error}});
+        return;
+    }
+    m_options.faults = faults;
+    m_events.write("fault", {{"active", faults.names()}});
+    if (m_wire.isConnected() && m_conversed)
+        m_wire.drop(u"the faults have changed"_s);
+}
+
+void CashRegister::stop()
+{
+    m_options.once = false; // told to stop: no verdict
+    m_wire.stop();
+    finish(0);
+}
+
+void CashRegister::finish(int exitCode)
+{
+    if (std::exchange(m_finished, true))
+        return;
+    m_wire.stop();
+    m_events.write("stopped");
+    emit finished(exitCode);
+}
+
+} // namespace Simulator

@@ -1,0 +1,50 @@
+#include "simulator/event_writer.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <cstdio>
+#include <iostream>
+
+namespace Simulator {
+
+namespace {
+
+QByteArray jsonValue(const QVariant &value)
+{
+    const QByteArray array =
+        QJsonDocument(QJsonArray{QJsonValue::fromVariant(value)}).toJson(QJsonDocument::Compact);
+    return array.sliced(1, array.size() - 2);
+}
+
+QByteArray plainValue(const QVariant &value)
+{
+    if (value.typeId() != QMetaType::QStringList)
+        return value.toString().toUtf8();
+    const QStringList list = value.toStringList();
+    return list.isEmpty() ? QByteArray("none") : list.join(u' ').toUtf8();
+}
+
+} // namespace
+
+void EventWriter::write(const char *event, std::initializer_list<Field> fields) const
+{
+    QByteArray line = m_json ? R"({"event":")" + QByteArray(event) + '"' : QByteArray(event);
+    for (const auto &[name, value] : fields)
+        line += m_json ? ",\"" + QByteArray(name) + "\":" + jsonValue(value) : ' ' + plainValue(value);
+    line += m_json ? "}\n" : "\n";
+    std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
+    std::fflush(stdout);
+}
+
+LogsToStandardError::LogsToStandardError()
+    : m_before(std::cout.rdbuf(std::cerr.rdbuf()))
+{
+}
+
+LogsToStandardError::~LogsToStandardError()
+{
+    std::cout.rdbuf(m_before);
+}
+
+} // namespace Simulator

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <span>
+
+/**
+ * What the simulated register can be told to do wrong. One table: it parses the option and the line on
+ * standard input, and makes the help and the list of what is accepted.
+ *
+ * The steps of a pairing are 1 (start), 2 (key exchange) and 3 (confirmation).
+ */
+namespace Simulator {
+
+enum class Fault {
+    WrongAuthority,
+    ExpiredCertificate,
+    NoCertificate,
+    BadSignature,
+    NoSignature,
+    ResultCode,
+    WrongKind,
+    RequestInstead,
+    BadCrc,
+    BadLength,
+    OtherSerial,
+    NoMessageTag,
+    Oversize,
+    Segments,
+    Delay,
+    Mute,
+    Close,
+    WrongKeyCheck,
+    WrongAppHash,
+    SmallDhKey,
+    Garbage,
+};
+
+struct FaultRow
+{
+    Fault fault;
+    const char *name;
+    const char *value; ///< how the value is written in the help; null for a fault without one
+    int least;
+    int most;
+    const char *help; ///< one line
+};
+
+std::span<const FaultRow> faultTable();
+
+/** NAME or NAME=VALUE, as it is typed. */
+QString faultUsage(const FaultRow &row);
+
+/** One line for each fault, aligned, for --help. */
+QString faultHelp();
+
+/** The faults that are switched on, each with its value. */
+class Faults
+{
+public:
+    /**
+     * Switches on what `text`, NAME[=VALUE], names; a fault that is on already takes the new value.
+     *
+     * @return an empty text, or what was wrong and what is accepted; nothing changes then
+     */
+    QString switchOn(const QString &text);
+    void clear() { m_active.clear(); }
+
+    bool has(Fault fault) const { return m_active.contains(fault); }
+
+    /** The fault's number; 0 when it is off. */
+    int number(Fault fault) const { return m_active.value(fault).number; }
+
+    /** Whether the fault is on for this step of a pairing. */
+    bool hitsStep(Fault fault, int step) const;
+
+    /** The two digits of result-code for this step; empty when it does not apply. */
+    QByteArray resultCode(int step) const;
+
+    /** As they would be typed, in the order of the table. */
+    QStringList names() const;
+
+private:
+    struct Value
+    {
+        int number = 0;
+        int step = 0; ///< 0: every step
+        QString text;
+    };
+    QHash<Fault, Value> m_active;
+};
+
+} // namespace Simulator

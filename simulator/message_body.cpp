@@ -1,0 +1,49 @@
+#include "simulator/message_body.h"
+
+#include "ExtDevice/encoding/tlv.h"
+
+namespace Simulator {
+
+MessageBody::MessageBody(const QByteArray &body)
+{
+    for (const QByteArray &element : Velno::extractTlvElements(body)) {
+        Field field{Velno::tlvTag(element), {}};
+        unsigned short size = 0;
+        Velno::extractTlvElement(element, &field.tag, &field.value,
+                                 &size); // an empty field keeps its empty value
+        m_fields << field;
+    }
+}
+
+QByteArray MessageBody::value(const QByteArray &tag) const
+{
+    for (const Field &field : m_fields)
+        if (field.tag == tag)
+            return field.value;
+    return {};
+}
+
+bool MessageBody::contains(const QByteArray &tag) const
+{
+    for (const Field &field : m_fields)
+        if (field.tag == tag)
+            return true;
+    return false;
+}
+
+void MessageBody::replace(const QByteArray &tag, const QByteArray &value)
+{
+    for (Field &field : m_fields)
+        if (field.tag == tag)
+            field.value = value;
+}
+
+QByteArray MessageBody::toBytes() const
+{
+    QByteArray bytes;
+    for (const Field &field : m_fields)
+        bytes += Velno::tlvElement(field.tag, field.value);
+    return bytes;
+}
+
+} // namespace Simulator

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+#include <QVector>
+
+namespace Simulator {
+
+/** The fields of a message body, to be changed before it is sent. */
+class MessageBody
+{
+public:
+    explicit MessageBody(const QByteArray &body);
+
+    QByteArray value(const QByteArray &tag) const; ///< empty when absent
+    bool contains(const QByteArray &tag) const;
+    void replace(const QByteArray &tag, const QByteArray &value); ///< does nothing when absent
+    QByteArray toBytes() const;
+
+private:
+    struct Field
+    {
+        QByteArray tag;
+        QByteArray value;
+    };
+    QVector<Field> m_fields;
+};
+
+} // namespace Simulator

@@ -1,0 +1,134 @@
+#include "simulator/register_options.h"
+
+#include "simulator/pairing_responder.h"
+
+#include <QCommandLineParser>
+#include <QHostAddress>
+#include <QRegularExpression>
+
+#ifndef VELNO_DEVELOPMENT_CREDENTIALS
+#define VELNO_DEVELOPMENT_CREDENTIALS ""
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace Simulator {
+
+namespace {
+
+struct Names
+{
+    QCommandLineOption help{{u"h"_s, u"help"_s}, u"This text."_s};
+    QCommandLineOption serial{
+        u"serial"_s, u"Serial number: 12 characters, beginning with UB or VELNO. Required."_s, u"NO"_s};
+    QCommandLineOption connect{u"connect"_s,
+                               u"Where the tool listens: 127.0.0.1:4100, [::1]:4100, till:4100. Required."_s,
+                               u"ADDR:PORT"_s};
+    QCommandLineOption credentials{
+        u"credentials"_s,
+        QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS).isEmpty()
+            ? u"Folder with client.crt and client.key. Required."_s
+            : u"Folder with client.crt and client.key; without it those of the development authority."_s,
+        u"DIR"_s, QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS)};
+    QCommandLineOption appHash{
+        u"app-hash"_s, u"SHA-256 of the one application to accept, 64 hexadecimal digits."_s, u"HEX"_s};
+    QCommandLineOption json{u"json"_s, u"Events as JSON, one object a line."_s};
+    QCommandLineOption once{u"once"_s, u"End after one pairing: 0 paired, 1 not."_s};
+    QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
+                             u"NAME[=VALUE]"_s};
+};
+
+bool isSerial(const QString &text)
+{
+    static const QRegularExpression rule(u"\\A(UB|VELNO)[!-~]*\\z"_s);
+    return text.size() == 12 && rule.match(text).hasMatch();
+}
+
+/** Fills host and port from HOST:PORT or [IPV6]:PORT. */
+bool parseTarget(const QString &text, RegisterOptions &options)
+{
+    static const QRegularExpression rule(u"\\A(?:\\[([^\\[\\]]+)\\]|([^\\[\\]:\\s]+)):([0-9]{1,5})\\z"_s);
+    const QRegularExpressionMatch match = rule.match(text);
+    const uint port = match.captured(3).toUInt();
+    const QString bracketed = match.captured(1);
+    if (!match.hasMatch() || port < 1 || port > 65535)
+        return false;
+    if (!bracketed.isEmpty() && QHostAddress(bracketed).protocol() != QAbstractSocket::IPv6Protocol)
+        return false;
+    options.host = bracketed.isEmpty() ? match.captured(2) : bracketed;
+    options.port = quint16(port);
+    return true;
+}
+
+bool isHash(const QString &text)
+{
+    static const QRegularExpression rule(u"\\A[0-9A-Fa-f]{64}\\z"_s);
+    return rule.match(text).hasMatch();
+}
+
+/** Fills the options; returns what was wrong and what is accepted, or nothing. */
+QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    const auto wrong = [&parser](const QCommandLineOption &option, const QString &accepted) {
+        const QString name = option.names().last();
+        return parser.isSet(option)
+                   ? u"--%1 \"%2\": accepted is %3"_s.arg(name, parser.value(option), accepted)
+                   : u"--%1 is missing; accepted is %2"_s.arg(name, accepted);
+    };
+    if (!parser.positionalArguments().isEmpty())
+        return u"\"%1\" is no option"_s.arg(parser.positionalArguments().first());
+    if (!isSerial(parser.value(names.serial)))
+        return wrong(names.serial, u"exactly 12 characters, beginning with UB or VELNO"_s);
+    if (!parseTarget(parser.value(names.connect), options))
+        return wrong(names.connect, u"ADDR:PORT with a port of 1 to 65535, an IPv6 address as [::1]:4100"_s);
+    if (parser.isSet(names.appHash) && !isHash(parser.value(names.appHash)))
+        return wrong(names.appHash, u"64 hexadecimal digits"_s);
+    for (const QString &fault : parser.values(names.fault))
+        if (const QString error = options.faults.switchOn(fault); !error.isEmpty())
+            return u"--fault: "_s + error;
+    options.credentials = parser.value(names.credentials);
+    if (options.credentials.isEmpty())
+        return wrong(names.credentials, u"a folder with client.crt and client.key"_s);
+    if (const QString problem = credentialsProblem(options.credentials, options.faults); !problem.isEmpty())
+        return u"--credentials: "_s + problem;
+    options.serial = parser.value(names.serial).toLatin1();
+    options.appHash = QByteArray::fromHex(parser.value(names.appHash).toLatin1());
+    options.json = parser.isSet(names.json);
+    options.once = parser.isSet(names.once);
+    return {};
+}
+
+QString helpText(const QCommandLineParser &parser, const QString &program)
+{
+    QString text = parser.helpText();
+    text.replace(program, u"velno-register"_s);
+    return text + u"\nFaults; STEP is 1 (start), 2 (key exchange) or 3 (confirmation):\n"_s + faultHelp() +
+           u"\nOn standard input: fault NAME[=VALUE], fault none, quit.\n"
+           "Exit status: 0 told to stop, 64 wrong usage; with --once 0 paired, 1 not.\n"
+           "Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const QStringList &arguments)
+{
+    const Names names;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"A simulated cash register: connects to the tool, again and again, and pairs with it."_s);
+    parser.addOptions({names.help, names.serial, names.connect, names.credentials, names.appHash, names.json,
+                       names.once, names.fault});
+    CommandLine line;
+    const bool parsed = parser.parse(arguments);
+    if (parsed && parser.isSet(names.help)) {
+        line.outcome = CommandLine::Help;
+        line.text = helpText(parser, arguments.first());
+        return line;
+    }
+    line.text = parsed ? fill(parser, names, line.options) : parser.errorText();
+    if (!line.text.isEmpty())
+        line.outcome = CommandLine::WrongUsage;
+    return line;
+}
+
+} // namespace Simulator

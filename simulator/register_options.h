@@ -1,0 +1,36 @@
+#pragma once
+
+#include "simulator/faults.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+namespace Simulator {
+
+/** What velno-register was asked to be. */
+struct RegisterOptions
+{
+    QByteArray serial; ///< 12 characters
+    QString host;
+    quint16 port = 0;
+    QString credentials;
+    QByteArray appHash; ///< 32 bytes, or empty: any application
+    bool json = false;
+    bool once = false;
+    Faults faults;
+};
+
+struct CommandLine
+{
+    enum Outcome { Run, Help, WrongUsage };
+
+    Outcome outcome = Run;
+    RegisterOptions options; ///< for Run
+    QString text;            ///< the help, or what was wrong and what is accepted
+};
+
+/** @param arguments  with the program's name in front */
+CommandLine parseCommandLine(const QStringList &arguments);
+
+} // namespace Simulator
