@@ -9,10 +9,10 @@
 /** What the test programs share. */
 namespace TestSupport {
 
-/** Bytes from hexadecimal text; spaces are ignored. */
-inline QByteArray hex(const char *text)
+/** Bytes from hexadecimal digits; spaces are ignored. */
+inline QByteArray hex(const char *digits)
 {
-    return QByteArray::fromHex(text);
+    return QByteArray::fromHex(digits);
 }
 
 /** A TCP port that nobody listens on at this moment. */

@@ -1,0 +1,699 @@
+#include "ExtDevice/encoding/bcd.h"
+#include "ExtDevice/encoding/digest.h"
+#include "ExtDevice/encoding/file.h"
+#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3_util.h"
+#include "ExtDevice/network/velno_network.h"
+#include "tests/exact_bytes.h"
+#include "tests/test_authority.h"
+#include "tests/test_support.h"
+
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Velno;
+using namespace Velno::GMP;
+using TestSupport::ExactBytes;
+using TestSupport::hex;
+using TestSupport::LogCapture;
+
+namespace {
+
+constexpr char serial[] = "UB1234567890";
+
+int checkFrame(const QByteArray &frame, const char *identity, bool parse)
+{
+    return GMP3::check(frame.constData(), int(frame.size()), identity, parse);
+}
+
+/** The frame with its length and CRC made right again. */
+QByteArray sealed(const QByteArray &inner)
+{
+    const quint16 crc = qChecksum(inner);
+    const auto size = inner.size() + 2;
+    return QByteArray{}.append(char(size >> 8)).append(char(size & 0xFF)) + inner + char(crc >> 8) +
+           char(crc & 0xFF);
+}
+
+QByteArrayList tagsOf(const QByteArray &body)
+{
+    QByteArrayList tags;
+    for (const QByteArray &element : extractTlvElements(body))
+        tags << tlvTag(element).toHex().toUpper();
+    return tags;
+}
+
+/** The value of an element of the body, "missing" when there is none. */
+QByteArray valueIn(const QByteArray &body, const char *tag)
+{
+    for (const QByteArray &element : extractTlvElements(body)) {
+        if (tlvTag(element) != hex(tag))
+            continue;
+        QByteArray found;
+        QByteArray value;
+        unsigned short size = 0;
+        extractTlvElement(element, &found, &value, &size);
+        return value;
+    }
+    return "missing";
+}
+
+/** Lets the session receive what one side prepared. */
+void deliver(const QByteArray &body, MessageTag kind, bool response)
+{
+    QCOMPARE(checkFrame(GMP3::frame(response, kind, body, serial), serial, true), 0);
+}
+
+} // namespace
+
+class TestSession : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void frameHasLengthIdentityElementAndCrc_data();
+    void frameHasLengthIdentityElementAndCrc();
+    void rawFrameHoldsTheBodyAsItIs();
+    void frameThatDoesNotFitIsEmpty();
+    void checkJudgesInOrder_data();
+    void checkJudgesInOrder();
+    void shortFramesAreRefused_data();
+    void shortFramesAreRefused();
+    void everyPrefixIsRefused();
+    void everyFlippedByteIsRefused();
+    void crcLineIsUpperCaseHexadecimal();
+    void checkWithoutParseStoresNothing();
+    void messageIsTheFirstKnownElement();
+    void fieldsAreMergedAndRandomsKept();
+    void failedCheckStoresNothing();
+    void storeIsBounded();
+    void manySmallElementsAreSplit();
+    void addReplacesTheFirstOfItsTag();
+    void initEmptiesOnlyTheStore();
+    void sequenceEndsAfterTheThirdMessage_data();
+    void sequenceEndsAfterTheThirdMessage();
+    void startRequestHasEightElements();
+    void keyExchangeRequestWithoutGroupHasNoKey_data();
+    void keyExchangeRequestWithoutGroupHasNoKey();
+    void otherKindsHaveNoBody_data();
+    void otherKindsHaveNoBody();
+    void bothSidesAgree();
+    void responderWithoutCertificateLeavesItOut();
+    void responderWithoutUsableKeySaysSo_data();
+    void responderWithoutUsableKeySaysSo();
+    void responderRefusesAWrongKeyCheck();
+    void responderRefusesAWrongApplication();
+    void receiveAssemblesAFrame();
+    void receiveRefuses_data();
+    void receiveRefuses();
+    void receiveReportsTheTransport();
+    void sendAndDisconnectReportTheTransport();
+    void acceptReportsTheTransport();
+
+private:
+    void useDevelopmentCredentials();
+    void connectPeer();
+
+    QTemporaryDir m_folder;
+    QTcpServer m_server;
+    std::unique_ptr<QTcpSocket> m_peer;
+};
+
+void TestSession::init()
+{
+    GMP3::init(0);
+    gmp3_message.isResponse = false;
+    gmp3_message.appHash.clear();
+    gmp3_message.dh.reset();
+    useDevelopmentCredentials();
+}
+
+void TestSession::useDevelopmentCredentials()
+{
+    const TestSupport::Credentials credentials = TestSupport::developmentRegister();
+    cert_path = m_folder.filePath(QStringLiteral("client.crt"));
+    prikey_path = m_folder.filePath(QStringLiteral("client.key"));
+    QVERIFY(writeData(cert_path, credentials.certificate));
+    QVERIFY(writeData(prikey_path, credentials.key));
+}
+
+void TestSession::frameHasLengthIdentityElementAndCrc_data()
+{
+    QTest::addColumn<bool>("response");
+    QTest::addColumn<QByteArray>("identity");
+    QTest::addColumn<QByteArray>("inner");
+
+    const QByteArray body = hex("DF820803000001");
+    QTest::newRow("request") << false << QByteArray("AB1234567890")
+                             << "AB1234567890" + hex("FF8A6007") + body;
+    QTest::newRow("response") << true << QByteArray("AB1234567890")
+                              << "AB1234567890" + hex("FF8E6007") + body;
+    QTest::newRow("13 characters") << false << QByteArray("AB12345678901")
+                                   << "AB1234567890" + hex("FF8A6007") + body;
+    QTest::newRow("3 characters") << false << QByteArray("AB1") << "AB1         " + hex("FF8A6007") + body;
+    QTest::newRow("none") << false << QByteArray() << QByteArray(12, ' ') + hex("FF8A6007") + body;
+}
+
+void TestSession::frameHasLengthIdentityElementAndCrc()
+{
+    QFETCH(const bool, response);
+    QFETCH(const QByteArray, identity);
+    QFETCH(const QByteArray, inner);
+    const QByteArray frame = GMP3::frame(response, PairingStart, hex("DF820803000001"), identity.constData());
+    QCOMPARE(frame, sealed(inner));
+    QCOMPARE(checkFrame(frame, identity.size() < 12 ? nullptr : identity.constData(), true), 0);
+    QCOMPARE(gmp3_message.message, PairingStart);
+    QCOMPARE(gmp3_message.isResponse, response);
+}
+
+void TestSession::rawFrameHoldsTheBodyAsItIs()
+{
+    QCOMPARE(qChecksum(QByteArrayView("123456789")), quint16(0x906E));
+    const QByteArray frame = GMP3::frame(false, None, "abc", serial);
+    QCOMPARE(frame, hex("0011") + serial + "abc" + frame.last(2));
+    QCOMPARE(frame, sealed(QByteArray(serial) + "abc"));
+    QCOMPARE(GMP3::frame(true, None, "abc", serial), frame);
+}
+
+void TestSession::frameThatDoesNotFitIsEmpty()
+{
+    QCOMPARE(GMP3::frame(false, None, QByteArray(65535 - 14, 'x'), serial).size(), 65537);
+    QCOMPARE(GMP3::frame(false, None, QByteArray(65535 - 13, 'x'), serial), QByteArray());
+    QCOMPARE(GMP3::frame(false, PairingStart, QByteArray(65535 - 14 - 6, 'x'), serial).size(), 65537);
+    QCOMPARE(GMP3::frame(false, PairingStart, QByteArray(65535 - 14 - 5, 'x'), serial), QByteArray());
+    QCOMPARE(GMP3::frame(false, PairingStart, QByteArray(65536, 'x'), serial), QByteArray());
+}
+
+void TestSession::checkJudgesInOrder_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+    QTest::addColumn<QByteArray>("identity");
+    QTest::addColumn<int>("result");
+    QTest::addColumn<QByteArray>("log");
+
+    const QByteArray good = GMP3::frame(true, PairingStart, hex("DF820803000001"), serial);
+    QByteArray tooLong = good;
+    tooLong[1] = char(tooLong.at(1) + 1);
+    const QByteArray other = "No Serial Match!\n";
+    const QByteArray fieldsOnly = GMP3::frame(true, None, hex("DF820803000001"), serial);
+    QTest::newRow("good") << good << QByteArray(serial) << 0 << QByteArray();
+    QTest::newRow("a longer identity, same 12") << good << QByteArray("UB12345678901") << 0 << QByteArray();
+    QTest::newRow("length one too large") << tooLong << QByteArray(serial) << 4000 << QByteArray();
+    QTest::newRow("length one too small") << good + 'x' << QByteArray(serial) << 4000 << QByteArray();
+    QTest::newRow("other identity") << good << QByteArray("UB1234567891") << 4002 << other;
+    QTest::newRow("short identity, padded header")
+        << GMP3::frame(true, PairingStart, hex("DF820803000001"), "AB1") << QByteArray("AB1") << 4002
+        << other;
+    QTest::newRow("short identity, zero in the header")
+        << sealed("AB1" + QByteArray(9, '\0') + hex("FF8E6003DF8201")) << QByteArray("AB1") << 0
+        << QByteArray();
+    QTest::newRow("fields without message") << fieldsOnly << QByteArray(serial) << 4003 << QByteArray();
+    QTest::newRow("no payload") << GMP3::frame(true, None, {}, serial) << QByteArray(serial) << 4003
+                                << QByteArray();
+    QTest::newRow("message of length 0")
+        << GMP3::frame(true, None, hex("FF8E6000"), serial) << QByteArray(serial) << 4003 << QByteArray();
+    QTest::newRow("payload that is no elements")
+        << GMP3::frame(true, None, hex("FF8E6085"), serial) << QByteArray(serial) << 4003 << QByteArray();
+}
+
+void TestSession::checkJudgesInOrder()
+{
+    QFETCH(const QByteArray, frame);
+    QFETCH(const QByteArray, identity);
+    QFETCH(const int, result);
+    QFETCH(const QByteArray, log);
+    gmp3_message.message = PairingConfirm;
+    const LogCapture capture;
+    QCOMPARE(checkFrame(frame, identity.constData(), true), result);
+    QCOMPARE(capture.text(), log);
+    QCOMPARE(gmp3_message.message, result == 0 ? PairingStart : None);
+}
+
+void TestSession::shortFramesAreRefused_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+    QTest::addColumn<int>("result");
+
+    QTest::newRow("nothing") << QByteArray() << 4000;
+    QTest::newRow("one byte") << hex("00") << 4000;
+    QTest::newRow("a length of nothing") << hex("0000") << 4001;
+    QTest::newRow("a length of one") << hex("0001AA") << 4001;
+    QTest::newRow("a length that lies") << hex("0005AA") << 4000;
+    QTest::newRow("a CRC of nothing") << sealed({}) << 4002;
+    QTest::newRow("11 characters and a CRC") << sealed("UB123456789") << 4002;
+    QTest::newRow("11 characters and a wrong CRC") << hex("000D") + "UB123456789" + hex("0000") << 4001;
+}
+
+void TestSession::shortFramesAreRefused()
+{
+    QFETCH(const QByteArray, frame);
+    QFETCH(const int, result);
+    const ExactBytes exact(frame);
+    const LogCapture capture;
+    for (const bool parse : {true, false}) {
+        QCOMPARE(checkFrame(exact.view(), serial, parse), result);
+        QCOMPARE(checkFrame(exact.view(), nullptr, parse), result);
+    }
+    QCOMPARE(GMP3::check(nullptr, 0, serial, true), 4000);
+    QCOMPARE(GMP3::check(exact.view().constData(), -1, serial, true), 4000);
+}
+
+void TestSession::everyPrefixIsRefused()
+{
+    const QByteArray good = GMP3::frame(true, PairingStart, hex("DF820803000001"), serial);
+    for (qsizetype size = 0; size < good.size(); ++size)
+        QCOMPARE(checkFrame(ExactBytes(good.first(size)).view(), serial, true), 4000);
+}
+
+void TestSession::everyFlippedByteIsRefused()
+{
+    const QByteArray good = GMP3::frame(true, PairingStart, hex("DF820803000001"), serial);
+    const LogCapture capture;
+    for (qsizetype i = 0; i < good.size(); ++i) {
+        QByteArray damaged = good;
+        damaged[i] = char(damaged.at(i) ^ 0x10);
+        QCOMPARE(checkFrame(ExactBytes(damaged).view(), serial, true), i < 2 ? 4000 : 4001);
+    }
+}
+
+void TestSession::crcLineIsUpperCaseHexadecimal()
+{
+    const QByteArray frame = hex("000B") + "123456789" + hex("1A2B");
+    const LogCapture capture;
+    QCOMPARE(checkFrame(frame, nullptr, false), 4001);
+    std::cout << 255 << std::endl; // the stream stays as the line left it
+    QCOMPARE(capture.text(), QByteArray("CRC is not equal: 1A2B!=906E\nFF\n"));
+}
+
+void TestSession::checkWithoutParseStoresNothing()
+{
+    gmp3_message.message = PairingStart;
+    QCOMPARE(checkFrame(GMP3::frame(true, PairingStart, hex("DF820803000001"), serial), nullptr, false), 0);
+    QCOMPARE(gmp3_message.message, None);
+    QVERIFY(gmp3_message.fields.isEmpty());
+}
+
+void TestSession::messageIsTheFirstKnownElement()
+{
+    const QByteArray payload =
+        hex("DF8208030000FF") + hex("FF8A6207DF820803000007") + hex("FF8E6307DF820803000008");
+    QCOMPARE(checkFrame(GMP3::frame(true, None, payload, serial), serial, true), 0);
+    QCOMPARE(gmp3_message.message, PairingKeyExchange);
+    QVERIFY(!gmp3_message.isResponse);
+    QCOMPARE(GMP3::TLV_value(hex("DF8208")), hex("000007"));
+}
+
+void TestSession::fieldsAreMergedAndRandomsKept()
+{
+    const QByteArray e(16, 'E');
+    const QByteArray d(16, 'D');
+    deliver(tlvElement(hex("DFC10E"), e) + tlvElement(hex("DF8208"), "one"), PairingStart, true);
+    QCOMPARE(gmp3_message.responderRandom, e);
+    QCOMPARE(GMP3::TLV_value(hex("DFC10E")), e);
+    // An element without a value is skipped: the earlier value stays.
+    deliver(tlvElement(hex("DFC10D"), d) + tlvElement(hex("DF8208"), "two") + hex("DFC10E00"), PairingConfirm,
+            true);
+    QCOMPARE(gmp3_message.requesterRandom, d);
+    QCOMPARE(gmp3_message.responderRandom, e);
+    QCOMPARE(GMP3::TLV_value(hex("DF8208")), QByteArray("two"));
+    QCOMPARE(gmp3_message.fields.size(), 3);
+}
+
+void TestSession::failedCheckStoresNothing()
+{
+    gmp3_message.responderRandom = "kept";
+    const QByteArray body = tlvElement(hex("DFC10E"), QByteArray(16, 'E'));
+    const LogCapture capture;
+    QCOMPARE(checkFrame(GMP3::frame(true, PairingStart, body, serial), "UB9999999999", true), 4002);
+    QCOMPARE(checkFrame(GMP3::frame(true, None, body, serial), serial, true), 4003);
+    QVERIFY(gmp3_message.fields.isEmpty());
+    QCOMPARE(gmp3_message.responderRandom, QByteArray("kept"));
+}
+
+void TestSession::storeIsBounded()
+{
+    for (int message = 0; message < 20; ++message) {
+        QByteArray body;
+        for (int i = 0; i < 500; ++i) {
+            const int number = message * 500 + i;
+            body += tlvElement(hex("DF") + char(0x80 | number >> 7) + char(number & 0x7F), "x");
+        }
+        deliver(body, PairingStart, true);
+    }
+    QCOMPARE(gmp3_message.fields.size(), 1024);
+    deliver(tlvElement(hex("DF8000"), "new"), PairingStart, true); // what is there can still be replaced
+    QCOMPARE(GMP3::TLV_value(hex("DF8000")), QByteArray("new"));
+}
+
+void TestSession::manySmallElementsAreSplit()
+{
+    deliver(hex("010178").repeated(21000), PairingStart, true);
+    QCOMPARE(gmp3_message.fields, QVector<QByteArray>{hex("010178")});
+}
+
+void TestSession::addReplacesTheFirstOfItsTag()
+{
+    const QByteArray tag = hex("DF8208");
+    QVERIFY(GMP3::TLV_add(tag, "one", true));
+    QVERIFY(GMP3::TLV_add(tag, "two", false));
+    QCOMPARE(GMP3::TLV_value(tag), QByteArray("one"));
+    QVERIFY(!GMP3::TLV_add(tag, "three", true));
+    QCOMPARE(GMP3::TLV_value(tag), QByteArray("three"));
+    QCOMPARE(gmp3_message.fields.size(), 2);
+    QCOMPARE(GMP3::TLV_value(hex("DF82")), QByteArray());
+    QCOMPARE(GMP3::TLV_value({}), QByteArray());
+    QVERIFY(GMP3::TLV_add(hex("DF8209"), {}, true)); // an element without value is never found again
+    QVERIFY(GMP3::TLV_add(hex("DF8209"), "x", true));
+    QCOMPARE(GMP3::TLV_value(hex("DF8209")), QByteArray("x"));
+}
+
+void TestSession::initEmptiesOnlyTheStore()
+{
+    GMP3::TLV_add(hex("DF8208"), "one", true);
+    gmp3_message.message = PairingStart;
+    gmp3_message.isResponse = true;
+    gmp3_message.appHash = "hash";
+    gmp3_message.aesKey = "key";
+    GMP3::init(77);
+    QCOMPARE(connection_handle, 77U);
+    QVERIFY(gmp3_message.fields.isEmpty());
+    QCOMPARE(gmp3_message.message, None);
+    QVERIFY(gmp3_message.isResponse);
+    QCOMPARE(gmp3_message.appHash, QByteArray("hash"));
+    QCOMPARE(gmp3_message.aesKey, QByteArray("key"));
+}
+
+void TestSession::sequenceEndsAfterTheThirdMessage_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("next");
+
+    for (int kind = Message8801; kind <= None; ++kind) {
+        const int next = kind == PairingStart         ? PairingKeyExchange
+                         : kind == PairingKeyExchange ? PairingConfirm
+                                                      : None;
+        QTest::addRow("%d", kind) << kind << next;
+    }
+}
+
+void TestSession::sequenceEndsAfterTheThirdMessage()
+{
+    QFETCH(const int, kind);
+    QFETCH(const int, next);
+    QCOMPARE(int(GMP3::next_state(MessageTag(kind))), next);
+}
+
+void TestSession::startRequestHasEightElements()
+{
+    const QDate before = QDate::currentDate();
+    const QByteArray body = GMP3::prepare(PairingStart, false, "001A2B3C4D5E");
+    QCOMPARE(tagsOf(body), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC107", "DFC108", "DFC109",
+                                           "DFEF0B", "DFC10D"}));
+    QCOMPARE(valueIn(body, "DF8208"), hex("000001"));
+    QVERIFY(bcdToDate(valueIn(body, "DF8209")) >= before);
+    QVERIFY(bcdToTime(valueIn(body, "DF820A"), false).isValid());
+    QCOMPARE(valueIn(body, "DFC107"), QByteArray("VENDOR 1234"));
+    QCOMPARE(valueIn(body, "DFC108"), QByteArray("MODEL X"));
+    QCOMPARE(valueIn(body, "DFC109"), QByteArray("001A2B3C4D5E"));
+    QCOMPARE(valueIn(body, "DFEF0B"), QByteArray("1.0.0.0"));
+    QCOMPARE(valueIn(body, "DFC10D"), gmp3_message.requesterRandom);
+    QCOMPARE(gmp3_message.requesterRandom.size(), 16);
+}
+
+void TestSession::keyExchangeRequestWithoutGroupHasNoKey_data()
+{
+    QTest::addColumn<QByteArray>("p");
+    QTest::addColumn<QByteArray>("g");
+
+    const QByteArray p(get_dh2048_p_value(), get_dh2048_p_size());
+    QByteArray composite = p;
+    composite[255] = char(composite.at(255) ^ 2);
+    QTest::newRow("none received") << QByteArray() << QByteArray();
+    QTest::newRow("no generator") << p << QByteArray();
+    QTest::newRow("a small prime") << hex("17") << hex("05");
+    QTest::newRow("a composite") << composite << hex("02");
+    QTest::newRow("an even number") << p.first(255) + '\0' << hex("02");
+    QTest::newRow("thousands of bytes") << QByteArray(3500, '\xF1') << hex("02");
+}
+
+void TestSession::keyExchangeRequestWithoutGroupHasNoKey()
+{
+    QFETCH(const QByteArray, p);
+    QFETCH(const QByteArray, g);
+    GMP3::TLV_add(hex("DFEF0C"), p, true);
+    GMP3::TLV_add(hex("DFEF0D"), g, true);
+    gmp3_message.dh = GMP3::DH_get_dh2048();
+    const QByteArray body = GMP3::prepare(PairingKeyExchange, false, "me");
+    QCOMPARE(tagsOf(body), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC107", "DFC108", "DFC109",
+                                           "DFC10A", "DFC10B", "DFC10C", "DFEF09"}));
+    QCOMPARE(valueIn(body, "DFC10C"), QByteArray());
+    QVERIFY(!gmp3_message.dh);
+}
+
+void TestSession::otherKindsHaveNoBody_data()
+{
+    QTest::addColumn<int>("kind");
+
+    for (const int kind : {int(Message8801), int(Message8808), int(Message8A64), int(None)})
+        QTest::addRow("%d", kind) << kind;
+}
+
+void TestSession::otherKindsHaveNoBody()
+{
+    QFETCH(const int, kind);
+    QCOMPARE(GMP3::prepare(MessageTag(kind), false, serial), QByteArray());
+    QCOMPARE(GMP3::prepare(MessageTag(kind), true, serial), QByteArray());
+}
+
+/**
+ * Both sides in one session: the shared key pair is the other side's key by turns, which works because each
+ * side's key is kept here while the other one is at work.
+ */
+void TestSession::bothSidesAgree()
+{
+    gmp3_message.pairingIndex = 12;
+    gmp3_message.pairingNumber = 4711;
+    const QByteArray appHash = sha256Sum("application");
+
+    deliver(GMP3::prepare(PairingStart, false, "me"), PairingStart, false);
+    const QByteArray start = GMP3::prepare(PairingStart, true, serial);
+    QCOMPARE(tagsOf(start),
+             QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC10A", "DFC10B", "DFC10C", "DFEF0B", "DFEF01",
+                             "DFEF0C", "DFEF0D", "DFEF06", "DFEF09", "DFC10E"}));
+    QCOMPARE(valueIn(start, "DFC10A"), QByteArray("DALMORIVEN"));
+    QCOMPARE(valueIn(start, "DFC10B"), QByteArray("m120"));
+    QCOMPARE(valueIn(start, "DFEF09"), hex("12"));
+    QCOMPARE(valueIn(start, "DFEF01"), TestSupport::developmentRegister().certificate);
+    deliver(start, PairingStart, true);
+
+    const QByteArray exchange = GMP3::prepare(PairingKeyExchange, false, "me");
+    QCOMPARE(tagsOf(exchange), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC107", "DFC108", "DFC109",
+                                               "DFC10A", "DFC10B", "DFC10C", "DFEF03", "DFEF09"}));
+    PkeyPtr requesterPair = std::move(gmp3_message.dh);
+    deliver(exchange, PairingKeyExchange, false);
+    const QByteArray answer = GMP3::prepare(PairingKeyExchange, true, serial);
+    QCOMPARE(tagsOf(answer),
+             QByteArrayList({"DF8208", "DF8209", "DF820A", "DFEF03", "DFEF06", "DFEF09", "DFEF0A"}));
+    QCOMPARE(valueIn(answer, "DFEF09"), hex("0C"));
+    QVERIFY(GMP3::rsassa_pkcs1v15_sha256_verify(valueIn(start, "DFEF01"), valueIn(answer, "DFEF03"),
+                                                valueIn(answer, "DFEF0A")));
+    PkeyPtr responderPair = std::move(gmp3_message.dh);
+    const QByteArray requesterKey = valueIn(exchange, "DFEF03");
+    deliver(answer, PairingKeyExchange, true);
+
+    gmp3_message.dh = std::move(requesterPair);
+    gmp3_message.appHash = appHash;
+    const QByteArray confirm = GMP3::prepare(PairingConfirm, false, "me");
+    QCOMPARE(tagsOf(confirm), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC107", "DFC108", "DFC109",
+                                              "DFC10A", "DFC10B", "DFC10C", "DFEF0E", "DFEF09", "DFE004"}));
+    QCOMPARE(valueIn(confirm, "DFEF0E").last(16), gmp3_message.kcvIv); // not moved on by the application hash
+    deliver(confirm, PairingConfirm, false);
+    GMP3::TLV_add(hex("DFEF03"), requesterKey, true);
+    gmp3_message.dh = std::move(responderPair);
+    const QByteArray verdict = GMP3::prepare(PairingConfirm, true, serial);
+    QCOMPARE(tagsOf(verdict), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFEF06", "DFEF02", "DFEF09"}));
+    QCOMPARE(valueIn(verdict, "DFEF06"), QByteArray("00"));
+    QCOMPARE(valueIn(verdict, "DFEF02"), hex("4711"));
+    QVERIFY(!gmp3_message.failed);
+    gmp3_message.pairingIndex = 0;
+    gmp3_message.pairingNumber = 0;
+}
+
+void TestSession::responderWithoutCertificateLeavesItOut()
+{
+    QVERIFY(QFile::remove(cert_path));
+    QCOMPARE(valueIn(GMP3::prepare(PairingStart, true, serial), "DFEF01"), QByteArray("missing"));
+}
+
+void TestSession::responderWithoutUsableKeySaysSo_data()
+{
+    QTest::addColumn<QByteArray>("key");
+
+    QTest::newRow("garbage") << QByteArray("garbage");
+    QTest::newRow("an RSA key whose signatures have another size")
+        << TestSupport::selfSigned("RSA", 1024).key;
+}
+
+void TestSession::responderWithoutUsableKeySaysSo()
+{
+    QFETCH(const QByteArray, key);
+    QVERIFY(writeData(prikey_path, key));
+    const QByteArray body = GMP3::prepare(PairingKeyExchange, true, serial);
+    QCOMPARE(tagsOf(body), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFEF06", "DFEF09"}));
+    QCOMPARE(valueIn(body, "DFEF06"), QByteArray("01"));
+    QVERIFY(gmp3_message.dh);
+    QVERIFY(QFile::remove(prikey_path));
+    QCOMPARE(valueIn(GMP3::prepare(PairingKeyExchange, true, serial), "DFEF06"), QByteArray("01"));
+}
+
+void TestSession::responderRefusesAWrongKeyCheck()
+{
+    GMP3::TLV_add(hex("DFEF0E"), QByteArray(32, 'x'), true);
+    gmp3_message.appHash = QByteArray(32, 'h');
+    const LogCapture capture;
+    const QByteArray body = GMP3::prepare(PairingConfirm, true, serial);
+    QCOMPARE(tagsOf(body), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFEF06", "DFEF09"}));
+    QCOMPARE(valueIn(body, "DFEF06"), QByteArray("02"));
+    QVERIFY(gmp3_message.failed);
+    QCOMPARE(capture.text(), QByteArray("KCV Error\n"));
+}
+
+void TestSession::responderRefusesAWrongApplication()
+{
+    const QByteArray check = GMP3::create_keys({}); // the same keys on both sides, whatever they are
+    GMP3::TLV_add(hex("DFEF0E"), check, true);
+    QByteArray iv = gmp3_message.kcvIv;
+    GMP3::TLV_add(hex("DFE004"), GMP3_aes_cipher(true, gmp3_message.aesKey, QByteArray(32, 'a'), iv), true);
+    gmp3_message.appHash = QByteArray(32, 'b');
+    {
+        const LogCapture capture;
+        QCOMPARE(valueIn(GMP3::prepare(PairingConfirm, true, serial), "DFEF06"), QByteArray("03"));
+        QCOMPARE(capture.text(), QByteArray("App Hash Error\n"));
+        QVERIFY(gmp3_message.failed);
+    }
+    gmp3_message.appHash = QByteArray(32, 'a');
+    QCOMPARE(valueIn(GMP3::prepare(PairingConfirm, true, serial), "DFEF06"), QByteArray("00"));
+    gmp3_message.appHash.clear(); // any application will do
+    GMP3::TLV_add(hex("DFE004"), "garbage", true);
+    QCOMPARE(valueIn(GMP3::prepare(PairingConfirm, true, serial), "DFEF06"), QByteArray("00"));
+    QVERIFY(!gmp3_message.failed);
+}
+
+void TestSession::connectPeer()
+{
+    if (!m_server.isListening())
+        QVERIFY(m_server.listen(QHostAddress::LocalHost, 0));
+    unsigned int handle = 0;
+    QCOMPARE(velno_network_connect("127.0.0.1", m_server.serverPort(), 5000, &handle), 0);
+    GMP3::init(handle);
+    QVERIFY(m_server.hasPendingConnections() || m_server.waitForNewConnection(5000));
+    m_peer.reset(m_server.nextPendingConnection());
+    m_peer->setParent(nullptr);
+}
+
+void TestSession::receiveAssemblesAFrame()
+{
+    connectPeer();
+    const QByteArray frame = GMP3::frame(true, None, QByteArray(300, 'x'), serial);
+    m_peer->write(frame + "more");
+    QVERIFY(m_peer->waitForBytesWritten(5000));
+    QByteArray buffer(4098, '\0');
+    int length = 4096;
+    QCOMPARE(GMP3::receive(5000, buffer.data(), &length), 0);
+    QCOMPARE(buffer.first(length), frame);
+    QCOMPARE(buffer.at(length), '\0'); // what follows the frame stays on the wire
+    QCOMPARE(GMP3::disconnect(), 0);
+}
+
+void TestSession::receiveRefuses_data()
+{
+    QTest::addColumn<QByteArray>("sent");
+    QTest::addColumn<int>("capacity");
+    QTest::addColumn<int>("result");
+    QTest::addColumn<int>("received");
+
+    QTest::newRow("announced 20, capacity 10") << hex("0014") + QByteArray(20, 'x') << 10 << 4000 << 2;
+    QTest::newRow("announced 20, capacity 19") << hex("0014") + QByteArray(20, 'x') << 19 << 4000 << 2;
+    QTest::newRow("announced 20, capacity 20") << hex("0014") + QByteArray(20, 'x') << 20 << 0 << 22;
+    QTest::newRow("announced 65535, capacity 4096") << hex("FFFF") << 4096 << 4000 << 2;
+    QTest::newRow("announced nothing") << hex("0000") << 4096 << 3003 << 2;
+}
+
+void TestSession::receiveRefuses()
+{
+    QFETCH(const QByteArray, sent);
+    QFETCH(const int, capacity);
+    QFETCH(const int, result);
+    QFETCH(const int, received);
+    connectPeer();
+    m_peer->write(sent);
+    QVERIFY(m_peer->waitForBytesWritten(5000));
+    QByteArray buffer(4098, '\0');
+    int length = capacity;
+    const LogCapture capture;
+    QCOMPARE(GMP3::receive(5000, buffer.data(), &length), result);
+    QCOMPARE(length, received);
+    QCOMPARE(GMP3::receive(5000, buffer.data(), nullptr), 4000);
+    GMP3::disconnect();
+}
+
+void TestSession::receiveReportsTheTransport()
+{
+    QByteArray buffer(4098, '\0');
+    int length = 4096;
+    {
+        const LogCapture capture;
+        QCOMPARE(GMP3::receive(0, buffer.data(), &length), 3004);
+        QCOMPARE(length, 0);
+        QCOMPARE(capture.text(), QByteArray("velno_network_read (1): 4\n"));
+    }
+    connectPeer();
+    {
+        const LogCapture capture;
+        length = 4096;
+        QCOMPARE(GMP3::receive(10, buffer.data(), &length), 3006);
+        QCOMPARE(capture.text(), QByteArray("velno_network_read (1): 6\n"));
+    }
+    m_peer->write(hex("0014") + "abc");
+    QVERIFY(m_peer->waitForBytesWritten(5000));
+    m_peer->disconnectFromHost();
+    const LogCapture capture;
+    length = 4096;
+    QCOMPARE(GMP3::receive(5000, buffer.data(), &length), 3005);
+    QCOMPARE(buffer.first(length), hex("0014") + "abc");
+    QCOMPARE(capture.text(), QByteArray("velno_network_read (2): 5\n"));
+}
+
+void TestSession::sendAndDisconnectReportTheTransport()
+{
+    {
+        const LogCapture capture;
+        QCOMPARE(GMP3::send("x", 1), 2004);
+        QCOMPARE(GMP3::disconnect(), 3002);
+        QCOMPARE(capture.text(), QByteArray("velno_network_write: 4\nvelno_network_disconnect: 2\n"));
+    }
+    connectPeer();
+    QCOMPARE(GMP3::send("hello", 5), 0);
+    QVERIFY(m_peer->waitForReadyRead(5000));
+    QCOMPARE(m_peer->readAll(), QByteArray("hello"));
+    QCOMPARE(GMP3::disconnect(), 0);
+    QCOMPARE(connection_handle, 0U);
+}
+
+void TestSession::acceptReportsTheTransport()
+{
+    connectPeer();
+    const unsigned int before = connection_handle;
+    const LogCapture capture;
+    QCOMPARE(GMP3::accept("300.1.1.1", TestSupport::freePort(), 10), 1005);
+    QCOMPARE(connection_handle, 0U);
+    QCOMPARE(velno_network_disconnect(before), 3); // the session's connection was closed first
+    QCOMPARE(GMP3::accept("127.0.0.1", TestSupport::freePort(), 10), 1007);
+    QCOMPARE(capture.text(), QByteArray("velno_network_accept: 5\nvelno_network_accept: 7\n"));
+}
+
+QTEST_GUILESS_MAIN(TestSession)
+#include "tst_session.moc"
