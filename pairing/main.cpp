@@ -2,6 +2,38 @@
 #include "pairing/gmp3ui.h"
 
 #include <QApplication>
+#include <QEvent>
+#include <QLabel>
+
+#include <cstdio>
+
+namespace {
+
+/** Repeats on standard error what the status line shows, each text once it has been painted: for scripts. */
+class StatusTrace : public QObject
+{
+public:
+    explicit StatusTrace(QLabel *label)
+        : QObject(label)
+    {
+        label->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const QString text = static_cast<QLabel *>(watched)->text();
+        if (event->type() == QEvent::Paint && text != m_last) {
+            std::fprintf(stderr, "status: %s\n", text.toUtf8().constData());
+            m_last = text;
+        }
+        return false;
+    }
+
+private:
+    QString m_last;
+};
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -13,6 +45,8 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("velno"));
 
     Gmp3UI window;
+    if (qEnvironmentVariableIntValue("VELNO_TRACE_STATUS") == 1)
+        new StatusTrace(window.findChild<QLabel *>(QStringLiteral("resultLabel")));
     window.show();
     return QApplication::exec();
 }
