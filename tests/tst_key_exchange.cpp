@@ -1,0 +1,400 @@
+#include "ExtDevice/encoding/digest.h"
+#include "ExtDevice/gmp3/key_exchange.h"
+#include "ExtDevice/gmp3_util.h"
+#include "ExtDevice/network/velno_network.h"
+#include "tests/hand_made_register.h"
+#include "tests/test_support.h"
+
+#include <QTcpServer>
+#include <QTest>
+
+using namespace Velno;
+using namespace Velno::GMP;
+using TestSupport::Fields;
+using TestSupport::HandMadeRegister;
+using TestSupport::hex;
+using TestSupport::LogCapture;
+using TestSupport::Request;
+
+namespace {
+
+constexpr char serial[] = "UB1234567890";
+constexpr char terminal[] = "001A2B3C4D5E";
+
+QByteArray appHash()
+{
+    return sha256Sum("application");
+}
+
+int pair(MatchExt &record, HandMadeRegister &reg)
+{
+    const quint16 port = TestSupport::freePort();
+    reg.start(port);
+    const int result = GMP3_KeyExchange_Server(record, port, serial, terminal, appHash());
+    velno_network_disconnect(connection_handle);
+    connection_handle = 0;
+    return result;
+}
+
+bool isEmpty(const MatchExt &record)
+{
+    return record.terminalId.isEmpty() && record.registerData.isEmpty() && record.aesKey.isEmpty() &&
+           record.hmacKey.isEmpty() && record.kcvIv.isEmpty() && record.randomDFC10D.isEmpty() &&
+           record.randomDFC10E.isEmpty() && record.pairingTime.isNull() && record.valueDFEF02 == 0 &&
+           record.valueDFEF09 == 0;
+}
+
+/** Answers honestly, but with the fields of one step changed. */
+HandMadeRegister::Hook changed(MessageTag step, std::function<void(HandMadeRegister &, Fields &)> change)
+{
+    return [=](HandMadeRegister &reg, const Request &request, int) {
+        Fields fields = reg.honestAnswer(request);
+        if (request.kind == step)
+            change(reg, fields);
+        return QList{HandMadeRegister::frameOf(request.kind, fields)};
+    };
+}
+
+QList<MessageTag> kindsOf(const QList<Request> &requests)
+{
+    QList<MessageTag> kinds;
+    for (const Request &request : requests)
+        kinds << request.kind;
+    return kinds;
+}
+
+QByteArray freshPublicKey()
+{
+    PkeyPtr pair = GMP3::DH_get_dh2048();
+    return GMP3::DH_generate(pair) ? GMP3::DH_get_pubkey(pair) : QByteArray();
+}
+
+} // namespace
+
+class TestKeyExchange : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void pairingFillsTheRecord();
+    void heldConnectionPairsAndIsClosed();
+    void heldConnectionIsClosedOnFailure();
+    void busyPortIsReported();
+    void resultCodeIsJudgedAtEveryStep_data();
+    void resultCodeIsJudgedAtEveryStep();
+    void discardedMessagesRepeatTheRequest_data();
+    void discardedMessagesRepeatTheRequest();
+    void strangerIsNotTrusted();
+    void certificateIsNeeded();
+    void signatureIsNeeded_data();
+    void signatureIsNeeded();
+    void weakGroupGetsNoKey_data();
+    void weakGroupGetsNoKey();
+    void weakGroupIsNotRescuedByAFriendlyAnswer();
+    void laterCertificateIsVerifiedAgain();
+    void laterTrustedCertificateIsTaken();
+    void replacedKeyAfterTheSignatureEndsIt_data();
+    void replacedKeyAfterTheSignatureEndsIt();
+    void repeatedSignedKeyDoesNoHarm();
+    void closedConnectionIsReported();
+};
+
+void TestKeyExchange::pairingFillsTheRecord()
+{
+    HandMadeRegister reg;
+    MatchExt record;
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    QCOMPARE(pair(record, reg), 0);
+    const QList<Request> requests = reg.finish();
+    QCOMPARE(kindsOf(requests), (QList{PairingStart, PairingKeyExchange, PairingConfirm}));
+    QCOMPARE(record.aesKey, reg.aesKey);
+    QCOMPARE(record.kcvIv, reg.kcvIv);
+    QCOMPARE(record.hmacKey, reg.hmacKey);
+    QCOMPARE(record.aesKey.size(), 32);
+    QCOMPARE(record.kcvIv.size(), 16);
+    QCOMPARE(record.hmacKey.size(), 32);
+    QCOMPARE(reg.appHash, appHash());
+    QCOMPARE(record.randomDFC10D, TestSupport::valueOf(requests.first().fields, fieldTag(RequesterRandom)));
+    QCOMPARE(record.randomDFC10E, QByteArray(16, 'E'));
+    QCOMPARE(record.registerData, QByteArray("REGISTER"));
+    QCOMPARE(record.terminalId, QByteArray(terminal));
+    QCOMPARE(record.valueDFEF09, quint8(42));
+    QCOMPARE(record.valueDFEF02, quint16(4711));
+    QVERIFY(record.reserved.isEmpty());
+    QCOMPARE(record.pairingTime.timeSpec(), Qt::UTC);
+    QVERIFY(record.pairingTime >= before && record.pairingTime <= QDateTime::currentDateTimeUtc());
+    QCOMPARE(TestSupport::valueOf(requests.at(1).fields, fieldTag(EcrBrand)), QByteArray("BRAND"));
+    QCOMPARE(TestSupport::valueOf(requests.at(2).fields, fieldTag(PairingIndex)), hex("42"));
+}
+
+void TestKeyExchange::heldConnectionPairsAndIsClosed()
+{
+    HandMadeRegister reg;
+    const quint16 port = TestSupport::freePort();
+    reg.start(port);
+    unsigned int handle = 0;
+    QCOMPARE(velno_network_accept("127.0.0.1", port, 5000, &handle), 0);
+    MatchExt record;
+    QCOMPARE(GMP3_KeyExchange_Server(record, quint32(handle), serial, terminal, appHash()), 0);
+    QCOMPARE(record.aesKey, reg.aesKey);
+    QCOMPARE(connection_handle, 0U);
+    QCOMPARE(velno_network_disconnect(handle), 3);
+}
+
+void TestKeyExchange::heldConnectionIsClosedOnFailure()
+{
+    HandMadeRegister reg(changed(PairingStart, [](auto &, Fields &fields) {
+        TestSupport::replaceValue(fields, fieldTag(ResultCode), "01");
+    }));
+    const quint16 port = TestSupport::freePort();
+    reg.start(port);
+    unsigned int handle = 0;
+    QCOMPARE(velno_network_accept("127.0.0.1", port, 5000, &handle), 0);
+    MatchExt record;
+    QCOMPARE(GMP3_KeyExchange_Server(record, quint32(handle), serial, terminal, appHash()), 5000);
+    QVERIFY(isEmpty(record));
+    QCOMPARE(velno_network_disconnect(handle), 3);
+}
+
+void TestKeyExchange::busyPortIsReported()
+{
+    QTcpServer holder;
+    QVERIFY(holder.listen(QHostAddress::AnyIPv4, 0));
+    MatchExt record;
+    const LogCapture capture;
+    QCOMPARE(GMP3_KeyExchange_Server(record, holder.serverPort(), serial, terminal, appHash()), 1006);
+    QCOMPARE(capture.text(), QByteArray("velno_network_accept: 6\n"));
+    QVERIFY(isEmpty(record));
+}
+
+void TestKeyExchange::resultCodeIsJudgedAtEveryStep_data()
+{
+    QTest::addColumn<int>("step");
+    QTest::addColumn<QByteArray>("code");
+
+    for (const MessageTag step : {PairingStart, PairingKeyExchange, PairingConfirm}) {
+        for (const char *code : {"01", "02", "03", "0", "000", "99"})
+            QTest::addRow("step %d, %s", step, code) << int(step) << QByteArray(code);
+        // The code of an earlier answer is still in the field store; it does not speak for this one.
+        QTest::addRow("step %d, none", step) << int(step) << QByteArray();
+    }
+}
+
+void TestKeyExchange::resultCodeIsJudgedAtEveryStep()
+{
+    QFETCH(const int, step);
+    QFETCH(const QByteArray, code);
+    HandMadeRegister reg(changed(MessageTag(step), [code](auto &, Fields &fields) {
+        if (code.isEmpty())
+            TestSupport::removeField(fields, fieldTag(ResultCode));
+        else
+            TestSupport::replaceValue(fields, fieldTag(ResultCode), code);
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5000);
+    QVERIFY(isEmpty(record));
+    QCOMPARE(int(reg.finish().constLast().kind), step);
+}
+
+void TestKeyExchange::discardedMessagesRepeatTheRequest_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<bool>("response");
+
+    QTest::newRow("another kind") << int(Message8A64) << true;
+    QTest::newRow("a request instead") << int(PairingKeyExchange) << false;
+    QTest::newRow("the answer before, again") << int(PairingStart) << true;
+}
+
+void TestKeyExchange::discardedMessagesRepeatTheRequest()
+{
+    QFETCH(const int, kind);
+    QFETCH(const bool, response);
+    HandMadeRegister reg([=](HandMadeRegister &self, const Request &request, int count) {
+        if (count >= 2 && count <= 6)
+            return QList{
+                HandMadeRegister::frameOf(MessageTag(kind), {{fieldTag(ResultCode), "00"}}, response)};
+        return QList{HandMadeRegister::frameOf(request.kind, self.honestAnswer(request))};
+    });
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 0);
+    QList<MessageTag> expected{PairingStart};
+    expected << QList<MessageTag>(6, PairingKeyExchange) << PairingConfirm;
+    QCOMPARE(kindsOf(reg.finish()), expected);
+    QCOMPARE(record.aesKey, reg.aesKey);
+}
+
+void TestKeyExchange::strangerIsNotTrusted()
+{
+    HandMadeRegister reg;
+    reg.credentials = TestSupport::selfSigned();
+    MatchExt record;
+    const LogCapture capture;
+    QCOMPARE(pair(record, reg), 5001);
+    QCOMPARE(capture.text(), QByteArray("Verificatione error: self-signed certificate\n"));
+    QVERIFY(isEmpty(record));
+    QCOMPARE(reg.finish().size(), 1);
+}
+
+void TestKeyExchange::certificateIsNeeded()
+{
+    HandMadeRegister reg(changed(PairingStart, [](auto &, Fields &fields) {
+        TestSupport::removeField(fields, fieldTag(Certificate));
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5001);
+    QVERIFY(isEmpty(record));
+}
+
+void TestKeyExchange::signatureIsNeeded_data()
+{
+    QTest::addColumn<QByteArray>("signature");
+
+    const QByteArray key = TestSupport::developmentRegister().key;
+    QTest::newRow("none") << QByteArray();
+    QTest::newRow("of other data") << GMP3::rsassa_pkcs1v15_sha256_sign("other data", key);
+    QTest::newRow("garbage") << QByteArray(256, 'x');
+}
+
+void TestKeyExchange::signatureIsNeeded()
+{
+    QFETCH(const QByteArray, signature);
+    HandMadeRegister reg(changed(PairingKeyExchange, [=](auto &, Fields &fields) {
+        TestSupport::replaceValue(fields, fieldTag(Signature), signature);
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5002);
+    QVERIFY(isEmpty(record));
+}
+
+void TestKeyExchange::weakGroupGetsNoKey_data()
+{
+    QTest::addColumn<QByteArray>("p");
+    QTest::addColumn<QByteArray>("g");
+
+    const QByteArray p(get_dh2048_p_value(), get_dh2048_p_size());
+    QByteArray composite = p;
+    composite[255] = char(composite.at(255) ^ 2);
+    QTest::newRow("a small prime") << hex("17") << hex("05");
+    QTest::newRow("512 bits") << QByteArray(64, '\xF1') << hex("02");
+    QTest::newRow("a composite of the right size") << composite << hex("02");
+    QTest::newRow("a generator of order 2") << p << p.first(255) + '\xFE';
+    QTest::newRow("no group") << QByteArray() << QByteArray();
+}
+
+void TestKeyExchange::weakGroupGetsNoKey()
+{
+    QFETCH(const QByteArray, p);
+    QFETCH(const QByteArray, g);
+    HandMadeRegister reg(changed(PairingStart, [=](auto &, Fields &fields) {
+        TestSupport::replaceValue(fields, fieldTag(DhPrime), p);
+        TestSupport::replaceValue(fields, fieldTag(DhGenerator), g);
+    }));
+    // Without a key of ours both sides come to the same keys, from the randoms alone: the register is content.
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5002);
+    const QList<Request> requests = reg.finish();
+    QCOMPARE(requests.size(), 3);
+    QVERIFY(TestSupport::valueOf(requests.at(1).fields, fieldTag(RequesterPublicKey)).isEmpty());
+    QVERIFY(isEmpty(record));
+}
+
+void TestKeyExchange::weakGroupIsNotRescuedByAFriendlyAnswer()
+{
+    // Somebody between tool and register spoils the group, so that the tool's keys would come from the two
+    // randoms alone, which he has seen; then he plays the register's last answer himself.
+    HandMadeRegister reg([](HandMadeRegister &self, const Request &request, int) {
+        Fields fields = self.honestAnswer(request);
+        if (request.kind == PairingStart)
+            TestSupport::replaceValue(fields, fieldTag(DhPrime), hex("17"));
+        if (request.kind == PairingConfirm)
+            TestSupport::replaceValue(fields, fieldTag(ResultCode), "00");
+        return QList{HandMadeRegister::frameOf(request.kind, fields)};
+    });
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5002);
+    QVERIFY(isEmpty(record));
+}
+
+void TestKeyExchange::laterCertificateIsVerifiedAgain()
+{
+    // The attacker shows the real register's certificate first and his own when it is time to sign.
+    const TestSupport::Credentials stranger = TestSupport::selfSigned();
+    HandMadeRegister reg(changed(PairingKeyExchange, [=](HandMadeRegister &self, Fields &fields) {
+        fields.append({fieldTag(Certificate), stranger.certificate});
+        const QByteArray key = GMP3::DH_get_pubkey(self.dh);
+        TestSupport::replaceValue(fields, fieldTag(Signature),
+                                  GMP3::rsassa_pkcs1v15_sha256_sign(key, stranger.key));
+    }));
+    MatchExt record;
+    const LogCapture capture;
+    QCOMPARE(pair(record, reg), 5001);
+    QVERIFY(isEmpty(record));
+}
+
+void TestKeyExchange::laterTrustedCertificateIsTaken()
+{
+    HandMadeRegister reg(changed(PairingKeyExchange, [](HandMadeRegister &self, Fields &fields) {
+        fields.append({fieldTag(Certificate), self.credentials.certificate + '\n'});
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 0);
+}
+
+void TestKeyExchange::replacedKeyAfterTheSignatureEndsIt_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<bool>("response");
+
+    QTest::newRow("by a wrong kind") << int(PairingKeyExchange) << true;
+    QTest::newRow("by a request") << int(PairingConfirm) << false;
+}
+
+void TestKeyExchange::replacedKeyAfterTheSignatureEndsIt()
+{
+    QFETCH(const int, kind);
+    QFETCH(const bool, response);
+    HandMadeRegister reg([=](HandMadeRegister &self, const Request &request, int count) {
+        if (count == 3)
+            return QList{HandMadeRegister::frameOf(
+                MessageTag(kind),
+                {{fieldTag(ResponderPublicKey), freshPublicKey()}, {fieldTag(ResultCode), "00"}}, response)};
+        return QList{HandMadeRegister::frameOf(request.kind, self.honestAnswer(request))};
+    });
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5002);
+    QVERIFY(isEmpty(record));
+    QCOMPARE(reg.finish().size(), 3);
+}
+
+void TestKeyExchange::repeatedSignedKeyDoesNoHarm()
+{
+    HandMadeRegister reg([](HandMadeRegister &self, const Request &request, int count) {
+        if (count == 3)
+            return QList{HandMadeRegister::frameOf(
+                PairingKeyExchange, {{fieldTag(ResponderPublicKey), GMP3::DH_get_pubkey(self.dh)}})};
+        return QList{HandMadeRegister::frameOf(request.kind, self.honestAnswer(request))};
+    });
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 0);
+    QCOMPARE(record.aesKey, reg.aesKey);
+    QCOMPARE(reg.finish().size(), 4);
+}
+
+void TestKeyExchange::closedConnectionIsReported()
+{
+    auto server = std::make_unique<QTcpServer>();
+    QVERIFY(server->listen(QHostAddress::LocalHost, 0));
+    unsigned int handle = 0;
+    QCOMPARE(velno_network_connect("127.0.0.1", server->serverPort(), 5000, &handle), 0);
+    QVERIFY(server->waitForNewConnection(5000));
+    server.reset(); // closes the accepted connection too
+    MatchExt record;
+    const LogCapture capture;
+    const int result = GMP3_KeyExchange_Server(record, quint32(handle), serial, terminal, appHash());
+    QVERIFY2(result == 2005 || result == 3005, qPrintable(QString::number(result)));
+    QVERIFY(isEmpty(record));
+}
+
+QTEST_GUILESS_MAIN(TestKeyExchange)
+#include "tst_key_exchange.moc"
