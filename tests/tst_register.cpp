@@ -1,0 +1,449 @@
+#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/gmp3.h"
+#include "ExtDevice/gmp3/key_exchange.h"
+#include "simulator/faults.h"
+#include "tests/simulated_register.h"
+#include "tests/test_support.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace Velno::GMP;
+
+/** velno-register as a program: its options, help, exit codes, events, standard input and hostile peers. */
+class TestRegister : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void faultValuesAreStrict_data();
+    void faultValuesAreStrict();
+    void helpAndManualListTheSameFaults();
+    void wrongUsageIsRefused_data();
+    void wrongUsageIsRefused();
+    void missingCredentialsAreRefused();
+    void eventsAreWordsWithoutJson();
+    void eventsOfAPairing();
+    void itConnectsAgainAfterAPairing();
+    void onceEndsWithTheVerdict_data();
+    void onceEndsWithTheVerdict();
+    void anotherApplicationIsRefused();
+    void standardInputChangesFaults();
+    void standardInputRefusesNonsense_data();
+    void standardInputRefusesNonsense();
+    void itStopsWhateverItIsDoing_data();
+    void itStopsWhateverItIsDoing();
+    void hostilePeersAreRefused_data();
+    void hostilePeersAreRefused();
+    void ipv6TargetsWork();
+};
+
+namespace {
+
+const QByteArray appHash(32, '\x5A');
+
+struct Run
+{
+    int code = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+Run run(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(SimulatedRegister::program(), arguments);
+    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+int pairOnce(quint16 port)
+{
+    MatchExt record;
+    const int code =
+        GMP3_KeyExchange_Server(record, port, SimulatedRegister::serial, "001A2B3C4D5E", appHash);
+    GMP3::disconnect();
+    return code;
+}
+
+/** The other end, in the hand of the test. */
+class Peer
+{
+public:
+    Peer() { m_server.listen(QHostAddress::LocalHost); }
+    quint16 port() const { return m_server.serverPort(); }
+
+    bool accept()
+    {
+        if (!m_server.hasPendingConnections() && !m_server.waitForNewConnection(30'000))
+            return false;
+        m_socket.reset(m_server.nextPendingConnection());
+        return true;
+    }
+    bool send(const QByteArray &bytes)
+    {
+        return m_socket->write(bytes) == bytes.size() &&
+               (bytes.isEmpty() || m_socket->waitForBytesWritten(30'000));
+    }
+    bool waitForClose()
+    {
+        return m_socket->state() == QAbstractSocket::UnconnectedState ||
+               m_socket->waitForDisconnected(30'000);
+    }
+
+private:
+    QTcpServer m_server;
+    std::unique_ptr<QTcpSocket> m_socket;
+};
+
+QByteArray request(MessageTag kind, const char *serial = SimulatedRegister::serial)
+{
+    return GMP3::frame(false, kind, Velno::tlvElement(fieldTag(ProtocolVersion), "1.0.0.0"), serial);
+}
+
+QByteArray withLastByteWrong(QByteArray frame)
+{
+    frame.back() = char(frame.back() ^ 1);
+    return frame;
+}
+
+} // namespace
+
+void TestRegister::faultValuesAreStrict_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<bool>("accepted");
+    const auto rows = [](bool accepted, std::initializer_list<const char *> texts) {
+        for (const char *text : texts)
+            QTest::newRow(*text ? text : "nothing") << QString::fromLatin1(text) << accepted;
+    };
+    rows(true, {"garbage", "mute=1", "mute=3", "segments=1", "segments=4096", "delay=600000",
+                "result-code=00", "result-code=99@3", "wrong-kind=1"});
+    rows(false, {"",
+                 "=",
+                 "nonsense",
+                 "Garbage",
+                 "garbage=",
+                 "garbage=1",
+                 "mute",
+                 "mute=",
+                 "mute=0",
+                 "mute=4",
+                 "mute=1@1",
+                 "segments=0",
+                 "segments=4097",
+                 "delay=-1",
+                 "delay=+1",
+                 "delay= 1",
+                 "delay=1.5",
+                 "delay=0x10",
+                 "delay=600001",
+                 "delay=99999999999999999999",
+                 "result-code=5",
+                 "result-code=100",
+                 "result-code=ab",
+                 "result-code=05@",
+                 "result-code=05@0",
+                 "result-code=05@4",
+                 "result-code=@1",
+                 "result-code=005"});
+}
+
+void TestRegister::faultValuesAreStrict()
+{
+    QFETCH(const QString, typed);
+    QFETCH(const bool, accepted);
+    Simulator::Faults faults;
+    QCOMPARE(faults.switchOn(typed).isEmpty(), accepted);
+    QCOMPARE(faults.names(), accepted ? QStringList{typed} : QStringList{});
+}
+
+void TestRegister::helpAndManualListTheSameFaults()
+{
+    const Run help = run({u"--help"_s});
+    QCOMPARE(help.code, 0);
+    QFile manual(QFINDTESTDATA("../docs/simulated-register.md"));
+    QVERIFY(manual.open(QIODevice::ReadOnly));
+    static const QRegularExpression line(u"^\\| `([^`]+)` \\| ([^|]+) \\| [^|]+ \\|$"_s,
+                                         QRegularExpression::MultilineOption);
+    QString listed;
+    auto match = line.globalMatch(QString::fromUtf8(manual.readAll()).section(u"## Faults"_s, 1));
+    while (match.hasNext()) {
+        const auto row = match.next();
+        listed += u"  "_s + row.captured(1).leftJustified(24) + row.captured(2) + u'\n';
+    }
+    QCOMPARE(listed, Simulator::faultHelp());
+    QVERIFY2(help.output.contains(listed.toUtf8()), help.output);
+    QVERIFY(help.output.endsWith("velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"));
+}
+
+void TestRegister::wrongUsageIsRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("message");
+    const QStringList good{u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"127.0.0.1:4100"_s};
+    const QByteArray serial = "exactly 12 characters, beginning with UB or VELNO";
+    const QByteArray target = "port of 1 to 65535";
+    const auto row = [&](const char *name, const QStringList &arguments, const QByteArray &message) {
+        QTest::newRow(name) << arguments << message;
+    };
+    const auto withSerial = [](const QString &no) {
+        return QStringList{u"--serial"_s, no, u"--connect"_s, u"127.0.0.1:4100"_s};
+    };
+    const auto withTarget = [](const QString &to) {
+        return QStringList{u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, to};
+    };
+    row("nothing", {}, "--serial is missing");
+    row("no target", {u"--serial"_s, u"UB1234567890"_s}, "--connect is missing");
+    row("serial too short", withSerial(u"UB123"_s), serial);
+    row("serial too long", withSerial(u"UB12345678901"_s), serial);
+    row("serial of another kind", withSerial(u"AB1234567890"_s), serial);
+    row("serial outside ASCII", withSerial(u"UB123456789ş"_s), serial);
+    row("no port", withTarget(u"127.0.0.1"_s), target);
+    row("port 0", withTarget(u"127.0.0.1:0"_s), target);
+    row("port 65536", withTarget(u"127.0.0.1:65536"_s), target);
+    row("port of letters", withTarget(u"127.0.0.1:abc"_s), target);
+    row("IPv6 without brackets", withTarget(u"::1:4100"_s), target);
+    row("IPv4 in brackets", withTarget(u"[127.0.0.1]:4100"_s), target);
+    row("no host", withTarget(u":4100"_s), target);
+    row("short hash", good + QStringList{u"--app-hash"_s, u"00"_s}, "64 hexadecimal digits");
+    row("hash of other letters", good + QStringList{u"--app-hash"_s, QString(64, u'g')},
+        "64 hexadecimal digits");
+    row("unknown fault", good + QStringList{u"--fault"_s, u"nonsense"_s}, "accepted are wrong-authority, ");
+    row("bad value", good + QStringList{u"--fault"_s, u"mute=9"_s}, "accepted is STEP: 1 to 3");
+    row("unknown option", good + QStringList{u"--nonsense"_s}, "nonsense");
+    row("a word too many", good + QStringList{u"word"_s}, "\"word\" is no option");
+}
+
+void TestRegister::wrongUsageIsRefused()
+{
+    QFETCH(const QStringList, arguments);
+    QFETCH(const QByteArray, message);
+    const Run refused = run(arguments);
+    QCOMPARE(refused.code, 64);
+    QVERIFY2(refused.errors.contains(message), refused.errors);
+    QCOMPARE(refused.output, QByteArray());
+}
+
+void TestRegister::missingCredentialsAreRefused()
+{
+    const QTemporaryDir empty;
+    const Run refused = run({u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"127.0.0.1:4100"_s,
+                             u"--credentials"_s, empty.path()});
+    QCOMPARE(refused.code, 64);
+    QVERIFY2(refused.errors.contains("readable client.crt"), refused.errors);
+}
+
+void TestRegister::eventsAreWordsWithoutJson()
+{
+    QProcess process;
+    process.start(SimulatedRegister::program(), {u"--serial"_s, u"VELNO1234567"_s, u"--connect"_s,
+                                                 u"127.0.0.1:%1"_s.arg(TestSupport::freePort())});
+    QVERIFY(process.waitForReadyRead());
+    QVERIFY(process.readLine().startsWith("ready VELNO1234567 127.0.0.1:"));
+    process.write("fault mute=1\nquit\n");
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.readAllStandardOutput(), "fault mute=1\nstopped\n");
+    QCOMPARE(process.exitCode(), 0);
+}
+
+void TestRegister::eventsOfAPairing()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    QCOMPARE(pairOnce(port), 0);
+    QVERIFY(!reg.waitFor(u"disconnected"_s).isEmpty());
+    QStringList seen;
+    for (const QJsonObject &event : reg.events()) {
+        QStringList words;
+        for (const QString &field : {u"event"_s, u"kind"_s, u"code"_s, u"serial"_s})
+            if (event.contains(field))
+                words << event.value(field).toString();
+        seen << words.join(u' ');
+    }
+    QCOMPARE(seen, (QStringList{u"ready UB1234567890"_s, u"connected"_s, u"request PairingStart"_s,
+                                u"result PairingStart 00"_s, u"request PairingKeyExchange"_s,
+                                u"result PairingKeyExchange 00"_s, u"request PairingConfirm"_s,
+                                u"result PairingConfirm 00"_s, u"paired UB1234567890"_s, u"disconnected"_s}));
+}
+
+void TestRegister::itConnectsAgainAfterAPairing()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    for (int round = 0; round < 5; ++round) {
+        QCOMPARE(pairOnce(port), 0);
+        QVERIFY(!reg.waitFor(u"paired"_s).isEmpty());
+    }
+}
+
+void TestRegister::onceEndsWithTheVerdict_data()
+{
+    QTest::addColumn<QStringList>("fault");
+    QTest::addColumn<int>("toolCode");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("paired") << QStringList{} << 0 << 0;
+    QTest::newRow("refused") << QStringList{u"--fault"_s, u"wrong-key-check"_s} << 5000 << 1;
+    QTest::newRow("given up by the tool") << QStringList{u"--fault"_s, u"bad-signature"_s} << 5002 << 1;
+}
+
+void TestRegister::onceEndsWithTheVerdict()
+{
+    QFETCH(const QStringList, fault);
+    QFETCH(const int, toolCode);
+    QFETCH(const int, exitCode);
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port, QStringList{u"--once"_s} + fault);
+    QCOMPARE(pairOnce(port), toolCode);
+    QCOMPARE(reg.waitForExit(), exitCode);
+    QCOMPARE(reg.events().last().value(u"event"_s), u"stopped"_s);
+}
+
+void TestRegister::anotherApplicationIsRefused()
+{
+    const quint16 port = TestSupport::freePort();
+    {
+        SimulatedRegister reg(port, {u"--app-hash"_s, QString::fromLatin1(appHash.toHex())});
+        QCOMPARE(pairOnce(port), 0);
+    }
+    SimulatedRegister reg(port, {u"--app-hash"_s, QString(64, u'0')});
+    QCOMPARE(pairOnce(port), 5000);
+    QCOMPARE(reg.waitFor(u"refused"_s).value(u"reason"_s), u"result code 03"_s);
+}
+
+void TestRegister::standardInputChangesFaults()
+{
+    SimulatedRegister reg(TestSupport::freePort(), {u"--fault"_s, u"garbage"_s});
+    QCOMPARE(reg.events().first().value(u"faults"_s).toVariant().toStringList(), QStringList{u"garbage"_s});
+    const auto active = [&reg](const QByteArray &line) {
+        reg.say(line);
+        return reg.waitFor(u"fault"_s).value(u"active"_s).toVariant().toStringList();
+    };
+    QCOMPARE(active("fault delay=5"), (QStringList{u"delay=5"_s, u"garbage"_s}));
+    QCOMPARE(active("fault delay=7"), (QStringList{u"delay=7"_s, u"garbage"_s}));
+    QCOMPARE(active("fault none"), QStringList());
+}
+
+void TestRegister::standardInputRefusesNonsense_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("unknown fault") << QByteArray("fault nonsense") << u"accepted are wrong-authority, "_s;
+    QTest::newRow("bad value") << QByteArray("fault segments=0") << u"N: 1 to 4096"_s;
+    QTest::newRow("unknown command") << QByteArray("nonsense") << u"accepted are fault NAME"_s;
+    QTest::newRow("no UTF-8") << QByteArray("\xFF\xFE\x01") << u"accepted are fault NAME"_s;
+}
+
+void TestRegister::standardInputRefusesNonsense()
+{
+    QFETCH(const QByteArray, line);
+    QFETCH(const QString, message);
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    reg.say(line);
+    const QString answer = reg.waitFor(u"error"_s).value(u"message"_s).toString();
+    QVERIFY2(answer.contains(message), qPrintable(answer));
+    QCOMPARE(pairOnce(port), 0);
+}
+
+void TestRegister::itStopsWhateverItIsDoing_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<QString>("until");
+    QTest::addColumn<int>("signal");
+    for (const auto &[how, signal] :
+         {std::pair("quit", 0), std::pair("SIGTERM", SIGTERM), std::pair("SIGINT", SIGINT)}) {
+        QTest::addRow("connecting, %s", how) << QString() << u"ready"_s << signal;
+        QTest::addRow("connected, %s", how) << QString() << u"connected"_s << signal;
+        QTest::addRow("mute, %s", how) << u"mute=1"_s << u"request"_s << signal;
+        QTest::addRow("delaying an answer, %s", how) << u"delay=600000"_s << u"request"_s << signal;
+        QTest::addRow("in the middle of a pairing, %s", how) << u"delay=1"_s << u"result"_s << signal;
+    }
+}
+
+void TestRegister::itStopsWhateverItIsDoing()
+{
+    QFETCH(const QString, fault);
+    QFETCH(const QString, until);
+    QFETCH(const int, signal);
+    Peer peer;
+    const bool connecting = until == u"ready";
+    SimulatedRegister reg(connecting ? TestSupport::freePort() : peer.port(),
+                          fault.isEmpty() ? QStringList{} : QStringList{u"--fault"_s, fault});
+    QVERIFY(reg.isReady());
+    if (!connecting) {
+        QVERIFY(peer.accept());
+        QVERIFY(peer.send(request(PairingStart)));
+        QVERIFY(!reg.waitFor(until).isEmpty());
+    }
+    signal == 0 ? reg.say("quit") : reg.raise(signal);
+    QCOMPARE(reg.waitForExit(), 0);
+    QCOMPARE(reg.events().last().value(u"event"_s), u"stopped"_s);
+}
+
+void TestRegister::hostilePeersAreRefused_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("reason");
+    const QByteArray start = request(PairingStart);
+    QTest::newRow("announces 65535") << QByteArray(64, '\xFF') << u"announces more than 4096"_s;
+    QTest::newRow("announces 4097") << QByteArray("\x10\x01", 2) << u"announces more than 4096"_s;
+    QTest::newRow("announces nothing") << QByteArray(2, '\0') << u"frame"_s;
+    QTest::newRow("announces one byte") << QByteArray("\0\1x", 3) << u"frame"_s;
+    QTest::newRow("wrong CRC") << withLastByteWrong(start) << u"CRC"_s;
+    QTest::newRow("other serial") << request(PairingStart, "UB0000000000") << u"another serial number"_s;
+    QTest::newRow("no message") << GMP3::frame(false, None, QByteArray("\xDF\x82\x08\x01\x01"),
+                                               SimulatedRegister::serial)
+                                << u"holds no message"_s;
+    QTest::newRow("unknown kind") << request(Message8A64) << u"no pairing request"_s;
+    QTest::newRow("a response") << GMP3::frame(true, PairingStart,
+                                               Velno::tlvElement(fieldTag(ResultCode), "00"),
+                                               SimulatedRegister::serial)
+                                << u"no pairing request"_s;
+    QTest::newRow("second step first") << request(PairingKeyExchange) << u"before its turn"_s;
+    QTest::newRow("third step first") << request(PairingConfirm) << u"before its turn"_s;
+    QTest::newRow("third step second") << start + request(PairingConfirm) << u"before its turn"_s;
+    QTest::newRow("no public key, no check value")
+        << start + request(PairingKeyExchange) + request(PairingConfirm) << u"result code 02"_s;
+}
+
+void TestRegister::hostilePeersAreRefused()
+{
+    QFETCH(const QByteArray, bytes);
+    QFETCH(const QString, reason);
+    Peer peer;
+    SimulatedRegister reg(peer.port());
+    QVERIFY(peer.accept());
+    QVERIFY(peer.send(bytes));
+    const QString given = reg.waitFor(u"refused"_s).value(u"reason"_s).toString();
+    QVERIFY2(given.contains(reason), qPrintable(given));
+    QVERIFY(peer.waitForClose());
+    QVERIFY(peer.accept()); // it goes on
+}
+
+void TestRegister::ipv6TargetsWork()
+{
+    QTcpServer server;
+    if (!server.listen(QHostAddress::LocalHostIPv6))
+        QSKIP("THIS MACHINE HAS NO IPv6 LOOPBACK: IPv6 TARGETS ARE NOT TESTED");
+    QProcess process;
+    process.start(SimulatedRegister::program(),
+                  {u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"[::1]:%1"_s.arg(server.serverPort())});
+    QVERIFY(server.waitForNewConnection(30'000));
+    process.write("quit\n");
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QVERIFY(process.readLine().startsWith("ready UB1234567890 [::1]:"));
+}
+
+QTEST_GUILESS_MAIN(TestRegister)
+#include "tst_register.moc"
