@@ -271,6 +271,7 @@ private slots:
     void disconnectChecksItsArguments();
     void disconnectDeliversAndForgets();
     void disconnectOfAClosedConnection();
+    void disconnectGivesUpOnAPeerThatDoesNotRead();
     void ipv6WorksBothWays();
     void twoPeersDoNotMix();
     void closeUnderAnEventLoopLeavesAStaleEntry();
@@ -532,6 +533,7 @@ void TestNetwork::writeGoesOnUntilTheLastByte()
         data[i] = char(i % 251);
     QByteArray arrived;
     {
+        const Receiver receiver;
         ServingPeer peer([&](QTcpSocket &socket) {
             socket.setReadBufferSize(8192); // takes little at a time
             while (arrived.size() < data.size()) {
@@ -542,7 +544,10 @@ void TestNetwork::writeGoesOnUntilTheLastByte()
         });
         const unsigned int handle = peer.connect();
         QCOMPARE(velno_network_write(handle, 120'000, data.constData(), int(data.size())), 0);
-        QCOMPARE(velno_network_disconnect(handle), 0);
+        // Nothing is left for a later call to send.
+        QCOMPARE(velno_set_connection(handle), 0);
+        QCOMPARE(received->bytesToWrite(), 0);
+        received->disconnectFromHost();
     }
     QCOMPARE(arrived.size(), data.size());
     QVERIFY(arrived == data);
@@ -745,6 +750,15 @@ void TestNetwork::disconnectOfAClosedConnection()
     const Connection connection;
     connection.resetPeer();
     QCOMPARE(velno_network_disconnect(connection.handle), 3);
+    QVERIFY(isForgotten(connection.handle));
+}
+
+void TestNetwork::disconnectGivesUpOnAPeerThatDoesNotRead()
+{
+    const Connection connection;
+    const QByteArray tooMuch(64 << 20, 'w');
+    QCOMPARE(velno_network_write(connection.handle, 0, tooMuch.constData(), int(tooMuch.size())), 7);
+    QCOMPARE(velno_network_disconnect(connection.handle), 0); // after its ten seconds
     QVERIFY(isForgotten(connection.handle));
 }
 
