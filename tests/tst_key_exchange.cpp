@@ -290,7 +290,8 @@ void TestKeyExchange::weakGroupGetsNoKey()
         TestSupport::replaceValue(fields, fieldTag(DhPrime), p);
         TestSupport::replaceValue(fields, fieldTag(DhGenerator), g);
     }));
-    // Without a key of ours both sides come to the same keys, from the randoms alone: the register is content.
+    // Without a key of ours both sides come to the same keys, from the randoms alone: the register is
+    // content.
     MatchExt record;
     QCOMPARE(pair(record, reg), 5002);
     const QList<Request> requests = reg.finish();

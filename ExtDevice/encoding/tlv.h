@@ -18,7 +18,8 @@ int isMsbSet(unsigned char byte);
 /** The tag at the front of the input (at most 4 bytes), copied; empty when the input is empty. */
 QByteArray tlvTag(const QByteArray &input);
 
-/** The shortest length field for a value of `length` bytes; empty from 65,536 on; a negative one gives its low byte. */
+/** The shortest length field for a value of `length` bytes; empty from 65,536 on; a negative one gives its
+ * low byte. */
 QByteArray tlvLength(int length);
 
 /** The length field for this value. */
@@ -34,7 +35,8 @@ QByteArray tlvLength(const QByteArray &value);
  */
 bool lengthFromTlv(const QByteArray &input, unsigned short *length, unsigned short *lengthSize);
 
-/** Tag, length field and value as one element; empty unless the tag has 1-3 bytes and the value at most 65,535. */
+/** Tag, length field and value as one element; empty unless the tag has 1-3 bytes and the value at most
+ * 65,535. */
 QByteArray tlvElement(const QByteArray &tag, const QByteArray &value);
 
 /**
@@ -43,7 +45,8 @@ QByteArray tlvElement(const QByteArray &tag, const QByteArray &value);
  * @param elementSize  size of the whole element modulo 65,536; written even when the value is empty or cut
  * @return true only for a whole element whose value is not empty; after false no output may be used
  */
-bool extractTlvElement(const QByteArray &input, QByteArray *tag, QByteArray *value, unsigned short *elementSize);
+bool extractTlvElement(const QByteArray &input, QByteArray *tag, QByteArray *value,
+                       unsigned short *elementSize);
 
 /**
  * Splits a run of elements. Each is returned whole (tag, length, value), in order; empty values are allowed.

@@ -48,7 +48,8 @@ extern "C" {
  *
  * @param size  in: room in the buffer; out: number of bytes read, often fewer than the room (-1 when the
  *              socket reports a failed read)
- * @return 0; 4: handle 0; 2: null buffer; 3: null size or no room; 5: unknown or closed; 6: nothing came in time
+ * @return 0; 4: handle 0; 2: null buffer; 3: null size or no room; 5: unknown or closed; 6: nothing came in
+ * time
  */
 [[nodiscard]] int velno_network_read(unsigned int handle, unsigned int timeout, char *buffer, int *size);
 
@@ -56,7 +57,8 @@ extern "C" {
  * The local address as Latin-1 text without a terminating zero.
  *
  * @param size  in: room, at least one byte more than the text; out: length of the text
- * @return 0; 4: handle 0; 2: null buffer; 3: null size or no room; 6: unknown; 5: closed, or the room is too small
+ * @return 0; 4: handle 0; 2: null buffer; 3: null size or no room; 6: unknown; 5: closed, or the room is too
+ * small
  */
 [[nodiscard]] int velno_network_local_address(unsigned int handle, char *buffer, int *size);
 
