@@ -1,0 +1,144 @@
+#include "ExtDevice/encoding/digest.h"
+#include "ExtDevice/gmp3/key_exchange.h"
+#include "ExtDevice/network/velno_network.h"
+#include "bench/bare_pairing.h"
+#include "bench/pin_to_core.h"
+#include "bench/ratio_reporter.h"
+#include "bench/tls_handshake.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTcpServer>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+
+namespace {
+
+constexpr int rounds = 400;
+const std::string authority = VELNO_DEVELOPMENT_AUTHORITY;
+
+/** Runs one round and counts its time alone, without the wait for the peer to connect. */
+template <typename Round>
+void timed(benchmark::State &state, Round round)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const bool done = round();
+    state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    if (!done)
+        state.SkipWithError("the round failed");
+}
+
+quint16 velnoPort = 0;
+
+void velno(benchmark::State &state)
+{
+    static const QByteArray hash = Velno::sha256Sum(QByteArray("application"));
+    for (auto _ : state) {
+        unsigned int handle = 0;
+        require(velno_network_accept("127.0.0.1", velnoPort, 10000, &handle) == 0,
+                "velno-register did not connect");
+        Velno::GMP::MatchExt record;
+        timed(state, [&] {
+            return Velno::GMP::GMP3_KeyExchange_Server(record, quint32(handle), "UB1234567890",
+                                                       "001A2B3C4D5E", hash) == 0;
+        });
+    }
+}
+
+const BareListener &bareListener()
+{
+    static const BareListener listener;
+    return listener;
+}
+
+void bare(benchmark::State &state)
+{
+    static BarePairing pairing(authority);
+    for (auto _ : state) {
+        const BareSocket socket = bareListener().accept();
+        timed(state, [&] { return pairing.request(socket); });
+    }
+}
+
+const BareListener &tlsListener()
+{
+    static const BareListener listener;
+    return listener;
+}
+
+void tls(benchmark::State &state)
+{
+    static TlsHandshake server(TlsHandshake::Side::Server, authority);
+    for (auto _ : state) {
+        const BareSocket socket = tlsListener().accept();
+        timed(state, [&] { return server.run(socket); });
+    }
+}
+
+BENCHMARK(velno)->Repetitions(rounds)->Iterations(1)->UseManualTime();
+BENCHMARK(bare)->Repetitions(rounds)->Iterations(1)->UseManualTime();
+BENCHMARK(tls)->Repetitions(rounds)->Iterations(1)->UseManualTime();
+
+/** The other side of a yardstick, in a process of its own, until it is killed. */
+[[noreturn]] void serveYardstick(const QByteArray &name, quint16 port)
+{
+    BarePairing pairing(authority);
+    TlsHandshake client(TlsHandshake::Side::Client, authority);
+    for (;;) {
+        const BareSocket socket = BareSocket::connectTo(port);
+        if (name == "--bare-register")
+            pairing.respond(socket);
+        else
+            client.run(socket);
+    }
+}
+
+void startYardstick(QProcess &process, const char *name, quint16 port)
+{
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(QCoreApplication::applicationFilePath(),
+                  {QString::fromLatin1(name), QString::number(port)});
+    require(process.waitForStarted(), "a yardstick's process did not start");
+}
+
+void startRegister(QProcess &process)
+{
+    QTcpServer free;
+    require(free.listen(QHostAddress::LocalHost, 0), "no free port");
+    velnoPort = free.serverPort();
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(QStringLiteral(VELNO_REGISTER),
+                  {QStringLiteral("--serial"), QStringLiteral("UB1234567890"), QStringLiteral("--connect"),
+                   QStringLiteral("127.0.0.1:%1").arg(velnoPort)});
+    require(process.waitForStarted(), "velno-register did not start");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    pinToCore();
+    if (argc == 3 && std::strncmp(argv[1], "--", 2) == 0 && std::atoi(argv[2]) > 0) {
+        std::signal(SIGPIPE, SIG_IGN);
+        serveYardstick(argv[1], quint16(std::atoi(argv[2])));
+    }
+    const QCoreApplication application(argc, argv);
+    std::cout.rdbuf(nullptr); // the engine says there when a register has closed first
+    QProcess bareRegister;
+    QProcess tlsClient;
+    QProcess velnoRegister;
+    startYardstick(bareRegister, "--bare-register", bareListener().port());
+    startYardstick(tlsClient, "--tls-client", tlsListener().port());
+    startRegister(velnoRegister);
+    const int result = runInterleaved(argc, argv, {{"velno", "bare", 1.25}, {"velno", "tls", 0.35}});
+    for (QProcess *process : {&bareRegister, &tlsClient, &velnoRegister}) {
+        process->kill();
+        process->waitForFinished();
+    }
+    return result;
+}
