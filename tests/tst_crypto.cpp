@@ -35,6 +35,24 @@ QByteArray nearPrime(int offset)
     return bytesOf(p.get());
 }
 
+/** A number of one of the groups that OpenSSL has by name. */
+QByteArray ofNamedGroup(const char *name, const char *parameter)
+{
+    QByteArray group(name);
+    const OSSL_PARAM params[] = {
+        OSSL_PARAM_construct_utf8_string(OSSL_PKEY_PARAM_GROUP_NAME, group.data(), 0),
+        OSSL_PARAM_construct_end(),
+    };
+    const PkeyCtxPtr ctx{EVP_PKEY_CTX_new_from_name(nullptr, "DH", nullptr)};
+    EVP_PKEY *key = nullptr;
+    EVP_PKEY_fromdata_init(ctx.get());
+    EVP_PKEY_fromdata(ctx.get(), &key, EVP_PKEY_KEY_PARAMETERS, const_cast<OSSL_PARAM *>(params));
+    const PkeyPtr owner{key};
+    BIGNUM *number = nullptr;
+    EVP_PKEY_get_bn_param(key, parameter, &number);
+    return bytesOf(BnPtr{number}.get());
+}
+
 PkeyPtr groupOf(const QByteArray &p, const QByteArray &g)
 {
     return GMP3::DH_get(p.constData(), int(p.size()), g.constData(), int(g.size()));
@@ -177,6 +195,15 @@ void TestCrypto::onlySafeGroupsCount_data()
     QTest::newRow("the same again, remembered") << nearPrime(0) << hex("05") << true;
     QTest::newRow("4096 bits, known") << bytesOf(p4096.get()) << hex("02") << true;
     QTest::newRow("1536 bits, a safe prime but short") << bytesOf(p1536.get()) << hex("02") << false;
+    for (const char *name : {"ffdhe2048", "ffdhe3072"}) {
+        QTest::addRow("%s, known", name)
+            << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_P) << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_G) << true;
+    }
+    for (const char *name : {"dh_2048_224", "dh_2048_256"}) {
+        QTest::addRow("%s, known, but not a safe prime", name)
+            << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_P) << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_G)
+            << false;
+    }
     QTest::newRow("2048 bits, no prime") << nearPrime(2) << hex("02") << false;
     QTest::newRow("512 bits") << hex("F1").repeated(64) << hex("02") << false;
     QTest::newRow("more bits than are ever checked") << hex("F1").repeated(1024) << hex("02") << false;

@@ -36,6 +36,17 @@ BnPtr primeOf(const PkeyPtr &dh)
     return BnPtr{p};
 }
 
+/** Whether OpenSSL knows the group and its prime is a safe one. It knows groups with other primes, too. */
+bool isKnownSafeGroup(const PkeyPtr &dh)
+{
+    char name[64];
+    size_t length = 0;
+    if (EVP_PKEY_get_group_name(dh.get(), name, sizeof name, &length) != 1)
+        return false;
+    const QByteArrayView group(name, qsizetype(length));
+    return group.startsWith("modp_") || group.startsWith("ffdhe");
+}
+
 bool isSafePrime(const BIGNUM *p)
 {
     const BnCtxPtr ctx{BN_CTX_new()};
@@ -98,9 +109,7 @@ bool GMP3::DH_isSafeGroup(const PkeyPtr &dh)
 {
     if (!dh || EVP_PKEY_get_bits(dh.get()) < leastSafeBits)
         return false;
-    char name[64];
-    size_t length = 0;
-    if (EVP_PKEY_get_group_name(dh.get(), name, sizeof name, &length) == 1 && length > 0)
+    if (isKnownSafeGroup(dh))
         return true;
     const BnPtr p = primeOf(dh);
     return p && BN_num_bits(p.get()) <= mostCheckedBits && isSafePrimeRemembered(p.get());
