@@ -116,12 +116,16 @@ QByteArray GMP3::create_keys(const QByteArray &peerPublicKey)
     const QByteArray seed = session.responderRandom + session.requesterRandom;
     QByteArray master = TLS_PRF(secret, masterLabel, seed);
     session.hmacKey = TLS_PRF(master, keyLabel, seed);
-    session.kcvIv = TLS_PRF(session.hmacKey, keyLabel, seed).first(blockSize);
-    session.aesKey = TLS_PRF(session.kcvIv, keyLabel, seed);
-    cleanse(secret);
-    cleanse(master);
+    QByteArray chain = TLS_PRF(session.hmacKey, keyLabel, seed);
+    chain.truncate(blockSize);
+    session.aesKey = TLS_PRF(chain, keyLabel, seed);
+    session.kcvIv = chain;
     // The check value's last block stays in kcvIv; the application hash is encrypted from there.
-    return AES_CBC_Cipher(true, session.aesKey, QByteArray(checkSize, '\xFF'), session.kcvIv);
+    const QByteArray checkValue =
+        AES_CBC_Cipher(true, session.aesKey, QByteArray(checkSize, '\xFF'), session.kcvIv);
+    for (QByteArray *passed : {&secret, &master, &chain}) // all that makes the AES key once more
+        cleanse(*passed);
+    return checkValue;
 }
 
 QByteArray AES_CBC_Cipher(bool encrypt, const QByteArray &key, const QByteArray &data, QByteArray &iv)

@@ -84,6 +84,9 @@ QByteArray hmacSha256(QByteArray key, const QByteArray &message)
     const bool done = context && EVP_MAC_init(context.get(), keyBytes, size_t(key.size()), nullptr) == 1 &&
                       EVP_MAC_update(context.get(), octets(message), size_t(message.size())) == 1 &&
                       EVP_MAC_final(context.get(), octets(mac), &size, size_t(mac.size())) == 1;
+    constexpr unsigned char noKey = 0;
+    if (context)
+        EVP_MAC_init(context.get(), &noKey, sizeof noKey, nullptr); // the key does not outlive the call
     cleanse(key);
     return done ? mac : QByteArray();
 }

@@ -8,6 +8,14 @@
 
 namespace Velno::GMP {
 
+namespace {
+
+// OpenSSL cleans up when the process ends, in the reverse order of the start. Started here, before the
+// session exists, it is still there when the session frees its key pair.
+[[maybe_unused]] const bool openSslOutlivesTheSession = OPENSSL_init_crypto(0, nullptr) == 1;
+
+} // namespace
+
 GMP3_Message gmp3_message;
 unsigned int connection_handle = 0;
 

@@ -3,6 +3,8 @@
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3_util.h"
 
+#include <QScopeGuard>
+
 #include <iostream>
 
 namespace Velno::GMP {
@@ -139,6 +141,7 @@ QByteArray respondKeyExchange()
     Body body;
     body.echo(SequenceNumber, TransactionDate, TransactionTime);
     QByteArray key;
+    const auto wipe = qScopeGuard([&key] { cleanse(key); });
     readData(prikey_path, &key); // without a key there is no signature, and the answer says so
     for (int attempt = 0; attempt < mostKeyPairs; ++attempt) {
         gmp3_message.dh = GMP3::DH_get_dh2048();
