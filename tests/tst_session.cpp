@@ -421,6 +421,11 @@ void TestSession::startRequestHasEightElements()
     QCOMPARE(valueIn(body, "DFEF0B"), QByteArray("1.0.0.0"));
     QCOMPARE(valueIn(body, "DFC10D"), gmp3_message.requesterRandom);
     QCOMPARE(gmp3_message.requesterRandom.size(), 16);
+
+    // The next one has another random, once the millisecond that makes it is another.
+    const QByteArray first = gmp3_message.requesterRandom;
+    QTRY_VERIFY(valueIn(GMP3::prepare(PairingStart, false, "001A2B3C4D5E"), "DFC10D") != first);
+    QVERIFY(gmp3_message.requesterRandom != first);
 }
 
 void TestSession::keyExchangeRequestWithoutGroupHasNoKey_data()

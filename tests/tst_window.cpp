@@ -83,6 +83,18 @@ private:
     QSemaphore &m_closing;
 };
 
+// Set in the process of networksOfOtherMachines() that runs inside the other network.
+constexpr const char *expectedNetwork = "VELNO_TEST_EXPECTED_NETWORK";
+
+/** The hardware address that the window has found, and all addresses that it lists. */
+QString networkOf(Window &window)
+{
+    QStringList found(window.hardwareId);
+    for (int i = 0; i < window.form().ipComboBox->count(); ++i)
+        found << window.form().ipComboBox->itemText(i);
+    return found.join(u' ');
+}
+
 QStringList usableAddresses()
 {
     QStringList addresses;
@@ -121,6 +133,8 @@ private slots:
     void startsReadyAndSilent();
     void listsTheAddressesOfThisMachine();
     void hardwareIdIsTheFirstUsableInterface();
+    void networksOfOtherMachines_data();
+    void networksOfOtherMachines();
 
     void textFromTheGuiThreadShowsAtOnce();
     void textFromAnotherThreadShowsLater();
@@ -420,6 +434,59 @@ void TestWindow::hardwareIdIsTheFirstUsableInterface()
         }
     }
     QFAIL("the first address belongs to no interface");
+}
+
+void TestWindow::networksOfOtherMachines_data()
+{
+    QTest::addColumn<QString>("setUp");
+    QTest::addColumn<QString>("network");
+
+    const QString bridge = u"ip link add br9 type bridge && ip link set br9 address 00:1a:2b:3c:4d:5e"_s;
+    const QString up = u" && ip link set br9 up"_s;
+    const QString two =
+        u" && ip address add 192.0.2.1/24 dev br9 && ip address add 198.51.100.1/24 dev br9"_s;
+    QTest::newRow("loopback alone") << u"true"_s << QString();
+    QTest::newRow("an interface with two addresses")
+        << bridge + two + up << u"001A2B3C4D5E 192.0.2.1 198.51.100.1"_s;
+    QTest::newRow("an interface that is down") << bridge + two << QString();
+    QTest::newRow("IPv6 alone") << bridge + u" && ip address add 2001:db8::1/64 dev br9"_s + up << QString();
+}
+
+void TestWindow::networksOfOtherMachines()
+{
+    QFETCH(const QString, setUp);
+    QFETCH(const QString, network);
+    if (qEnvironmentVariableIsSet(expectedNetwork)) {
+        Window window;
+        QCOMPARE(networkOf(window), qEnvironmentVariable(expectedNetwork));
+        const QString found = window.hardwareId;
+        window.fill(m_application);
+        window.hardwareId = found;
+        QByteArray hash;
+        QCOMPARE(window.verifyData(hash), !network.isEmpty());
+        QCOMPARE(window.status(), network.isEmpty() ? u"Geçerli ağ arayüzü bulunamadı."_s : QString());
+        return;
+    }
+
+    // The same row once more, in a process of its own with a network of its own.
+    QProcess prepared;
+    const QString commands = u"ip link set lo up && "_s + setUp;
+    prepared.start(u"unshare"_s, {u"-rn"_s, u"sh"_s, u"-c"_s, commands});
+    if (!prepared.waitForFinished() || prepared.exitStatus() != QProcess::NormalExit ||
+        prepared.exitCode() != 0)
+        QSKIP("this machine does not let a test make a network of its own (unshare -rn, ip)");
+    QProcess inside;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QLatin1String(expectedNetwork), network);
+    inside.setProcessEnvironment(environment);
+    inside.setProcessChannelMode(QProcess::MergedChannels);
+    inside.start(u"unshare"_s,
+                 {u"-rn"_s, u"sh"_s, u"-c"_s, commands + u" && exec \"$0\" \"$1\""_s,
+                  QCoreApplication::applicationFilePath(),
+                  QLatin1String("networksOfOtherMachines:") + QLatin1String(QTest::currentDataTag())});
+    QVERIFY(inside.waitForFinished());
+    QVERIFY2(inside.exitStatus() == QProcess::NormalExit && inside.exitCode() == 0,
+             inside.readAll().constData());
 }
 
 void TestWindow::textFromTheGuiThreadShowsAtOnce()
