@@ -96,7 +96,7 @@ bool Gmp3UI::verifyData(QByteArray &hash)
         return refuse(tr("Geçerli ağ arayüzü bulunamadı."));
 
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) // it is read in large pieces
         return refuse(tr("Uygulama dosyası açılamadı.") + tr(" Hata kodu: ") + QString::number(file.error()));
     const QByteArray digest = Velno::sha256Sum(file);
     if (digest.isEmpty())
