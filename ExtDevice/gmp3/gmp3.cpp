@@ -11,8 +11,10 @@ namespace Velno::GMP {
 namespace {
 
 // OpenSSL cleans up when the process ends, in the reverse order of the start. Started here, before the
-// session exists, it is still there when the session frees its key pair.
-[[maybe_unused]] const bool openSslOutlivesTheSession = OPENSSL_init_crypto(0, nullptr) == 1;
+// session exists, it is still there when the session frees its key pair. (Asked for nothing, it does not
+// start.)
+[[maybe_unused]] const bool openSslOutlivesTheSession =
+    OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CRYPTO_STRINGS, nullptr) == 1;
 
 } // namespace
 
