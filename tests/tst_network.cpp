@@ -4,6 +4,7 @@
 
 #include <QDeadlineTimer>
 #include <QHostAddress>
+#include <QHostInfo>
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -236,6 +237,7 @@ private slots:
     void connectMakesDistinctHandles();
     void connectTakesEveryTimeOut_data();
     void connectTakesEveryTimeOut();
+    void connectTakesANameToo();
     void connectToAClosedPortIsRefused();
     void connectToAFullListenerTimesOut();
     void connectToNoHostFails_data();
@@ -320,8 +322,19 @@ void TestNetwork::connectTakesEveryTimeOut()
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));
     unsigned int handle = 0;
-    QCOMPARE(velno_network_connect("localhost", server.serverPort(), timeout, &handle), 0);
+    QCOMPARE(velno_network_connect("127.0.0.1", server.serverPort(), timeout, &handle), 0);
     QCOMPARE(velno_network_write(handle, timeout, "x", 1), 0);
+    QCOMPARE(velno_network_disconnect(handle), 0);
+}
+
+void TestNetwork::connectTakesANameToo()
+{
+    if (QHostInfo::fromName(QStringLiteral("localhost")).error() != QHostInfo::NoError)
+        QSKIP("this system has no address for localhost, so there is no name to connect to");
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    unsigned int handle = 0;
+    QCOMPARE(velno_network_connect("localhost", server.serverPort(), patience, &handle), 0);
     QCOMPARE(velno_network_disconnect(handle), 0);
 }
 
