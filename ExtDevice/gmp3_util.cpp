@@ -134,7 +134,7 @@ QByteArray AES_CBC_Cipher(bool encrypt, const QByteArray &key, const QByteArray 
     if (!cipher || iv.size() != blockSize || data.isEmpty() || data.size() % blockSize != 0 ||
         data.size() > INT_MAX)
         return {};
-    thread_local const CipherCtxPtr ctx{EVP_CIPHER_CTX_new()};
+    const CipherCtxPtr ctx{EVP_CIPHER_CTX_new()};
     QByteArray output(data.size(), '\0');
     int written = 0;
     const bool done =
@@ -144,7 +144,6 @@ QByteArray AES_CBC_Cipher(bool encrypt, const QByteArray &key, const QByteArray 
         EVP_CIPHER_CTX_set_padding(ctx.get(), 0) == 1 &&
         EVP_CipherUpdate(ctx.get(), octets(output), &written, octets(data), int(data.size())) == 1 &&
         written == data.size();
-    EVP_CIPHER_CTX_reset(ctx.get()); // the key does not outlive the call
     if (!done)
         return {};
     iv = (encrypt ? output : data).last(blockSize);

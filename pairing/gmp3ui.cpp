@@ -192,6 +192,7 @@ void Gmp3UI::exchangeKey(Device device, QString serialNo, QString applicationNo,
         Velno::GMP::GMP3_KeyExchange_Server(record, quint16(device.second), serialNo.toLatin1().constData(),
                                             terminalId.toLatin1().constData(), applicationHash);
     closeSession();
+    OPENSSL_thread_stop(); // what it keeps for this thread: the pool ends the thread when OpenSSL may be gone
     if (result != 0) {
         setText(tr("Eşleme hatası: ") + QString::number(result));
     } else {

@@ -17,25 +17,26 @@ constexpr size_t pieceSize = 64 * 1024;
 constexpr std::array<unsigned char, 16> ivBase = {0xF0, 0x1C, 0x5A, 0x93, 0x27, 0xE4, 0xB8, 0x6D,
                                                   0x3F, 0x82, 0xC1, 0x0B, 0x74, 0xD9, 0xA6, 0x55};
 
-// Looking an algorithm up costs more than hashing a message: it is done once, and each thread keeps its
-// context.
+// Looking an algorithm up costs more than hashing a message: it is done once.
 const EVP_MD *sha256()
 {
     static const MdPtr md{EVP_MD_fetch(nullptr, "SHA256", nullptr)};
     return md.get();
 }
 
-/** This thread's context, at the start of a digest; null when OpenSSL has no SHA-256 or no memory. */
-EVP_MD_CTX *startDigest()
+/** A context at the start of a digest; null when OpenSSL has no SHA-256 or no memory. */
+MdCtxPtr startDigest()
 {
-    thread_local const MdCtxPtr context{EVP_MD_CTX_new()};
-    return context && EVP_DigestInit_ex2(context.get(), sha256(), nullptr) == 1 ? context.get() : nullptr;
+    MdCtxPtr context{EVP_MD_CTX_new()};
+    if (context && EVP_DigestInit_ex2(context.get(), sha256(), nullptr) != 1)
+        context.reset();
+    return context;
 }
 
-QByteArray finishDigest(EVP_MD_CTX *context)
+QByteArray finishDigest(const MdCtxPtr &context)
 {
     QByteArray digest(digestSize, Qt::Uninitialized);
-    if (EVP_DigestFinal_ex(context, octets(digest), nullptr) != 1)
+    if (EVP_DigestFinal_ex(context.get(), octets(digest), nullptr) != 1)
         return {};
     return digest;
 }
@@ -56,19 +57,19 @@ MacCtxPtr newHmacContext()
 
 QByteArray sha256Sum(const QByteArray &data)
 {
-    EVP_MD_CTX *const context = startDigest();
-    if (!context || EVP_DigestUpdate(context, data.constData(), size_t(data.size())) != 1)
+    const MdCtxPtr context = startDigest();
+    if (!context || EVP_DigestUpdate(context.get(), data.constData(), size_t(data.size())) != 1)
         return {};
     return finishDigest(context);
 }
 
 QByteArray sha256Sum(QIODevice &device)
 {
-    EVP_MD_CTX *const context = startDigest();
+    const MdCtxPtr context = startDigest();
     std::array<char, pieceSize> piece;
     qint64 size = context ? device.read(piece.data(), pieceSize) : -1;
     while (size > 0) {
-        if (EVP_DigestUpdate(context, piece.data(), size_t(size)) != 1)
+        if (EVP_DigestUpdate(context.get(), piece.data(), size_t(size)) != 1)
             return {};
         size = device.read(piece.data(), pieceSize);
     }
@@ -77,16 +78,14 @@ QByteArray sha256Sum(QIODevice &device)
 
 QByteArray hmacSha256(QByteArray key, const QByteArray &message)
 {
-    thread_local const MacCtxPtr context = newHmacContext();
+    static const MacCtxPtr keyless = newHmacContext(); // copying it costs less than setting one up
+    const MacCtxPtr context{keyless ? EVP_MAC_CTX_dup(keyless.get()) : nullptr};
     QByteArray mac(digestSize, Qt::Uninitialized);
     size_t size = 0;
     const auto *keyBytes = octets(std::as_const(key)); // never null: a null key would mean the one before
     const bool done = context && EVP_MAC_init(context.get(), keyBytes, size_t(key.size()), nullptr) == 1 &&
                       EVP_MAC_update(context.get(), octets(message), size_t(message.size())) == 1 &&
                       EVP_MAC_final(context.get(), octets(mac), &size, size_t(mac.size())) == 1;
-    constexpr unsigned char noKey = 0;
-    if (context)
-        EVP_MAC_init(context.get(), &noKey, sizeof noKey, nullptr); // the key does not outlive the call
     cleanse(key);
     return done ? mac : QByteArray();
 }

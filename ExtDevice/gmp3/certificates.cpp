@@ -1,29 +1,40 @@
 #include "ExtDevice/gmp3/gmp3.h"
 
 #include <iostream>
+#include <mutex>
 #include <openssl/pem.h>
 
 namespace Velno::GMP {
 
 namespace {
 
-/** The object that was made last, kept with the text it was made from: parsing costs ten times a check. */
-template <typename Ptr>
-struct LastMade
+/**
+ * The object that was made last, kept with the text it was made from: parsing costs ten times a check. Shared
+ * by all threads, not one for each: a thread that is still ending frees its own after the process has begun
+ * to clean up.
+ */
+template <typename Ptr, auto UpRef>
+class LastMade
 {
-    QByteArray text;
-    Ptr object;
-
-    /** Lends the object; null when the text cannot be made into one. */
+public:
+    /** A reference of the caller's own; null when the text cannot be made into an object. */
     template <typename Make>
-    auto *get(const QByteArray &wanted, Make make)
+    Ptr get(const QByteArray &wanted, Make make)
     {
-        if (!object || text != wanted) {
-            object = make(wanted);
-            text = QByteArray(wanted.constData(), wanted.size()); // the caller may hold a view only
+        const std::lock_guard lock(m_mutex);
+        if (!m_object || m_text != wanted) {
+            m_object = make(wanted);
+            m_text = QByteArray(wanted.constData(), wanted.size()); // the caller may hold a view only
         }
-        return object.get();
+        if (m_object)
+            UpRef(m_object.get());
+        return Ptr{m_object.get()};
     }
+
+private:
+    std::mutex m_mutex;
+    QByteArray m_text;
+    Ptr m_object;
 };
 
 /** Encrypted PEM gets no password: OpenSSL would ask for one on the terminal. */
@@ -63,26 +74,26 @@ X509StorePtr makeStore(const QByteArray &chain)
     return store;
 }
 
-X509 *certificateOf(const QByteArray &pem)
+X509Ptr certificateOf(const QByteArray &pem)
 {
-    thread_local LastMade<X509Ptr> last;
+    static LastMade<X509Ptr, X509_up_ref> last;
     return last.get(pem, parseCertificate);
 }
 
-X509_STORE *storeOf(const QByteArray &chain)
+X509StorePtr storeOf(const QByteArray &chain)
 {
-    thread_local LastMade<X509StorePtr> last;
+    static LastMade<X509StorePtr, X509_STORE_up_ref> last;
     return last.get(chain, makeStore);
 }
 
 QByteArray openssl_signChecksum(const QByteArray &data, const QByteArray &keyPem)
 {
-    thread_local LastMade<PkeyPtr> last;
-    EVP_PKEY *key = last.get(keyPem, parsePrivateKey);
+    static LastMade<PkeyPtr, EVP_PKEY_up_ref> last;
+    const PkeyPtr key = last.get(keyPem, parsePrivateKey);
     const MdCtxPtr ctx{EVP_MD_CTX_new()};
     size_t length = 0;
-    if (!key || !EVP_PKEY_is_a(key, "RSA") || !ctx ||
-        EVP_DigestSignInit(ctx.get(), nullptr, EVP_sha256(), nullptr, key) != 1 ||
+    if (!key || !EVP_PKEY_is_a(key.get(), "RSA") || !ctx ||
+        EVP_DigestSignInit(ctx.get(), nullptr, EVP_sha256(), nullptr, key.get()) != 1 ||
         EVP_DigestSign(ctx.get(), nullptr, &length, octets(data), size_t(data.size())) != 1)
         return {};
     QByteArray signature(qsizetype(length), '\0');
@@ -98,10 +109,10 @@ bool GMP3::verifyCertificate(const QByteArray &certificate, const QByteArray &ch
 {
     if (certificate.isEmpty() || chain.isEmpty())
         return false;
-    X509_STORE *store = storeOf(chain);
-    X509 *x509 = store ? certificateOf(certificate) : nullptr;
+    const X509StorePtr store = storeOf(chain);
+    const X509Ptr x509 = store ? certificateOf(certificate) : nullptr;
     const X509StoreCtxPtr ctx{X509_STORE_CTX_new()};
-    if (!x509 || !ctx || X509_STORE_CTX_init(ctx.get(), store, x509, nullptr) != 1)
+    if (!x509 || !ctx || X509_STORE_CTX_init(ctx.get(), store.get(), x509.get(), nullptr) != 1)
         return false;
     if (X509_verify_cert(ctx.get()) == 1)
         return true;
@@ -118,8 +129,8 @@ QByteArray GMP3::rsassa_pkcs1v15_sha256_sign(const QByteArray &data, const QByte
 bool GMP3::rsassa_pkcs1v15_sha256_verify(const QByteArray &certificate, const QByteArray &data,
                                          const QByteArray &signature)
 {
-    X509 *x509 = certificateOf(certificate);
-    EVP_PKEY *key = x509 ? X509_get0_pubkey(x509) : nullptr; // lent: x509 goes on owning it
+    const X509Ptr x509 = certificateOf(certificate);
+    EVP_PKEY *key = x509 ? X509_get0_pubkey(x509.get()) : nullptr; // lent: x509 goes on owning it
     const MdCtxPtr ctx{EVP_MD_CTX_new()};
     return key && EVP_PKEY_is_a(key, "RSA") && ctx &&
            EVP_DigestVerifyInit(ctx.get(), nullptr, EVP_sha256(), nullptr, key) == 1 &&

@@ -3,6 +3,7 @@
 
 #include <QHash>
 
+#include <mutex>
 #include <openssl/core_names.h>
 
 namespace Velno::GMP {
@@ -58,10 +59,12 @@ bool isSafePrime(const BIGNUM *p)
 /** isSafePrime(), made once for each prime: registers of one model all send the same. */
 bool isSafePrimeRemembered(const BIGNUM *p)
 {
-    thread_local QHash<QByteArray, bool> verdicts;
+    static std::mutex mutex;
+    static QHash<QByteArray, bool> verdicts;
     QByteArray bytes(BN_num_bytes(p), Qt::Uninitialized);
     BN_bn2bin(p, octets(bytes));
     const QByteArray key = sha256Sum(bytes);
+    const std::lock_guard lock(mutex);
     if (const auto known = verdicts.constFind(key); known != verdicts.constEnd())
         return *known;
     if (verdicts.size() >= mostRememberedPrimes)
