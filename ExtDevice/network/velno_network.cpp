@@ -1,5 +1,7 @@
 #include "ExtDevice/network/velno_network.h"
 
+#include "ExtDevice/network/wait_time.h"
+
 #include <QDeadlineTimer>
 #include <QHash>
 #include <QHostAddress>
@@ -9,24 +11,18 @@
 
 #include <algorithm>
 #include <atomic>
-#include <limits>
 #include <memory>
+
+using Velno::waitTime;
 
 namespace {
 
-constexpr unsigned int noTimeLimit = 0xFFFFFFFF;
 constexpr int disconnectTimeout = 10'000;
 constexpr unsigned int largestHandle = 0x7FFFFFFF;
 
 // A connected socket may delete itself when the peer closes it: the pointer is then null, its entry stale.
 QHash<unsigned int, QPointer<QTcpSocket>> sockets;
 std::atomic<VelnoConnectionReceiver> connectionReceiver = nullptr;
-
-int waitTime(unsigned int timeout)
-{
-    constexpr int longest = std::numeric_limits<int>::max();
-    return timeout == noTimeLimit ? -1 : int(std::min(timeout, unsigned(longest)));
-}
 
 unsigned int enter(QTcpSocket *socket)
 {
