@@ -1,0 +1,184 @@
+#include "ExtDevice/velnoext/command_exchange.h"
+
+#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/gmp3.h"
+#include "ExtDevice/gmp3_util.h"
+#include "ExtDevice/velnoext/connections.h"
+
+#include <QCoreApplication>
+
+#include <openssl/crypto.h>
+
+#include <algorithm>
+
+namespace Velno::Ext {
+
+using namespace Velno::GMP;
+
+namespace {
+
+const QByteArray cipherTag = QByteArrayLiteral("\xDF\xE0\x02");
+const QByteArray macTag = QByteArrayLiteral("\xDF\xE0\x03");
+constexpr int headerSize = 14; // length field and identity
+constexpr int crcSize = 2;
+constexpr int largestElement = 0xFFFF;
+
+struct Envelope
+{
+    QByteArray cipher;
+    QByteArray mac;
+};
+
+QByteArray valueOf(const QByteArray &element)
+{
+    QByteArray tag;
+    QByteArray value;
+    unsigned short size = 0;
+    return extractTlvElement(element, &tag, &value, &size) ? value : QByteArray();
+}
+
+/** The two elements of a reply; false when there is any other, or one of them is missing. */
+bool readEnvelope(const QByteArray &payload, Envelope *envelope)
+{
+    for (const QByteArray &element : extractTlvElements(payload)) {
+        const QByteArray tag = tlvTag(element);
+        const QByteArray value = valueOf(element);
+        if (tag == cipherTag)
+            envelope->cipher = value;
+        else if (tag == macTag)
+            envelope->mac = value;
+        else
+            return false;
+    }
+    return !envelope->cipher.isEmpty() && !envelope->mac.isEmpty();
+}
+
+bool isSame(const QByteArray &left, const QByteArray &right)
+{
+    return left.size() == right.size() &&
+           CRYPTO_memcmp(left.constData(), right.constData(), size_t(left.size())) == 0;
+}
+
+QIODevice *activeConnection()
+{
+    return library().connections.value(library().activeDevice);
+}
+
+/** beginCommand() for the two functions that only some applications may use. */
+int beginRaw()
+{
+    const int result = beginCommand();
+    return result != NotReady && !isSpecialApplication() ? NotReady : result;
+}
+
+} // namespace
+
+QByteArray prepareTlvElements(const QByteArray &plaintext)
+{
+    if (plaintext.size() > largestElement)
+        return {};
+    const MatchExt &record = activeRecord();
+    const QByteArray cipher = GMP3_cipher(record, true, plaintext);
+    if (cipher.isEmpty())
+        return {};
+    const QByteArray cipherElement = tlvElement(cipherTag, cipher);
+    if (cipherElement.isEmpty())
+        return {};
+    const QByteArray body = cipherElement + tlvElement(macTag, GMP3_HMAC(record, cipher));
+    return GMP3::frame(true, None, body, record.registerData.constData());
+}
+
+int parseTlvElements(const QByteArray &frame, QByteArray *plaintext)
+{
+    const MatchExt &record = activeRecord();
+    if (GMP3::check(frame.constData(), int(frame.size()), record.registerData.constData(), false) != 0)
+        return MalformedReply;
+    Envelope envelope;
+    if (!readEnvelope(frame.sliced(headerSize).chopped(crcSize), &envelope))
+        return MalformedReply;
+    if (!isSame(GMP3_HMAC(record, envelope.cipher), envelope.mac))
+        return NotAuthentic;
+    const QByteArray decrypted = GMP3_cipher(record, false, envelope.cipher);
+    if (decrypted.isEmpty())
+        return NotAuthentic;
+    *plaintext = decrypted;
+    return Success;
+}
+
+int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QByteArray &request,
+                               QByteArray *reply)
+{
+    const QByteArray frame = prepareTlvElements(request);
+    if (frame.isEmpty())
+        return NotAuthentic;
+    QByteArray answer;
+    // One visit to the worker thread carries both ways.
+    const bool answered = onConnectionThread(
+        [&] { return send_to_device(device, frame) && get_from_device(timeout, device, &answer); }, false);
+    return answered ? parseTlvElements(answer, reply) : int(ConnectionFailed);
+}
+
+int beginCommand()
+{
+    library().errorDetail = 0;
+    if (!QCoreApplication::instance() || activeRecord().aesKey.isEmpty())
+        return NotReady;
+    return library().connections.contains(library().activeDevice) ? Success : ConnectionFailed;
+}
+
+QByteArray requestOf(VelnoExtMessage code)
+{
+    QByteArray request;
+    QDataStream stream(&request, QIODevice::WriteOnly);
+    stream.setVersion(streamVersion);
+    stream << qint32(code);
+    return request;
+}
+
+int runCommand(unsigned int timeout, const QByteArray &request, QByteArray *reply)
+{
+    return send_and_receive_encrypted(timeout, activeConnection(), request, reply);
+}
+
+} // namespace Velno::Ext
+
+using namespace Velno::Ext;
+
+int velnoext_send_data(const char *data, int length)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginRaw(); result != Success)
+        return result;
+    if (!data)
+        return failed(NullArgument, 0x300);
+    if (length < 0)
+        return BadValue;
+    const QByteArray frame = prepareTlvElements(QByteArray::fromRawData(data, length));
+    if (frame.isEmpty())
+        return NotAuthentic;
+    return send_to_device(activeConnection(), frame) ? Success : ConnectionFailed;
+}
+
+int velnoext_get_data(const char *frame, int frameLength, char *output, int *outputLength)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginRaw(); result != Success)
+        return result;
+    if (!frame)
+        return failed(NullArgument, 0x300);
+    if (!output)
+        return failed(NullArgument, 0x301);
+    if (!outputLength)
+        return failed(NullArgument, 0x302);
+    if (frameLength < 0)
+        return BadValue;
+    QByteArray plaintext;
+    const int result = parseTlvElements(QByteArray::fromRawData(frame, frameLength), &plaintext);
+    if (result != Success)
+        return result;
+    if (*outputLength < plaintext.size())
+        return BadValue;
+    std::copy(plaintext.cbegin(), plaintext.cend(), output);
+    *outputLength = int(plaintext.size());
+    return Success;
+}

@@ -1,0 +1,253 @@
+#include "ExtDevice/velnoext/connection_helper.h"
+
+#include "ExtDevice/encoding/digest.h"
+#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/gmp3.h"
+#include "ExtDevice/gmp3/key_exchange.h"
+#include "ExtDevice/network/velno_network.h"
+#include "ExtDevice/network/wait_time.h"
+#include "ExtDevice/velnoext/connections.h"
+
+#include <QAbstractSocket>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QScopedValueRollback>
+#include <QtEndian>
+
+#include <cstring>
+
+namespace Velno::Ext {
+
+using namespace Velno::GMP;
+
+namespace {
+
+constexpr int sendTimeout = 2000;
+constexpr unsigned int relayTimeout = 2000;
+constexpr char relayAddress[] = "255.255.255.255";
+constexpr int lengthSize = 4;
+constexpr int firstBadNetworkStatus = 6; // statuses below it complain about an argument
+
+// Frames ------------------------------------------------------------------------------------------------
+
+/** Whether waiting makes sense: a socket that is closed can only warn about it. */
+bool canWait(const QIODevice &device)
+{
+    const auto *const socket = qobject_cast<const QAbstractSocket *>(&device);
+    return !socket || socket->state() == QAbstractSocket::ConnectedState;
+}
+
+bool waitForMore(QIODevice &device, int timeout)
+{
+    return canWait(device) && device.waitForReadyRead(timeout);
+}
+
+/**
+ * A late reply to an earlier request must not be taken for the reply to the next one. It may still be in the
+ * kernel, so a look without waiting follows each read.
+ */
+bool discardUnread(QIODevice &device)
+{
+    const QDeadlineTimer deadline(sendTimeout);
+    do {
+        device.skip(device.bytesAvailable());
+        if (deadline.hasExpired())
+            return false; // it never stops talking: nothing that follows could be told from an answer
+    } while (waitForMore(device, 0));
+    return true;
+}
+
+bool writeOut(QIODevice &device)
+{
+    const QDeadlineTimer deadline(sendTimeout);
+    if (auto *const socket = qobject_cast<QAbstractSocket *>(&device))
+        socket->flush();
+    while (device.bytesToWrite() > 0) {
+        if (!canWait(device) || !device.waitForBytesWritten(int(deadline.remainingTime())))
+            return false;
+    }
+    return canWait(device);
+}
+
+bool waitForBytes(QIODevice &device, qint64 count, int timeout)
+{
+    while (device.bytesAvailable() < count) {
+        if (!waitForMore(device, timeout))
+            return device.bytesAvailable() >= count;
+    }
+    return true;
+}
+
+/** One frame's payload, keep-alives included. */
+bool receivePayload(QIODevice &device, int timeout, QByteArray *payload)
+{
+    // The cashier may have to act before the register answers, so the first byte has all the time.
+    if (!waitForBytes(device, 1, -1) || !waitForBytes(device, lengthSize, timeout))
+        return false;
+    const QByteArray prefix = device.peek(lengthSize);
+    if (prefix.size() < lengthSize)
+        return false;
+    const qint64 length = qFromBigEndian<quint32>(prefix.constData());
+    if (length > largestPayload || !waitForBytes(device, length + lengthSize, timeout))
+        return false;
+    device.skip(lengthSize);
+    *payload = device.read(length);
+    return true;
+}
+
+// Connecting --------------------------------------------------------------------------------------------
+
+/** Where a register is to be met. */
+struct Route
+{
+    bool throughRelay;
+    QByteArray serialNo;
+    const char *address;
+    quint16 port;
+    quint32 timeout;
+
+    /** @return a Result */
+    int connect(unsigned int *handle) const
+    {
+        const int status = throughRelay ? connectToTsm(serialNo, relayTimeout, handle)
+                                        : velno_network_accept(address, port, int(timeout), handle);
+        if (status == 0)
+            return Success;
+        return status < firstBadNetworkStatus ? BadValue : ConnectionFailed;
+    }
+};
+
+/** SHA-256 of this program's executable file, made once; empty when it cannot be read. */
+QByteArray applicationHash()
+{
+    static QByteArray hash;
+    if (hash.isEmpty()) {
+        QFile file(QCoreApplication::applicationFilePath());
+        if (file.open(QIODevice::ReadOnly))
+            hash = sha256Sum(file);
+    }
+    return hash;
+}
+
+/** Tells the register, on its first connection, that this side holds no keys for it. */
+bool announceUnpaired(const QByteArray &serialNo)
+{
+    const QByteArray notPaired = tlvElement(QByteArrayLiteral("\xDF\xE0\x05"), QByteArrayLiteral("0"));
+    const QByteArray frame = GMP3::frame(true, None, notPaired, activeRecord().registerData.constData());
+    return send_to_device(library().connections.value(serialNo), frame);
+}
+
+int exchangeKeys(const Route &route, const QByteArray &hash)
+{
+    const QByteArray terminalId = macAddress();
+    if (!route.throughRelay) {
+        const int result = GMP3_KeyExchange_Server(activeRecord(), route.port, route.serialNo.constData(),
+                                                   terminalId.constData(), hash);
+        // The session keeps the connection that it accepted; it must end on the thread that it began on.
+        if (connection_handle != 0)
+            velno_network_disconnect(connection_handle);
+        connection_handle = 0;
+        return result == 0 ? Success : PairingFailed;
+    }
+    unsigned int handle = 0;
+    if (route.connect(&handle) != Success)
+        return ConnectionFailed;
+    const int result = GMP3_KeyExchange_Server(activeRecord(), quint32(handle), route.serialNo.constData(),
+                                               terminalId.constData(), hash);
+    return result == 0 ? Success : PairingFailed;
+}
+
+/** From the first connection to the keys; leaves no record behind when the register did not follow. */
+int pairOn(unsigned int firstConnection, const Route &route)
+{
+    if (velno_set_connection(firstConnection) != 0)
+        return ConnectionFailed;
+    const QByteArray hash = applicationHash();
+    if (hash.isEmpty()) {
+        closeConnection();
+        return NoApplicationHash;
+    }
+    activeRecord().registerData = route.serialNo;
+    const bool announced = announceUnpaired(route.serialNo);
+    closeConnection();
+    const int result = announced ? exchangeKeys(route, hash) : ConnectionFailed;
+    if (result != Success)
+        library().pairingRecords.remove(route.serialNo);
+    return result;
+}
+
+int connectDataConnection(unsigned int handle)
+{
+    if (velno_set_connection(handle) == 0)
+        return Success;
+    // Also of a register that was paired: it is then paired again next time.
+    library().pairingRecords.remove(library().activeDevice);
+    return ConnectionFailed;
+}
+
+int connectOn(const Route &route)
+{
+    const bool paired = !library().pairingRecords[route.serialNo].aesKey.isEmpty();
+    unsigned int handle = 0;
+    if (const int result = route.connect(&handle); result != Success)
+        return result;
+
+    QScopedValueRollback active(library().activeDevice, route.serialNo);
+    if (!paired) {
+        if (const int result = pairOn(handle, route); result != Success)
+            return result;
+        if (const int result = route.connect(&handle); result != Success) {
+            library().pairingRecords.remove(route.serialNo);
+            return result;
+        }
+    }
+    const int result = connectDataConnection(handle);
+    if (result == Success)
+        active.commit();
+    return result;
+}
+
+} // namespace
+
+int ConnectionHelper::connectToDevice(QByteArray serialNo, const char *address, quint16 port, quint32 timeout)
+{
+    const bool throughRelay = address && std::strncmp(address, relayAddress, sizeof relayAddress - 1) == 0;
+    if (!throughRelay && port == 0)
+        return failed(BadValue, 0x402);
+    closeConnection(serialNo);
+    return connectOn({throughRelay, serialNo, address, port, timeout});
+}
+
+void ConnectionHelper::closeConnection(QByteArray serialNo)
+{
+    const QPointer<QIODevice> device = library().connections.take(serialNo);
+    if (!device)
+        return;
+    disconnectFromDevice(device);
+    delete device.data();
+}
+
+bool ConnectionHelper::send(QIODevice *s, QByteArray data)
+{
+    if (!s || !s->isOpen() || !discardUnread(*s) || !canWait(*s))
+        return false;
+    QByteArray frame(lengthSize, Qt::Uninitialized);
+    qToBigEndian(quint32(data.size()), frame.data());
+    frame += data;
+    return s->write(frame) == frame.size() && writeOut(*s);
+}
+
+bool ConnectionHelper::receive(quint32 timeout, QIODevice *s, QByteArray *data)
+{
+    const QByteArray keepAlive = QByteArrayLiteral("\xDE\xAD\xBE\xEF");
+    QByteArray payload;
+    do {
+        if (!s || !s->isOpen() || !receivePayload(*s, waitTime(timeout), &payload))
+            return false;
+    } while (payload == keepAlive);
+    *data = payload;
+    return true;
+}
+
+} // namespace Velno::Ext

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "ExtDevice/gmp3/match_ext.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QIODevice>
+#include <QMutex>
+#include <QPointer>
+
+#include <atomic>
+
+QT_FORWARD_DECLARE_CLASS(QCoreApplication)
+QT_FORWARD_DECLARE_CLASS(QThread)
+
+/** The inside of the device library. */
+namespace Velno::Ext {
+
+class ConnectionHelper;
+
+/** What a public function answers; velnoext.h tells each code's meaning. */
+enum Result {
+    Success = 0,
+    NotReady = 1,
+    ConnectionFailed = 2,
+    NullArgument = 3,
+    BadValue = 4,
+    ReplyUnreadable = 5,
+    Refused = 8,
+    NoPaper = 9,
+    PairingFailed = 10,
+    NotAuthentic = 11,
+    MalformedReply = 12,
+    NoApplicationHash = 13
+};
+
+constexpr qsizetype serialNoSize = 12;
+
+/**
+ * The process-wide state. Everything but errorDetail is guarded by connectionMutex, which each public
+ * function holds for its whole run. The worker thread reads and writes it only while a caller that holds the
+ * lock waits for it; it never takes the lock itself.
+ */
+struct LibraryState
+{
+    QMutex connectionMutex;
+    std::atomic<int> errorDetail = 0; ///< read without the lock
+    unsigned int appNo = 0;
+    QByteArray activeDevice;                                ///< serial number; empty for none
+    QHash<QByteArray, QPointer<QIODevice>> connections;     ///< by serial number; owned, see closeConnection
+    QHash<QByteArray, Velno::GMP::MatchExt> pairingRecords; ///< by serial number
+    ConnectionHelper *helper = nullptr;                     ///< null while not initialised
+    QThread *connectionThread = nullptr;                    ///< where helper and all sockets live
+    QCoreApplication *application = nullptr;                ///< only when this library made it
+};
+
+/** The one state; it lives until the process ends, also for threads that outlast static destruction. */
+LibraryState &library();
+
+/** Sets errorDetail. @return `result` */
+int failed(Result result, int detail);
+
+/** The pairing record of the active register; an empty one is inserted for a register never met. */
+Velno::GMP::MatchExt &activeRecord();
+
+/** Whether this application may use the raw pass-through and is to forget keys when it closes. */
+bool isSpecialApplication();
+
+/** @return 0; 3 (0x300) for null; 4 (0x400) unless the text has exactly 12 characters */
+int checkSerialNo(const char *serialNo);
+
+} // namespace Velno::Ext

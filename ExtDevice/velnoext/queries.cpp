@@ -1,0 +1,166 @@
+#include "ExtDevice/velnoext/queries.h"
+
+#include "ExtDevice/velnoext/command_exchange.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+namespace Velno::Ext {
+
+namespace {
+
+constexpr qsizetype serialBufferSize = 17; // what callers of velnoext_ecr_serialno() provide
+
+/** Asks with the command's code alone and reads one item after the other; 5 when they do not all come. */
+template <typename... Items>
+int ask(VelnoExtMessage code, unsigned int timeout, Items &...items)
+{
+    QByteArray reply;
+    if (const int result = runCommand(timeout, requestOf(code), &reply); result != Success)
+        return result;
+    QDataStream stream(reply);
+    stream.setVersion(streamVersion);
+    (stream >> ... >> items);
+    return stream.status() == QDataStream::Ok ? Success : ReplyUnreadable;
+}
+
+/** A command whose reply is a flag. */
+int askFlag(VelnoExtMessage code, unsigned int timeout, Result otherwise)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    bool flag = false;
+    if (const int result = ask(code, timeout, flag); result != Success)
+        return result;
+    return flag ? Success : otherwise;
+}
+
+/** A command whose reply is one number. */
+template <typename Number>
+int askNumber(VelnoExtMessage code, unsigned int timeout, Number *output, int nullDetail)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    if (!output)
+        return failed(NullArgument, nullDetail);
+    Number number = 0;
+    const int result = ask(code, timeout, number);
+    if (result == Success)
+        *output = number;
+    return result;
+}
+
+/** Reads a list without trusting its announced length: memory is taken only for items that are there. */
+void readList(QDataStream &stream, QVector<int> *list)
+{
+    quint32 count = 0;
+    stream >> count;
+    if (qint64(count) * qint64(sizeof(qint32)) > stream.device()->bytesAvailable()) {
+        stream.setStatus(QDataStream::ReadPastEnd);
+        return;
+    }
+    list->resize(qsizetype(count));
+    for (int &item : *list)
+        stream >> item;
+}
+
+} // namespace
+
+int velnoext_ecr_state_impl(unsigned int timeout, int *state, QVector<int> *keys, int *extra)
+{
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    if (!state)
+        return failed(NullArgument, 0x302);
+    QByteArray reply;
+    if (const int result = runCommand(timeout, requestOf(VelnoExtMessage_EcrState), &reply);
+        result != Success)
+        return result;
+    QDataStream stream(reply);
+    stream.setVersion(streamVersion);
+    qint32 value = -1;
+    stream >> value;
+    readList(stream, keys);
+    if (extra && value == VelnoEcrState_ReportsError)
+        stream >> *extra;
+    if (stream.status() != QDataStream::Ok)
+        return ReplyUnreadable;
+    *state = value;
+    return Success;
+}
+
+} // namespace Velno::Ext
+
+using namespace Velno::Ext;
+
+int velnoext_login(unsigned int timeout)
+{
+    return askFlag(VelnoExtMessage_Login, timeout, Refused);
+}
+
+int velnoext_logout(unsigned int timeout)
+{
+    return askFlag(VelnoExtMessage_Logout, timeout, Refused);
+}
+
+int velnoext_check_printer_paper(unsigned int timeout)
+{
+    return askFlag(VelnoExtMessage_CheckPrinterPaper, timeout, NoPaper);
+}
+
+int velnoext_ecr_state(unsigned int timeout, int *state)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    QVector<int> keys;
+    return velnoext_ecr_state_impl(timeout, state, &keys, nullptr);
+}
+
+int velnoext_ecr_serialno(char *buffer)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    library().errorDetail = 0;
+    const Velno::GMP::MatchExt &record = activeRecord();
+    if (!QCoreApplication::instance() || record.registerData.isEmpty())
+        return NotReady;
+    if (!buffer)
+        return failed(NullArgument, 0x300);
+    // The identity came from the register, of whatever length; the caller's room is known to be 17 bytes.
+    const qsizetype longest = serialBufferSize - 1;
+    std::copy_n(record.registerData.cbegin(), std::min(record.registerData.size(), longest), buffer);
+    // Its place follows the terminal's identity: applications rely on what stands there today.
+    buffer[std::min(record.terminalId.size(), longest)] = '\0';
+    return Success;
+}
+
+int velnoext_current_z(unsigned int timeout, int *z)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    if (!z)
+        return failed(NullArgument, 0x30B);
+    bool accepted = false;
+    qint32 number = 0;
+    if (const int result = ask(VelnoExtMessage_CurrentZ, timeout, accepted, number); result != Success)
+        return result;
+    *z = number; // the register tells it also when it refuses
+    return accepted ? Success : Refused;
+}
+
+int velnoext_last_z_datetime(unsigned int timeout, int *value)
+{
+    return askNumber(VelnoExtMessage_LastZDateTime, timeout, value, 0x30C);
+}
+
+int velnoext_ecr_datetime(unsigned int timeout, int *value)
+{
+    return askNumber(VelnoExtMessage_EcrDateTime, timeout, value, 0x30C);
+}
+
+int velnoext_sale_limit(unsigned int timeout, long long *limit)
+{
+    return askNumber(VelnoExtMessage_SaleLimit, timeout, limit, 0x310);
+}

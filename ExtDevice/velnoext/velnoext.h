@@ -1,0 +1,240 @@
+/**
+ * velnoext: drive a paired fiscal cash register from a point-of-sale application.
+ *
+ * A register is named by its serial number, exactly 12 characters. It reaches the application in one of two
+ * ways: directly, when it connects to an address and port that the library listens on, or through a relay
+ * server, when the address is "255.255.255.255". On first contact the library pairs with it by itself; the
+ * keys stay in memory until the process ends or velnoext_close() forgets them.
+ *
+ * Threads: every function may be called from any thread. Calls queue behind one lock, so at most one is at
+ * work in a process; a call blocks until it is done. In a process without a Qt application object
+ * velnoext_initialize() makes one and the closing of the last connection deletes it: make the two calls on
+ * the same thread. Do not call from a signal handler or an exit handler.
+ *
+ * Time-outs are milliseconds; 0xFFFFFFFF means no limit. Waiting for the first byte of a register's answer
+ * has no limit of its own: a cashier may have to act first. It ends when the connection does, at the latest
+ * about a minute after the register vanished from the network.
+ *
+ * Pointers are borrowed for the call only. Outputs are written on success alone unless a function says
+ * otherwise. Text is plain bytes with a terminating zero.
+ *
+ * Every function that returns int returns one of these codes:
+ *
+ *    0  done
+ *    1  the library is not initialised, the register is unknown or not paired, or (raw pass-through) the
+ *       application number is not one that may use it
+ *    2  there is no connection, or connecting, sending or receiving failed, time-outs included
+ *    3  a pointer is NULL; velnoext_error_detail() is 0x300 + a number that names it
+ *    4  a value is not valid; velnoext_error_detail() is 0x400 + a number that names it, or 0
+ *    5  the register's answer cannot be read
+ *    6  the register is in a state that does not allow the command
+ *    7  the register did not take the change of state
+ *    8  the register refused
+ *    9  the printer has no paper
+ *   10  pairing failed
+ *   11  encryption produced nothing, or the answer is not authentic
+ *   12  the answer's frame is malformed or comes from another register
+ *   13  the program's own executable file cannot be read
+ */
+#ifndef VELNOEXT_H
+#define VELNOEXT_H
+
+#if defined(__GNUC__)
+#define VELNOEXT_API __attribute__((visibility("default")))
+#else
+#define VELNOEXT_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** The commands by their number, the first item of every request. */
+typedef enum VelnoExtMessage {
+    VelnoExtMessage_EcrState = 0,
+    VelnoExtMessage_Login = 1,
+    VelnoExtMessage_Logout = 2,
+    VelnoExtMessage_ChangeState = 3,
+    VelnoExtMessage_AddSaleItem = 4,
+    VelnoExtMessage_DeleteSaleItem = 5,
+    VelnoExtMessage_SaleState = 6,
+    VelnoExtMessage_ReceiptData = 7,
+    VelnoExtMessage_CheckPrinterPaper = 8,
+    VelnoExtMessage_MedicalContribution = 9,
+    VelnoExtMessage_SectionData = 10,
+    VelnoExtMessage_PrintReport = 11,
+    VelnoExtMessage_CurrentZ = 12,
+    VelnoExtMessage_PrintSlip = 13,
+    VelnoExtMessage_EndSaleWithInvoice = 14,
+    VelnoExtMessage_SaleLimit = 15,
+    VelnoExtMessage_AddMultipleSaleItems = 16,
+    VelnoExtMessage_LastZDateTime = 17,
+    VelnoExtMessage_EcrDateTime = 18,
+    VelnoExtMessage_ActiveAcquirers = 19,
+    VelnoExtMessage_SaleAcquirers = 20
+} VelnoExtMessage;
+
+/** States of a register that have a meaning here; a register may answer other numbers. */
+typedef enum VelnoEcrState {
+    VelnoEcrState_Idle = 1,           /**< a sale may be started */
+    VelnoEcrState_ReportsError = 5,   /**< the register may add an error number to its answer */
+    VelnoEcrState_IdleOtherScreen = 7 /**< a sale may be started */
+} VelnoEcrState;
+
+/* Set-up and connections -------------------------------------------------------------------------------- */
+
+/* Example:
+ *
+ *     int code = velnoext_initialize(5, "UB1234567890", "0.0.0.0", 4100, 30000);
+ *     if (code != 0)
+ *         fprintf(stderr, "register: code %d, detail 0x%X\n", code, (unsigned)velnoext_error_detail());
+ *     ...
+ *     velnoext_close_all();
+ */
+
+/** The interface's version, "0". The text lives as long as the library. Never blocks. */
+VELNOEXT_API const char *velnoext_version(void);
+
+/**
+ * Connects a register, pairs with it if need be, and makes it the active one. A register that is connected
+ * already is connected afresh; others stay connected.
+ *
+ * A register that is not yet paired is met three times on the port given: to be told so, to agree on keys
+ * and to stay. On failure the active register is the one before.
+ *
+ * @param appNo     number of the application; 999999 takes the relay's port 50900, others 50902. With
+ *                  999999 and 14242 velnoext_close() forgets the keys, and the raw pass-through is open
+ * @param serialNo  12 characters
+ * @param address   local IPv4 or IPv6 address to listen on, "0.0.0.0" for all; "255.255.255.255" for the
+ *                  relay
+ * @param port      TCP port to listen on; ignored with the relay
+ * @param timeout   ms to wait for each direct connection of the register but that of the key exchange, which
+ *                  may take 30 s
+ * @return 0; 1: the worker cannot be reached; 2: nobody connected in time, the port is in use, the relay
+ *         refused; 3: NULL (detail 0x300 serialNo, 0x301 address); 4: serialNo is not 12 characters long
+ *         (0x400), port is 0 (0x402), the address is none (0); 10: pairing failed; 13: the executable cannot
+ *         be read
+ */
+VELNOEXT_API int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *address,
+                                     unsigned short port, unsigned int timeout);
+
+/**
+ * Makes another connected register the active one.
+ *
+ * @return 0; 1: not connected (the active register stays); 3: NULL (0x300); 4: not 12 characters (0x400)
+ */
+VELNOEXT_API int velnoext_set_active_device(const char *serialNo);
+
+/**
+ * The serial number of the active register.
+ *
+ * @param buffer  room for 13 bytes: 12 characters and a zero
+ * @return 0; 1: there is none; 3: NULL (0x300)
+ */
+VELNOEXT_API int velnoext_active_device(char *buffer);
+
+/**
+ * What the last call complained about: 0x300 + n for a pointer, 0x400 + n for a value, otherwise 0. Ask on
+ * the thread of the failed call before another call is made. Never blocks.
+ */
+VELNOEXT_API int velnoext_error_detail(void);
+
+/**
+ * Closes the active register's connection; afterwards no register is active. When it was the last
+ * connection, the library returns to the state before velnoext_initialize(), keys apart. Harmless when
+ * nothing is open.
+ */
+VELNOEXT_API void velnoext_close(void);
+
+/** Closes every connection as velnoext_close() does. Does nothing when there is none. */
+VELNOEXT_API void velnoext_close_all(void);
+
+/* Raw pass-through -------------------------------------------------------------------------------------- */
+
+/* For the applications 999999 and 14242, which speak commands of their own. Example:
+ *
+ *     velnoext_send_data(request, requestSize);
+ *     int size = sizeof answer;
+ *     int code = velnoext_get_data(frame, frameSize, answer, &size);
+ */
+
+/**
+ * Encrypts bytes, frames them and sends them to the active register. Waits for no answer.
+ *
+ * @param length  bytes, at most about 65,000
+ * @return 0; 1: not initialised, not paired, or another application number; 2: not connected, or not sent
+ *         within 2 s; 3: NULL (0x300); 4: negative length; 11: nothing to encrypt, or too much
+ */
+VELNOEXT_API int velnoext_send_data(const char *data, int length);
+
+/**
+ * Checks and decrypts a frame of the active register that the caller received by means of its own. Sends
+ * nothing.
+ *
+ * @param frame         from its 2-byte length on, without the 4 bytes that precede it on a connection
+ * @param output        receives the plain bytes, no terminating zero
+ * @param outputLength  in: room; out: bytes written
+ * @return 0; 1: as for velnoext_send_data(); 2: not connected; 3: NULL (0x300 frame, 0x301 output, 0x302
+ *         outputLength); 4: negative frameLength, or the room is too small; 11: not authentic; 12: malformed
+ */
+VELNOEXT_API int velnoext_get_data(const char *frame, int frameLength, char *output, int *outputLength);
+
+/* Session and queries ----------------------------------------------------------------------------------- */
+
+/* Each asks the active register and can return, besides what it names:
+ * 1: not initialised, no active register, not paired; 2: not connected, sending or receiving failed;
+ * 5: the answer is too short; 11: not authentic; 12: malformed.
+ * timeout: ms of silence allowed in the rest of the answer once its first byte has come.
+ *
+ * Example:
+ *
+ *     int z = 0;
+ *     if (velnoext_current_z(5000, &z) == 0)
+ *         printf("Z %d\n", z);
+ */
+
+/** Opens the application's session on the register. @return 0; 8: refused */
+VELNOEXT_API int velnoext_login(unsigned int timeout);
+
+/** Ends the session. @return 0; 8: refused */
+VELNOEXT_API int velnoext_logout(unsigned int timeout);
+
+/** Whether the printer has paper. @return 0: it has; 9: it has none */
+VELNOEXT_API int velnoext_check_printer_paper(unsigned int timeout);
+
+/** The register's state, see VelnoEcrState. @return 0; 3: NULL (0x302) */
+VELNOEXT_API int velnoext_ecr_state(unsigned int timeout, int *state);
+
+/**
+ * The serial number that the active register gave when it was paired. Asks nobody.
+ *
+ * A zero is written at the index of this terminal's identity's length, not behind the copied bytes: with the
+ * usual 12 characters on both sides the result is an ordinary text.
+ *
+ * @param buffer  room for at least 17 bytes
+ * @return 0; 1: not initialised, no active register, not paired; 3: NULL (0x300)
+ */
+VELNOEXT_API int velnoext_ecr_serialno(char *buffer);
+
+/**
+ * The number of the current Z report.
+ *
+ * @param z  written also when the register refused
+ * @return 0; 3: NULL (0x30B); 8: refused
+ */
+VELNOEXT_API int velnoext_current_z(unsigned int timeout, int *z);
+
+/** When the last Z report was made, as the register's number. @return 0; 3: NULL (0x30C) */
+VELNOEXT_API int velnoext_last_z_datetime(unsigned int timeout, int *value);
+
+/** The register's clock, as the register's number. @return 0; 3: NULL (0x30C) */
+VELNOEXT_API int velnoext_ecr_datetime(unsigned int timeout, int *value);
+
+/** The highest amount that one sale may reach, in kuruş. @return 0; 3: NULL (0x310) */
+VELNOEXT_API int velnoext_sale_limit(unsigned int timeout, long long *limit);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
