@@ -91,7 +91,7 @@ HandMadeRegister::~HandMadeRegister()
 
 void HandMadeRegister::start(quint16 port)
 {
-    m_thread = std::thread([this, port] { converse(port); });
+    m_thread = std::thread([this, port] { connectAndConverse(port); });
 }
 
 QList<Request> HandMadeRegister::finish()
@@ -102,7 +102,7 @@ QList<Request> HandMadeRegister::finish()
     return m_requests;
 }
 
-void HandMadeRegister::converse(quint16 port)
+void HandMadeRegister::connectAndConverse(quint16 port)
 {
     QTcpSocket socket;
     while (!m_stop) {
@@ -111,6 +111,11 @@ void HandMadeRegister::converse(quint16 port)
             break;
         std::this_thread::yield(); // nobody listens yet
     }
+    converse(socket);
+}
+
+void HandMadeRegister::converse(QTcpSocket &socket)
+{
     for (QByteArray frame; !(frame = readFrame(socket, m_stop)).isEmpty();) {
         m_requests.append(requestOf(frame));
         const Request &request = m_requests.constLast();

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+QT_FORWARD_DECLARE_CLASS(QTcpSocket)
+
 #include <atomic>
 #include <functional>
 #include <thread>
@@ -42,6 +44,9 @@ public:
     /** Connects to the port on this machine as soon as somebody listens, and plays one conversation. */
     void start(quint16 port);
 
+    /** Plays one conversation on the calling thread, until the peer closes. */
+    void converse(QTcpSocket &socket);
+
     /** Waits until the conversation has ended; returns the requests that came, in order. */
     QList<Request> finish();
 
@@ -57,7 +62,7 @@ public:
     QByteArray aesKey, kcvIv, hmacKey;
 
 private:
-    void converse(quint16 port);
+    void connectAndConverse(quint16 port);
     Fields answerStart();
     Fields answerKeyExchange(const Request &request);
     Fields answerConfirm(const Request &request);

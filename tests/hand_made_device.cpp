@@ -1,0 +1,247 @@
+#include "tests/hand_made_device.h"
+
+#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3_util.h"
+
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QtEndian>
+
+namespace TestSupport {
+
+using namespace Velno;
+using namespace Velno::GMP;
+
+HandMadeDevice::HandMadeDevice(const QByteArray &serialNo)
+    : m_serialNo(serialNo)
+{
+    record.terminalId = "001A2B3C4D5E";
+    record.registerData = serialNo;
+    record.randomDFC10D = QByteArray(16, '\x11');
+    record.randomDFC10E = QByteArray(16, '\x2E');
+    record.hmacKey = QByteArray(32, 'h');
+    record.kcvIv = QByteArray(16, 'k');
+    record.aesKey = QByteArray(32, 'a');
+}
+
+HandMadeDevice::~HandMadeDevice()
+{
+    stop();
+}
+
+void HandMadeDevice::pairAndServe(quint16 port, int times, HandMadeRegister::Hook hook)
+{
+    m_port = port;
+    run([this, times, hook = std::move(hook)] {
+        announce();
+        exchangeKeys(hook);
+        for (int i = 0; i < times && !m_stop; ++i)
+            serveOne();
+    });
+}
+
+void HandMadeDevice::serve(quint16 port, int times)
+{
+    m_port = port;
+    run([this, times] {
+        for (int i = 0; i < times && !m_stop; ++i)
+            serveOne();
+    });
+}
+
+void HandMadeDevice::playRelay(quint16 port)
+{
+    m_relayPort = port;
+}
+
+void HandMadeDevice::run(const std::function<void()> &contactsInOrder)
+{
+    stop();
+    m_stop = false;
+    m_relayReady = false;
+    m_thread = std::thread([this, contactsInOrder] {
+        if (m_relayPort != 0) {
+            m_relay = std::make_unique<QTcpServer>();
+            if (!m_relay->listen(QHostAddress(QStringLiteral(VELNO_TSM_RELAY_ADDRESS)), m_relayPort))
+                qFatal("relay port %d: %s", m_relayPort, qPrintable(m_relay->errorString()));
+        }
+        m_relayReady = true;
+        m_relayReady.notify_all();
+        contactsInOrder();
+        m_relay.reset();
+    });
+    m_relayReady.wait(false);
+}
+
+void HandMadeDevice::stop()
+{
+    m_stop = true;
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void HandMadeDevice::setAnswer(const Answer &answer)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_answer = answer;
+}
+
+void HandMadeDevice::answerPlain(const QByteArray &plaintext)
+{
+    setAnswer([frame = framed(sealed(plaintext))](const QByteArray &) { return QList{frame}; });
+}
+
+void HandMadeDevice::answerByClosing()
+{
+    setAnswer([](const QByteArray &) { return QList<QByteArray>(); });
+}
+
+QList<QByteArray> HandMadeDevice::commands()
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_commands;
+}
+
+void HandMadeDevice::forgetCommands()
+{
+    const QMutexLocker lock(&m_mutex);
+    m_commands.clear();
+}
+
+QByteArray HandMadeDevice::withElements(const QByteArray &run) const
+{
+    return GMP3::frame(true, None, run, m_serialNo.constData());
+}
+
+QByteArray HandMadeDevice::sealed(const QByteArray &plaintext) const
+{
+    const QByteArray cipher = GMP3_cipher(record, true, plaintext);
+    return withElements(tlvElement("\xDF\xE0\x02", cipher) +
+                        tlvElement("\xDF\xE0\x03", GMP3_HMAC(record, cipher)));
+}
+
+QByteArray HandMadeDevice::opened(const QByteArray &frame) const
+{
+    if (frame.size() < 16)
+        return {};
+    const QVector<QByteArray> elements = extractTlvElements(frame.mid(14).chopped(2));
+    if (elements.size() != 2)
+        return {};
+    QByteArray tag;
+    QByteArray cipher;
+    QByteArray mac;
+    unsigned short size = 0;
+    extractTlvElement(elements.at(1), &tag, &mac, &size);
+    extractTlvElement(elements.at(0), &tag, &cipher, &size);
+    return GMP3_HMAC(record, cipher) == mac ? GMP3_cipher(record, false, cipher) : QByteArray();
+}
+
+QByteArray HandMadeDevice::framed(const QByteArray &payload)
+{
+    QByteArray prefix(4, Qt::Uninitialized);
+    qToBigEndian(quint32(payload.size()), prefix.data());
+    return prefix + payload;
+}
+
+bool HandMadeDevice::await(QTcpSocket &socket, qint64 count)
+{
+    while (socket.bytesAvailable() < count) {
+        if (m_stop || (!socket.waitForReadyRead(50) && socket.state() != QAbstractSocket::ConnectedState))
+            return false;
+    }
+    return true;
+}
+
+QByteArray HandMadeDevice::readPayload(QTcpSocket &socket)
+{
+    if (!await(socket, 4))
+        return {};
+    const qint64 length = qFromBigEndian<quint32>(socket.read(4).constData());
+    return await(socket, length) ? socket.read(length) : QByteArray();
+}
+
+std::unique_ptr<QTcpSocket> HandMadeDevice::nextContact()
+{
+    if (m_relayPort != 0)
+        return contactThroughRelay();
+    auto socket = std::make_unique<QTcpSocket>();
+    while (!m_stop) {
+        socket->connectToHost(QStringLiteral("127.0.0.1"), m_port);
+        if (socket->waitForConnected(5000))
+            break;
+        std::this_thread::yield(); // nobody listens yet
+    }
+    ++contacts;
+    return socket;
+}
+
+std::unique_ptr<QTcpSocket> HandMadeDevice::contactThroughRelay()
+{
+    while (!m_stop && !m_relay->waitForNewConnection(50)) {
+    }
+    std::unique_ptr<QTcpSocket> socket(m_relay->nextPendingConnection());
+    if (!socket)
+        return std::make_unique<QTcpSocket>();
+    socket->setParent(nullptr);
+    ++contacts;
+    if (await(*socket, 12)) {
+        socket->write(echo(socket->read(12)));
+        socket->flush();
+    }
+    return socket;
+}
+
+void HandMadeDevice::announce()
+{
+    const auto socket = nextContact();
+    announcement = readPayload(*socket);
+    await(*socket, 1); // until the other side closes
+}
+
+void HandMadeDevice::exchangeKeys(const HandMadeRegister::Hook &hook)
+{
+    const auto socket = nextContact();
+    QByteArray random;
+    HandMadeRegister reg([&](HandMadeRegister &self, const Request &request, int count) {
+        if (request.kind == PairingStart)
+            random = valueOf(request.fields, fieldTag(RequesterRandom));
+        if (hook)
+            return hook(self, request, count);
+        Fields fields = self.honestAnswer(request);
+        replaceValue(fields, fieldTag(EcrIdentity), m_serialNo);
+        return QList{HandMadeRegister::frameOf(request.kind, fields)};
+    });
+    reg.converse(*socket);
+    record.randomDFC10D = random;
+    record.randomDFC10E = QByteArray(16, 'E');
+    record.aesKey = reg.aesKey;
+    record.hmacKey = reg.hmacKey;
+    appHash = reg.appHash;
+}
+
+void HandMadeDevice::answerTo(QTcpSocket &socket, const QByteArray &payload)
+{
+    QList<QByteArray> runs;
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_commands.append(opened(payload));
+        runs = m_answer ? m_answer(payload) : QList<QByteArray>();
+    }
+    if (runs.isEmpty())
+        socket.disconnectFromHost();
+    for (const QByteArray &run : runs) {
+        socket.write(run);
+        while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(1000)) {
+        }
+    }
+}
+
+void HandMadeDevice::serveOne()
+{
+    const auto socket = nextContact();
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    for (QByteArray payload; !(payload = readPayload(*socket)).isEmpty();)
+        answerTo(*socket, payload);
+}
+
+} // namespace TestSupport

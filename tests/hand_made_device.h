@@ -1,0 +1,80 @@
+#pragma once
+
+#include "ExtDevice/gmp3/match_ext.h"
+#include "tests/hand_made_register.h"
+
+#include <QMutex>
+
+#include <memory>
+
+QT_FORWARD_DECLARE_CLASS(QTcpServer)
+
+namespace TestSupport {
+
+/**
+ * A register as the device library meets it, on a thread of its own: it pairs when asked to, then stays
+ * connected and answers each frame as the test says.
+ */
+class HandMadeDevice
+{
+public:
+    /** Runs of bytes to write, one by one, for the payload of a frame that came. */
+    using Answer = std::function<QList<QByteArray>(const QByteArray &payload)>;
+
+    explicit HandMadeDevice(const QByteArray &serialNo = "UB1234567890");
+    ~HandMadeDevice();
+    Q_DISABLE_COPY_MOVE(HandMadeDevice)
+
+    /** Comes as a register that was never paired: announcement, key exchange, data. */
+    void pairAndServe(quint16 port, int times = 1, HandMadeRegister::Hook hook = {});
+    /** Comes with the keys of `record`: data only. `times`: how often it comes again after a close. */
+    void serve(quint16 port, int times = 1);
+    /** From now on contacts come through a relay that this object plays. Its answer to a name: see echo. */
+    void playRelay(quint16 port);
+    void stop();
+
+    void setAnswer(const Answer &answer);
+    /** Answers every command with this plaintext. */
+    void answerPlain(const QByteArray &plaintext);
+    /** Closes in place of an answer. */
+    void answerByClosing();
+
+    /** The plaintexts of the commands that came. */
+    QList<QByteArray> commands();
+    void forgetCommands();
+
+    QByteArray sealed(const QByteArray &plaintext) const; ///< the frame of an honest reply
+    QByteArray withElements(const QByteArray &run) const; ///< a frame around any elements
+    QByteArray opened(const QByteArray &frame) const;     ///< the plaintext of a command's frame
+    static QByteArray framed(const QByteArray &payload);  ///< with its length in front
+
+    Velno::GMP::MatchExt record;
+    QByteArray announcement; ///< payload on the first contact
+    QByteArray appHash;      ///< as received
+    std::function<QByteArray(const QByteArray &)> echo = [](const QByteArray &name) { return name; };
+    std::atomic<int> contacts = 0;
+
+private:
+    std::unique_ptr<QTcpSocket> nextContact();
+    std::unique_ptr<QTcpSocket> contactThroughRelay();
+    void run(const std::function<void()> &contactsInOrder);
+    void announce();
+    void exchangeKeys(const HandMadeRegister::Hook &hook);
+    void serveOne();
+    bool await(QTcpSocket &socket, qint64 count);
+    QByteArray readPayload(QTcpSocket &socket);
+    void answerTo(QTcpSocket &socket, const QByteArray &payload);
+
+    QByteArray m_serialNo;
+    quint16 m_port = 0;
+    quint16 m_relayPort = 0;
+    std::unique_ptr<QTcpServer> m_relay;
+    QMutex m_mutex; // guards the two below
+    Answer m_answer;
+    QList<QByteArray> m_commands;
+    std::atomic<bool> m_stop = false;
+    std::atomic<bool> m_relayReady = false;
+    std::thread m_thread;
+};
+
+} // namespace TestSupport

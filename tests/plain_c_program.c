@@ -1,0 +1,23 @@
+/* A program without Qt of its own: pairs with the register on the port given and reads its state, twice. */
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "velnoext.h"
+
+static int readOnce(unsigned short port)
+{
+    int state = -1;
+    int code = velnoext_initialize(5, "UB1234567890", "127.0.0.1", port, 20000);
+    if (code == 0)
+        code = velnoext_ecr_state(5000, &state);
+    printf("code %d state %d\n", code, state);
+    velnoext_close_all();
+    return code;
+}
+
+int main(int argc, char **argv)
+{
+    const unsigned short port = argc > 1 ? (unsigned short)atoi(argv[1]) : 0;
+    const int first = readOnce(port);
+    return first != 0 ? first : readOnce(port);
+}
