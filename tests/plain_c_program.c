@@ -1,4 +1,7 @@
-/* A program without Qt of its own: pairs with the register on the port given and reads its state, twice. */
+/*
+ * A program without Qt of its own: pairs with the register on the port given and reads its state, twice.
+ * With a second argument it first removes that file, its own executable.
+ */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -18,6 +21,8 @@ static int readOnce(unsigned short port)
 int main(int argc, char **argv)
 {
     const unsigned short port = argc > 1 ? (unsigned short)atoi(argv[1]) : 0;
+    if (argc > 2 && remove(argv[2]) != 0)
+        return 99;
     const int first = readOnce(port);
     return first != 0 ? first : readOnce(port);
 }

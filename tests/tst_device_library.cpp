@@ -14,6 +14,7 @@
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <netinet/in.h>
@@ -181,6 +182,7 @@ private slots:
     void callsFromManyThreadsQueue();
     void cyclesLeakNothing();
     void plainCProgram();
+    void programWithoutItsFileCannotPair();
     void libraryShowsItsFunctionsAlone();
 };
 
@@ -1007,6 +1009,23 @@ void TestDeviceLibrary::plainCProgram()
     QCOMPARE(program.readAllStandardError(), QByteArray());
     QCOMPARE(program.exitCode(), 0);
     QTRY_COMPARE(int(device.contacts), 4);
+}
+
+void TestDeviceLibrary::programWithoutItsFileCannotPair()
+{
+    QTemporaryDir folder;
+    const QString copy = folder.filePath(u"program"_s);
+    QVERIFY(QFile::copy(QStringLiteral(VELNO_PLAIN_C_PROGRAM), copy));
+    HandMadeDevice device;
+    const quint16 port = TestSupport::freePort();
+    device.pairAndServe(port);
+    QProcess program;
+    program.start(copy, {QString::number(port), copy});
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.readAllStandardOutput(), QByteArray("code 13 state -1\n"));
+    QCOMPARE(program.exitCode(), 13);
+    device.stop();
+    QVERIFY(device.announcement.isEmpty());
 }
 
 void TestDeviceLibrary::libraryShowsItsFunctionsAlone()
