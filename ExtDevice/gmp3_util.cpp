@@ -4,6 +4,7 @@
 
 #include <QTime>
 
+#include <climits>
 #include <cstdlib>
 
 namespace Velno::GMP {
