@@ -116,24 +116,15 @@ void CashRegister::takeLine(const QString &line)
 {
     if (line == u"quit")
         stop();
-    else if (line.startsWith(u"fault "))
-        changeFaults(line.sliced(6).trimmed());
     else
-        m_events.write(
-            "error",
-            {{"message",
-              u"\"%1\" is no command; accepted are fault NAME[=VALUE], fault none, quit"_s.arg(line)}});
+        changeFaults(line);
 }
 
 /** A conversation in progress ends, so that the next one is under the new faults from its first message. */
-void CashRegister::changeFaults(const QString &text)
+void CashRegister::changeFaults(const QString &line)
 {
     Faults faults = m_options.faults;
-    QString error;
-    if (text == u"none")
-        faults.clear();
-    else
-        error = faults.switchOn(text);
+    QString error = faults.obey(line);
     if (error.isEmpty())
         error = credentialsProblem(m_options.credentials, faults);
     if (!error.isEmpty()) {

@@ -31,7 +31,7 @@ private:
     void refuse(const QString &reason);
     void respond(Velno::GMP::MessageTag kind);
     void send();
-    void changeFaults(const QString &text);
+    void changeFaults(const QString &line);
     void finish(int exitCode);
 
     RegisterOptions m_options;

@@ -10,7 +10,7 @@ namespace Simulator {
 
 namespace {
 
-constexpr std::array table{
+constexpr std::array registerFaults{
     FaultRow{Fault::WrongAuthority, "wrong-authority", nullptr, 0, 0,
              "certificate of an authority that nobody trusts"},
     FaultRow{Fault::ExpiredCertificate, "expired-certificate", nullptr, 0, 0,
@@ -40,6 +40,15 @@ constexpr std::array table{
     FaultRow{Fault::Garbage, "garbage", nullptr, 0, 0, "random bytes instead of an answer"},
 };
 
+constexpr std::array relayFaults{
+    FaultRow{Fault::NoEcho, "no-echo", nullptr, 0, 0, "says nothing to an application, joins it to nobody"},
+    FaultRow{Fault::WrongEcho, "wrong-echo", nullptr, 0, 0, "echoes a name with its last byte changed"},
+    FaultRow{Fault::ShortEcho, "short-echo", nullptr, 0, 0, "echoes 11 bytes of the 12"},
+    FaultRow{Fault::Drop, "drop", nullptr, 0, 0, "cuts both connections as soon as they are joined"},
+    FaultRow{Fault::DropAfter, "drop-after", "BYTES", 1, 100'000'000,
+             "cuts both connections after so many bytes between them"},
+};
+
 constexpr int firstStep = 1;
 constexpr int lastStep = 3;
 
@@ -59,7 +68,7 @@ std::optional<int> numberBetween(QStringView text, int least, int most)
     return digits && number >= least && number <= most ? std::optional(number) : std::nullopt;
 }
 
-QString listOfFaults()
+QString listOfFaults(FaultTable table)
 {
     QStringList usages;
     for (const FaultRow &row : table)
@@ -69,9 +78,14 @@ QString listOfFaults()
 
 } // namespace
 
-std::span<const FaultRow> faultTable()
+FaultTable faultTable()
 {
-    return table;
+    return registerFaults;
+}
+
+FaultTable relayFaultTable()
+{
+    return relayFaults;
 }
 
 QString faultUsage(const FaultRow &row)
@@ -80,7 +94,7 @@ QString faultUsage(const FaultRow &row)
     return row.value ? name + u'=' + QLatin1StringView(row.value) : name;
 }
 
-QString faultHelp()
+QString faultHelp(FaultTable table)
 {
     QString help;
     for (const FaultRow &row : table)
@@ -88,14 +102,25 @@ QString faultHelp()
     return help;
 }
 
+QString Faults::obey(const QString &line)
+{
+    if (!line.startsWith(u"fault "))
+        return u"\"%1\" is no command; accepted are fault NAME[=VALUE], fault none, quit"_s.arg(line);
+    const QString text = line.sliced(6).trimmed();
+    if (text != u"none")
+        return switchOn(text);
+    m_active.clear();
+    return {};
+}
+
 QString Faults::switchOn(const QString &text)
 {
     const qsizetype equals = text.indexOf(u'=');
     const QString name = text.left(equals);
     const auto row =
-        std::ranges::find(table, name, [](const FaultRow &r) { return QLatin1StringView(r.name); });
-    if (row == table.end())
-        return u"\"%1\" is no fault; accepted are %2"_s.arg(name, listOfFaults());
+        std::ranges::find(m_table, name, [](const FaultRow &r) { return QLatin1StringView(r.name); });
+    if (row == m_table.end())
+        return u"\"%1\" is no fault; accepted are %2"_s.arg(name, listOfFaults(m_table));
     if ((equals >= 0) != (row->value != nullptr))
         return (row->value ? u"%1 needs a value: %2"_s.arg(name, valueRule(*row))
                            : u"%1 takes no value"_s.arg(name));
@@ -132,7 +157,7 @@ QByteArray Faults::resultCode(int step) const
 QStringList Faults::names() const
 {
     QStringList names;
-    for (const FaultRow &row : table)
+    for (const FaultRow &row : m_table)
         if (has(row.fault))
             names << m_active.value(row.fault).text;
     return names;

@@ -8,8 +8,8 @@
 #include <span>
 
 /**
- * What the simulated register can be told to do wrong. One table: it parses the option and the line on
- * standard input, and makes the help and the list of what is accepted.
+ * What the simulated register and the relay can be told to do wrong. One table for each program: it parses
+ * the option and the line on standard input, and makes the help and the list of what is accepted.
  *
  * The steps of a pairing are 1 (start), 2 (key exchange) and 3 (confirmation).
  */
@@ -37,6 +37,13 @@ enum class Fault {
     WrongAppHash,
     SmallDhKey,
     Garbage,
+
+    // of the relay
+    NoEcho,
+    WrongEcho,
+    ShortEcho,
+    Drop,
+    DropAfter,
 };
 
 struct FaultRow
@@ -49,25 +56,39 @@ struct FaultRow
     const char *help; ///< one line
 };
 
-std::span<const FaultRow> faultTable();
+using FaultTable = std::span<const FaultRow>;
+
+FaultTable faultTable(); ///< of the simulated register
+FaultTable relayFaultTable();
 
 /** NAME or NAME=VALUE, as it is typed. */
 QString faultUsage(const FaultRow &row);
 
 /** One line for each fault, aligned, for --help. */
-QString faultHelp();
+QString faultHelp(FaultTable table = faultTable());
 
-/** The faults that are switched on, each with its value. */
+/** The faults of one program that are switched on, each with its value. */
 class Faults
 {
 public:
+    explicit Faults(FaultTable table = faultTable())
+        : m_table(table)
+    {
+    }
+
+    /**
+     * Obeys an operator's line, "fault NAME[=VALUE]" or "fault none".
+     *
+     * @return an empty text, or what was wrong and what is accepted; nothing changes then
+     */
+    QString obey(const QString &line);
+
     /**
      * Switches on what `text`, NAME[=VALUE], names; a fault that is on already takes the new value.
      *
      * @return an empty text, or what was wrong and what is accepted; nothing changes then
      */
     QString switchOn(const QString &text);
-    void clear() { m_active.clear(); }
 
     bool has(Fault fault) const { return m_active.contains(fault); }
 
@@ -90,6 +111,7 @@ private:
         int step = 0; ///< 0: every step
         QString text;
     };
+    FaultTable m_table;
     QHash<Fault, Value> m_active;
 };
 

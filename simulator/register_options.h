@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/command_line.h"
 #include "simulator/faults.h"
 
 #include <QByteArray>
@@ -21,14 +22,7 @@ struct RegisterOptions
     Faults faults;
 };
 
-struct CommandLine
-{
-    enum Outcome { Run, Help, WrongUsage };
-
-    Outcome outcome = Run;
-    RegisterOptions options; ///< for Run
-    QString text;            ///< the help, or what was wrong and what is accepted
-};
+using CommandLine = ParsedCommandLine<RegisterOptions>;
 
 /** @param arguments  with the program's name in front */
 CommandLine parseCommandLine(const QStringList &arguments);
