@@ -26,6 +26,8 @@ enum Result {
     NullArgument = 3,
     BadValue = 4,
     ReplyUnreadable = 5,
+    WrongState = 6,
+    StepNotTaken = 7,
     Refused = 8,
     NoPaper = 9,
     PairingFailed = 10,

@@ -149,6 +149,33 @@ VELNOEXT_API void velnoext_close(void);
 /** Closes every connection as velnoext_close() does. Does nothing when there is none. */
 VELNOEXT_API void velnoext_close_all(void);
 
+/* Results in words -------------------------------------------------------------------------------------- */
+
+/* English, for people: a log, a message box, a support call. Each text lives as long as the library and is
+ * never NULL, also for numbers that no function returns. Never blocks; may be called at any time, before
+ * velnoext_initialize() and while another thread is inside the library. Example:
+ *
+ *     int code = velnoext_login(5000);
+ *     if (code != 0)
+ *         fprintf(stderr, "login: %s (%d)\n%s\n%s\n", velnoext_result_name(code), code,
+ *                 velnoext_result_text(code), velnoext_detail_text(velnoext_error_detail()));
+ */
+
+/** A code's name, lower-case words joined by hyphens: "success", "no-paper"; otherwise "unknown". */
+VELNOEXT_API const char *velnoext_result_name(int code);
+
+/**
+ * What a code means: exactly three lines, separated by '\n', none behind the last. The first is the sentence
+ * that says what happened; the second begins with "Cause: ", the third with "Cure: ".
+ */
+VELNOEXT_API const char *velnoext_result_text(int code);
+
+/**
+ * Which argument velnoext_error_detail() means, in one line. Several functions share a detail: the text then
+ * names each with its argument.
+ */
+VELNOEXT_API const char *velnoext_detail_text(int detail);
+
 /* Raw pass-through -------------------------------------------------------------------------------------- */
 
 /* For the applications 999999 and 14242, which speak commands of their own. Example:
