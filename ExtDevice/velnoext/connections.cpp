@@ -1,12 +1,12 @@
 #include "ExtDevice/velnoext/connections.h"
 
+#include "ExtDevice/network/local_interfaces.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/connection_helper.h"
 #include "ExtDevice/velnoext/velnoext.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QNetworkInterface>
 #include <QTcpSocket>
 
 #include <netinet/in.h>
@@ -205,20 +205,8 @@ QByteArray macAddress()
     static QByteArray address;
     if (!address.isEmpty())
         return address;
-    const auto hasIpv4 = [](const QNetworkInterface &interface) {
-        const auto entries = interface.addressEntries();
-        return std::any_of(entries.cbegin(), entries.cend(), [](const QNetworkAddressEntry &entry) {
-            return entry.ip().protocol() == QAbstractSocket::IPv4Protocol;
-        });
-    };
-    for (const QNetworkInterface &interface : QNetworkInterface::allInterfaces()) {
-        const auto flags = interface.flags();
-        if (flags.testFlag(QNetworkInterface::IsLoopBack) || !flags.testFlag(QNetworkInterface::IsUp) ||
-            !hasIpv4(interface))
-            continue;
-        address = interface.hardwareAddress().remove(QLatin1Char(':')).toLatin1();
-        break;
-    }
+    if (const QList<LocalInterface> interfaces = localInterfaces(); !interfaces.isEmpty())
+        address = interfaces.constFirst().hardwareAddress.toLatin1();
     return address;
 }
 
