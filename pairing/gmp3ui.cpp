@@ -3,17 +3,21 @@
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
+#include "ExtDevice/network/local_interfaces.h"
 #include "ExtDevice/network/velno_network.h"
+#include "ExtDevice/velnoext/velnoext.h"
 #include "ui_gmp3ui.h"
 
 #include <QFile>
 #include <QFileDialog>
-#include <QNetworkInterface>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QThread>
+#include <QThreadPool>
 #include <QtConcurrent>
 
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace {
@@ -22,7 +26,12 @@ constexpr int pcApplicationNo = 14242; // this tool's own application on the PC
 constexpr int serialNoLength = 12;
 constexpr int hardwareIdLength = 12;
 
+constexpr unsigned int deviceTimeout = 10'000; // ms
+constexpr int noPaper = 9;
+constexpr int graceOfATest = 1000; // ms
+
 const auto tsmSuffix = QLatin1String(":tsm");
+const auto tsmAddress = QByteArrayLiteral("255.255.255.255"); // stands for the relay
 
 bool isPort(const QString &text)
 {
@@ -70,7 +79,21 @@ Gmp3UI::Gmp3UI(QWidget *parent)
 Gmp3UI::~Gmp3UI()
 {
     // The workflow posts to our widgets until its last line. What it has posted goes away with them.
+    m_closing.release();
     m_workflow.waitForFinished();
+}
+
+void Gmp3UI::endTest(int status)
+{
+    if (m_running != Workflow::Test)
+        return;
+    m_closing.release();
+    if (QThreadPool::globalInstance()->waitForDone(graceOfATest))
+        return;
+    // What still runs cannot be stopped, and does not stop by itself if the register never answers. All that
+    // it holds are connections, which the system closes.
+    std::fflush(nullptr);
+    std::_Exit(status);
 }
 
 bool Gmp3UI::verifyData(QByteArray &hash)
@@ -121,19 +144,15 @@ void Gmp3UI::setButtonsEnabled(bool enabled)
 
 void Gmp3UI::on_pairPushButton_clicked()
 {
-    // The buttons are disabled by the workflow itself, so a quick second click still comes through. The
-    // engine holds one conversation in a process: the click counts as part of the pairing under way.
-    if (m_pairing)
+    if (m_running != Workflow::None)
         return;
 
     QByteArray hash;
     if (!verifyData(hash))
         return;
 
-    m_workflow.waitForFinished(); // of the one before nothing but its return can be left
-    m_pairing = true;
-    const Device device{ui->ipComboBox->currentText().toLatin1(), ui->portLineEdit->text().toUShort()};
-    m_workflow = QtConcurrent::run(&Gmp3UI::exchangeKey, this, device, ui->serialNoLineEdit->text(),
+    begin(Workflow::Pairing);
+    m_workflow = QtConcurrent::run(&Gmp3UI::exchangeKey, this, device(), ui->serialNoLineEdit->text(),
                                    ui->applicationNoLineEdit->text(), terminalId(), hash);
     setText(tr("Cihazda eşlemeyi başlatabilirsiniz."));
 }
@@ -148,13 +167,18 @@ void Gmp3UI::on_browsePushButton_clicked()
 
 void Gmp3UI::on_testPushButton_clicked()
 {
-    QByteArray hash;
+    if (m_running != Workflow::None)
+        return;
+
+    QByteArray hash; // not needed here, but what cannot be paired is not tested either
     if (!verifyData(hash))
         return;
     if (ui->applicationNoLineEdit->text() == QString::number(pcApplicationNo))
-        setText(tr("Cihaz testi velno PC uygulaması için yapılamaz."));
-    else
-        setText(tr("Cihaz testi bu sürümde yok.")); // until the device library, which it drives, is here
+        return setText(tr("Cihaz testi velno PC uygulaması için yapılamaz."));
+
+    begin(Workflow::Test);
+    m_workflow = QtConcurrent::run(&Gmp3UI::testDevice, this, device(), ui->serialNoLineEdit->text(),
+                                   ui->applicationNoLineEdit->text(), terminalId());
 }
 
 /** The addresses a register can be told to connect to. The first interface that has one names this computer.
@@ -162,23 +186,35 @@ void Gmp3UI::on_testPushButton_clicked()
 void Gmp3UI::setIpAddresses()
 {
     hardwareId.clear();
-    for (const QNetworkInterface &interface : QNetworkInterface::allInterfaces()) {
-        if (interface.flags().testFlag(QNetworkInterface::IsLoopBack) ||
-            !interface.flags().testFlag(QNetworkInterface::IsUp))
-            continue;
-        for (const QNetworkAddressEntry &entry : interface.addressEntries()) {
-            if (entry.ip().protocol() != QAbstractSocket::IPv4Protocol)
-                continue;
-            ui->ipComboBox->addItem(entry.ip().toString());
-            if (hardwareId.isEmpty())
-                hardwareId = interface.hardwareAddress().remove(QLatin1Char(':'));
-        }
+    for (const Velno::LocalInterface &interface : Velno::localInterfaces()) {
+        for (const QHostAddress &address : interface.addresses)
+            ui->ipComboBox->addItem(address.toString());
+        if (hardwareId.isEmpty())
+            hardwareId = interface.hardwareAddress;
     }
 }
 
 QString Gmp3UI::terminalId() const
 {
     return ui->tsmCheckBox->isChecked() ? hardwareId + tsmSuffix : hardwareId;
+}
+
+Gmp3UI::Device Gmp3UI::device() const
+{
+    return {ui->ipComboBox->currentText().toLatin1(), ui->portLineEdit->text().toUShort()};
+}
+
+void Gmp3UI::begin(Workflow workflow)
+{
+    m_workflow.waitForFinished(); // of the one before nothing but its return can be left
+    m_running = workflow;
+}
+
+void Gmp3UI::end()
+{
+    OPENSSL_thread_stop(); // what it keeps for this thread: the pool ends the thread when OpenSSL may be gone
+    m_running = Workflow::None; // before the buttons come back: the next click counts
+    setButtonsEnabled(true);
 }
 
 /** Runs on a thread of the global pool. The address is not used: the register may come in on any of ours. */
@@ -192,7 +228,6 @@ void Gmp3UI::exchangeKey(Device device, QString serialNo, QString applicationNo,
         Velno::GMP::GMP3_KeyExchange_Server(record, quint16(device.second), serialNo.toLatin1().constData(),
                                             terminalId.toLatin1().constData(), applicationHash);
     closeSession();
-    OPENSSL_thread_stop(); // what it keeps for this thread: the pool ends the thread when OpenSSL may be gone
     if (result != 0) {
         setText(tr("Eşleme hatası: ") + QString::number(result));
     } else {
@@ -200,7 +235,64 @@ void Gmp3UI::exchangeKey(Device device, QString serialNo, QString applicationNo,
         if (applicationNo.toInt() == pcApplicationNo)
             storeRegister(terminalId.endsWith(tsmSuffix) ? 0 : device.second, serialNo);
     }
+    end();
+}
 
-    m_pairing = false; // before the buttons come back: the next click counts
-    setButtonsEnabled(true);
+/** Runs on a thread of the global pool. The register must come to the address that the form names. */
+void Gmp3UI::testDevice(Device device, QString serialNo, QString applicationNo, QString terminalId)
+{
+    setButtonsEnabled(false);
+    if (terminalId.endsWith(tsmSuffix))
+        device.first = tsmAddress;
+
+    setText(tr("Cihaza bağlanılıyor..."));
+    const int result = velnoext_initialize(applicationNo.toUInt(), serialNo.toLatin1().constData(),
+                                           device.first.constData(), device.second, deviceTimeout);
+    if (passed(result, tr("Bağlantı hatası: %1"))) {
+        setText(tr("Cihaza bağlanıldı."));
+        queryDevice();
+    }
+    end();
+}
+
+void Gmp3UI::queryDevice()
+{
+    int state = 0;
+    if (!pause() || !passed(velnoext_ecr_state(deviceTimeout, &state), tr("Cihaz durumu sorgulanamadı: %1")))
+        return;
+    setText(tr("Cihaz durumu: %1").arg(state));
+
+    int z = 0;
+    if (!pause() || !passed(velnoext_current_z(deviceTimeout, &z), tr("Z no sorgulanamadı: %1")))
+        return;
+    setText(tr("Z no: %1").arg(quint32(z)));
+
+    if (!pause())
+        return;
+    const int paper = velnoext_check_printer_paper(deviceTimeout);
+    if (paper == noPaper)
+        setText(tr("Yazıcıda kağıt yok.")); // and the text for paper after it: technicians know this sequence
+    else if (!passed(paper, tr("Kağıt durumu sorgulanamadı: %1")))
+        return;
+    velnoext_close();
+    setText(tr("Yazıcıda kağıt var."));
+    if (pause())
+        setText(tr("Cihaz testi tamamlandı."));
+}
+
+bool Gmp3UI::passed(int result, const QString &failure)
+{
+    if (result == 0)
+        return true;
+    velnoext_close();
+    setText(failure.arg(result));
+    return false;
+}
+
+bool Gmp3UI::pause()
+{
+    if (!m_closing.tryAcquire(1, testPause))
+        return true;
+    velnoext_close();
+    return false;
 }

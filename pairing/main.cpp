@@ -48,5 +48,7 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariableIntValue("VELNO_TRACE_STATUS") == 1)
         new StatusTrace(window.findChild<QLabel *>(QStringLiteral("resultLabel")));
     window.show();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    window.endTest(status);
+    return status;
 }

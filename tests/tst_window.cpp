@@ -1,7 +1,4 @@
-#include "pairing/gmp3ui.h"
-#include "tests/test_support.h"
-
-#include "ui_gmp3ui.h"
+#include "tests/window_under_test.h"
 
 #include <QCryptographicHash>
 #include <QDialogButtonBox>
@@ -25,35 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/** The window with its inside visible. */
-class Window : public Gmp3UI
-{
-public:
-    using Gmp3UI::hardwareId;
-
-    Ui_Gmp3UI &form() { return *ui; }
-    QString status() { return form().resultLabel->text(); }
-    bool buttonsEnabled() { return form().pairPushButton->isEnabled() && form().testPushButton->isEnabled(); }
-
-    void chooseAddress(const QString &text)
-    {
-        form().ipComboBox->addItem(text);
-        form().ipComboBox->setCurrentIndex(form().ipComboBox->count() - 1);
-    }
-    void pair() { QTest::mouseClick(form().pairPushButton, Qt::LeftButton); }
-    void test() { QTest::mouseClick(form().testPushButton, Qt::LeftButton); }
-
-    /** A form that verifyData() accepts, on a machine with and without a network alike. */
-    void fill(const QString &applicationPath)
-    {
-        hardwareId = u"001A2B3C4D5E"_s;
-        form().portLineEdit->setText(QString::number(TestSupport::freePort()));
-        form().applicationPathLineEdit->setText(applicationPath);
-        form().serialNoLineEdit->setText(u"UB1234567890"_s);
-        form().applicationNoLineEdit->setText(u"4711"_s);
-    }
-    quint16 port() { return form().portLineEdit->text().toUShort(); }
-};
+using Window = WindowUnderTest;
 
 /** Connects to the workflow's port as soon as it listens, and closes at once. */
 void connectAndLeave(quint16 port)
@@ -147,8 +116,6 @@ private slots:
     void firstWrongFieldIsReported();
     void rightFormIsAccepted_data();
     void rightFormIsAccepted();
-    void deviceTestIsRefusedForThePcApplication();
-    void deviceTestIsNotThere();
 
     void failedPairingShowsItsCode();
     void secondClickIsPartOfTheFirst();
@@ -688,27 +655,6 @@ void TestWindow::rightFormIsAccepted()
     QCOMPARE(window.status(), QString());
 }
 
-void TestWindow::deviceTestIsRefusedForThePcApplication()
-{
-    Window window;
-    window.fill(m_application);
-    window.form().applicationNoLineEdit->setText(u"14242"_s);
-    window.test();
-    QCOMPARE(window.status(), u"Cihaz testi velno PC uygulaması için yapılamaz."_s);
-    QCoreApplication::processEvents();
-    QVERIFY(window.buttonsEnabled());
-}
-
-void TestWindow::deviceTestIsNotThere()
-{
-    Window window;
-    window.fill(m_application);
-    window.test();
-    QCOMPARE(window.status(), u"Cihaz testi bu sürümde yok."_s);
-    QCoreApplication::processEvents();
-    QVERIFY(window.buttonsEnabled());
-}
-
 void TestWindow::failedPairingShowsItsCode()
 {
     Window window;
@@ -718,7 +664,7 @@ void TestWindow::failedPairingShowsItsCode()
 
     window.pair();
     QCOMPARE(window.status(), u"Cihazda eşlemeyi başlatabilirsiniz."_s);
-    QTRY_VERIFY(!window.form().pairPushButton->isEnabled() && !window.form().testPushButton->isEnabled());
+    QTRY_VERIFY(window.buttonsDisabled());
     QVERIFY(window.form().browsePushButton->isEnabled());
     std::thread peer(connectAndLeave, port);
     QTRY_VERIFY(window.buttonsEnabled());
