@@ -166,7 +166,7 @@ std::unique_ptr<QTcpSocket> HandMadeDevice::nextContact()
         return contactThroughRelay();
     auto socket = std::make_unique<QTcpSocket>();
     while (!m_stop) {
-        socket->connectToHost(QStringLiteral("127.0.0.1"), m_port);
+        socket->connectToHost(address, m_port);
         if (socket->waitForConnected(5000))
             break;
         std::this_thread::yield(); // nobody listens yet
@@ -184,11 +184,22 @@ std::unique_ptr<QTcpSocket> HandMadeDevice::contactThroughRelay()
         return std::make_unique<QTcpSocket>();
     socket->setParent(nullptr);
     ++contacts;
-    if (await(*socket, 12)) {
-        socket->write(echo(socket->read(12)));
-        socket->flush();
-    }
+    if (await(*socket, 12))
+        answerName(*socket);
     return socket;
+}
+
+void HandMadeDevice::answerName(QTcpSocket &socket)
+{
+    socket.setSocketOption(QAbstractSocket::LowDelayOption, 1); // each run is a segment
+    qsizetype size = 0;
+    for (const QByteArray &run : echo(socket.read(12))) {
+        size += run.size();
+        socket.write(run);
+        socket.flush();
+    }
+    if (size < 12)
+        socket.disconnectFromHost();
 }
 
 void HandMadeDevice::announce()

@@ -49,14 +49,19 @@ public:
     static QByteArray framed(const QByteArray &payload);  ///< with its length in front
 
     Velno::GMP::MatchExt record;
-    QByteArray announcement; ///< payload on the first contact
-    QByteArray appHash;      ///< as received
-    std::function<QByteArray(const QByteArray &)> echo = [](const QByteArray &name) { return name; };
+    QByteArray announcement;                       ///< payload on the first contact
+    QByteArray appHash;                            ///< as received
+    QString address = QStringLiteral("127.0.0.1"); ///< where the library listens
+    /** What the relay answers to a name, written run by run; it leaves behind fewer than 12 bytes. */
+    std::function<QList<QByteArray>(const QByteArray &)> echo = [](const QByteArray &name) {
+        return QList{name};
+    };
     std::atomic<int> contacts = 0;
 
 private:
     std::unique_ptr<QTcpSocket> nextContact();
     std::unique_ptr<QTcpSocket> contactThroughRelay();
+    void answerName(QTcpSocket &socket);
     void run(const std::function<void()> &contactsInOrder);
     void announce();
     void exchangeKeys(const HandMadeRegister::Hook &hook);

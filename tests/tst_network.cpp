@@ -5,7 +5,9 @@
 #include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QHostInfo>
+#include <QNetworkProxy>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
@@ -252,6 +254,7 @@ private slots:
     void acceptTakesOnePeer_data();
     void acceptTakesOnePeer();
     void acceptedConnectionHasItsOptions();
+    void proxyOfTheApplicationIsNotUsed();
     void writeChecksItsArgumentsInOrder();
     void writeSendsEveryByte();
     void writeAfterThePeersCloseFails();
@@ -487,6 +490,21 @@ void TestNetwork::acceptedConnectionHasItsOptions()
     QCOMPARE(received->socketOption(QAbstractSocket::LowDelayOption).toInt(), 1);
     QCOMPARE(received->socketOption(QAbstractSocket::KeepAliveOption).toInt(), 1);
     received->abort();
+}
+
+void TestNetwork::proxyOfTheApplicationIsNotUsed()
+{
+    // Nobody serves as a proxy there. 0.0.0.0 is this machine too, but no proxy rule takes it for local.
+    const QNetworkProxy before = QNetworkProxy::applicationProxy();
+    const auto restore = qScopeGuard([&before] { QNetworkProxy::setApplicationProxy(before); });
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::AnyIPv4));
+    QNetworkProxy::setApplicationProxy({QNetworkProxy::Socks5Proxy, QStringLiteral("127.0.0.1"), freePort()});
+
+    unsigned int handle = 0;
+    QCOMPARE(velno_network_connect("0.0.0.0", server.serverPort(), patience, &handle), 0);
+    QCOMPARE(velno_network_disconnect(handle), 0);
+    QCOMPARE(velno_network_accept("0.0.0.0", freePort(), 0, &handle), 7); // it listened
 }
 
 void TestNetwork::writeChecksItsArgumentsInOrder()

@@ -5,6 +5,7 @@
 #include <QDeadlineTimer>
 #include <QHash>
 #include <QHostAddress>
+#include <QNetworkProxy>
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -109,6 +110,7 @@ int velno_network_connect(const char *host, unsigned short port, unsigned int ti
 
     auto socket = std::make_unique<QTcpSocket>();
     QObject::connect(socket.get(), &QTcpSocket::disconnected, socket.get(), &QObject::deleteLater);
+    socket->setProxy(QNetworkProxy::NoProxy); // the application's is for its own traffic
     socket->connectToHost(QString::fromLatin1(host), port);
     if (!socket->waitForConnected(waitTime(timeout))) {
         const auto error = socket->error();
@@ -134,6 +136,7 @@ int velno_network_accept(const char *address, unsigned short port, int timeout, 
         return 5;
 
     QTcpServer server;
+    server.setProxy(QNetworkProxy::NoProxy);
     if (!server.listen(localAddress, port))
         return server.serverError() == QAbstractSocket::AddressInUseError ? 6 : 8;
     QTcpSocket *const socket = waitForPeer(server, waitTime(unsigned(timeout)));

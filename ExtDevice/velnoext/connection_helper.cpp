@@ -158,10 +158,19 @@ int exchangeKeys(const Route &route, const QByteArray &hash)
     return result == 0 ? Success : PairingFailed;
 }
 
+/** Gives the active register its connection; one that nobody takes is closed. */
+bool handOver(unsigned int handle)
+{
+    if (velno_set_connection(handle) == 0)
+        return true;
+    velno_network_disconnect(handle);
+    return false;
+}
+
 /** From the first connection to the keys; leaves no record behind when the register did not follow. */
 int pairOn(unsigned int firstConnection, const Route &route)
 {
-    if (velno_set_connection(firstConnection) != 0)
+    if (!handOver(firstConnection))
         return ConnectionFailed;
     const QByteArray hash = applicationHash();
     if (hash.isEmpty()) {
@@ -179,7 +188,7 @@ int pairOn(unsigned int firstConnection, const Route &route)
 
 int connectDataConnection(unsigned int handle)
 {
-    if (velno_set_connection(handle) == 0)
+    if (handOver(handle))
         return Success;
     // Also of a register that was paired: it is then paired again next time.
     library().pairingRecords.remove(library().activeDevice);

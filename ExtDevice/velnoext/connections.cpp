@@ -14,6 +14,8 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <clocale>
+#include <string>
 
 namespace Velno::Ext {
 
@@ -120,8 +122,12 @@ void closeActive()
 void ensureApplication()
 {
     static int argumentCount = 0;
-    if (!QCoreApplication::instance())
-        library().application = new QCoreApplication(argumentCount, nullptr);
+    if (QCoreApplication::instance())
+        return;
+    // Qt sets the process's locale from the environment, which would change how the host writes its numbers.
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    library().application = new QCoreApplication(argumentCount, nullptr);
+    std::setlocale(LC_ALL, before.c_str());
 }
 
 } // namespace

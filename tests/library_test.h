@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ExtDevice/velnoext/velnoext.h"
+#include "tests/hand_made_device.h"
+
+#include <QDataStream>
+#include <QIODevice>
+#include <QObject>
+
+QT_FORWARD_DECLARE_CLASS(QTcpSocket)
+
+/** What the tests of the device library share. */
+namespace TestSupport {
+
+inline constexpr char serial[] = "UB1234567890";
+inline constexpr char otherSerial[] = "UB0000000001";
+inline constexpr char relay[] = "255.255.255.255";
+inline constexpr unsigned int patience = 20'000;
+inline constexpr unsigned int brief = 200; // for waits that are meant to run out
+
+/** The plaintext that holds these items. */
+template <typename... Items>
+QByteArray plain(const Items &...items)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_4_6);
+    (stream << ... << items);
+    return bytes;
+}
+
+/** Connects with keys that both sides hold already. @return of velnoext_initialize() */
+int connectPaired(HandMadeDevice &device, const char *name = serial, unsigned int appNo = 5);
+
+/** The active register's; touch it on its own thread alone. */
+QTcpSocket *connection();
+
+/** Tests that use the library in this process: each leaves it as if it had never been used. */
+class LibraryTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup();
+};
+
+} // namespace TestSupport

@@ -1,0 +1,210 @@
+#include "tests/library_test.h"
+#include "tests/test_support.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <atomic>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace TestSupport;
+
+namespace {
+
+qsizetype entriesOf(const char *folder)
+{
+    return QDir(QString::fromLatin1(folder))
+        .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System)
+        .size();
+}
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool countsOwnMemory = false; // a sanitizer keeps what was freed
+#else
+constexpr bool countsOwnMemory = true;
+#endif
+
+/** What this process holds in memory. */
+qint64 residentBytes()
+{
+    QFile file(u"/proc/self/statm"_s);
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    return file.readAll().split(' ').value(1).toLongLong() * sysconf(_SC_PAGESIZE);
+}
+
+QStringList matches(const QByteArray &text, const char *pattern)
+{
+    QStringList names;
+    auto all = QRegularExpression(QString::fromLatin1(pattern), QRegularExpression::MultilineOption)
+                   .globalMatch(QString::fromUtf8(text));
+    while (all.hasNext())
+        names << all.next().captured(1);
+    names.sort();
+    return names;
+}
+
+QByteArray fileText(const char *name)
+{
+    QFile file(QStringLiteral(VELNO_HEADER_FOLDER "/") + QString::fromLatin1(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestLibraryProcess : public LibraryTest
+{
+    Q_OBJECT
+
+private slots:
+    void callsFromManyThreadsQueue();
+    void cyclesLeakNothing();
+    void programsOfEveryKind_data();
+    void programsOfEveryKind();
+    void programWithoutItsFileCannotPair();
+    void libraryShowsItsFunctionsAlone();
+};
+
+void TestLibraryProcess::callsFromManyThreadsQueue()
+{
+    HandMadeDevice device;
+    QCOMPARE(connectPaired(device), 0);
+    // Each command gets a reply of its own: its number.
+    device.setAnswer([&device, count = 0](const QByteArray &) mutable {
+        return QList{HandMadeDevice::framed(device.sealed(plain(++count)))};
+    });
+    std::atomic<int> sum = 0;
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 4; ++i)
+        callers.emplace_back([&sum] {
+            for (int call = 0; call < 25; ++call) {
+                int value = 0;
+                if (velnoext_ecr_datetime(patience, &value) == 0)
+                    sum += value;
+            }
+        });
+    for (std::thread &caller : callers)
+        caller.join();
+    QCOMPARE(int(sum), 100 * 101 / 2);
+}
+
+void TestLibraryProcess::cyclesLeakNothing()
+{
+    HandMadeDevice device;
+    const auto cycles = [&device](int count) {
+        int result = 0;
+        for (int i = 0; i < count && result == 0; ++i) {
+            result = connectPaired(device);
+            velnoext_close_all();
+            device.stop();
+        }
+        return result;
+    };
+    QCOMPARE(cycles(100), 0); // until caches and the allocator's arenas have found their size
+    const qsizetype sockets = entriesOf("/proc/self/fd");
+    const qsizetype threads = entriesOf("/proc/self/task");
+    const qint64 memory = residentBytes();
+    QCOMPARE(cycles(200), 0);
+    QCOMPARE(entriesOf("/proc/self/fd"), sockets);
+    // A thread that has ended may be listed a moment longer, also in the count before.
+    QTRY_VERIFY(entriesOf("/proc/self/task") <= threads);
+    if (countsOwnMemory) {
+        const qint64 grown = residentBytes() - memory;
+        QVERIFY2(grown < 256 * 1024, QByteArray::number(grown).constData());
+    }
+}
+
+void TestLibraryProcess::programsOfEveryKind_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<int>("visits"); // how often the register comes after it is paired
+    QTest::addColumn<QByteArray>("output");
+
+    const QString c = QStringLiteral(VELNO_PLAIN_C_PROGRAM);
+    QTest::newRow("C") << QStringList{c, {}} << 2
+                       << QByteArray("code 0 state 7 locale C\ncode 0 state 7 locale C\n");
+    QTest::newRow("C that ends while connected")
+        << QStringList{c, {}, u"stay"_s} << 1 << QByteArray("code 0 state 7 locale C\n");
+    QTest::newRow("C++ with a Qt application of its own")
+        << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}} << 2
+        << QByteArray("code 0 state 7\ncode 0 state 7\napplication kept\n");
+    QTest::newRow("Python") << QStringList{QStringLiteral(VELNO_PYTHON),
+                                           QStringLiteral(VELNO_PYTHON_PROGRAM),
+                                           QStringLiteral(VELNO_LIBRARY),
+                                           {}}
+                            << 2
+                            << QByteArray("connected 0\ncode 0 state 7\ncode 0 state 7\n").repeated(2) +
+                                   "version 0\nlocale kept\n"
+                                   "no name 3 0x300\n";
+}
+
+void TestLibraryProcess::programsOfEveryKind()
+{
+    QFETCH(QStringList, command);
+    QFETCH(const int, visits);
+    if (command.first().isEmpty())
+        QSKIP("NOT TESTED: python3 was not there when this was configured");
+    HandMadeDevice device;
+    // Sealed when asked: the keys are agreed on only then. The second time the register comes paired.
+    device.setAnswer([&device](const QByteArray &) {
+        return QList{HandMadeDevice::framed(device.sealed(plain(7, QVector<int>())))};
+    });
+    const quint16 port = freePort();
+    device.pairAndServe(port, visits);
+    command.replace(command.indexOf(QString()), QString::number(port));
+    QProcess program;
+    // With a locale that Qt, were it left to it, would set in the place of C.
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+    const QTemporaryDir folder;
+    environment.insert(u"XDG_RUNTIME_DIR"_s, folder.path());
+    program.setProcessEnvironment(environment);
+    program.start(command.first(), command.sliced(1));
+    QVERIFY2(program.waitForFinished(), qPrintable(program.errorString()));
+    QCOMPARE(program.readAllStandardError(), QByteArray());
+    QTEST(program.readAllStandardOutput(), "output");
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), 0);
+    QTRY_COMPARE(int(device.contacts), 2 + visits);
+}
+
+void TestLibraryProcess::programWithoutItsFileCannotPair()
+{
+    QTemporaryDir folder;
+    const QString copy = folder.filePath(u"program"_s);
+    QVERIFY(QFile::copy(QStringLiteral(VELNO_PLAIN_C_PROGRAM), copy));
+    HandMadeDevice device;
+    const quint16 port = freePort();
+    device.pairAndServe(port);
+    QProcess program;
+    program.start(copy, {QString::number(port), copy});
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.readAllStandardOutput(), QByteArray("code 13 state -1 locale C\n"));
+    QCOMPARE(program.exitCode(), 13);
+    device.stop();
+    QVERIFY(device.announcement.isEmpty());
+}
+
+void TestLibraryProcess::libraryShowsItsFunctionsAlone()
+{
+    QProcess nm;
+    nm.start(QStringLiteral(VELNO_NM), {u"-D"_s, u"--defined-only"_s, QStringLiteral(VELNO_LIBRARY)});
+    QVERIFY(nm.waitForFinished());
+    const QStringList shown = matches(nm.readAllStandardOutput(), "^[0-9a-f]+ [^A\\n] ([^@\\n]+)");
+    const QStringList declared = matches(fileText("velnoext.h"), "^VELNOEXT_API [^(]*?(\\w+)\\(");
+    const QStringList mapped = matches(fileText("velnoext.map"), "^ +(\\w+);");
+    QVERIFY(declared.contains(u"velnoext_initialize"_s));
+    QCOMPARE(shown, declared);
+    QCOMPARE(mapped, declared);
+}
+
+QTEST_GUILESS_MAIN(TestLibraryProcess)
+#include "tst_library_process.moc"

@@ -1,0 +1,109 @@
+#include "ExtDevice/velnoext/library_state.h"
+#include "tests/library_test.h"
+
+#include <QTest>
+
+using namespace Velno::Ext;
+using namespace TestSupport;
+
+class TestRelayRoute : public LibraryTest
+{
+    Q_OBJECT
+
+private slots:
+    void relayRoute_data();
+    void relayRoute();
+    void relayPairsOnFirstContact();
+    void relayThatEchoesWrong_data();
+    void relayThatEchoesWrong();
+    void echoMayComeInPieces();
+    void relayThatIsDown();
+};
+
+void TestRelayRoute::relayRoute_data()
+{
+    QTest::addColumn<unsigned int>("appNo");
+    QTest::addColumn<quint16>("relayPort");
+    QTest::addColumn<QByteArray>("address");
+
+    QTest::newRow("most applications") << 5U << quint16(50902) << QByteArray(relay);
+    QTest::newRow("14242") << 14242U << quint16(50902) << QByteArray(relay);
+    QTest::newRow("999999") << 999999U << quint16(50900) << QByteArray(relay);
+    QTest::newRow("15 characters count") << 5U << quint16(50902) << relay + QByteArray(":1");
+}
+
+void TestRelayRoute::relayRoute()
+{
+    QFETCH(const unsigned int, appNo);
+    QFETCH(const quint16, relayPort);
+    QFETCH(const QByteArray, address);
+    HandMadeDevice device;
+    device.playRelay(relayPort);
+    library().pairingRecords[serial] = device.record;
+    device.serve(0);
+    QCOMPARE(velnoext_initialize(appNo, serial, address.constData(), 0, brief), 0);
+    device.answerPlain(plain(true));
+    QCOMPARE(velnoext_login(patience), 0);
+}
+
+void TestRelayRoute::relayPairsOnFirstContact()
+{
+    HandMadeDevice device;
+    device.playRelay(50902);
+    device.pairAndServe(0);
+    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
+    QTRY_COMPARE(int(device.contacts), 3);
+    device.answerPlain(plain(true));
+    QCOMPARE(velnoext_login(patience), 0);
+}
+
+void TestRelayRoute::relayThatEchoesWrong_data()
+{
+    QTest::addColumn<QList<QByteArray>>("echo");
+
+    QTest::newRow("another name") << QList{QByteArray(otherSerial)};
+    QTest::newRow("one character off") << QList{QByteArray("UB1234567891")};
+    QTest::newRow("lower case") << QList{QByteArray("ub1234567890")};
+    QTest::newRow("short") << QList{QByteArray("UB123456789")};
+    QTest::newRow("nothing") << QList<QByteArray>();
+    QTest::newRow("wrong in the second piece") << QList{QByteArray("UB1234"), QByteArray("567891")};
+}
+
+void TestRelayRoute::relayThatEchoesWrong()
+{
+    QFETCH(const QList<QByteArray>, echo);
+    HandMadeDevice device;
+    device.echo = [echo](const QByteArray &) { return echo; };
+    device.playRelay(50902);
+    device.serve(0);
+    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QCOMPARE(velnoext_error_detail(), 0);
+    QVERIFY(library().activeDevice.isEmpty());
+    QVERIFY(library().connections.isEmpty());
+}
+
+void TestRelayRoute::echoMayComeInPieces()
+{
+    HandMadeDevice device;
+    device.echo = [](const QByteArray &name) {
+        QList<QByteArray> bytes;
+        for (const char byte : name)
+            bytes << QByteArray(1, byte);
+        return bytes;
+    };
+    device.playRelay(50902);
+    library().pairingRecords[serial] = device.record;
+    device.serve(0);
+    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
+    device.answerPlain(plain(true));
+    QCOMPARE(velnoext_login(patience), 0);
+}
+
+void TestRelayRoute::relayThatIsDown()
+{
+    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QCOMPARE(velnoext_error_detail(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestRelayRoute)
+#include "tst_relay_route.moc"
