@@ -1,0 +1,9 @@
+#include <velnoext.h>
+
+#include <stdio.h>
+
+int main(void)
+{
+    printf("interface %s, without a register: %d\n", velnoext_version(), velnoext_login(1));
+    return 0;
+}

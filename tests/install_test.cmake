@@ -1,0 +1,123 @@
+# Stages an install inside the build folder and builds a stranger's programs on it, with find_package and with
+# pkg-config. Run with -DSOURCE=, -DBUILD=, -DWORK= (inside BUILD), -DGENERATOR=, -DC_COMPILER=, -DCXX_COMPILER=,
+# -DPREFIX= and -DLIBDIR= (as the build is configured), -DPKG_CONFIG=, -DREADELF=, -DLINK_FLAGS= (a sanitizer).
+cmake_minimum_required(VERSION 3.25)
+
+set(failures 0)
+set(checks 0)
+
+# expect(WHAT CONDITION...), the condition as if() takes it.
+macro(expect what)
+    math(EXPR checks "${checks} + 1")
+    if(NOT (${ARGN}))
+        math(EXPR failures "${failures} + 1")
+        message("FAIL: ${what}\n${output}")
+    endif()
+endmacro()
+
+# Sets `result` and `output`.
+macro(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output
+                    OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_STRIP_TRAILING_WHITESPACE)
+endmacro()
+
+macro(expect_refused what)
+    string(FIND "${output}" "trusts a development authority" found)
+    expect("${what} is refused" NOT result EQUAL 0 AND found GREATER_EQUAL 0)
+endmacro()
+
+file(REMOVE_RECURSE ${WORK})
+file(MAKE_DIRECTORY ${WORK})
+set(stage ${WORK}/stage)
+
+# A build that trusts a development authority never leaves the build folder.
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/refused)
+expect_refused("an install")
+run(${CMAKE_COMMAND} -E env DESTDIR=${WORK}/refused ${CMAKE_COMMAND} -P ${BUILD}/cmake_install.cmake)
+expect_refused("staging without saying that it is for tests")
+run(${CMAKE_COMMAND} -E env --unset=DESTDIR ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
+    -DCMAKE_INSTALL_PREFIX=${WORK}/refused -P ${BUILD}/cmake_install.cmake)
+expect_refused("installing in place of staging")
+set(outside ${BUILD}/../velno-stage-outside)
+run(${CMAKE_COMMAND} -E env DESTDIR=${outside} ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
+    -P ${BUILD}/cmake_install.cmake)
+expect_refused("a stage outside the build folder")
+expect("nothing was written by what was refused" NOT EXISTS ${WORK}/refused AND NOT EXISTS ${outside})
+
+run(${CMAKE_COMMAND} -E env DESTDIR=${stage} ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
+    -P ${BUILD}/cmake_install.cmake)
+expect("a stage inside the build folder is made" result EQUAL 0)
+set(root ${stage}${PREFIX})
+set(lib ${root}/${LIBDIR})
+
+# What a stranger gets.
+set(output "")
+file(GLOB_RECURSE headers RELATIVE ${root}/include ${root}/include/*)
+expect("the one header is installed: ${headers}" headers STREQUAL "velnoext.h")
+file(GLOB_RECURSE archives ${root}/*.a)
+expect("no static library is installed: ${archives}" NOT archives)
+foreach(file libvelnoext.so libvelnoext.so.0 cmake/Velno/VelnoConfig.cmake cmake/Velno/VelnoConfigVersion.cmake
+             pkgconfig/velnoext.pc)
+    expect("${file} is installed" EXISTS ${lib}/${file})
+endforeach()
+
+file(GLOB programs ${root}/bin/*)
+foreach(file ${lib}/libvelnoext.so ${programs})
+    run(${READELF} -d ${file})
+    expect("${file} names no folder to load from" result EQUAL 0 AND NOT output MATCHES "R(UN)?PATH")
+endforeach()
+run(${READELF} -d ${lib}/libvelnoext.so)
+expect("the library's SONAME has its major version" output MATCHES "SONAME[^\n]*\\[libvelnoext\\.so\\.0\\]")
+file(GLOB_RECURSE texts ${lib}/cmake/*.cmake ${lib}/pkgconfig/*.pc)
+foreach(file ${texts})
+    file(READ ${file} output)
+    string(FIND "${output}" "${SOURCE}" found)
+    expect("${file} names no folder of the build" found LESS 0 AND NOT output MATCHES "extdevice")
+endforeach()
+
+# The header alone, as C99 and as C++.
+file(WRITE ${WORK}/header.c "#include <velnoext.h>\n")
+set(strict -Wall -Wextra -Wpedantic -pedantic-errors -Werror -fsyntax-only -I${root}/include)
+run(${C_COMPILER} -std=c99 ${strict} ${WORK}/header.c)
+expect("the header is C99" result EQUAL 0)
+run(${CXX_COMPILER} -std=c++11 ${strict} -x c++ ${WORK}/header.c)
+expect("the header is C++" result EQUAL 0)
+file(STRINGS ${root}/include/velnoext.h includes REGEX "# *include")
+list(FILTER includes EXCLUDE REGEX "<(stddef|stdint|stdbool)\\.h>")
+expect("the header includes the C standard's alone: ${includes}" NOT includes)
+
+# find_package, with a C compiler alone.
+macro(configure folder)
+    run(${CMAKE_COMMAND} -G "${GENERATOR}" -S ${SOURCE}/tests/consumer -B ${WORK}/${folder}
+        -DCMAKE_PREFIX_PATH=${root} -DCMAKE_C_COMPILER=${C_COMPILER}
+        -DCMAKE_EXE_LINKER_FLAGS=${LINK_FLAGS} ${ARGN})
+endmacro()
+set(said "interface 0, without a register: 1")
+configure(consumer)
+expect("find_package(Velno) finds it" result EQUAL 0)
+run(${CMAKE_COMMAND} --build ${WORK}/consumer)
+expect("a consumer builds with Velno::velnoext" result EQUAL 0)
+run(${WORK}/consumer/consumer)
+expect("a consumer built with find_package runs" output STREQUAL said)
+configure(later -DCONSUMER_VELNO_VERSION=1.0)
+expect("another major version is not accepted" NOT result EQUAL 0)
+
+# pkg-config, likewise.
+set(ENV{PKG_CONFIG_PATH} ${lib}/pkgconfig)
+set(ENV{PKG_CONFIG_SYSROOT_DIR} ${stage})
+run(${PKG_CONFIG} --cflags --libs velnoext)
+expect("pkg-config finds it" result EQUAL 0)
+separate_arguments(flags UNIX_COMMAND "${output} ${LINK_FLAGS}")
+foreach(program tests/consumer/main.c examples/c/register_state.c)
+    get_filename_component(name ${program} NAME_WE)
+    run(${C_COMPILER} -std=c99 -Wall -Wextra -Wpedantic -Werror ${SOURCE}/${program} -o ${WORK}/${name} ${flags})
+    expect("${program} builds with pkg-config" result EQUAL 0)
+endforeach()
+set(ENV{LD_LIBRARY_PATH} ${lib})
+run(${WORK}/main)
+expect("a consumer built with pkg-config runs" output STREQUAL said)
+
+if(failures GREATER 0)
+    message(FATAL_ERROR "${failures} of ${checks} checks failed")
+endif()
+message("${checks} checks passed")
