@@ -1,14 +1,17 @@
 #include "simulator/cash_register.h"
 
+#include "simulator/model_settings.h"
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using namespace Velno::GMP;
 
 namespace Simulator {
 
 namespace {
 
-// The tool asks at once, so silence means that it has given up. A mute register outlasts every reader's
-// patience.
+// In a key exchange the tool asks at once, so silence means that it has given up. A mute register outlasts
+// every reader's patience.
 constexpr auto patience = 10s;
 constexpr auto mutePatience = 40s;
 
@@ -18,12 +21,13 @@ CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
     : QObject(parent)
     , m_options(options)
     , m_events(options.json)
-    , m_responder(m_options.serial, m_options.credentials, m_options.appHash, m_options.faults)
+    , m_pairing(m_options.serial, m_options.credentials, m_options.appHash, m_options.faults)
+    , m_commands(m_options.serial, m_options.model, m_options.faults)
 {
     m_silence.setSingleShot(true);
     m_delay.setSingleShot(true);
     connect(&m_silence, &QTimer::timeout, this, [this] { m_wire.drop(u"the other side is silent"_s); });
-    connect(&m_delay, &QTimer::timeout, this, &CashRegister::send);
+    connect(&m_delay, &QTimer::timeout, this, [this] { m_send(); });
     connect(&m_wire, &Wire::connected, this, &CashRegister::takeConnection);
     connect(&m_wire, &Wire::frameReceived, this, &CashRegister::takeFrame);
     connect(&m_wire, &Wire::unreadable, this, &CashRegister::refuse);
@@ -36,14 +40,17 @@ void CashRegister::start()
     m_events.write("ready", {{"serial", QString::fromLatin1(m_options.serial)},
                              {"target", u"%1:%2"_s.arg(host).arg(m_options.port)},
                              {"faults", m_options.faults.names()}});
-    m_wire.start(m_options.host, m_options.port);
+    m_wire.start(m_options.host, m_options.port, m_options.throughRelay ? m_options.serial : QByteArray());
 }
 
 void CashRegister::takeConnection()
 {
     m_conversed = m_mute = m_paired = false;
-    m_responder.begin();
-    m_silence.start(patience);
+    m_pairing.begin();
+    // Whoever has nothing to say to a register without keys wants nothing; with keys, or at a relay, it may
+    // be long before an application has a command.
+    if (!m_commands.holdsKeys() && !m_options.throughRelay)
+        m_silence.start(patience);
     m_events.write("connected");
 }
 
@@ -51,10 +58,18 @@ void CashRegister::takeFrame(const QByteArray &frame)
 {
     if (m_mute)
         return;
+    if (m_wire.purpose() == Purpose::Commands)
+        takeCommand(frame);
+    else
+        takePairingRequest(frame);
+}
+
+void CashRegister::takePairingRequest(const QByteArray &frame)
+{
     m_conversed = true;
     if (m_delay.isActive())
         return refuse(u"a frame came before the last was answered"_s);
-    const auto [kind, refusal] = m_responder.read(frame);
+    const auto [kind, refusal] = m_pairing.read(frame);
     if (!refusal.isEmpty())
         return refuse(refusal);
     m_events.write("request", {{"kind", kindName(kind)}});
@@ -64,40 +79,65 @@ void CashRegister::takeFrame(const QByteArray &frame)
     if (m_options.faults.hitsStep(Fault::Close, step))
         m_wire.close(u"closed instead of answering"_s);
     else if (!m_mute)
-        respond(kind);
+        sendLater([this, kind, answer = m_pairing.answer(kind)] { sendPairingAnswer(kind, answer); });
 }
 
-void CashRegister::respond(Velno::GMP::MessageTag kind)
+void CashRegister::takeCommand(const QByteArray &frame)
 {
-    m_asked = kind;
-    m_answer = m_responder.answer(kind);
+    m_silence.stop();
+    const auto [command, refusal] = m_commands.read(frame);
+    if (!refusal.isEmpty())
+        return refuse(refusal);
+    if (!command) {
+        m_events.write("unpaired");
+        m_silence.start(patience);
+        return;
+    }
+    m_events.write("command", {{"command", QLatin1StringView(command->name)}});
+    sendLater([this, command, answer = m_commands.answer(*command)] { sendCommandAnswer(*command, answer); });
+}
+
+void CashRegister::sendLater(std::function<void()> send)
+{
+    m_send = std::move(send);
     const int delay = m_options.faults.number(Fault::Delay);
     if (delay == 0)
-        return send();
+        return m_send();
     m_silence.stop();
+    if (m_wire.purpose() == Purpose::Commands)
+        m_wire.pause(); // the next command waits for its turn
     m_delay.start(delay);
 }
 
-void CashRegister::send()
+void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::Answer &answer)
 {
     const Faults &faults = m_options.faults;
     const bool garbage = faults.has(Fault::Garbage);
-    m_wire.send(underWireFaults(m_answer.frame, faults), faults.number(Fault::Segments));
+    m_wire.send(underWireFaults(answer.frame, faults), faults.number(Fault::Segments));
     m_silence.start(patience);
-    m_events.write("result", {{"kind", kindName(m_asked)},
-                              {"code", QString::fromLatin1(garbage ? QByteArray() : m_answer.resultCode)}});
-    m_paired = m_answer.paired && !garbage;
-    if (!m_answer.refusal.isEmpty())
-        return refuse(m_answer.refusal);
-    if (m_paired)
+    m_events.write("result", {{"kind", kindName(kind)},
+                              {"code", QString::fromLatin1(garbage ? QByteArray() : answer.resultCode)}});
+    m_paired = answer.paired && !garbage;
+    if (!answer.refusal.isEmpty())
+        return refuse(answer.refusal);
+    if (m_paired) {
+        m_commands.setKeys(m_pairing.keys());
         m_events.write("paired", {{"serial", QString::fromLatin1(m_options.serial)}});
+    }
     if (m_paired || faults.has(Fault::BadLength))
         m_wire.close(u"said everything"_s);
 }
 
+void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer)
+{
+    m_wire.send(withLength(answer.frame), 0);
+    m_wire.resume();
+    m_events.write("answered", {{"command", QLatin1StringView(command.name)}, {"accepted", answer.accepted}});
+}
+
 void CashRegister::refuse(const QString &reason)
 {
-    m_conversed = true;
+    m_conversed = m_conversed || m_wire.purpose() == Purpose::KeyExchange;
     m_delay.stop();
     m_events.write("refused", {{"reason", reason}});
     m_wire.close(u"refused"_s);
@@ -116,11 +156,27 @@ void CashRegister::takeLine(const QString &line)
 {
     if (line == u"quit")
         stop();
-    else
+    else if (line.startsWith(u"fault "))
         changeFaults(line);
+    else
+        changeModel(line);
 }
 
-/** A conversation in progress ends, so that the next one is under the new faults from its first message. */
+void CashRegister::changeModel(const QString &line)
+{
+    auto [known, error] = obeySettingLine(line, m_options.model);
+    if (!known)
+        error = m_options.faults.obey(line) + u", "_s + settingLines().join(", "_L1);
+    if (!error.isEmpty())
+        m_events.write("error", {{"message", error}});
+    else
+        m_events.write("set", {{"name", line.section(u' ', 0, 0)}, {"value", line.section(u' ', -1)}});
+}
+
+/**
+ * A key exchange in progress ends, so that the next one is under the new faults from its first message. A
+ * connection for commands stays, unless an answer is due on it.
+ */
 void CashRegister::changeFaults(const QString &line)
 {
     Faults faults = m_options.faults;
@@ -133,7 +189,7 @@ void CashRegister::changeFaults(const QString &line)
     }
     m_options.faults = faults;
     m_events.write("fault", {{"active", faults.names()}});
-    if (m_wire.isConnected() && m_conversed)
+    if (m_wire.isConnected() && (m_conversed || m_delay.isActive()))
         m_wire.drop(u"the faults have changed"_s);
 }
 

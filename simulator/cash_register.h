@@ -1,9 +1,12 @@
 #pragma once
 
+#include "simulator/command_responder.h"
 #include "simulator/event_writer.h"
 #include "simulator/pairing_responder.h"
 #include "simulator/register_options.h"
 #include "simulator/wire.h"
+
+#include <functional>
 
 namespace Simulator {
 
@@ -17,7 +20,7 @@ public:
 
     void start();
 
-    /** A line of the operator: fault NAME[=VALUE], fault none, quit. */
+    /** A line of the operator: fault NAME[=VALUE], fault none, quit, or a setting of the model. */
     void takeLine(const QString &line);
     void stop();
 
@@ -27,23 +30,27 @@ signals:
 private:
     void takeConnection();
     void takeFrame(const QByteArray &frame);
+    void takePairingRequest(const QByteArray &frame);
+    void takeCommand(const QByteArray &frame);
     void takeEnd(const QString &reason);
     void refuse(const QString &reason);
-    void respond(Velno::GMP::MessageTag kind);
-    void send();
+    void sendLater(std::function<void()> send);
+    void sendPairingAnswer(Velno::GMP::MessageTag kind, const PairingResponder::Answer &answer);
+    void sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer);
     void changeFaults(const QString &line);
+    void changeModel(const QString &line);
     void finish(int exitCode);
 
     RegisterOptions m_options;
     EventWriter m_events;
-    PairingResponder m_responder;
+    PairingResponder m_pairing;
+    CommandResponder m_commands;
     Wire m_wire;
-    QTimer m_silence; ///< gives up on a peer that says nothing
-    QTimer m_delay;   ///< runs until the answer leaves
-    Velno::GMP::MessageTag m_asked = Velno::GMP::None;
-    PairingResponder::Answer m_answer;
-    bool m_conversed = false; ///< a request has come on this connection
+    QTimer m_silence;             ///< gives up on a peer that says nothing
+    QTimer m_delay;               ///< runs until the answer leaves
+    std::function<void()> m_send; ///< what is done then
     bool m_mute = false;
+    bool m_conversed = false; ///< a key exchange has begun on this connection
     bool m_paired = false;
     bool m_finished = false;
 };

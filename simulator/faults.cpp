@@ -1,8 +1,9 @@
 #include "simulator/faults.h"
 
+#include "simulator/numbers.h"
+
 #include <algorithm>
 #include <array>
-#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -57,15 +58,6 @@ QString valueRule(const FaultRow &row)
     if (row.fault == Fault::ResultCode)
         return u"NN[@STEP]: two digits, STEP 1 to 3"_s;
     return u"%1: %2 to %3"_s.arg(QLatin1StringView(row.value)).arg(row.least).arg(row.most);
-}
-
-// Digits and nothing else: no sign, no spaces, no "0x".
-std::optional<int> numberBetween(QStringView text, int least, int most)
-{
-    const bool digits = !text.isEmpty() && text.size() <= 9 &&
-                        std::ranges::all_of(text, [](QChar c) { return c >= u'0' && c <= u'9'; });
-    const int number = digits ? text.toInt() : -1;
-    return digits && number >= least && number <= most ? std::optional(number) : std::nullopt;
 }
 
 QString listOfFaults(FaultTable table)
@@ -131,11 +123,12 @@ QString Faults::switchOn(const QString &text)
         const qsizetype at = coded ? written.indexOf(u'@') : -1;
         const QString digits = written.left(at);
         const auto number = numberBetween(digits, row->least, row->most);
-        const auto step = at < 0 ? std::optional(0) : numberBetween(written.mid(at + 1), firstStep, lastStep);
+        const auto step =
+            at < 0 ? std::optional(0LL) : numberBetween(written.mid(at + 1), firstStep, lastStep);
         if (!number || !step || (coded && digits.size() != 2))
             return u"\"%1\" is no value of %2; accepted is %3"_s.arg(written, name, valueRule(*row));
-        value.number = *number;
-        value.step = *step;
+        value.number = int(*number);
+        value.step = int(*step);
     }
     m_active.insert(row->fault, value);
     return {};

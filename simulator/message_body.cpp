@@ -2,7 +2,25 @@
 
 #include "ExtDevice/encoding/tlv.h"
 
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
 namespace Simulator {
+
+QString frameProblem(int status)
+{
+    switch (status) {
+    case 4000:
+        return u"the frame's length is wrong"_s;
+    case 4001:
+        return u"the frame's CRC is wrong"_s;
+    case 4002:
+        return u"the frame carries another serial number"_s;
+    default:
+        return u"the frame holds no message"_s;
+    }
+}
 
 MessageBody::MessageBody(const QByteArray &body)
 {
@@ -29,6 +47,11 @@ bool MessageBody::contains(const QByteArray &tag) const
         if (field.tag == tag)
             return true;
     return false;
+}
+
+bool MessageBody::isRunOf(const QVector<QByteArray> &tags) const
+{
+    return std::ranges::equal(m_fields, tags, {}, &Field::tag);
 }
 
 void MessageBody::replace(const QByteArray &tag, const QByteArray &value)

@@ -1,9 +1,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 #include <QVector>
 
 namespace Simulator {
+
+/** What GMP3::check() did not like about a frame that came, for people. */
+QString frameProblem(int status);
 
 /** The fields of a message body, to be changed before it is sent. */
 class MessageBody
@@ -13,6 +17,7 @@ public:
 
     QByteArray value(const QByteArray &tag) const; ///< empty when absent
     bool contains(const QByteArray &tag) const;
+    bool isRunOf(const QVector<QByteArray> &tags) const; ///< these fields, in this order, and no others
     void replace(const QByteArray &tag, const QByteArray &value); ///< does nothing when absent
     QByteArray toBytes() const;
 

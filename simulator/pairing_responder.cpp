@@ -13,20 +13,6 @@ namespace Simulator {
 
 namespace {
 
-QString whyUnreadable(int status)
-{
-    switch (status) {
-    case 4000:
-        return u"the frame's length is wrong"_s;
-    case 4001:
-        return u"the frame's CRC is wrong"_s;
-    case 4002:
-        return u"the frame carries another serial number"_s;
-    default:
-        return u"the frame holds no message"_s;
-    }
-}
-
 QByteArray withOneBitWrong(QByteArray bytes)
 {
     if (!bytes.isEmpty())
@@ -98,7 +84,7 @@ PairingResponder::Request PairingResponder::read(const QByteArray &frame)
 {
     const int status = GMP3::check(frame.constData(), int(frame.size()), m_serial.constData(), true);
     if (status != 0)
-        return {None, whyUnreadable(status)};
+        return {None, frameProblem(status)};
     const MessageTag kind = gmp3_message.message;
     const int step = stepOf(kind);
     if (gmp3_message.isResponse || step < 1 || step > 3)
@@ -123,6 +109,17 @@ PairingResponder::Answer PairingResponder::answer(MessageTag kind)
         answer.paired = kind == PairingConfirm;
     m_answeredStep = stepOf(kind);
     return answer;
+}
+
+MatchExt PairingResponder::keys() const
+{
+    MatchExt keys;
+    keys.registerData = m_serial;
+    keys.randomDFC10D = gmp3_message.requesterRandom;
+    keys.randomDFC10E = gmp3_message.responderRandom;
+    keys.hmacKey = gmp3_message.hmacKey;
+    keys.aesKey = gmp3_message.aesKey;
+    return keys;
 }
 
 std::optional<QByteArray> PairingResponder::misleadingFrame(MessageTag kind)

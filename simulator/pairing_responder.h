@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExtDevice/gmp3/match_ext.h"
 #include "ExtDevice/gmp3/tags.h"
 #include "simulator/faults.h"
 #include "simulator/foreign_credentials.h"
@@ -50,6 +51,9 @@ public:
 
     Request read(const QByteArray &frame);
     Answer answer(Velno::GMP::MessageTag kind);
+
+    /** The keys of a pairing that is done, with what else its commands are encrypted with. */
+    Velno::GMP::MatchExt keys() const;
 
 private:
     std::optional<QByteArray> misleadingFrame(Velno::GMP::MessageTag kind);

@@ -1,5 +1,6 @@
 #include "simulator/register_options.h"
 
+#include "simulator/model_settings.h"
 #include "simulator/pairing_responder.h"
 
 #include <QCommandLineParser>
@@ -16,14 +17,25 @@ namespace Simulator {
 
 namespace {
 
+QList<QCommandLineOption> settingOptions()
+{
+    QList<QCommandLineOption> options;
+    for (const SettingRow &row : settingTable())
+        options.emplaceBack(QString::fromLatin1(row.name), QString::fromLatin1(row.help),
+                            QString::fromLatin1(row.value));
+    return options;
+}
+
 struct Names
 {
     QCommandLineOption help{{u"h"_s, u"help"_s}, u"This text."_s};
     QCommandLineOption serial{
         u"serial"_s, u"Serial number: 12 characters, beginning with UB or VELNO. Required."_s, u"NO"_s};
     QCommandLineOption connect{u"connect"_s,
-                               u"Where the tool listens: 127.0.0.1:4100, [::1]:4100, till:4100. Required."_s,
+                               u"Where the other side listens: 127.0.0.1:4100, [::1]:4100, till:4100."_s,
                                u"ADDR:PORT"_s};
+    QCommandLineOption relay{u"relay"_s, u"Where a relay keeps waiting registers; instead of --connect."_s,
+                             u"ADDR:PORT"_s};
     QCommandLineOption credentials{
         u"credentials"_s,
         QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS).isEmpty()
@@ -32,6 +44,8 @@ struct Names
         u"DIR"_s, QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS)};
     QCommandLineOption appHash{
         u"app-hash"_s, u"SHA-256 of the one application to accept, 64 hexadecimal digits."_s, u"HEX"_s};
+    QCommandLineOption noPaper{u"no-paper"_s, u"The printer has no paper."_s};
+    QList<QCommandLineOption> settings = settingOptions();
     QCommandLineOption json{u"json"_s, u"Events as JSON, one object a line."_s};
     QCommandLineOption once{u"once"_s, u"End after one pairing: 0 paired, 1 not."_s};
     QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
@@ -66,6 +80,33 @@ bool isHash(const QString &text)
     return rule.match(text).hasMatch();
 }
 
+/** Fills in where to go; returns what was wrong and what is accepted, or nothing. */
+QString fillTarget(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    const QString accepted = u"ADDR:PORT with a port of 1 to 65535, an IPv6 address as [::1]:4100"_s;
+    options.throughRelay = parser.isSet(names.relay);
+    if (options.throughRelay && parser.isSet(names.connect))
+        return u"--connect and --relay exclude each other; accepted is one of them"_s;
+    if (!options.throughRelay && !parser.isSet(names.connect))
+        return u"--connect is missing; accepted is %1, or --relay"_s.arg(accepted);
+    const QCommandLineOption &given = options.throughRelay ? names.relay : names.connect;
+    if (parseTarget(parser.value(given), options))
+        return {};
+    return u"--%1 \"%2\": accepted is %3"_s.arg(given.names().first(), parser.value(given), accepted);
+}
+
+/** Fills the model; returns what was wrong and what is accepted, or nothing. */
+QString fillModel(const QCommandLineParser &parser, const Names &names, FiscalModel &model)
+{
+    model.setPaper(!parser.isSet(names.noPaper));
+    for (const SettingRow &row : settingTable()) {
+        const QString name = QString::fromLatin1(row.name);
+        if (parser.isSet(name) && !changeSetting(row, parser.value(name), model))
+            return u"--%1 \"%2\": accepted is %3"_s.arg(name, parser.value(name), settingRule(row));
+    }
+    return {};
+}
+
 /** Fills the options; returns what was wrong and what is accepted, or nothing. */
 QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
 {
@@ -79,8 +120,10 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
         return u"\"%1\" is no option"_s.arg(parser.positionalArguments().first());
     if (!isSerial(parser.value(names.serial)))
         return wrong(names.serial, u"exactly 12 characters, beginning with UB or VELNO"_s);
-    if (!parseTarget(parser.value(names.connect), options))
-        return wrong(names.connect, u"ADDR:PORT with a port of 1 to 65535, an IPv6 address as [::1]:4100"_s);
+    if (const QString problem = fillTarget(parser, names, options); !problem.isEmpty())
+        return problem;
+    if (const QString problem = fillModel(parser, names, options.model); !problem.isEmpty())
+        return problem;
     if (parser.isSet(names.appHash) && !isHash(parser.value(names.appHash)))
         return wrong(names.appHash, u"64 hexadecimal digits"_s);
     for (const QString &fault : parser.values(names.fault))
@@ -102,8 +145,11 @@ QString helpText(const QCommandLineParser &parser, const QString &program)
 {
     QString text = parser.helpText();
     text.replace(program, u"velno-register"_s);
+    text.replace(u"  -z <N> "_s, u"  --z <N>"_s); // Qt writes a name of one letter with one dash
     return text + u"\nFaults; STEP is 1 (start), 2 (key exchange) or 3 (confirmation):\n"_s + faultHelp() +
-           u"\nOn standard input: fault NAME[=VALUE], fault none, quit.\n"
+           u"\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
+           settingLines().join(", "_L1) +
+           u".\n"
            "Exit status: 0 told to stop, 64 wrong usage; with --once 0 paired, 1 not.\n"
            "Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
 }
@@ -115,9 +161,11 @@ CommandLine parseCommandLine(const QStringList &arguments)
     const Names names;
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        u"A simulated cash register: connects to the tool, again and again, and pairs with it."_s);
-    parser.addOptions({names.help, names.serial, names.connect, names.credentials, names.appHash, names.json,
-                       names.once, names.fault});
+        u"A simulated cash register: connects again and again, pairs, and obeys the application."_s);
+    parser.addOptions({names.help, names.serial, names.connect, names.relay, names.credentials, names.appHash,
+                       names.noPaper});
+    parser.addOptions(names.settings);
+    parser.addOptions({names.json, names.once, names.fault});
     CommandLine line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {

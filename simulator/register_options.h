@@ -2,6 +2,7 @@
 
 #include "simulator/command_line.h"
 #include "simulator/faults.h"
+#include "simulator/fiscal_model.h"
 
 #include <QByteArray>
 #include <QString>
@@ -13,10 +14,12 @@ namespace Simulator {
 struct RegisterOptions
 {
     QByteArray serial; ///< 12 characters
-    QString host;
+    QString host;      ///< of the other side, or of the relay
     quint16 port = 0;
     QString credentials;
     QByteArray appHash; ///< 32 bytes, or empty: any application
+    bool throughRelay = false;
+    FiscalModel model; ///< as the register starts
     bool json = false;
     bool once = false;
     Faults faults;

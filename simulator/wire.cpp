@@ -2,8 +2,13 @@
 
 #include <QNetworkProxy>
 #include <QRandomGenerator>
+#include <QtEndian>
 
 #include <algorithm>
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
 
 using namespace Qt::StringLiterals;
 
@@ -15,11 +20,39 @@ constexpr int shortestWait = 1;  // ms between two attempts to connect
 constexpr int longestWait = 100; // ms
 constexpr int lengthSize = 2;    // a frame begins with the number of bytes that follow
 constexpr int longestFrame = 4096;
+constexpr int commandLengthSize = 4;
+constexpr int longestCommandFrame = lengthSize + 65535;
 constexpr int garbageSize = 64;
+constexpr qint64 mostUnread = 128 * 1024; // bytes of the other side that are kept for later
+constexpr qint64 mostUnsent = 1024 * 1024;
 
 int announcedLength(const QByteArray &frame)
 {
     return uchar(frame[0]) * 256 + uchar(frame[1]);
+}
+
+Purpose purposeOf(const QByteArray &received)
+{
+    if (received.size() < lengthSize)
+        return Purpose::Unknown;
+    return announcedLength(received) <= 1 ? Purpose::Commands : Purpose::KeyExchange;
+}
+
+// The numbers that applications use on their side too.
+void watchForVanishing(qintptr descriptor)
+{
+    constexpr int idle = 30;     // s
+    constexpr int interval = 10; // s
+    constexpr int probes = 3;
+    constexpr int unacknowledged = 60'000; // ms
+    const auto set = [descriptor](int level, int name, int value) {
+        ::setsockopt(int(descriptor), level, name, &value, sizeof value);
+    };
+    set(SOL_SOCKET, SO_KEEPALIVE, 1);
+    set(IPPROTO_TCP, TCP_KEEPIDLE, idle);
+    set(IPPROTO_TCP, TCP_KEEPINTVL, interval);
+    set(IPPROTO_TCP, TCP_KEEPCNT, probes);
+    set(IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledged);
 }
 
 void announce(QByteArray &frame, int length)
@@ -52,10 +85,18 @@ QByteArray underWireFaults(QByteArray frame, const Faults &faults)
     return frame;
 }
 
+QByteArray withLength(const QByteArray &frame)
+{
+    QByteArray prefix(commandLengthSize, Qt::Uninitialized);
+    qToBigEndian(quint32(frame.size()), prefix.data());
+    return prefix + frame;
+}
+
 Wire::Wire(QObject *parent)
     : QObject(parent)
 {
     m_socket.setProxy(QNetworkProxy::NoProxy);
+    m_socket.setReadBufferSize(mostUnread);
     m_retry.setSingleShot(true);
     connect(&m_retry, &QTimer::timeout, this, &Wire::connectNow);
     connect(&m_socket, &QTcpSocket::connected, this, &Wire::takeConnection);
@@ -63,8 +104,9 @@ Wire::Wire(QObject *parent)
     connect(&m_socket, &QTcpSocket::stateChanged, this, &Wire::takeState);
 }
 
-void Wire::start(const QString &host, quint16 port)
+void Wire::start(const QString &host, quint16 port, const QByteArray &greeting)
 {
+    m_greeting = greeting;
     m_host = host;
     m_port = port;
     m_wait = shortestWait;
@@ -92,29 +134,61 @@ void Wire::takeConnection()
         return;
     }
     m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    watchForVanishing(m_socket.socketDescriptor());
     m_connected = true;
+    m_paused = false;
+    m_purpose = Purpose::Unknown;
     m_received.clear();
     m_reason = u"closed by the other side"_s;
+    send(m_greeting, 0);
     emit connected();
 }
 
 void Wire::takeBytes()
 {
-    m_received += m_socket.readAll();
     // Once this side is closing, what else arrives is not heard.
-    while (m_socket.state() == QAbstractSocket::ConnectedState && m_received.size() >= lengthSize) {
-        const int length = announcedLength(m_received);
-        if (length > longestFrame) {
-            emit unreadable(u"the frame announces more than %1 bytes"_s.arg(longestFrame));
+    while (!m_paused && m_socket.state() == QAbstractSocket::ConnectedState) {
+        m_received += m_socket.readAll();
+        if (m_purpose == Purpose::Unknown)
+            m_purpose = purposeOf(m_received);
+        if (m_purpose == Purpose::Unknown || !takeFrame())
             return;
-        }
-        if (m_received.size() < lengthSize + length)
-            return;
-        const QByteArray frame = m_received.first(lengthSize + length);
-        m_received.remove(0, frame.size());
-        m_wait = shortestWait;
-        emit frameReceived(frame);
     }
+}
+
+/** Cuts one frame off what has come; false when there is none yet, or can be none. */
+bool Wire::takeFrame()
+{
+    const bool command = m_purpose == Purpose::Commands;
+    const qsizetype prefix = command ? commandLengthSize : lengthSize;
+    const qsizetype longest = command ? longestCommandFrame : longestFrame;
+    if (m_received.size() < prefix)
+        return false;
+    const qsizetype length =
+        command ? qsizetype(qFromBigEndian<quint32>(m_received.constData())) : announcedLength(m_received);
+    if (length < 0 || length > longest) {
+        emit unreadable(u"the frame announces more than %1 bytes"_s.arg(longest));
+        return false;
+    }
+    if (m_received.size() - prefix < length)
+        return false;
+    const QByteArray frame = m_received.first(prefix + length);
+    m_received.remove(0, frame.size());
+    m_wait = shortestWait;
+    emit frameReceived(command ? frame.sliced(prefix) : frame);
+    return true;
+}
+
+void Wire::pause()
+{
+    m_paused = true;
+}
+
+void Wire::resume()
+{
+    m_paused = false;
+    // Not from within: whoever resumes is still busy with the frame before.
+    QMetaObject::invokeMethod(this, &Wire::takeBytes, Qt::QueuedConnection);
 }
 
 void Wire::takeState(QAbstractSocket::SocketState state)
@@ -137,6 +211,8 @@ void Wire::send(const QByteArray &bytes, int segment)
         m_socket.write(bytes.mid(offset, step));
         m_socket.flush();
     }
+    if (m_socket.bytesToWrite() > mostUnsent)
+        drop(u"the other side does not read its answers"_s);
 }
 
 void Wire::close(const QString &reason)

@@ -10,9 +10,20 @@ namespace Simulator {
 /** The frame as it leaves under the faults that damage bytes. */
 QByteArray underWireFaults(QByteArray frame, const Faults &faults);
 
+/** A command's frame with the 4-byte length that precedes it on its connection. */
+QByteArray withLength(const QByteArray &frame);
+
 /**
- * One connection at a time to the tool: connects again and again, cuts what arrives into frames, sends bytes.
- * Lives on one thread with an event loop and never blocks.
+ * What a connection is for. Its first two bytes tell: a key exchange begins with the 2-byte length of a
+ * frame, never less than that of an empty one; a connection for commands begins with a 4-byte length, and as
+ * no frame is much longer than 65,535 bytes, with 00 00 or 00 01.
+ */
+enum class Purpose { Unknown, KeyExchange, Commands };
+
+/**
+ * One connection at a time to the other side: connects again and again, cuts what arrives into frames, sends
+ * bytes. A connection for commands may be silent for hours; TCP keep-alive ends it, within about a minute,
+ * when the other side has vanished. Lives on one thread with an event loop and never blocks.
  */
 class Wire : public QObject
 {
@@ -21,13 +32,22 @@ class Wire : public QObject
 public:
     explicit Wire(QObject *parent = nullptr);
 
-    /** Connects, and again after every end of a connection: at once at first, then up to 100 ms later. */
-    void start(const QString &host, quint16 port);
+    /**
+     * Connects, and again after every end of a connection: at once at first, then up to 100 ms later.
+     *
+     * @param greeting  what this side says first on every connection; may be empty
+     */
+    void start(const QString &host, quint16 port, const QByteArray &greeting);
 
     /** Ends the connection and makes no other. */
     void stop();
 
     bool isConnected() const { return m_connected; }
+    Purpose purpose() const { return m_purpose; } ///< of the connection, or of the last one
+
+    /** While paused nothing is read, so that the other side's bytes wait where they take no memory. */
+    void pause();
+    void resume();
 
     /** @param segment  bytes per TCP segment; 0 leaves that to the system */
     void send(const QByteArray &bytes, int segment);
@@ -40,6 +60,7 @@ public:
 
 signals:
     void connected();
+    /** A whole frame; on a connection for commands without the length in front. */
     void frameReceived(const QByteArray &frame);
     void unreadable(const QString &why);
     void disconnected(const QString &reason);
@@ -48,13 +69,17 @@ private:
     void connectNow();
     void takeConnection();
     void takeBytes();
+    bool takeFrame();
     void takeState(QAbstractSocket::SocketState state);
 
     QTcpSocket m_socket;
     QTimer m_retry;
     QString m_host;
     quint16 m_port = 0;
+    QByteArray m_greeting;
     QByteArray m_received;
+    Purpose m_purpose = Purpose::Unknown;
+    bool m_paused = false;
     QString m_reason;
     int m_wait = 0;
     bool m_connected = false;

@@ -19,11 +19,15 @@ QString SimulatedRegister::program()
 }
 
 SimulatedRegister::SimulatedRegister(quint16 port, const QStringList &arguments)
+    : SimulatedRegister(QStringList{u"--connect"_s, u"127.0.0.1:%1"_s.arg(port)} + arguments)
+{
+}
+
+SimulatedRegister::SimulatedRegister(const QStringList &arguments)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(program(), QStringList{u"--serial"_s, QLatin1StringView(serial), u"--connect"_s,
-                                           u"127.0.0.1:%1"_s.arg(port), u"--json"_s} +
-                                   arguments);
+    m_process.start(program(),
+                    QStringList{u"--serial"_s, QLatin1StringView(serial), u"--json"_s} + arguments);
     m_ready = !waitFor(u"ready"_s).isEmpty();
 }
 

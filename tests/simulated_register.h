@@ -16,6 +16,8 @@ public:
 
     /** Starts it towards this port of the loopback address and returns at its `ready` line. */
     explicit SimulatedRegister(quint16 port, const QStringList &arguments = {});
+    /** The same, where `arguments` say where it goes: with --relay. */
+    explicit SimulatedRegister(const QStringList &arguments);
     ~SimulatedRegister();
     Q_DISABLE_COPY_MOVE(SimulatedRegister)
 

@@ -2,21 +2,21 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "simulator/faults.h"
+#include "tests/peer.h"
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
 
 #include <QFile>
 #include <QRegularExpression>
 #include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
+using TestSupport::Peer;
 
 /** velno-register as a program: its options, help, exit codes, events, standard input and hostile peers. */
 class TestRegister : public QObject
@@ -74,36 +74,6 @@ int pairOnce(quint16 port)
     GMP3::disconnect();
     return code;
 }
-
-/** The other end, in the hand of the test. */
-class Peer
-{
-public:
-    Peer() { m_server.listen(QHostAddress::LocalHost); }
-    quint16 port() const { return m_server.serverPort(); }
-
-    bool accept()
-    {
-        if (!m_server.hasPendingConnections() && !m_server.waitForNewConnection(30'000))
-            return false;
-        m_socket.reset(m_server.nextPendingConnection());
-        return true;
-    }
-    bool send(const QByteArray &bytes)
-    {
-        return m_socket->write(bytes) == bytes.size() &&
-               (bytes.isEmpty() || m_socket->waitForBytesWritten(30'000));
-    }
-    bool waitForClose()
-    {
-        return m_socket->state() == QAbstractSocket::UnconnectedState ||
-               m_socket->waitForDisconnected(30'000);
-    }
-
-private:
-    QTcpServer m_server;
-    std::unique_ptr<QTcpSocket> m_socket;
-};
 
 QByteArray request(MessageTag kind, const char *serial = SimulatedRegister::serial)
 {
@@ -215,6 +185,12 @@ void TestRegister::wrongUsageIsRefused_data()
     row("IPv6 without brackets", withTarget(u"::1:4100"_s), target);
     row("IPv4 in brackets", withTarget(u"[127.0.0.1]:4100"_s), target);
     row("no host", withTarget(u":4100"_s), target);
+    row("relay without a port", {u"--serial"_s, u"UB1234567890"_s, u"--relay"_s, u"127.0.0.1"_s}, target);
+    row("relay and target", good + QStringList{u"--relay"_s, u"127.0.0.1:50910"_s}, "exclude each other");
+    row("state of no register", good + QStringList{u"--state"_s, u"9"_s}, "accepted is N: 0 to 8");
+    row("negative Z", good + QStringList{u"--z"_s, u"-1"_s}, "accepted is N: 0 to 2147483647");
+    row("clock of words", good + QStringList{u"--clock"_s, u"now"_s}, "accepted is SECONDS: 0 to");
+    row("limit with a comma", good + QStringList{u"--sale-limit"_s, u"12,50"_s}, "accepted is KURUS: 0 to");
     row("short hash", good + QStringList{u"--app-hash"_s, u"00"_s}, "64 hexadecimal digits");
     row("hash of other letters", good + QStringList{u"--app-hash"_s, QString(64, u'g')},
         "64 hexadecimal digits");
@@ -340,6 +316,8 @@ void TestRegister::standardInputRefusesNonsense_data()
     QTest::newRow("unknown fault") << QByteArray("fault nonsense") << u"accepted are wrong-authority, "_s;
     QTest::newRow("bad value") << QByteArray("fault segments=0") << u"N: 1 to 4096"_s;
     QTest::newRow("unknown command") << QByteArray("nonsense") << u"accepted are fault NAME"_s;
+    QTest::newRow("settings are named too") << QByteArray("nonsense") << u"paper off, state N, "_s;
+    QTest::newRow("bad setting") << QByteArray("z -1") << u"accepted is N: 0 to 2147483647"_s;
     QTest::newRow("no UTF-8") << QByteArray("\xFF\xFE\x01") << u"accepted are fault NAME"_s;
 }
 
@@ -397,8 +375,7 @@ void TestRegister::hostilePeersAreRefused_data()
     const QByteArray start = request(PairingStart);
     QTest::newRow("announces 65535") << QByteArray(64, '\xFF') << u"announces more than 4096"_s;
     QTest::newRow("announces 4097") << QByteArray("\x10\x01", 2) << u"announces more than 4096"_s;
-    QTest::newRow("announces nothing") << QByteArray(2, '\0') << u"frame"_s;
-    QTest::newRow("announces one byte") << QByteArray("\0\1x", 3) << u"frame"_s;
+    QTest::newRow("announces two bytes") << QByteArray("\0\2xy", 4) << u"frame"_s;
     QTest::newRow("wrong CRC") << withLastByteWrong(start) << u"CRC"_s;
     QTest::newRow("other serial") << request(PairingStart, "UB0000000000") << u"another serial number"_s;
     QTest::newRow("no message") << GMP3::frame(false, None, QByteArray("\xDF\x82\x08\x01\x01"),

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "ExtDevice/gmp3/match_ext.h"
+#include "simulator/command_table.h"
+#include "simulator/faults.h"
+
+#include <QString>
+
+namespace Simulator {
+
+/**
+ * The register's side of a connection on which an application commands it: holds the keys of the last
+ * pairing, opens what comes and seals what goes, right or under faults. Sockets are not its business.
+ *
+ * A message is a GMP3 frame around two elements, the encrypted command (DF E0 02) and its MAC (DF E0 03); an
+ * application that holds no keys sends a single element in clear instead (DF E0 05, "0"). A command is a run
+ * of QDataStream items in its version 12, the command's number in front.
+ */
+class CommandResponder
+{
+public:
+    /** What came, or why it cannot be answered. */
+    struct Request
+    {
+        const CommandRow *command = nullptr; ///< null: the application holds no keys
+        QString refusal;
+    };
+
+    struct Answer
+    {
+        QByteArray frame;
+        bool accepted = false; ///< what the register says; true for an answer that cannot say no
+    };
+
+    /** @param faults  looked at for every answer; must outlive the responder, like the model */
+    CommandResponder(const QByteArray &serial, FiscalModel &model, const Faults &faults);
+
+    void setKeys(const Velno::GMP::MatchExt &keys) { m_keys = keys; }
+    bool holdsKeys() const { return !m_keys.aesKey.isEmpty(); }
+
+    /** An application without keys makes the register forget its own. */
+    Request read(const QByteArray &frame);
+    Answer answer(const CommandRow &command);
+
+private:
+    Request readEncrypted(const QByteArray &cipher, const QByteArray &mac) const;
+    QByteArray seal(const QByteArray &plaintext) const;
+    void forgetKeys();
+
+    QByteArray m_serial;
+    FiscalModel &m_model;
+    const Faults &m_faults;
+    Velno::GMP::MatchExt m_keys;
+};
+
+} // namespace Simulator

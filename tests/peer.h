@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include <memory>
+
+namespace TestSupport {
+
+/** The other end of a register's connections, in the hand of the test. */
+class Peer
+{
+public:
+    /** @param port  0 for a free one */
+    explicit Peer(quint16 port = 0) { m_server.listen(QHostAddress::LocalHost, port); }
+    quint16 port() const { return m_server.serverPort(); }
+    void stopListening() { m_server.close(); }
+
+    bool accept()
+    {
+        if (!m_server.hasPendingConnections() && !m_server.waitForNewConnection(longestWait))
+            return false;
+        m_socket.reset(m_server.nextPendingConnection());
+        m_socket->setParent(nullptr);
+        return true;
+    }
+    bool send(const QByteArray &bytes)
+    {
+        return m_socket->write(bytes) == bytes.size() &&
+               (bytes.isEmpty() || m_socket->waitForBytesWritten(longestWait));
+    }
+    /** What has come by the time that so many bytes are there, or none will. */
+    QByteArray read(qint64 count)
+    {
+        while (m_socket->bytesAvailable() < count && m_socket->waitForReadyRead(longestWait)) {
+        }
+        return m_socket->read(count);
+    }
+    void close() { m_socket.reset(); }
+    bool waitForClose()
+    {
+        return m_socket->state() == QAbstractSocket::UnconnectedState ||
+               m_socket->waitForDisconnected(longestWait);
+    }
+
+private:
+    static constexpr int longestWait = 30'000; // ms
+
+    QTcpServer m_server;
+    std::unique_ptr<QTcpSocket> m_socket;
+};
+
+} // namespace TestSupport
