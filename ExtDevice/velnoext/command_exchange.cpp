@@ -10,6 +10,7 @@
 #include <openssl/crypto.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace Velno::Ext {
 
@@ -126,18 +127,56 @@ int beginCommand()
     return library().connections.contains(library().activeDevice) ? Success : ConnectionFailed;
 }
 
-QByteArray requestOf(VelnoExtMessage code)
+ReplyReader::ReplyReader(const QByteArray &reply)
+    : m_stream(reply)
 {
-    QByteArray request;
-    QDataStream stream(&request, QIODevice::WriteOnly);
-    stream.setVersion(streamVersion);
-    stream << qint32(code);
-    return request;
+    m_stream.setVersion(streamVersion);
+}
+
+ReplyReader &ReplyReader::operator>>(QVector<int> &list)
+{
+    quint32 count = 0;
+    m_stream >> count;
+    if (qint64(count) * qint64(sizeof(qint32)) > m_stream.device()->bytesAvailable()) {
+        m_stream.setStatus(QDataStream::ReadPastEnd);
+        return *this;
+    }
+    list.resize(qsizetype(count));
+    for (int &item : list)
+        m_stream >> item;
+    return *this;
+}
+
+ReplyReader &ReplyReader::operator>>(VelnoEcrSaleTotals &totals)
+{
+    // The structure's numbers need not be aligned as the stream's references promise.
+    for (size_t i = 0; i < std::size(totals.values); ++i) {
+        qint64 value = 0;
+        m_stream >> value;
+        totals.values[i] = value;
+    }
+    qint32 number = 0;
+    m_stream >> number;
+    totals.number = number;
+    return *this;
+}
+
+Result ReplyReader::result() const
+{
+    return m_stream.status() == QDataStream::Ok ? Success : ReplyUnreadable;
 }
 
 int runCommand(unsigned int timeout, const QByteArray &request, QByteArray *reply)
 {
     return send_and_receive_encrypted(timeout, activeConnection(), request, reply);
+}
+
+int sendCommand(const QByteArray &request)
+{
+    const QByteArray frame = prepareTlvElements(request);
+    if (frame.isEmpty())
+        return NotAuthentic;
+    return send_to_device(activeConnection(), frame) ? Success : ConnectionFailed;
 }
 
 } // namespace Velno::Ext
@@ -153,10 +192,7 @@ int velnoext_send_data(const char *data, int length)
         return failed(NullArgument, 0x300);
     if (length < 0)
         return BadValue;
-    const QByteArray frame = prepareTlvElements(QByteArray::fromRawData(data, length));
-    if (frame.isEmpty())
-        return NotAuthentic;
-    return send_to_device(activeConnection(), frame) ? Success : ConnectionFailed;
+    return sendCommand(QByteArray::fromRawData(data, length));
 }
 
 int velnoext_get_data(const char *frame, int frameLength, char *output, int *outputLength)

@@ -27,10 +27,63 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
 /** What every command starts with. @return 0; 1: not initialised or not paired; 2: not connected */
 int beginCommand();
 
-/** The command's code alone, as most requests are. */
-QByteArray requestOf(VelnoExtMessage code);
+/** Items one behind the other, as a plaintext holds them. */
+template <typename... Items>
+QByteArray itemBytes(const Items &...items)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(streamVersion);
+    (stream << ... << items);
+    return bytes;
+}
+
+/** A request: the command's code, most often alone, and its items. */
+template <typename... Items>
+QByteArray requestOf(VelnoExtMessage code, const Items &...items)
+{
+    return itemBytes(qint32(code), items...);
+}
+
+/** Reads the items of a reply one after the other. They count only while result() is 0. */
+class ReplyReader
+{
+public:
+    explicit ReplyReader(const QByteArray &reply);
+
+    template <typename Item>
+    ReplyReader &operator>>(Item &item)
+    {
+        m_stream >> item;
+        return *this;
+    }
+    /** Memory is taken only for items that are there, whatever number is announced. */
+    ReplyReader &operator>>(QVector<int> &list);
+    ReplyReader &operator>>(VelnoEcrSaleTotals &totals);
+
+    /** @return 0, or 5 once an item was missing */
+    Result result() const;
+
+private:
+    QDataStream m_stream;
+};
 
 /** Runs a request against the active register. @return 0, 2, 11 or 12 */
 int runCommand(unsigned int timeout, const QByteArray &request, QByteArray *reply);
+
+/** Runs a request and reads its reply, which begins with these items. @return 0, 2, 5, 11 or 12 */
+template <typename... Items>
+int runAndRead(unsigned int timeout, const QByteArray &request, Items &...items)
+{
+    QByteArray reply;
+    if (const int result = runCommand(timeout, request, &reply); result != Success)
+        return result;
+    ReplyReader reader(reply);
+    (reader >> ... >> items);
+    return reader.result();
+}
+
+/** Sends a request of which no answer is expected. @return 0, 2 or 11 */
+int sendCommand(const QByteArray &request);
 
 } // namespace Velno::Ext

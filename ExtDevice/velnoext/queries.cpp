@@ -12,19 +12,6 @@ namespace {
 
 constexpr qsizetype serialBufferSize = 17; // what callers of velnoext_ecr_serialno() provide
 
-/** Asks with the command's code alone and reads one item after the other; 5 when they do not all come. */
-template <typename... Items>
-int ask(VelnoExtMessage code, unsigned int timeout, Items &...items)
-{
-    QByteArray reply;
-    if (const int result = runCommand(timeout, requestOf(code), &reply); result != Success)
-        return result;
-    QDataStream stream(reply);
-    stream.setVersion(streamVersion);
-    (stream >> ... >> items);
-    return stream.status() == QDataStream::Ok ? Success : ReplyUnreadable;
-}
-
 /** A command whose reply is a flag. */
 int askFlag(VelnoExtMessage code, unsigned int timeout, Result otherwise)
 {
@@ -32,7 +19,7 @@ int askFlag(VelnoExtMessage code, unsigned int timeout, Result otherwise)
     if (const int result = beginCommand(); result != Success)
         return result;
     bool flag = false;
-    if (const int result = ask(code, timeout, flag); result != Success)
+    if (const int result = runAndRead(timeout, requestOf(code), flag); result != Success)
         return result;
     return flag ? Success : otherwise;
 }
@@ -47,29 +34,15 @@ int askNumber(VelnoExtMessage code, unsigned int timeout, Number *output, int nu
     if (!output)
         return failed(NullArgument, nullDetail);
     Number number = 0;
-    const int result = ask(code, timeout, number);
+    const int result = runAndRead(timeout, requestOf(code), number);
     if (result == Success)
         *output = number;
     return result;
 }
 
-/** Reads a list without trusting its announced length: memory is taken only for items that are there. */
-void readList(QDataStream &stream, QVector<int> *list)
-{
-    quint32 count = 0;
-    stream >> count;
-    if (qint64(count) * qint64(sizeof(qint32)) > stream.device()->bytesAvailable()) {
-        stream.setStatus(QDataStream::ReadPastEnd);
-        return;
-    }
-    list->resize(qsizetype(count));
-    for (int &item : *list)
-        stream >> item;
-}
-
 } // namespace
 
-int velnoext_ecr_state_impl(unsigned int timeout, int *state, QVector<int> *keys, int *extra)
+int velnoext_ecr_state_impl(unsigned int timeout, int *state, QVector<int> *list, int *extra)
 {
     if (const int result = beginCommand(); result != Success)
         return result;
@@ -79,17 +52,20 @@ int velnoext_ecr_state_impl(unsigned int timeout, int *state, QVector<int> *keys
     if (const int result = runCommand(timeout, requestOf(VelnoExtMessage_EcrState), &reply);
         result != Success)
         return result;
-    QDataStream stream(reply);
-    stream.setVersion(streamVersion);
+    ReplyReader reader(reply);
     qint32 value = -1;
-    stream >> value;
-    readList(stream, keys);
-    if (extra && value == VelnoEcrState_ReportsError)
-        stream >> *extra;
-    if (stream.status() != QDataStream::Ok)
+    reader >> value >> *list;
+    if (extra && value == VelnoEcrState_SaleOpen)
+        reader >> *extra;
+    if (reader.result() != Success)
         return ReplyUnreadable;
     *state = value;
     return Success;
+}
+
+bool isIdle(int state)
+{
+    return state == VelnoEcrState_Idle || state == VelnoEcrState_IdleOtherScreen;
 }
 
 } // namespace Velno::Ext
@@ -114,8 +90,8 @@ int velnoext_check_printer_paper(unsigned int timeout)
 int velnoext_ecr_state(unsigned int timeout, int *state)
 {
     const QMutexLocker lock(&library().connectionMutex);
-    QVector<int> keys;
-    return velnoext_ecr_state_impl(timeout, state, &keys, nullptr);
+    QVector<int> list;
+    return velnoext_ecr_state_impl(timeout, state, &list, nullptr);
 }
 
 int velnoext_ecr_serialno(char *buffer)
@@ -144,7 +120,8 @@ int velnoext_current_z(unsigned int timeout, int *z)
         return failed(NullArgument, 0x30B);
     bool accepted = false;
     qint32 number = 0;
-    if (const int result = ask(VelnoExtMessage_CurrentZ, timeout, accepted, number); result != Success)
+    const QByteArray request = requestOf(VelnoExtMessage_CurrentZ);
+    if (const int result = runAndRead(timeout, request, accepted, number); result != Success)
         return result;
     *z = number; // the register tells it also when it refuses
     return accepted ? Success : Refused;

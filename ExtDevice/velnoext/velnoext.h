@@ -77,7 +77,7 @@ typedef enum VelnoExtMessage {
 /** States of a register that have a meaning here; a register may answer other numbers. */
 typedef enum VelnoEcrState {
     VelnoEcrState_Idle = 1,           /**< a sale may be started */
-    VelnoEcrState_ReportsError = 5,   /**< the register may add an error number to its answer */
+    VelnoEcrState_SaleOpen = 5,       /**< a sale is open: items, payments and its end are expected */
     VelnoEcrState_IdleOtherScreen = 7 /**< a sale may be started */
 } VelnoEcrState;
 
