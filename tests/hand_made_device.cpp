@@ -91,6 +91,16 @@ void HandMadeDevice::answerPlain(const QByteArray &plaintext)
     setAnswer([frame = framed(sealed(plaintext))](const QByteArray &) { return QList{frame}; });
 }
 
+void HandMadeDevice::answerInTurn(const QList<QByteArray> &plaintexts)
+{
+    QList<QList<QByteArray>> answers;
+    for (const QByteArray &plaintext : plaintexts)
+        answers << QList{plaintext.isEmpty() ? QByteArray() : framed(sealed(plaintext))};
+    setAnswer([answers](const QByteArray &) mutable {
+        return answers.isEmpty() ? QList<QByteArray>() : answers.takeFirst();
+    });
+}
+
 void HandMadeDevice::answerByClosing()
 {
     setAnswer([](const QByteArray &) { return QList<QByteArray>(); });

@@ -36,6 +36,9 @@ public:
     void setAnswer(const Answer &answer);
     /** Answers every command with this plaintext. */
     void answerPlain(const QByteArray &plaintext);
+    /** Answers one command after the other with these, says nothing for an empty one, and closes behind them.
+     */
+    void answerInTurn(const QList<QByteArray> &plaintexts);
     /** Closes in place of an answer. */
     void answerByClosing();
 

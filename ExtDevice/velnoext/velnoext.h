@@ -45,6 +45,15 @@
 #define VELNOEXT_API
 #endif
 
+/* Structures have the same layout for every compiler and word size; a wrong one ends the compilation. */
+#if defined(__cplusplus) && __cplusplus >= 201103L
+#define VELNOEXT_SIZE_IS(type, size) static_assert(sizeof(type) == (size), "layout of " #type)
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#define VELNOEXT_SIZE_IS(type, size) _Static_assert(sizeof(type) == (size), "layout of " #type)
+#else
+#define VELNOEXT_SIZE_IS(type, size) typedef char type##_size[sizeof(type) == (size) ? 1 : -1]
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -259,6 +268,144 @@ VELNOEXT_API int velnoext_ecr_datetime(unsigned int timeout, int *value);
 
 /** The highest amount that one sale may reach, in kuruş. @return 0; 3: NULL (0x310) */
 VELNOEXT_API int velnoext_sale_limit(unsigned int timeout, long long *limit);
+
+/* Sales ------------------------------------------------------------------------------------------------- */
+
+/* A sale is started, filled with items, paid, and ended or cancelled. It can be started while the register's
+ * state is 1 or 7; from then on the state is 5 until the sale is over. Money is in the smallest unit of the
+ * currency (kuruş: 1250 is 12.50), quantities in thousandths (1500 is 1.5 pieces).
+ *
+ * Besides what it names, each function can return 1, 2, 5, 11 and 12 as for the queries. After 2, 5, 11 and
+ * 12 the register may have done what it was asked for: look with velnoext_sale_state(). timeout: ms of
+ * silence allowed in the rest of an answer once its first byte has come. Nothing is sent with 1, 3 and 4.
+ *
+ * Example:
+ *
+ *     VelnoEcrSaleTotals totals;
+ *     VelnoSaleItem item = {0};
+ *     strcpy(item.name, "Ekmek");
+ *     item.price = 1250;
+ *     item.quantity = 2000;
+ *     item.section = 1;
+ *     int code = velnoext_start_sale(5000);
+ *     if (code == 0)
+ *         code = velnoext_add_sale_item(5000, &item, &totals);
+ */
+
+#pragma pack(push, 4)
+
+/** One line of a sale; 84 bytes. Set what is not used to 0. */
+typedef struct VelnoSaleItem
+{
+    long long price; /**< of one unit, in kuruş */
+    int quantity;    /**< in thousandths: 1000 is one unit */
+    int percentage;  /**< adjustment in percent, -100 or more; 0 for none */
+    /** Adjustment in kuruş; 0 for none. While percentage is 0: at most the line total, which is price times
+     *  quantity / 1000, rounded half up; neither may be negative then. */
+    long long amount;
+    char name[53];       /**< the bytes before the first zero, at most 52 of them; need not end with a zero */
+    signed char section; /**< section (department) of the register, 1 to 8 */
+    int type;            /**< 0 to 7, as the register defines them */
+} VelnoSaleItem;
+
+/** What the register has added up for the open sale; 44 bytes. The register defines what each number is. */
+typedef struct VelnoEcrSaleTotals
+{
+    long long values[5]; /**< in the order in which the register tells them */
+    int number;          /**< the number that it tells behind them */
+} VelnoEcrSaleTotals;
+
+/** Several lines at once; 844 bytes. */
+typedef struct VelnoSaleItemList
+{
+    unsigned short count; /**< how many of the items are meant, 1 to 10 */
+    VelnoSaleItem items[10];
+} VelnoSaleItemList;
+
+/** Two numbers by which the register knows a receipt; 8 bytes. Both are non-zero for a receipt that exists.
+ */
+typedef struct VelnoReceiptRef
+{
+    int first;
+    int second;
+} VelnoReceiptRef;
+
+#pragma pack(pop)
+
+VELNOEXT_SIZE_IS(VelnoSaleItem, 84);
+VELNOEXT_SIZE_IS(VelnoEcrSaleTotals, 44);
+VELNOEXT_SIZE_IS(VelnoSaleItemList, 844);
+VELNOEXT_SIZE_IS(VelnoReceiptRef, 8);
+
+/**
+ * Starts a sale: reads the register's state, then has the keys that start one pressed.
+ *
+ * @return 0; 6: the state is neither 1 nor 7 (nothing was started), or it is not 5 afterwards; 7: the
+ * register did not take the step or tells an error of its own
+ */
+VELNOEXT_API int velnoext_start_sale(unsigned int timeout);
+
+/** Starts a sale that is to end with an invoice, see velnoext_end_sale_with_invoice(). @return as above */
+VELNOEXT_API int velnoext_start_sale_with_invoice(unsigned int timeout);
+
+/**
+ * How the open sale stands.
+ *
+ * @param first    the first number of the register's list; written as soon as it has been read, also when the
+ *                 rest of the answer cannot be read (5)
+ * @param totals   the running totals
+ * @param receipt  names the receipt of this sale, for velnoext_receipt_data()
+ * @return 0; 3: NULL (0x303 first, 0x304 totals, 0x305 receipt); 6: no sale is open; 7: the register's list
+ * is empty; 8: refused
+ */
+VELNOEXT_API int velnoext_sale_state(unsigned int timeout, int *first, VelnoEcrSaleTotals *totals,
+                                     VelnoReceiptRef *receipt);
+
+/**
+ * Adds one line to the open sale. With price 0 neither section nor amount is looked at.
+ *
+ * @param item    only read
+ * @param totals  the running totals with this line
+ * @return 0; 3: NULL (0x306 item, 0x304 totals); 4: section is not 1 to 8 (0x406), percentage is below -100
+ *         (0x407), amount exceeds the line total (0x408), type is not 0 to 7 (0x409); 6: no sale is open;
+ *         7: the register did not take the step; 8: refused, or the register tells an error of its own
+ */
+VELNOEXT_API int velnoext_add_sale_item(unsigned int timeout, VelnoSaleItem *item,
+                                        VelnoEcrSaleTotals *totals);
+
+/**
+ * Adds up to ten lines to the open sale at once. When one is not valid none is sent.
+ *
+ * @param list    only read
+ * @param totals  the running totals with all lines
+ * @return 0; 3: NULL (0x307 list, 0x304 totals); 4: count is not 1 to 10 (0x40A), an item's price is 0
+ * (0x405), or an item is not valid, as for velnoext_add_sale_item(); 6, 7, 8: likewise
+ */
+VELNOEXT_API int velnoext_add_multiple_sale_items(unsigned int timeout, VelnoSaleItemList *list,
+                                                  VelnoEcrSaleTotals *totals);
+
+/**
+ * Adds a medical contribution to the open sale.
+ *
+ * @param amount      in kuruş; with 0 the identity number is neither looked at nor sent
+ * @param identityNo  11-digit identity number of the person; 11111111111 stands for anybody
+ * @return 0; 4: the identity number is not valid (0x403); 6: no sale is open; 7: the register did not take
+ * the step or tells an error of its own; 8: refused
+ */
+VELNOEXT_API int velnoext_add_medical_contribution(unsigned int timeout, long long amount,
+                                                   unsigned long long identityNo);
+
+/**
+ * Takes the last line out of the open sale.
+ *
+ * @param totals  the running totals without it
+ * @return 0; 3: NULL (0x304); 6: no sale is open; 7: the register did not take the step; 8: refused, or the
+ *         register tells an error of its own
+ */
+VELNOEXT_API int velnoext_delete_last_sale_item(unsigned int timeout, VelnoEcrSaleTotals *totals);
+
+/** Takes the line of this index, as the register counts them, out of the open sale. @return as above */
+VELNOEXT_API int velnoext_delete_sale_item(unsigned int timeout, int index, VelnoEcrSaleTotals *totals);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "ExtDevice/velnoext/velnoext.h"
+
+#include <QByteArray>
+#include <QVector>
+
+/** What the functions of sales and payments share. The lock is the caller's. */
+namespace Velno::Ext {
+
+/** Whether the list behind a register's state says that it took the last step. */
+bool tookStep(const QVector<int> &list);
+
+/** Whether a section (department) of this number exists. */
+bool isSection(int section);
+
+/** Whether a person's identity number is valid or stands for anybody. */
+bool isPersonId(const QByteArray &id);
+
+/** Price times quantity / 1000, rounded half up; 0 instead of less, 2^64 - 1 instead of more. */
+quint64 lineTotal(const VelnoSaleItem &item);
+
+/** The bytes of a fixed-size text before its first zero. */
+template <size_t Size>
+QByteArray textOf(const char (&text)[Size], size_t longest = Size)
+{
+    return QByteArray(text, qsizetype(qstrnlen(text, longest)));
+}
+
+} // namespace Velno::Ext
