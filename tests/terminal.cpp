@@ -1,0 +1,111 @@
+#include "tests/terminal.h"
+
+#include <QDeadlineTimer>
+#include <QList>
+
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace TestSupport {
+
+namespace {
+
+constexpr int longestWait = 30'000; // ms, for a machine under load and sanitizers
+
+[[noreturn]] void become(const QByteArrayList &words)
+{
+    QList<char *> arguments;
+    for (const QByteArray &word : words)
+        arguments << const_cast<char *>(word.constData());
+    arguments << nullptr;
+    setenv("TERM", "xterm", 1);
+    execv(arguments.first(), arguments.data());
+    _exit(127);
+}
+
+} // namespace
+
+Terminal::Terminal(const QString &program, const QStringList &arguments)
+{
+    QByteArrayList words{program.toLocal8Bit()};
+    for (const QString &argument : arguments)
+        words << argument.toLocal8Bit();
+    winsize size{24, 80, 0, 0};
+    m_process = forkpty(&m_terminal, nullptr, nullptr, &size);
+    if (m_process == 0)
+        become(words);
+    m_keeper = open(ptsname(m_terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    tcgetattr(m_keeper, &m_before);
+}
+
+Terminal::~Terminal()
+{
+    if (m_process > 0) {
+        ::kill(m_process, SIGKILL);
+        waitpid(m_process, nullptr, 0);
+    }
+    ::close(m_keeper);
+    ::close(m_terminal);
+}
+
+void Terminal::type(const QByteArray &keys)
+{
+    if (::write(m_terminal, keys.constData(), size_t(keys.size())) != keys.size())
+        qWarning("the terminal took no keys");
+}
+
+bool Terminal::readMore()
+{
+    pollfd wait{m_terminal, POLLIN, 0};
+    if (poll(&wait, 1, 20) <= 0)
+        return false;
+    char bytes[4096];
+    const ssize_t count = ::read(m_terminal, bytes, sizeof bytes);
+    if (count > 0)
+        m_shown.append(bytes, count);
+    return count > 0;
+}
+
+bool Terminal::waitFor(const QByteArray &text)
+{
+    const QDeadlineTimer deadline(longestWait);
+    for (;;) {
+        const qsizetype at = m_shown.indexOf(text, m_seen);
+        if (at >= 0) {
+            m_seen = at + text.size();
+            return true;
+        }
+        if (!readMore() && deadline.hasExpired()) {
+            qWarning("\"%s\" does not come; shown was: %s", text.constData(), m_shown.constData());
+            return false;
+        }
+    }
+}
+
+int Terminal::waitForExit()
+{
+    const QDeadlineTimer deadline(longestWait);
+    int status = 0;
+    while (waitpid(m_process, &status, WNOHANG) == 0) {
+        if (!readMore() && deadline.hasExpired())
+            return -1;
+    }
+    m_process = -1;
+    while (readMore()) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+bool Terminal::isAsBefore() const
+{
+    termios now{};
+    tcgetattr(m_keeper, &now);
+    return now.c_lflag == m_before.c_lflag && now.c_iflag == m_before.c_iflag &&
+           now.c_oflag == m_before.c_oflag;
+}
+
+} // namespace TestSupport

@@ -1,0 +1,962 @@
+#include "ExtDevice/velnoext/velnoext.h"
+#include "tests/hand_made_device.h"
+#include "tests/terminal.h"
+#include "tests/test_support.h"
+
+#include <QDataStream>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using TestSupport::HandMadeDevice;
+using TestSupport::Terminal;
+
+namespace {
+
+constexpr int longestWait = 60'000; // ms, for a machine under load and sanitizers
+constexpr quint16 relayPort = 50902;
+constexpr char waiting[] = "waiting for UB1234567890 on 127.0.0.1:";
+
+template <typename... Items>
+QByteArray plain(const Items &...items)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_4_6);
+    (stream << ... << items);
+    return bytes;
+}
+
+const QByteArray yes = plain(true);
+const QByteArray no = plain(false);
+
+QString program()
+{
+    return QStringLiteral(VELNO_VELNOCTL);
+}
+
+QStringList target(quint16 port)
+{
+    return {u"--serial"_s,  u"UB1234567890"_s, u"--listen"_s, u"127.0.0.1:%1"_s.arg(port),
+            u"--timeout"_s, u"20000"_s,        u"--app"_s,    u"5"_s};
+}
+
+/** velnoctl as a child process. */
+class Client
+{
+public:
+    explicit Client(const QStringList &arguments, const QString &output = {})
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"TZ"_s, u"TRT-3"_s);
+        m_process.setProcessEnvironment(environment);
+        if (!output.isEmpty())
+            m_process.setStandardOutputFile(output);
+        m_process.start(program(), arguments);
+        m_process.waitForStarted(longestWait);
+    }
+    ~Client()
+    {
+        m_process.kill();
+        m_process.waitForFinished(longestWait);
+    }
+
+    /** Ends its input, waits for its end. */
+    int exitCode()
+    {
+        m_process.closeWriteChannel();
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(longestWait))
+            return -1;
+        collect();
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    }
+
+    void say(const QByteArray &text)
+    {
+        m_process.write(text);
+        m_process.waitForBytesWritten(longestWait);
+    }
+
+    /** Waits for standard output to end with this. */
+    bool printed(const QByteArray &text)
+    {
+        return waitUntil([&] { return out.endsWith(text); });
+    }
+
+    /** Waits for standard error to hold this. */
+    bool told(const QByteArray &text)
+    {
+        return waitUntil([&] { return err.contains(text); });
+    }
+
+    void raise(int signal) const { ::kill(pid_t(m_process.processId()), signal); }
+
+    QByteArray out;
+    QByteArray err;
+
+private:
+    void collect()
+    {
+        out += m_process.readAllStandardOutput();
+        err += m_process.readAllStandardError();
+    }
+
+    bool waitUntil(const std::function<bool()> &holds)
+    {
+        const QDeadlineTimer deadline(longestWait);
+        while (!holds()) {
+            m_process.waitForReadyRead(20);
+            collect();
+            if (deadline.hasExpired() || (m_process.state() == QProcess::NotRunning && !holds())) {
+                qWarning("out: %s\nerr: %s", out.constData(), err.constData());
+                return false;
+            }
+        }
+        return true;
+    }
+
+    QProcess m_process;
+};
+
+/** A register that answers each command by its number, and the port where velnoctl is to meet it. */
+class Device : public HandMadeDevice
+{
+public:
+    Device()
+    {
+        setAnswer([this](const QByteArray &payload) { return answerTo(payload); });
+    }
+
+    void meet(int times = 1) { pairAndServe(port, times); }
+
+    QList<int> codes()
+    {
+        QList<int> found;
+        for (const QByteArray &command : commands())
+            found << codeOf(command);
+        return found;
+    }
+
+    const quint16 port = TestSupport::freePort();
+    QHash<int, QByteArray> answers; ///< a command without one finds the connection closed
+    std::atomic<bool> isMute = false;
+
+private:
+    static int codeOf(const QByteArray &command)
+    {
+        qint32 code = -1;
+        QDataStream(command) >> code;
+        return code;
+    }
+
+    QList<QByteArray> answerTo(const QByteArray &payload) const
+    {
+        if (isMute)
+            return {QByteArray()};
+        const QByteArray answer = answers.value(codeOf(opened(payload)));
+        return answer.isEmpty() ? QList<QByteArray>() : QList{framed(sealed(answer))};
+    }
+};
+
+QJsonObject object(const QByteArray &line)
+{
+    return QJsonDocument::fromJson(line).object();
+}
+
+QByteArray text(const char *found)
+{
+    return found;
+}
+
+QString fileWith(const QTemporaryDir &folder, const QByteArray &content)
+{
+    QFile file(folder.filePath(u"day.velno"_s));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("%s", qPrintable(file.errorString()));
+    return file.fileName();
+}
+
+} // namespace
+
+class TestVelnoctl : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void resultsForPeopleAndPrograms_data();
+    void resultsForPeopleAndPrograms();
+    void commandsShareOneConnection();
+    void failuresEndWithTheirCode_data();
+    void failuresEndWithTheirCode();
+    void refusedZKeepsItsNumber();
+    void nothingRunsAfterAFailure();
+    void libraryNoiseStaysOffTheResults();
+    void unreachableRegister();
+    void portInUse();
+    void meetsARegisterAtTheRelay();
+    void wrongUsageSendsNothing_data();
+    void wrongUsageSendsNothing();
+    void wrongUsageAsJson();
+    void explainsEveryCode_data();
+    void explainsEveryCode();
+    void explainsDetails();
+    void helpFitsAScreen();
+    void helpOfOneCommand();
+    void scriptRuns();
+    void scriptStopsAtTheFirstFailure();
+    void wrongScriptsSendNothing_data();
+    void wrongScriptsSendNothing();
+    void scriptWordsAreThoseOfAShell_data();
+    void scriptWordsAreThoseOfAShell();
+    void inputIsRunLineByLine();
+    void inputStopsAtTheFirstFailure_data();
+    void inputStopsAtTheFirstFailure();
+    void shellWithoutTerminalReadsAScript();
+    void interruptedWhileWaiting_data();
+    void interruptedWhileWaiting();
+    void interruptedWhileARegisterIsSilent();
+    void interruptedWhileIdleClosesTheConnection();
+    void resultsThatCannotBeWritten_data();
+    void resultsThatCannotBeWritten();
+    void usesThePublicFunctionsAlone();
+    void shellCompletesNames();
+    void shellRemembersLines();
+    void shellGoesOnAfterFailures();
+    void shellConnectsAgain();
+    void shellEnds_data();
+    void shellEnds();
+    void shellIsInterruptedWhileARegisterIsSilent();
+};
+
+void TestVelnoctl::resultsForPeopleAndPrograms_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QByteArray>("words");
+    QTest::addColumn<QJsonObject>("values");
+
+    const auto row = [](const char *name, const char *command, int code, const QByteArray &reply,
+                        const char *words, const QJsonObject &values) {
+        QTest::newRow(name) << QString::fromLatin1(command) << code << reply << QByteArray(words) << values;
+    };
+    const auto state = [&row](int number, const char *words, const char *name) {
+        row(qPrintable(u"state %1"_s.arg(number)), "state", 0, plain(number, QVector<int>{}), words,
+            {{u"state"_s, number}, {u"name"_s, QString::fromLatin1(name)}});
+    };
+    state(1, "state 1 (idle)", "idle");
+    state(5, "state 5 (sale open)", "sale open");
+    state(7, "state 7 (idle, another screen)", "idle, another screen");
+    state(3, "state 3 (unnamed)", "unnamed");
+    row("z", "z", 12, plain(true, 17), "Z 17", {{u"z"_s, 17}});
+    row("last z", "last-z", 17, plain(1795276800), "last Z 2026-11-21 19:00:00 (1795276800)",
+        {{u"seconds"_s, 1795276800}, {u"local"_s, u"2026-11-21 19:00:00"_s}});
+    row("clock", "datetime", 18, plain(0), "clock 1970-01-01 03:00:00 (0)",
+        {{u"seconds"_s, 0}, {u"local"_s, u"1970-01-01 03:00:00"_s}});
+    const auto limit = [&row](const char *name, qint64 kurus, const char *words) {
+        row(name, "sale-limit", 15, plain(kurus), words, {{u"kurus"_s, kurus}});
+    };
+    limit("limit", 123456, "sale limit 1234.56 TL");
+    limit("no limit", 0, "sale limit 0.00 TL");
+    limit("small limit", 5, "sale limit 0.05 TL");
+    limit("negative limit", -105, "sale limit -1.05 TL");
+    limit("highest limit", std::numeric_limits<qint64>::max(), "sale limit 92233720368547758.07 TL");
+    limit("lowest limit", std::numeric_limits<qint64>::min(), "sale limit -92233720368547758.08 TL");
+    row("paper", "paper", 8, yes, "paper present", {{u"paper"_s, true}});
+    row("login", "login", 1, yes, "logged in", {});
+    row("logout", "logout", 2, yes, "logged out", {});
+    row("serial", "serial", -1, {}, "serial number UB1234567890", {{u"serial"_s, u"UB1234567890"_s}});
+}
+
+void TestVelnoctl::resultsForPeopleAndPrograms()
+{
+    QFETCH(const QString, command);
+    QFETCH(const int, code);
+    QFETCH(const QByteArray, reply);
+    QFETCH(const QByteArray, words);
+    QFETCH(QJsonObject, values);
+    values.insert(u"command"_s, command);
+    values.insert(u"code"_s, 0);
+    values.insert(u"result"_s, u"success"_s);
+    for (const bool isJson : {false, true}) {
+        Device device;
+        device.answers.insert(code, reply);
+        device.meet();
+        Client client(target(device.port) + QStringList(isJson ? u"--json"_s : command) +
+                      (isJson ? QStringList{command} : QStringList()));
+        QCOMPARE(client.exitCode(), 0);
+        QVERIFY(client.out.endsWith('\n') && client.out.count('\n') == 1);
+        if (isJson)
+            QCOMPARE(object(client.out), values);
+        else
+            QCOMPARE(client.out.trimmed(), words);
+        QCOMPARE(device.codes(), code < 0 ? QList<int>() : QList{code});
+        QVERIFY2(client.err.contains(waiting), client.err.constData());
+        QVERIFY(client.err.contains("UB1234567890 is connected\n"));
+    }
+}
+
+void TestVelnoctl::commandsShareOneConnection()
+{
+    Device device;
+    device.answers = {{1, yes}, {0, plain(1, QVector<int>{})}, {12, plain(true, 4)}, {2, yes}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"login"_s, u"state"_s, u"z"_s, u"logout"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, "logged in\nstate 1 (idle)\nZ 4\nlogged out\n");
+    QCOMPARE(device.codes(), (QList{1, 0, 12, 2}));
+    QCOMPARE(device.contacts, 3);
+    QCOMPARE(client.err.count(waiting), 1);
+}
+
+void TestVelnoctl::failuresEndWithTheirCode_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<int>("code");
+
+    QTest::newRow("login refused") << u"login"_s << 1 << no << 8;
+    QTest::newRow("logout refused") << u"logout"_s << 2 << no << 8;
+    QTest::newRow("no paper") << u"paper"_s << 8 << no << 9;
+    QTest::newRow("short state") << u"state"_s << 0 << plain(1) << 5;
+    QTest::newRow("short clock") << u"datetime"_s << 18 << yes << 5;
+    QTest::newRow("short last z") << u"last-z"_s << 17 << yes << 5;
+    QTest::newRow("short limit") << u"sale-limit"_s << 15 << plain(1) << 5;
+    QTest::newRow("closed") << u"z"_s << 12 << QByteArray() << 2;
+}
+
+void TestVelnoctl::failuresEndWithTheirCode()
+{
+    QFETCH(const QString, command);
+    QFETCH(const int, number);
+    QFETCH(const QByteArray, reply);
+    QFETCH(const int, code);
+    const QByteArrayList lines = text(velnoext_result_text(code)).split('\n');
+    for (const bool isJson : {false, true}) {
+        Device device;
+        device.answers.insert(number, reply);
+        device.meet();
+        Client client(target(device.port) + (isJson ? QStringList{u"--json"_s} : QStringList()) +
+                      QStringList{command});
+        QCOMPARE(client.exitCode(), code);
+        QVERIFY2(client.err.contains("velnoctl: " + command.toLatin1() + ": " + lines.at(0)),
+                 client.err.constData());
+        QVERIFY(client.err.contains("\n  " + lines.at(1) + "\n  " + lines.at(2) + '\n'));
+        if (!isJson) {
+            QCOMPARE(client.out, QByteArray());
+            continue;
+        }
+        QCOMPARE(client.out.count('\n'), 1);
+        const QJsonObject failure = object(client.out);
+        QCOMPARE(failure.value(u"command"_s).toString(), command);
+        QCOMPARE(failure.value(u"code"_s).toInt(), code);
+        QCOMPARE(failure.value(u"result"_s).toString().toLatin1(), text(velnoext_result_name(code)));
+        QCOMPARE(failure.value(u"sentence"_s).toString().toLatin1(), lines.at(0));
+        QCOMPARE("Cause: " + failure.value(u"cause"_s).toString().toLatin1(), lines.at(1));
+        QCOMPARE("Cure: " + failure.value(u"cure"_s).toString().toLatin1(), lines.at(2));
+        QVERIFY(!failure.contains(u"where"_s) && !failure.contains(u"detail"_s));
+    }
+}
+
+void TestVelnoctl::refusedZKeepsItsNumber()
+{
+    Device device;
+    device.answers.insert(12, plain(false, 17));
+    device.meet();
+    Client client(target(device.port) + QStringList{u"--json"_s, u"z"_s});
+    QCOMPARE(client.exitCode(), 8);
+    QCOMPARE(object(client.out).value(u"code"_s).toInt(), 8);
+    QCOMPARE(object(client.out).value(u"z"_s).toInt(), 17);
+    QVERIFY2(client.err.contains("said all the same: Z 17\n"), client.err.constData());
+}
+
+void TestVelnoctl::nothingRunsAfterAFailure()
+{
+    Device device;
+    device.answers = {{1, yes}, {8, no}, {12, plain(true, 4)}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"login"_s, u"paper"_s, u"z"_s});
+    QCOMPARE(client.exitCode(), 9);
+    QCOMPARE(client.out, "logged in\n");
+    QCOMPARE(device.codes(), (QList{1, 8}));
+}
+
+void TestVelnoctl::libraryNoiseStaysOffTheResults()
+{
+    Device device;
+    device.setAnswer([&device](const QByteArray &) {
+        QByteArray damaged = device.sealed(yes);
+        damaged.back() = char(damaged.back() ^ 1);
+        return QList{HandMadeDevice::framed(damaged)};
+    });
+    device.meet();
+    Client client(target(device.port) + QStringList{u"login"_s});
+    QCOMPARE(client.exitCode(), 12);
+    QCOMPARE(client.out, QByteArray());
+    QVERIFY2(client.err.contains("CRC is not equal"), client.err.constData());
+}
+
+void TestVelnoctl::unreachableRegister()
+{
+    const quint16 port = TestSupport::freePort();
+    for (const bool isJson : {false, true}) {
+        Client client(target(port) + QStringList{u"--timeout"_s, u"50"_s} +
+                      (isJson ? QStringList{u"--json"_s} : QStringList()) + QStringList{u"state"_s, u"z"_s});
+        QCOMPARE(client.exitCode(), 2);
+        QVERIFY(client.err.contains(waiting + QByteArray::number(port) + " …\n"));
+        QVERIFY(client.err.contains("velnoctl: connecting UB1234567890 on 127.0.0.1:"));
+        QVERIFY(client.err.contains("Cure: "));
+        QCOMPARE(object(client.out).value(u"command"_s).toString(), isJson ? u"connect"_s : QString());
+        QCOMPARE(object(client.out).value(u"code"_s).toInt(), isJson ? 2 : 0);
+        QCOMPARE(client.out.count('\n'), isJson ? 1 : 0);
+    }
+}
+
+void TestVelnoctl::portInUse()
+{
+    QTcpServer other;
+    QVERIFY(other.listen(QHostAddress::LocalHost, 0));
+    Client client(target(other.serverPort()) + QStringList{u"state"_s});
+    QCOMPARE(client.exitCode(), 2);
+}
+
+void TestVelnoctl::meetsARegisterAtTheRelay()
+{
+    Device device;
+    device.answers.insert(12, plain(true, 17));
+    // The port is fixed: tests of another build on this computer may hold it for a while.
+    QTRY_VERIFY_WITH_TIMEOUT(QTcpServer().listen(QHostAddress::LocalHost, relayPort), longestWait);
+    device.playRelay(relayPort);
+    device.meet();
+    Client client({u"--serial"_s, u"UB1234567890"_s, u"--relay"_s, u"--app"_s, u"5"_s, u"z"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, "Z 17\n");
+    QVERIFY2(client.err.contains("waiting for UB1234567890 at the relay …\n"), client.err.constData());
+}
+
+void TestVelnoctl::wrongUsageSendsNothing_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("complaint");
+
+    const auto row = [](const char *name, const char *arguments, const char *complaint) {
+        QTest::newRow(name) << QString::fromLatin1(arguments).split(u' ', Qt::SkipEmptyParts)
+                            << QByteArray(complaint);
+    };
+    const char *const listen = "--serial UB1234567890 --app 5 --listen";
+    const auto place = [&row, listen](const char *name, const char *where) {
+        row(name, qPrintable(u"%1 %2 state"_s.arg(QLatin1String(listen), QLatin1String(where))),
+            "accepted is a local IP address and a port");
+    };
+    row("nothing", "", "no command is given; accepted are state, z,");
+    row("no command", "--serial UB1234567890 --listen 127.0.0.1:PORT --app 5", "no command is given");
+    row("unknown command", "TARGET stat", "\"stat\" is no command; accepted are state, z,");
+    row("second command unknown", "TARGET state stat", "\"stat\" is no command");
+    row("command of the shell", "TARGET quit", "quit cannot stand here; accepted are state,");
+    row("argument too many", "TARGET state 5", "\"5\" is no command");
+    row("option behind", "TARGET state --json", "\"--json\": options stand in front of the first command");
+    row("no file", "TARGET run", "run needs FILE: the path of a file, or - for standard input");
+    row("file not there", "TARGET run /nowhere/day.velno", "/nowhere/day.velno: ");
+    row("file is a folder", "TARGET run /", "/: ");
+    row("no code", "explain", "explain needs CODE: a result code, for example 8");
+    row("code is no number", "explain no-paper",
+        "explain: \"no-paper\" is no CODE; accepted is a result code");
+    row("detail is no number", "explain 4 0xZZ",
+        "explain: \"0xZZ\" is no DETAIL; accepted is an error detail");
+    row("no such help", "help stat", "help: \"stat\" is no COMMAND");
+    row("unknown option", "--loud state", "Unknown option 'loud'");
+    row("value missing", "state --serial", "--serial");
+    row("no serial", "--listen 127.0.0.1:PORT --app 5 state", "--serial is missing; accepted is exactly 12");
+    row("short serial", "--serial UB123456789 --listen 127.0.0.1:PORT --app 5 state",
+        "--serial \"UB123456789\": accepted is exactly 12 characters");
+    row("long serial", "--serial UB12345678901 --listen 127.0.0.1:PORT --app 5 state",
+        "accepted is exactly 12");
+    row("no place", "--serial UB1234567890 --app 5 state", "neither --listen nor --relay is given");
+    row("two places", "TARGET --relay state", "--relay: accepted is one of --listen and --relay");
+    place("no port", "127.0.0.1");
+    place("port 0", "127.0.0.1:0");
+    place("port 65536", "127.0.0.1:65536");
+    place("a name", "localhost:4100");
+    place("half an address", "127.0.0:4100");
+    place("number above 255", "127.0.0.256:4100");
+    place("IPv6 without brackets", "::1:4100");
+    place("IPv4 in brackets", "[127.0.0.1]:4100");
+    place("the relay's address", "255.255.255.255:4100");
+    row("no app", "--serial UB1234567890 --listen 127.0.0.1:PORT state",
+        "--app is missing; accepted is 1 to");
+    row("app 0", "TARGET --app 0 state", "--app \"0\": accepted is 1 to 4294967295");
+    row("app too large", "TARGET --app 4294967296 state", "--app \"4294967296\": accepted is");
+    row("app with a sign", "TARGET --app +5 state", "--app \"+5\": accepted is");
+    row("timeout in words", "TARGET --timeout soon state", "--timeout \"soon\": accepted is 0 to");
+    row("negative timeout", "TARGET --timeout=-1 state", "--timeout \"-1\": accepted is 0 to");
+}
+
+void TestVelnoctl::wrongUsageSendsNothing()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(const QByteArray, complaint);
+    Device device;
+    arguments.replaceInStrings(u"PORT"_s, QString::number(device.port));
+    if (arguments.removeAll(u"TARGET"_s) > 0)
+        arguments = target(device.port) + arguments;
+    device.meet();
+    Client client(arguments);
+    QCOMPARE(client.exitCode(), 64);
+    QVERIFY2(client.err.contains(complaint), client.err.constData());
+    QVERIFY(client.err.startsWith("velnoctl: "));
+    QVERIFY(client.err.endsWith("velnoctl --help shows all commands and options.\n"));
+    QVERIFY(!client.err.contains("waiting"));
+    QCOMPARE(client.out, QByteArray());
+    QCOMPARE(device.contacts, 0);
+}
+
+void TestVelnoctl::wrongUsageAsJson()
+{
+    Client client({u"--json"_s, u"stat"_s});
+    QCOMPARE(client.exitCode(), 64);
+    const QJsonObject failure = object(client.out);
+    QCOMPARE(failure.value(u"code"_s).toInt(), 64);
+    QCOMPARE(failure.value(u"result"_s).toString(), u"wrong-usage"_s);
+    QVERIFY(failure.value(u"sentence"_s).toString().startsWith("\"stat\" is no command"_L1));
+}
+
+void TestVelnoctl::explainsEveryCode_data()
+{
+    QTest::addColumn<int>("code");
+    for (int code = -1; code <= 14; ++code)
+        QTest::addRow("%d", code) << code;
+}
+
+void TestVelnoctl::explainsEveryCode()
+{
+    QFETCH(const int, code);
+    const QByteArrayList lines = text(velnoext_result_text(code)).split('\n');
+    Client client({u"explain"_s, QString::number(code)});
+    QCOMPARE(client.exitCode(), 0);
+    const QByteArray name = text(velnoext_result_name(code));
+    QCOMPARE(client.out, lines.at(0) + " (code " + QByteArray::number(code) + ", " + name + ")\n  " +
+                             lines.at(1) + "\n  " + lines.at(2) + '\n');
+    QCOMPARE(client.err, QByteArray());
+}
+
+void TestVelnoctl::explainsDetails()
+{
+    Client words({u"explain"_s, u"4"_s, u"0x402"_s, u"explain"_s, u"3"_s, u"780"_s});
+    QCOMPARE(words.exitCode(), 0);
+    QVERIFY(words.out.contains("\n  Detail 0x402: " + text(velnoext_detail_text(0x402)) + '\n'));
+    QVERIFY(words.out.contains("\n  Detail 0x30C: " + text(velnoext_detail_text(0x30C)) + '\n'));
+    Client json({u"--json"_s, u"explain"_s, u"4"_s, u"0x402"_s});
+    QCOMPARE(json.exitCode(), 0);
+    const QJsonObject explained = object(json.out).value(u"explained"_s).toObject();
+    QCOMPARE(explained.value(u"code"_s).toInt(), 4);
+    QCOMPARE(explained.value(u"detail"_s).toInt(), 0x402);
+    QCOMPARE(explained.value(u"detailText"_s).toString().toLatin1(), text(velnoext_detail_text(0x402)));
+}
+
+void TestVelnoctl::helpFitsAScreen()
+{
+    QByteArray shown;
+    for (const QString &way : {u"--help"_s, u"-h"_s, u"help"_s}) {
+        Client client({way});
+        QCOMPARE(client.exitCode(), 0);
+        QVERIFY(shown.isEmpty() || shown == client.out);
+        shown = client.out;
+    }
+    const QByteArrayList lines = shown.split('\n');
+    QVERIFY2(lines.size() <= 30, QByteArray::number(lines.size()).constData());
+    for (const QByteArray &line : lines)
+        QVERIFY2(line.size() <= 100, line.constData());
+    for (const char *word : {"  state ",
+                             "  z ",
+                             "  last-z ",
+                             "  datetime ",
+                             "  sale-limit ",
+                             "  paper ",
+                             "  serial ",
+                             "  login ",
+                             "  logout ",
+                             "  run FILE ",
+                             "  shell ",
+                             "  explain CODE [DETAIL] ",
+                             "  help [COMMAND] ",
+                             "  --serial NO ",
+                             "  --listen ADDR:PORT ",
+                             "  --relay ",
+                             "  --app N ",
+                             "  --timeout MS ",
+                             "  --json ",
+                             " 64 wrong usage",
+                             "74 ",
+                             " 130 ",
+                             "Example: velnoctl --serial"})
+        QVERIFY2(shown.contains(word), word);
+}
+
+void TestVelnoctl::helpOfOneCommand()
+{
+    Client client({u"help"_s, u"run"_s, u"help"_s, u"z"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QVERIFY(client.out.startsWith("run FILE\n  a script"));
+    QVERIFY(client.out.contains("\nz\n  the number of the current Z report\n"));
+}
+
+void TestVelnoctl::scriptRuns()
+{
+    const QTemporaryDir folder;
+    Device device;
+    device.answers = {{1, yes}, {12, plain(true, 4)}, {2, yes}};
+    device.meet();
+    const QString file = fileWith(folder, "# morning\r\n\r\nlogin\r\n  z   # the report\r\n\tlogout");
+    Client client(target(device.port) + QStringList{u"run"_s, file, u"z"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, "logged in\nZ 4\nlogged out\nZ 4\n");
+}
+
+void TestVelnoctl::scriptStopsAtTheFirstFailure()
+{
+    const QTemporaryDir folder;
+    Device device;
+    device.answers = {{1, yes}, {8, no}, {12, plain(true, 4)}};
+    device.meet();
+    const QString file = fileWith(folder, "login\n\npaper\nz\n");
+    Client client(target(device.port) + QStringList{u"--json"_s, u"run"_s, file, u"z"_s});
+    QCOMPARE(client.exitCode(), 9);
+    QCOMPARE(device.codes(), (QList{1, 8}));
+    QVERIFY2(client.err.contains("velnoctl: " + file.toUtf8() + ":3: paper: "), client.err.constData());
+    QCOMPARE(object(client.out.split('\n').at(1)).value(u"where"_s).toString(), file + ":3"_L1);
+}
+
+void TestVelnoctl::wrongScriptsSendNothing_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QByteArray>("complaint");
+
+    const auto row = [](const char *name, const QByteArray &script, const char *complaint) {
+        QTest::newRow(name) << script << QByteArray(complaint);
+    };
+    row("unknown command", "login\nstate\nstat\n", ":3: \"stat\" is no command; accepted are state, z,");
+    row("last line", "login\nstat", ":2: \"stat\" is no command");
+    row("two commands", "state z\n", ":1: \"z\" is one word too many: state is the whole command");
+    row("argument", "explain 4 0x402 5\n", ":1: \"5\" is one word too many: explain CODE [DETAIL]");
+    row("argument missing", "explain\n", ":1: explain needs CODE");
+    row("script in a script", "run other\n", ":1: run cannot stand here");
+    row("shell in a script", "shell\n", ":1: shell cannot stand here");
+    row("quit", "quit\n", ":1: quit cannot stand here");
+    row("open quote", "\nexplain '4\n", ":2: a quote is not closed");
+    row("open double quote", "explain \"4\n", ":1: a quote is not closed");
+    row("lone backslash", "state \\\n", ":1: a quote is not closed, the line ends with \\");
+    row("no comment in a word", "explain 4#\n", ":1: explain: \"4#\" is no CODE");
+    row("no comment in quotes", "explain '4 # '\n", ":1: explain: \"4 # \" is no CODE");
+    row("no comment behind an escaped blank", "explain 4\\ #5\n", ":1: explain: \"4 #5\" is no CODE");
+    row("zero byte", QByteArray("state\0\n", 7), ":1: a quote is not closed");
+    row("long line", "state\n" + QByteArray(4097, ' ') + "\n", ":2: the line is longer than 4096 bytes");
+    row("endless line", QByteArray(100'000, 'x'), ":1: the line is longer than 4096 bytes");
+}
+
+void TestVelnoctl::wrongScriptsSendNothing()
+{
+    QFETCH(const QByteArray, script);
+    QFETCH(const QByteArray, complaint);
+    const QTemporaryDir folder;
+    const QString file = fileWith(folder, script);
+    Device device;
+    device.meet();
+    Client client(target(device.port) + QStringList{u"state"_s, u"run"_s, file});
+    QCOMPARE(client.exitCode(), 64);
+    QVERIFY2(client.err.contains("velnoctl: " + file.toUtf8() + complaint), client.err.constData());
+    QCOMPARE(client.out, QByteArray());
+    QCOMPARE(device.contacts, 0);
+}
+
+void TestVelnoctl::scriptWordsAreThoseOfAShell_data()
+{
+    QTest::addColumn<QByteArray>("line");
+
+    QTest::newRow("plain") << QByteArray("explain 4 0x402");
+    QTest::newRow("tabs") << QByteArray("\texplain\t4\t0x402\t");
+    QTest::newRow("quotes") << QByteArray("'explain' \"4\" 0x'402'");
+    QTest::newRow("backslash") << QByteArray("expl\\ain 4 0x402");
+    QTest::newRow("comment") << QByteArray("explain 4 0x402 # a quote ' and \" more");
+    QTest::newRow("comment behind an escape") << QByteArray("explain 4 '0x'402\t#\\");
+    QTest::newRow("longest line") << "explain 4 0x402" + QByteArray(4096 - 15, ' ');
+}
+
+void TestVelnoctl::scriptWordsAreThoseOfAShell()
+{
+    QFETCH(const QByteArray, line);
+    const QTemporaryDir folder;
+    Client expected({u"explain"_s, u"4"_s, u"0x402"_s});
+    QCOMPARE(expected.exitCode(), 0);
+    Client client(target(4100) + QStringList{u"run"_s, fileWith(folder, line + '\n')});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, expected.out);
+    QVERIFY(!client.err.contains("waiting"));
+}
+
+void TestVelnoctl::inputIsRunLineByLine()
+{
+    Device device;
+    device.answers = {{1, yes}, {12, plain(true, 4)}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"run"_s, u"-"_s});
+    client.say("login\n");
+    QVERIFY(client.printed("logged in\n"));
+    client.say("# a comment\n\nz\n");
+    QVERIFY(client.printed("Z 4\n"));
+    client.say("explain 0"); // no line end
+    QCOMPARE(client.exitCode(), 0);
+    QVERIFY(client.out.contains("code 0, success"));
+    QCOMPARE(device.codes(), (QList{1, 12}));
+}
+
+void TestVelnoctl::inputStopsAtTheFirstFailure_data()
+{
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QByteArray>("complaint");
+
+    QTest::newRow("failure") << QByteArray("login\npaper\nz\n") << 9
+                             << QByteArray("standard input:2: paper: ");
+    QTest::newRow("unknown") << QByteArray("login\nstat\nz\n") << 64
+                             << QByteArray("standard input:2: \"stat\" is no command");
+    QTest::newRow("input in input") << QByteArray("login\nrun -\nz\n") << 64
+                                    << QByteArray("standard input:2: run - belongs on the command line");
+    QTest::newRow("long line") << "login\n" + QByteArray(5000, ' ') << 64
+                               << QByteArray("standard input:2: the line is longer than 4096 bytes");
+    QTest::newRow("quit") << QByteArray("login\nquit\nz\n") << 0 << QByteArray("UB1234567890 is connected");
+}
+
+void TestVelnoctl::inputStopsAtTheFirstFailure()
+{
+    QFETCH(const QByteArray, input);
+    QFETCH(const int, code);
+    QFETCH(const QByteArray, complaint);
+    Device device;
+    device.answers = {{1, yes}, {8, no}, {12, plain(true, 4)}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"run"_s, u"-"_s});
+    client.say(input);
+    QCOMPARE(client.exitCode(), code);
+    QVERIFY2(client.err.contains(complaint), client.err.constData());
+    QCOMPARE(client.out, "logged in\n");
+    QVERIFY(!device.codes().contains(12));
+}
+
+void TestVelnoctl::shellWithoutTerminalReadsAScript()
+{
+    Device device;
+    device.answers = {{8, no}, {12, plain(true, 4)}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"shell"_s});
+    client.say("z\npaper\nz\n");
+    QCOMPARE(client.exitCode(), 9);
+    QCOMPARE(client.out, "Z 4\n");
+    QVERIFY(!client.err.contains("velnoctl>"));
+}
+
+void TestVelnoctl::interruptedWhileWaiting_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("Ctrl-C") << SIGINT;
+    QTest::newRow("SIGTERM") << SIGTERM;
+}
+
+void TestVelnoctl::interruptedWhileWaiting()
+{
+    QFETCH(const int, signal);
+    Client client(target(TestSupport::freePort()) + QStringList{u"state"_s});
+    QVERIFY(client.told(waiting));
+    client.raise(signal);
+    QCOMPARE(client.exitCode(), 130);
+    QVERIFY2(client.err.contains("velnoctl: interrupted while waiting for the register\n"),
+             client.err.constData());
+}
+
+void TestVelnoctl::interruptedWhileARegisterIsSilent()
+{
+    Device device;
+    device.isMute = true;
+    device.meet();
+    Client client(target(device.port) + QStringList{u"z"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(device.codes(), QList{12}, longestWait);
+    client.raise(SIGINT);
+    QCOMPARE(client.exitCode(), 130);
+    QVERIFY2(client.err.contains("interrupted while a command was under way"), client.err.constData());
+}
+
+void TestVelnoctl::interruptedWhileIdleClosesTheConnection()
+{
+    Device device;
+    device.answers = {{1, yes}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"run"_s, u"-"_s, u"z"_s});
+    client.say("login\n");
+    QVERIFY(client.printed("logged in\n"));
+    client.raise(SIGTERM);
+    QVERIFY(client.told("interrupted; nothing was under way\n"));
+    QCOMPARE(client.exitCode(), 130);
+    QCOMPARE(device.codes(), QList{1}); // the z behind it was not run
+}
+
+void TestVelnoctl::resultsThatCannotBeWritten_data()
+{
+    QTest::addColumn<QString>("output");
+    QTest::newRow("full disk") << u"/dev/full"_s;
+}
+
+void TestVelnoctl::resultsThatCannotBeWritten()
+{
+    QFETCH(const QString, output);
+    Client client({u"explain"_s, u"0"_s, u"explain"_s, u"1"_s}, output);
+    QCOMPARE(client.exitCode(), 74);
+    QCOMPARE(client.err.count("the result cannot be written: "), 1);
+}
+
+void TestVelnoctl::usesThePublicFunctionsAlone()
+{
+    QProcess nm;
+    nm.start(QStringLiteral(VELNO_NM), {u"-D"_s, u"--undefined-only"_s, program()});
+    QVERIFY(nm.waitForFinished());
+    const QString wanted = QString::fromLatin1(nm.readAllStandardOutput());
+    QVERIFY(wanted.contains("velnoext_initialize"_L1));
+    static const QRegularExpression ofThisProject(u"\\b\\w*velno\\w*"_s,
+                                                  QRegularExpression::CaseInsensitiveOption);
+    for (auto all = ofThisProject.globalMatch(wanted); all.hasNext();) {
+        const QString name = all.next().captured();
+        QVERIFY2(name.startsWith("velnoext_"_L1) || name.startsWith("VELNOEXT_"_L1), qPrintable(name));
+    }
+}
+
+void TestVelnoctl::shellCompletesNames()
+{
+    Device device;
+    device.answers = {{15, plain(qint64(500))}, {0, plain(1, QVector<int>{})}};
+    device.meet();
+    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("sa\t\n"); // one name
+    QVERIFY(terminal.waitFor("sale limit 5.00 TL"));
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("lo\t\t"); // log, then a choice
+    QVERIFY(terminal.waitFor("login  logout"));
+    terminal.type("\x15help sta\t\n"); // Ctrl-U: another line; help's argument is a name, too
+    QVERIFY(terminal.waitFor("by number and name"));
+    terminal.type("nothing\t\x15state\n"); // completes to nothing
+    QVERIFY(terminal.waitFor("state 1 (idle)"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+}
+
+void TestVelnoctl::shellRemembersLines()
+{
+    Device device;
+    device.answers = {{12, plain(true, 4)}, {15, plain(qint64(500))}};
+    device.meet();
+    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("sale-limit\n");
+    QVERIFY(terminal.waitFor("5.00 TL"));
+    terminal.type("\x10\x10\n"); // Ctrl-P twice: the line before the last
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("\x1b[A\x1b[A\n"); // the arrow up twice: now the one before is sale-limit
+    QVERIFY(terminal.waitFor("5.00 TL"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    QCOMPARE(device.codes(), (QList{12, 15, 12, 15}));
+}
+
+void TestVelnoctl::shellGoesOnAfterFailures()
+{
+    const QTemporaryDir folder;
+    const QString file = fileWith(folder, "z\npaper\nz\n");
+    Device device;
+    device.answers = {{8, no}, {12, plain(true, 4)}};
+    device.meet();
+    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("stat\n");
+    QVERIFY(terminal.waitFor("\"stat\" is no command; accepted are"));
+    terminal.type("\n  \n# nothing\nhelp\n");
+    QVERIFY(terminal.waitFor("ends the shell"));
+    QVERIFY(!terminal.shown().contains("waiting"));
+    terminal.type("paper\n");
+    QVERIFY(terminal.waitFor("The printer has no paper. (code 9, no-paper)"));
+    terminal.type("run " + file.toUtf8() + '\n');
+    QVERIFY(terminal.waitFor("Z 4"));
+    QVERIFY(terminal.waitFor(":2: paper: The printer has no paper."));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    QCOMPARE(device.codes(), (QList{8, 12, 8}));
+}
+
+void TestVelnoctl::shellConnectsAgain()
+{
+    Device device;
+    device.answers = {{12, plain(true, 4)}}; // another command finds the connection closed
+    device.meet(2);
+    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("paper\n");
+    QVERIFY(terminal.waitFor("(code 2, connection-failed)"));
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("waiting for UB1234567890"));
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    QCOMPARE(device.contacts, 4); // paired once only
+}
+
+void TestVelnoctl::shellEnds_data()
+{
+    QTest::addColumn<QByteArray>("keys");
+    QTest::addColumn<int>("code");
+
+    QTest::newRow("quit") << QByteArray("quit\n") << 0;
+    QTest::newRow("Ctrl-D") << QByteArray("\x04") << 0;
+    QTest::newRow("Ctrl-C") << QByteArray("\x03") << 130;
+    QTest::newRow("Ctrl-C in a line") << QByteArray("sta\x03") << 130;
+}
+
+void TestVelnoctl::shellEnds()
+{
+    QFETCH(const QByteArray, keys);
+    QFETCH(const int, code);
+    Device device;
+    device.answers = {{12, plain(true, 4)}};
+    device.meet();
+    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("Z 4"));
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type(keys);
+    QCOMPARE(terminal.waitForExit(), code);
+    QVERIFY(terminal.isAsBefore());
+}
+
+void TestVelnoctl::shellIsInterruptedWhileARegisterIsSilent()
+{
+    Device device;
+    device.isMute = true;
+    device.meet();
+    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QTRY_COMPARE_WITH_TIMEOUT(device.codes(), QList{12}, longestWait);
+    terminal.type("\x03");
+    QCOMPARE(terminal.waitForExit(), 130);
+    QVERIFY(terminal.shown().contains("interrupted while a command was under way"));
+    QVERIFY(terminal.isAsBefore());
+}
+
+QTEST_GUILESS_MAIN(TestVelnoctl)
+#include "tst_velnoctl.moc"

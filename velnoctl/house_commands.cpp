@@ -1,0 +1,122 @@
+#include "velnoctl/house_commands.h"
+
+#include "velnoctl/arguments.h"
+#include "velnoctl/explanation.h"
+#include "velnoctl/line_editor.h"
+#include "velnoctl/line_reader.h"
+#include "velnoctl/session.h"
+
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace VelnoCtl {
+
+namespace {
+
+/** What has been said on the way already. */
+Answer told(int code)
+{
+    Answer answer;
+    answer.code = code;
+    answer.isTold = true;
+    return answer;
+}
+
+int wrongUsage(Session &session, const QString &problem)
+{
+    session.report().wrongUsage(problem);
+    return WrongUsage;
+}
+
+/** Parses and runs one line. @return 0, a code or an ExitStatus */
+int runLine(Session &session, const QByteArray &line, const QString &where)
+{
+    Parsed parsed;
+    {
+        const Interrupts::Call call(session.interrupts(), "reading a script");
+        parsed = parseLine(line, Shell, where);
+    }
+    return parsed.problem.isEmpty() ? session.run(parsed.steps) : wrongUsage(session, parsed.problem);
+}
+
+int inputEnded(Session &session, LineReader::Outcome outcome, const QString &where)
+{
+    switch (outcome) {
+    case LineReader::Interrupted:
+        return Interrupted;
+    case LineReader::TooLong:
+        return wrongUsage(session,
+                          u"%1: the line is longer than %2 bytes"_s.arg(where).arg(LineReader::longestLine));
+    case LineReader::Unreadable:
+        return wrongUsage(session, u"%1: %2"_s.arg(where, QString::fromLocal8Bit(std::strerror(errno))));
+    default:
+        return 0;
+    }
+}
+
+} // namespace
+
+Answer explain(Session &, const QStringList &arguments)
+{
+    const int code = numberFrom(arguments.first()).value_or(0);
+    const int detail = arguments.size() > 1 ? numberFrom(arguments.at(1)).value_or(0) : 0;
+    const Explanation explanation(code, detail);
+    Answer answer;
+    answer.text = explanation.forPeople();
+    answer.values.insert(u"explained"_s, explanation.asJson());
+    return answer;
+}
+
+Answer help(Session &session, const QStringList &arguments)
+{
+    Answer answer;
+    if (arguments.isEmpty()) {
+        answer.text = session.isInteractive() ? commandsHelp(Shell) : helpText();
+    } else {
+        const Command *const command = commandNamed(arguments.first());
+        answer.text = commandUsage(*command) + u"\n  "_s + QLatin1StringView(command->help);
+    }
+    answer.text = answer.text.trimmed();
+    answer.values.insert(u"text"_s, answer.text);
+    return answer;
+}
+
+Answer quit(Session &session, const QStringList &)
+{
+    session.quit();
+    return told(0);
+}
+
+Answer runInput(Session &session, const QStringList &)
+{
+    LineReader reader(STDIN_FILENO, session.interrupts().descriptor());
+    for (QByteArray line;;) {
+        const LineReader::Outcome outcome = reader.next(&line);
+        const QString where = u"standard input:%1"_s.arg(reader.lineNumber());
+        if (outcome != LineReader::Line)
+            return told(inputEnded(session, outcome, where));
+        const int code = runLine(session, line, where);
+        if (code != 0 || session.hasQuit())
+            return told(code);
+    }
+}
+
+Answer shell(Session &session, const QStringList &)
+{
+    if (isatty(STDIN_FILENO) == 0)
+        return runInput(session, {});
+    session.setInteractive();
+    LineEditor editor(session.interrupts().descriptor(), commandNames(Shell));
+    QByteArray line;
+    while (!session.hasQuit() && editor.readLine(&line)) {
+        const int code = runLine(session, line, {});
+        if (code == Interrupted || code == OutputLost)
+            return told(code);
+    }
+    return told(session.interrupts().requested() ? int(Interrupted) : 0);
+}
+
+} // namespace VelnoCtl

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <histedit.h>
+
+#include <memory>
+
+namespace VelnoCtl {
+
+/**
+ * Reads lines from a terminal on standard input: with a prompt, editing, a history of this session, and Tab
+ * for the names given. Everything it shows goes to standard error. ~/.editrc is respected.
+ */
+class LineEditor
+{
+public:
+    /** @param stop  a descriptor that, once readable, ends readLine() */
+    LineEditor(int stop, const QStringList &names);
+    Q_DISABLE_COPY_MOVE(LineEditor)
+    ~LineEditor();
+
+    /** The next line without its end. @return false at its end (Ctrl-D), or when told to stop */
+    bool readLine(QByteArray *line);
+
+private:
+    static LineEditor &of(EditLine *editLine);
+    static int readCharacter(EditLine *editLine, wchar_t *character);
+    static unsigned char complete(EditLine *editLine, int);
+
+    /** Of the names, those that begin so. */
+    QStringList candidates(const QString &beginning) const;
+
+    struct End
+    {
+        void operator()(EditLine *editLine) const noexcept { el_end(editLine); }
+        void operator()(History *history) const noexcept { history_end(history); }
+    };
+
+    int m_stop;
+    QStringList m_names;
+    std::unique_ptr<History, End> m_history;
+    std::unique_ptr<EditLine, End> m_editLine;
+};
+
+} // namespace VelnoCtl

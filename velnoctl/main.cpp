@@ -1,0 +1,50 @@
+#include "velnoctl/session.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace VelnoCtl;
+
+namespace {
+
+/** What is wrong with the command line as a whole. */
+QString problemOf(const Options &options, const Parsed &parsed)
+{
+    if (!parsed.problem.isEmpty())
+        return parsed.problem;
+    if (options.words.isEmpty())
+        return u"no command is given; accepted are %1"_s.arg(commandNames(CommandLine).join(", "_L1));
+    const bool isLocal = std::ranges::all_of(
+        parsed.steps, [](const Step &step) { return step.command->needs == Needs::Nothing; });
+    return isLocal ? QString() : missingTarget(options);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Interrupts interrupts; // before any thread
+    QCoreApplication application(argc, argv);
+    Options options;
+    const QString wrong = parseOptions(QCoreApplication::arguments(), &options);
+    Report report(options.isJson);
+    Session session(options, report, interrupts);
+
+    Parsed parsed{{}, wrong};
+    if (options.isHelp)
+        options.words = QStringList{u"help"_s};
+    if (wrong.isEmpty()) {
+        const Interrupts::Call call(interrupts, "reading a script");
+        parsed = parseWords(options.words, CommandLine);
+    }
+    if (const QString problem = problemOf(options, parsed); !problem.isEmpty()) {
+        report.wrongUsage(problem);
+        return WrongUsage;
+    }
+    const int status = session.run(parsed.steps);
+    if (status == Interrupted)
+        complain(u"interrupted; nothing was under way"_s);
+    return status;
+}

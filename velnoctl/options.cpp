@@ -1,0 +1,201 @@
+#include "velnoctl/options.h"
+
+#include "velnoctl/commands.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
+#include <arpa/inet.h>
+
+using namespace Qt::StringLiterals;
+
+namespace VelnoCtl {
+
+namespace {
+
+constexpr char relayAddress[] = "255.255.255.255"; // as velnoext_initialize() takes it
+constexpr qsizetype serialSize = 12;
+
+struct OptionRow
+{
+    const char *name;
+    const char *value; ///< empty for a switch
+    const char *help;
+    const char *accepted;
+    bool (*take)(const QString &value, Options &options);
+};
+
+bool takeNumber(const QString &text, quint32 least, quint32 *number)
+{
+    static const QRegularExpression digits(u"\\A[0-9]{1,10}\\z"_s);
+    bool isNumber = false;
+    const quint32 value = text.toUInt(&isNumber);
+    if (!isNumber || !digits.match(text).hasMatch() || value < least)
+        return false;
+    *number = value;
+    return true;
+}
+
+bool takeSerial(const QString &text, Options &options)
+{
+    static const QRegularExpression rule(u"\\A[!-~]+\\z"_s);
+    options.serial = text.toLatin1();
+    return text.size() == serialSize && rule.match(text).hasMatch();
+}
+
+bool isAddress(const QByteArray &text, int family)
+{
+    in6_addr room;
+    return inet_pton(family, text.constData(), &room) == 1;
+}
+
+bool takeListen(const QString &text, Options &options)
+{
+    static const QRegularExpression rule(u"\\A(?:\\[([0-9A-Fa-f:.]+)\\]|([0-9.]+)):([0-9]{1,5})\\z"_s);
+    const QRegularExpressionMatch match = rule.match(text);
+    const QByteArray bracketed = match.captured(1).toLatin1();
+    const QByteArray plain = match.captured(2).toLatin1();
+    const uint port = match.captured(3).toUInt();
+    if (!match.hasMatch() || port < 1 || port > 65535 || plain == relayAddress)
+        return false;
+    options.address = bracketed.isEmpty() ? plain : bracketed;
+    options.port = quint16(port);
+    return bracketed.isEmpty() ? isAddress(plain, AF_INET) : isAddress(bracketed, AF_INET6);
+}
+
+bool takeApp(const QString &text, Options &options)
+{
+    return takeNumber(text, 1, &options.app);
+}
+
+bool takeTimeout(const QString &text, Options &options)
+{
+    return takeNumber(text, 0, &options.timeout);
+}
+
+bool takeRelay(const QString &, Options &options)
+{
+    const bool isAlone = options.address.isEmpty();
+    options.address = relayAddress;
+    return options.isRelay = isAlone;
+}
+
+bool takeJson(const QString &, Options &options)
+{
+    return options.isJson = true;
+}
+
+bool takeHelp(const QString &, Options &options)
+{
+    return options.isHelp = true;
+}
+
+// In the order of the help, which sets them in two columns.
+constexpr std::array rows{
+    OptionRow{"serial", "NO", "the register's 12 characters", "exactly 12 characters without a blank",
+              takeSerial},
+    OptionRow{"listen", "ADDR:PORT", "where the register connects",
+              "a local IP address and a port of 1 to 65535, 0.0.0.0:4100 or [::]:4100", takeListen},
+    OptionRow{"app", "N", "number of the application", "1 to 4294967295", takeApp},
+    OptionRow{"relay", "", "meet it at the relay server", "one of --listen and --relay", takeRelay},
+    OptionRow{"timeout", "MS", "default 30000", "0 to 4294967295 ms, where 4294967295 means no limit",
+              takeTimeout},
+    OptionRow{"json", "", "results as one object a line", "", takeJson},
+};
+constexpr OptionRow helpRow{"help", "", "this text", "", takeHelp};
+
+constexpr int optionColumn = 15;
+constexpr int halfWidth = 46;
+
+QString optionHelp()
+{
+    QString text;
+    bool isLeft = true;
+    for (const OptionRow &row : rows) {
+        const QString usage =
+            QString(u"--"_s + QLatin1StringView(row.name) + u' ' + QLatin1StringView(row.value))
+                .leftJustified(isLeft ? optionColumn : optionColumn + 5);
+        const QString cell = u"  "_s + usage + QLatin1StringView(row.help);
+        text += isLeft ? cell.leftJustified(halfWidth) : cell + u'\n';
+        isLeft = !isLeft;
+    }
+    return text;
+}
+
+QCommandLineOption asParserOption(const OptionRow &row)
+{
+    return {QString(QLatin1StringView(row.name)), {}, QString(QLatin1StringView(row.value))};
+}
+
+/** @return what was wrong with this option */
+QString takeOption(const QCommandLineParser &parser, const OptionRow &row, Options &options)
+{
+    const QString name(QLatin1StringView(row.name));
+    if (!parser.isSet(name))
+        return {};
+    const QString value = row.value[0] == '\0' ? QString() : parser.value(name);
+    if (row.take(value, options))
+        return {};
+    const QLatin1StringView accepted(row.accepted);
+    return value.isNull() ? u"--%1: accepted is %2"_s.arg(name, accepted)
+                          : u"--%1 \"%2\": accepted is %3"_s.arg(name, value, accepted);
+}
+
+} // namespace
+
+QString Options::place() const
+{
+    if (isRelay)
+        return u"the relay"_s;
+    const QString host = QString::fromLatin1(address);
+    return (address.contains(':') ? u"[%1]:%2"_s : u"%1:%2"_s).arg(host).arg(port);
+}
+
+QString parseOptions(const QStringList &arguments, Options *options)
+{
+    QCommandLineParser parser;
+    // A word behind the first command is that command's, also one that begins with a minus.
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    for (const OptionRow &row : rows)
+        parser.addOption(asParserOption(row));
+    parser.addOption(QCommandLineOption(QStringList{u"h"_s, u"help"_s}));
+    if (!parser.parse(arguments))
+        return parser.errorText();
+    takeOption(parser, helpRow, *options);
+    for (const OptionRow &row : rows) {
+        const QString wrong = takeOption(parser, row, *options);
+        if (!wrong.isEmpty())
+            return wrong;
+    }
+    options->words = parser.positionalArguments();
+    return {};
+}
+
+QString missingTarget(const Options &options)
+{
+    const auto missing = [](const char *name) {
+        const auto *const row = std::ranges::find(
+            rows, QLatin1StringView(name), [](const OptionRow &r) { return QLatin1StringView(r.name); });
+        return u"--%1 is missing; accepted is %2"_s.arg(QLatin1StringView(name),
+                                                        QLatin1StringView(row->accepted));
+    };
+    if (options.serial.isEmpty())
+        return missing("serial");
+    if (options.address.isEmpty())
+        return u"neither --listen nor --relay is given; accepted is one of them"_s;
+    return options.app == 0 ? missing("app") : QString();
+}
+
+QString helpText()
+{
+    return u"Usage: velnoctl [OPTION]... COMMAND...\n"
+           "Drives a cash register through velnoext.h. Several commands run in order over one\n"
+           "connection, up to the first that fails.\n\n"_s +
+           commandsHelp(CommandLine) + u'\n' + optionHelp() +
+           u"\nExit status: 0 done, 1-13 the library's result code (see explain), 64 wrong usage,\n"
+           "74 a result could not be written, 130 Ctrl-C or SIGTERM: the connection is closed\n"
+           "first, unless the library is at work or waiting.\n"
+           "Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n"_s;
+}
+
+} // namespace VelnoCtl

@@ -1,0 +1,147 @@
+#include "velnoctl/parse.h"
+
+#include "velnoctl/arguments.h"
+#include "velnoctl/line_reader.h"
+#include "velnoctl/words.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace VelnoCtl {
+
+namespace {
+
+constexpr qsizetype mostSteps = 100'000; // of one file
+
+Parsed problem(const QString &text)
+{
+    return {{}, text};
+}
+
+QStringList kindsOf(const Command &command)
+{
+    return QString(QLatin1StringView(command.arguments)).split(u' ', Qt::SkipEmptyParts);
+}
+
+QString unknownCommand(const QString &word, Place place)
+{
+    if (word.startsWith("--"_L1) && place == CommandLine)
+        return u"\"%1\": options stand in front of the first command"_s.arg(word);
+    return u"\"%1\" is no command; accepted are %2"_s.arg(word, commandNames(place).join(", "_L1));
+}
+
+/** Whether the next word belongs to an optional argument of this kind, not to the command behind it. */
+bool isGiven(const QString &kind, const QStringList &words, Place place)
+{
+    if (words.isEmpty())
+        return false;
+    return place != CommandLine || kind == "COMMAND"_L1 || !commandNamed(words.first());
+}
+
+/** Moves a command's words from the front of `words` into `step`. @return what was wrong */
+QString takeArguments(QStringList &words, Place place, Step &step)
+{
+    const QLatin1StringView name(step.command->name);
+    for (QString kindName : kindsOf(*step.command)) {
+        const bool isOptional = kindName.startsWith(u'[');
+        kindName.remove(u'[').remove(u']');
+        if (isOptional && !isGiven(kindName, words, place))
+            return {};
+        const ArgumentKind &kind = argumentKind(kindName);
+        const QLatin1StringView accepted(kind.accepted);
+        if (words.isEmpty())
+            return u"%1 needs %2: %3"_s.arg(name, kindName, accepted);
+        if (!kind.matches(words.first()))
+            return u"%1: \"%2\" is no %3; accepted is %4"_s.arg(name, words.first(), kindName, accepted);
+        step.arguments << words.takeFirst();
+    }
+    return {};
+}
+
+/** Every line of the file, none of them run. */
+Parsed loadScript(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return problem(u"%1: %2"_s.arg(path, file.errorString()));
+    LineReader reader(file.handle());
+    Parsed script;
+    QByteArray line;
+    LineReader::Outcome outcome{};
+    while ((outcome = reader.next(&line)) == LineReader::Line) {
+        const QString where = u"%1:%2"_s.arg(path).arg(reader.lineNumber());
+        const Parsed parsed = parseLine(line, Script, where);
+        if (!parsed.problem.isEmpty())
+            return parsed;
+        script.steps << parsed.steps;
+        if (script.steps.size() > mostSteps)
+            return problem(u"%1: more than %2 commands"_s.arg(where).arg(mostSteps));
+    }
+    if (outcome == LineReader::End)
+        return script;
+    return problem(u"%1:%2: %3"_s.arg(path)
+                       .arg(reader.lineNumber())
+                       .arg(outcome == LineReader::TooLong
+                                ? u"the line is longer than %1 bytes"_s.arg(LineReader::longestLine)
+                                : QString::fromLocal8Bit(std::strerror(errno))));
+}
+
+/** The command in front of `words` and its arguments, taken away from them. */
+Parsed takeCommand(QStringList &words, Place place)
+{
+    const QString name = words.takeFirst();
+    Step step{commandNamed(name), {}, {}};
+    if (!step.command)
+        return problem(unknownCommand(name, place));
+    if (!(step.command->places & place))
+        return problem(
+            u"%1 cannot stand here; accepted are %2"_s.arg(name, commandNames(place).join(", "_L1)));
+    if (const QString wrong = takeArguments(words, place, step); !wrong.isEmpty())
+        return problem(wrong);
+    if (name == "run"_L1 && step.arguments.first() != "-"_L1)
+        return loadScript(step.arguments.first());
+    if (name == "run"_L1 && place != CommandLine)
+        return problem(u"run - belongs on the command line: commands are read from there already"_s);
+    return {{step}, {}};
+}
+
+} // namespace
+
+Parsed parseWords(const QStringList &words, Place place)
+{
+    Parsed parsed;
+    QStringList rest = words;
+    while (!rest.isEmpty()) {
+        const Parsed next = takeCommand(rest, place);
+        if (!next.problem.isEmpty())
+            return next;
+        parsed.steps << next.steps;
+        if (!rest.isEmpty() && place != CommandLine)
+            return problem(u"\"%1\" is one word too many: %2 is the whole command"_s.arg(
+                rest.first(), commandUsage(*commandNamed(words.first()))));
+    }
+    return parsed;
+}
+
+Parsed parseLine(const QByteArray &line, Place place, const QString &where)
+{
+    QStringList words;
+    Parsed parsed = splitWords(line, &words)
+                        ? parseWords(words, place)
+                        : problem(u"a quote is not closed, the line ends with \\, or it holds a zero byte"_s);
+    if (where.isEmpty())
+        return parsed;
+    if (!parsed.problem.isEmpty())
+        parsed.problem.prepend(where + ": "_L1);
+    for (Step &step : parsed.steps) {
+        if (step.where.isEmpty())
+            step.where = where;
+    }
+    return parsed;
+}
+
+} // namespace VelnoCtl

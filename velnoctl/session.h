@@ -1,0 +1,41 @@
+#pragma once
+
+#include "velnoctl/parse.h"
+#include "velnoctl/register.h"
+#include "velnoctl/report.h"
+
+namespace VelnoCtl {
+
+/** One run of the program: the register, where results go, and what runs steps. */
+class Session
+{
+public:
+    Session(const Options &options, Report &report, Interrupts &interrupts);
+
+    /** Runs steps in order up to the first failure or quit. @return its code or ExitStatus, otherwise 0 */
+    int run(const QList<Step> &steps);
+
+    /** Nothing is run any more. */
+    void quit() { m_hasQuit = true; }
+    bool hasQuit() const { return m_hasQuit; }
+
+    /** A person at a terminal gives the commands. */
+    void setInteractive() { m_isInteractive = true; }
+    bool isInteractive() const { return m_isInteractive; }
+
+    Register &device() { return m_register; }
+    Report &report() { return m_report; }
+    Interrupts &interrupts() { return m_interrupts; }
+
+private:
+    int run(const Step &step);
+
+    const Options &m_options;
+    Report &m_report;
+    Interrupts &m_interrupts;
+    Register m_register;
+    bool m_hasQuit = false;
+    bool m_isInteractive = false;
+};
+
+} // namespace VelnoCtl
