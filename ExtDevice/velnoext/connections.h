@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ExtDevice/velnoext/library_state.h"
+#include "ExtDevice/velnoext/thread_handover.h"
 
 #include <QMetaObject>
 #include <QThread>
@@ -26,8 +27,15 @@ Value onConnectionThread(Function function, Value otherwise)
     if (QThread::currentThread() == worker->thread())
         return function();
     Value result = otherwise;
-    const bool invoked = QMetaObject::invokeMethod(
-        worker, [&] { result = function(); }, Qt::BlockingQueuedConnection);
+    const auto work = [&] {
+        takeFrom(&library());
+        result = function();
+        giveTo(&library());
+    };
+    giveTo(&library());
+    const bool invoked =
+        QMetaObject::invokeMethod(worker, HandedOver<decltype(work)>{&work}, Qt::BlockingQueuedConnection);
+    takeFrom(&library());
     return invoked ? result : otherwise;
 }
 
