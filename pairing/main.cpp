@@ -9,7 +9,8 @@
 
 namespace {
 
-/** Repeats on standard error what the status line shows, each text once it has been painted: for scripts. */
+/** Repeats on standard error what the status line shows, for scripts: each text once it has been painted, or
+ * when the next one replaces it before that. */
 class StatusTrace : public QObject
 {
 public:
@@ -22,7 +23,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         const QString text = static_cast<QLabel *>(watched)->text();
-        if (event->type() == QEvent::Paint && text != m_last) {
+        // A workflow's text arrives as a MetaCall; the text before it still stands then.
+        if ((event->type() == QEvent::Paint || event->type() == QEvent::MetaCall) && text != m_last) {
             std::fprintf(stderr, "status: %s\n", text.toUtf8().constData());
             m_last = text;
         }
