@@ -1,11 +1,9 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/velnoext/library_state.h"
-#include "ExtDevice/velnoext/velnoext.h"
-#include "tests/hand_made_device.h"
+#include "tests/library_test.h"
 #include "tests/status_record.h"
 #include "tests/window_under_test.h"
 
-#include <QDataStream>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTcpServer>
@@ -19,11 +17,12 @@ using namespace Velno::GMP;
 using TestSupport::Fields;
 using TestSupport::HandMadeDevice;
 using TestSupport::HandMadeRegister;
+using TestSupport::plain;
 using TestSupport::Request;
+using TestSupport::serial;
 
 namespace {
 
-constexpr char serial[] = "UB1234567890";
 constexpr int longPause = 600'000; // ms: nobody sees its end
 constexpr int longWait = 30'000;   // ms, for the time-outs of the workflow and a machine under load
 // Set in the process of closingLeavesASilentRegister() that is to end.
@@ -31,16 +30,6 @@ constexpr const char *insideVariable = "VELNO_TEST_SILENT_REGISTER";
 constexpr int insideStatus = 42;
 
 using Runs = QList<QByteArray>;
-
-template <typename... Items>
-QByteArray plain(const Items &...items)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_6);
-    (stream << ... << items);
-    return bytes;
-}
 
 /** The frame with a MAC of which one bit is another. */
 QByteArray withWrongMac(QByteArray frame)
