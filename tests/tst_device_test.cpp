@@ -1,5 +1,6 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/velnoext/library_state.h"
+#include "tests/device_test_texts.h"
 #include "tests/library_test.h"
 #include "tests/status_record.h"
 #include "tests/window_under_test.h"
@@ -14,12 +15,7 @@
 using namespace Qt::StringLiterals;
 using namespace Velno::Ext;
 using namespace Velno::GMP;
-using TestSupport::Fields;
-using TestSupport::HandMadeDevice;
-using TestSupport::HandMadeRegister;
-using TestSupport::plain;
-using TestSupport::Request;
-using TestSupport::serial;
+using namespace TestSupport;
 
 namespace {
 
@@ -110,12 +106,6 @@ struct Bench
     StatusRecord record;
 };
 
-const QStringList connecting{u"Cihaza bağlanılıyor..."_s};
-const QStringList connected = connecting + QStringList{u"Cihaza bağlanıldı."_s};
-const QStringList knowsState = connected + QStringList{u"Cihaz durumu: 7"_s};
-const QStringList knowsZ = knowsState + QStringList{u"Z no: 124"_s};
-const QStringList complete = knowsZ + QStringList{u"Yazıcıda kağıt var."_s, u"Cihaz testi tamamlandı."_s};
-
 bool libraryIsClosed()
 {
     char buffer[13] = {};
@@ -143,7 +133,6 @@ private slots:
     void failedConnectionEndsTheTest_data();
     void failedConnectionEndsTheTest();
     void takenPortEndsTheTest();
-    void nobodyConnects();
     void unknownRegisterIsPairedFirst();
     void refusedPairingEndsTheTest();
     void tsmTakesTheRelay();
@@ -191,11 +180,10 @@ void TestDeviceTest::everyStepIsTold_data()
     QTest::addColumn<int>("z");
     QTest::addColumn<QStringList>("texts");
 
-    const QStringList noPaper = knowsZ + QStringList{u"Yazıcıda kağıt yok."_s} + complete.last(2);
     QStringList largeZ = complete;
     largeZ.replace(3, u"Z no: 4294967295"_s);
     QTest::newRow("paper") << true << 124 << complete;
-    QTest::newRow("no paper, then the same") << false << 124 << noPaper;
+    QTest::newRow("no paper, then the same") << false << 124 << completeWithoutPaper;
     QTest::newRow("the Z number has no sign") << true << -1 << largeZ;
 }
 
@@ -228,10 +216,9 @@ void TestDeviceTest::failedQueryEndsTheTest_data()
         QStringList before;
         QString failure;
     };
-    const QList<Query> queries{
-        {"state", VelnoExtMessage_EcrState, connected, u"Cihaz durumu sorgulanamadı: %1"_s},
-        {"Z number", VelnoExtMessage_CurrentZ, knowsState, u"Z no sorgulanamadı: %1"_s},
-        {"paper", VelnoExtMessage_CheckPrinterPaper, knowsZ, u"Kağıt durumu sorgulanamadı: %1"_s}};
+    const QList<Query> queries{{"state", VelnoExtMessage_EcrState, connected, stateFailed},
+                               {"Z number", VelnoExtMessage_CurrentZ, knowsState, zFailed},
+                               {"paper", VelnoExtMessage_CheckPrinterPaper, knowsZ, paperFailed}};
     const auto row = [](const Query &query, const char *what, int code,
                         std::function<Runs(Device &)> answer) {
         QTest::addRow("%s, %s", query.name, what)
@@ -291,7 +278,7 @@ void TestDeviceTest::failedConnectionEndsTheTest()
     bench.window.chooseAddress(address);
     bench.window.test();
     QVERIFY(bench.ended());
-    QCOMPARE(bench.record.texts(), connecting + QStringList{u"Bağlantı hatası: %1"_s.arg(code)});
+    QCOMPARE(bench.record.texts(), connecting + QStringList{connectionFailed.arg(code)});
     QVERIFY(libraryIsClosed());
 }
 
@@ -302,16 +289,7 @@ void TestDeviceTest::takenPortEndsTheTest()
     QVERIFY(holder.listen(QHostAddress::LocalHost, bench.window.port()));
     bench.window.test();
     QVERIFY(bench.ended());
-    QCOMPARE(bench.record.texts(), connecting + QStringList{u"Bağlantı hatası: 2"_s});
-    QVERIFY(libraryIsClosed());
-}
-
-void TestDeviceTest::nobodyConnects()
-{
-    Bench bench(m_application);
-    bench.window.test(); // takes the 10 s that a register has
-    QVERIFY(bench.ended());
-    QCOMPARE(bench.record.texts(), connecting + QStringList{u"Bağlantı hatası: 2"_s});
+    QCOMPARE(bench.record.texts(), connecting + QStringList{connectionFailed.arg(2)});
     QVERIFY(libraryIsClosed());
 }
 
@@ -338,7 +316,7 @@ void TestDeviceTest::refusedPairingEndsTheTest()
     });
     bench.window.test();
     QVERIFY(bench.ended());
-    QCOMPARE(bench.record.texts(), connecting + QStringList{u"Bağlantı hatası: 10"_s});
+    QCOMPARE(bench.record.texts(), connecting + QStringList{connectionFailed.arg(10)});
     QVERIFY(libraryIsClosed());
 }
 
