@@ -13,7 +13,7 @@ QString stateName(int state)
     switch (state) {
     case VelnoEcrState_Idle:
         return u"idle"_s;
-    case VelnoEcrState_ReportsError:
+    case VelnoEcrState_SaleOpen:
         return u"sale open"_s;
     case VelnoEcrState_IdleOtherScreen:
         return u"idle, another screen"_s;
