@@ -1,0 +1,318 @@
+#include "simulator/fiscal/journal.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QUuid>
+#include <QVariant>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Simulator {
+
+namespace {
+
+constexpr int applicationId = 0x564C4E4F; // "VLNO" in the file's header
+constexpr int layoutVersion = 1;
+
+enum Status { Open = 0, Closed = 1, Cancelled = 2 };
+
+const QStringList &layout()
+{
+    static const QStringList statements{
+        u"CREATE TABLE counters (name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID"_s,
+        u"CREATE TABLE receipts (z INTEGER, number INTEGER, status INTEGER NOT NULL, opened INTEGER NOT NULL,"
+        " closed INTEGER, with_invoice INTEGER NOT NULL, total INTEGER, tax INTEGER, cash INTEGER,"
+        " card INTEGER, change INTEGER, items INTEGER, contribution INTEGER, patient INTEGER,"
+        " invoice_type INTEGER, invoice_reference TEXT, customer TEXT, delivers INTEGER,"
+        " PRIMARY KEY (z, number)) WITHOUT ROWID"_s,
+        u"CREATE TABLE lines (z INTEGER, number INTEGER, line INTEGER, name TEXT, price INTEGER,"
+        " quantity INTEGER, type INTEGER, section INTEGER, tax_rate INTEGER, gross INTEGER,"
+        " percentage INTEGER, adjustment INTEGER, deleted INTEGER,"
+        " PRIMARY KEY (z, number, line)) WITHOUT ROWID"_s,
+        u"CREATE TABLE payments (z INTEGER, number INTEGER, payment INTEGER, card INTEGER, amount INTEGER,"
+        " acquirer INTEGER, PRIMARY KEY (z, number, payment)) WITHOUT ROWID"_s,
+        u"CREATE TABLE taxes (z INTEGER, number INTEGER, rate INTEGER, total INTEGER, tax INTEGER,"
+        " PRIMARY KEY (z, number, rate)) WITHOUT ROWID"_s,
+        u"CREATE TABLE z_reports (z INTEGER PRIMARY KEY, time INTEGER, receipts INTEGER, invoices INTEGER,"
+        " cancelled INTEGER, total INTEGER, tax INTEGER, cash INTEGER, card INTEGER, contributions INTEGER,"
+        " grand_total INTEGER)"_s,
+        u"PRAGMA application_id = %1"_s.arg(applicationId),
+        u"PRAGMA user_version = %1"_s.arg(layoutVersion),
+    };
+    return statements;
+}
+
+bool run(QSqlQuery &query, const QVariantList &values = {})
+{
+    for (int i = 0; i < values.size(); ++i)
+        query.bindValue(i, values.at(i));
+    return query.exec();
+}
+
+/** The one number that a question has for an answer; nothing when the database cannot be read. */
+std::optional<qint64> number(const QSqlDatabase &database, const QString &question)
+{
+    QSqlQuery query(database);
+    if (!query.exec(question) || !query.next())
+        return std::nullopt;
+    return query.value(0).toLongLong();
+}
+
+} // namespace
+
+/** Prepared once: a sale on record takes a dozen of them. */
+struct Journal::Statements
+{
+    explicit Statements(const QSqlDatabase &opened)
+        : database(opened)
+    {
+    }
+
+    QSqlQuery prepared(const QString &text) const
+    {
+        QSqlQuery query(database);
+        query.setForwardOnly(true);
+        query.prepare(text);
+        return query;
+    }
+
+    QSqlDatabase database;
+    QSqlQuery counter = prepared(u"REPLACE INTO counters VALUES (?, ?)"_s);
+    QSqlQuery nextNumber = prepared(u"SELECT coalesce(max(number), 0) + 1 FROM receipts WHERE z = ?"_s);
+    QSqlQuery begin = prepared(u"INSERT INTO receipts (z, number, status, opened, with_invoice)"
+                               " VALUES (?, ?, 0, ?, ?)"_s);
+    QSqlQuery close = prepared(
+        u"UPDATE receipts SET status = 1, closed = ?, total = ?, tax = ?, cash = ?, card = ?, change = ?,"
+        " items = ?, contribution = ?, patient = ?, invoice_type = ?, invoice_reference = ?, customer = ?,"
+        " delivers = ? WHERE z = ? AND number = ? AND status = 0"_s);
+    QSqlQuery cancel =
+        prepared(u"UPDATE receipts SET status = 2, closed = ? WHERE z = ? AND number = ? AND status = 0"_s);
+    QSqlQuery line = prepared(u"INSERT INTO lines VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s);
+    QSqlQuery payment = prepared(u"INSERT INTO payments VALUES (?, ?, ?, ?, ?, ?)"_s);
+    QSqlQuery tax = prepared(u"INSERT INTO taxes VALUES (?, ?, ?, ?, ?)"_s);
+    QSqlQuery report = prepared(u"INSERT INTO z_reports VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s);
+    QSqlQuery find = prepared(u"SELECT total, tax, cash, card, change, items FROM receipts"
+                              " WHERE z = ? AND number = ? AND status = 1"_s);
+};
+
+Journal::Journal()
+    : m_connection(QUuid::createUuid().toString())
+{
+}
+
+Journal::~Journal()
+{
+    m_statements.reset();
+    m_database = {};
+    QSqlDatabase::removeDatabase(m_connection);
+}
+
+QString Journal::open(const QString &file, qint32 firstZ)
+{
+    if (const QString problem = connect(file); !problem.isEmpty())
+        return u"the journal %1 cannot be used: %2"_s.arg(file, problem);
+    m_statements = std::make_unique<Statements>(m_database);
+    // A sale that was open when the program ended is nobody's any more.
+    if (!readCounters(firstZ) ||
+        !execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s}))
+        return u"the journal %1 cannot be used: %2"_s.arg(file, m_database.lastError().text());
+    return {};
+}
+
+/** Returns what was wrong, or nothing. */
+QString Journal::connect(const QString &file)
+{
+    m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
+    m_database.setDatabaseName(file.isEmpty() ? u":memory:"_s : file);
+    m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=0"_s);
+    if (!m_database.open())
+        return m_database.lastError().text();
+    // In this mode what a transaction wrote survives the program's end without waiting for the disk.
+    QSqlQuery query(m_database);
+    for (const QString &mode : {u"PRAGMA locking_mode = EXCLUSIVE"_s, u"PRAGMA journal_mode = WAL"_s,
+                                u"PRAGMA synchronous = NORMAL"_s, u"BEGIN EXCLUSIVE"_s, u"COMMIT"_s})
+        if (!query.exec(mode))
+            return query.lastError().text();
+    query.finish();
+    const auto id = number(m_database, u"PRAGMA application_id"_s);
+    const auto version = number(m_database, u"PRAGMA user_version"_s);
+    const auto tables = number(m_database, u"SELECT count(*) FROM sqlite_master"_s);
+    if (id == applicationId && version == layoutVersion)
+        return {};
+    if (id != 0 || tables != 0)
+        return u"it is no journal of this program"_s;
+    return execute(layout()) ? QString() : m_database.lastError().text();
+}
+
+/** All or nothing. */
+bool Journal::execute(const QStringList &statements)
+{
+    return inTransaction([&] {
+        QSqlQuery query(m_database);
+        return std::ranges::all_of(statements, [&query](const QString &text) { return query.exec(text); });
+    });
+}
+
+template <typename Change>
+bool Journal::inTransaction(Change change)
+{
+    if (!m_database.transaction())
+        return false;
+    if (change() && m_database.commit())
+        return true;
+    m_database.rollback();
+    return false;
+}
+
+bool Journal::readCounters(qint32 firstZ)
+{
+    const auto counter = [this](const char *name, qint64 otherwise) {
+        return number(m_database, u"SELECT coalesce((SELECT value FROM counters WHERE name = '%1'), %2)"_s
+                                      .arg(QLatin1StringView(name))
+                                      .arg(otherwise));
+    };
+    const auto z = counter("z", firstZ);
+    const auto lastZ = counter("last_z", 0);
+    const auto grandTotal = counter("grand_total", 0);
+    if (!z || !lastZ || !grandTotal)
+        return false;
+    m_lastZ = *lastZ;
+    m_grandTotal = *grandTotal;
+    return setZ(qint32(*z));
+}
+
+bool Journal::writeCounter(const char *name, qint64 value)
+{
+    return run(m_statements->counter, {QString::fromLatin1(name), value});
+}
+
+bool Journal::setZ(qint32 z)
+{
+    if (number(m_database, u"SELECT count(*) FROM z_reports WHERE z = %1"_s.arg(z)) != 0)
+        return false;
+    if (!writeCounter("z", z))
+        return false;
+    m_z = z;
+    return true;
+}
+
+bool Journal::setLastZ(qint64 time)
+{
+    if (!writeCounter("last_z", time))
+        return false;
+    m_lastZ = time;
+    return true;
+}
+
+ReceiptRef Journal::begin(bool withInvoice, qint64 time)
+{
+    QSqlQuery &next = m_statements->nextNumber;
+    if (!run(next, {m_z}) || !next.next())
+        return {};
+    const ReceiptRef ref{m_z, next.value(0).toInt()};
+    next.finish();
+    return run(m_statements->begin, {ref.z, ref.number, time, withInvoice}) ? ref : ReceiptRef();
+}
+
+bool Journal::close(const Receipt &receipt)
+{
+    return inTransaction([&] { return writeReceipt(receipt); });
+}
+
+bool Journal::writeReceipt(const Receipt &receipt)
+{
+    const auto &[ref, sale, opened, closed, withInvoice, invoice] = receipt;
+    const SaleTotals sums = sale.totals();
+    QVariantList row{closed,        sums.total,  sums.tax,   sums.cash,
+                     sums.card,     sums.change, sums.items, sale.medicalContribution(),
+                     sale.patient()};
+    if (invoice)
+        row << int(invoice->type) << invoice->reference << invoice->idNumber << invoice->delivers;
+    else
+        row << QVariant() << QVariant() << QVariant() << QVariant();
+    row << ref.z << ref.number;
+    if (!run(m_statements->close, row) || m_statements->close.numRowsAffected() != 1)
+        return false;
+    int index = 0;
+    for (const SaleLine &l : sale.lines())
+        if (!run(m_statements->line, {ref.z, ref.number, index++, l.name, l.price, l.quantity, l.type,
+                                      l.section, l.taxRate, l.gross, l.percentage, l.adjustment, l.deleted}))
+            return false;
+    index = 0;
+    for (const Payment &p : sale.payments())
+        if (!run(m_statements->payment,
+                 {ref.z, ref.number, index++, p.kind == PaymentKind::Card, p.amount, p.acquirer}))
+            return false;
+    for (const auto &[rate, group] : sale.taxGroups())
+        if (!run(m_statements->tax, {ref.z, ref.number, rate, group.total, group.tax}))
+            return false;
+    return true;
+}
+
+bool Journal::cancel(const ReceiptRef &ref, qint64 time)
+{
+    return run(m_statements->cancel, {time, ref.z, ref.number}) &&
+           m_statements->cancel.numRowsAffected() == 1;
+}
+
+bool Journal::close(const ZReport &report)
+{
+    if (!inTransaction([&] { return writeReport(report); }))
+        return false;
+    m_z = report.z + 1;
+    m_lastZ = report.time;
+    m_grandTotal = report.grandTotal;
+    return true;
+}
+
+bool Journal::writeReport(const ZReport &report)
+{
+    const DayTotals &day = report.day;
+    return run(m_statements->report,
+               {report.z, report.time, day.receipts, day.invoices, day.cancelled, day.total, day.tax,
+                day.cash, day.card, day.contributions, report.grandTotal}) &&
+           writeCounter("z", report.z + 1) && writeCounter("last_z", report.time) &&
+           writeCounter("grand_total", report.grandTotal);
+}
+
+DayTotals Journal::day() const
+{
+    DayTotals day;
+    QSqlQuery sums(m_database);
+    sums.exec(u"SELECT count(*), count(invoice_type), coalesce(sum(total), 0), coalesce(sum(tax), 0),"
+              " coalesce(sum(cash - change), 0), coalesce(sum(card), 0), coalesce(sum(contribution), 0)"
+              " FROM receipts WHERE status = 1 AND z = %1"_s.arg(m_z));
+    if (sums.next()) {
+        day.receipts = sums.value(0).toInt();
+        day.invoices = sums.value(1).toInt();
+        day.total = sums.value(2).toLongLong();
+        day.tax = sums.value(3).toLongLong();
+        day.cash = sums.value(4).toLongLong();
+        day.card = sums.value(5).toLongLong();
+        day.contributions = sums.value(6).toLongLong();
+    }
+    day.cancelled =
+        qint32(number(m_database, u"SELECT count(*) FROM receipts WHERE status = 2 AND z = %1"_s.arg(m_z))
+                   .value_or(0));
+    QSqlQuery taxes(m_database);
+    taxes.exec(u"SELECT rate, sum(total), sum(tax) FROM taxes WHERE z = %1 GROUP BY rate"_s.arg(m_z));
+    while (taxes.next())
+        day.taxGroups[taxes.value(0).toInt()] = {taxes.value(1).toLongLong(), taxes.value(2).toLongLong()};
+    return day;
+}
+
+std::optional<SaleTotals> Journal::find(const ReceiptRef &ref) const
+{
+    QSqlQuery &query = m_statements->find;
+    if (!run(query, {ref.z, ref.number}) || !query.next())
+        return std::nullopt;
+    const SaleTotals totals{query.value(0).toLongLong(), query.value(1).toLongLong(),
+                            query.value(2).toLongLong(), query.value(3).toLongLong(),
+                            query.value(4).toLongLong(), query.value(5).toInt()};
+    query.finish();
+    return totals;
+}
+
+} // namespace Simulator

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "simulator/fiscal/day_totals.h"
+
+#include <QSqlDatabase>
+
+#include <memory>
+
+namespace Simulator {
+
+/**
+ * What the register must not forget, in an SQLite database: receipts with their lines and payments, Z
+ * reports, counters. Each change is one transaction, so that a program that is killed finds everything before
+ * the last change, and the last one whole or not at all. One program at a time uses a file. Lives on one
+ * thread, and needs a QCoreApplication for Qt to find its driver.
+ */
+class Journal
+{
+public:
+    Journal();
+    ~Journal();
+    Q_DISABLE_COPY_MOVE(Journal)
+
+    /**
+     * Opens the file, or makes it; receipts that were open are cancelled then.
+     *
+     * @param file    empty: kept in memory
+     * @param firstZ  the number of the first Z report of a new journal
+     * @return an empty text, or what was wrong
+     */
+    QString open(const QString &file, qint32 firstZ);
+
+    /** The Z report being collected. */
+    qint32 z() const { return m_z; }
+    qint64 lastZ() const { return m_lastZ; } ///< when the last Z report was made; 0: never
+    qint64 grandTotal() const { return m_grandTotal; }
+
+    /** The receipts of the Z report being collected, from what is on record. */
+    DayTotals day() const;
+
+    // Each of these is on record when it returns true, and has changed nothing otherwise. ------------------
+
+    /** Takes the next number for a sale; an empty reference on failure. */
+    ReceiptRef begin(bool withInvoice, qint64 time);
+    bool close(const Receipt &receipt);
+    bool cancel(const ReceiptRef &ref, qint64 time);
+    bool close(const ZReport &report);
+
+    /** Goes on with another Z report, none that has been made; or says when the last one was made. */
+    bool setZ(qint32 z);
+    bool setLastZ(qint64 time);
+
+    /** The totals of a closed receipt; nothing for one that is unknown, open or cancelled. */
+    std::optional<SaleTotals> find(const ReceiptRef &ref) const;
+
+private:
+    struct Statements;
+
+    QString connect(const QString &file);
+    bool execute(const QStringList &statements);
+    bool readCounters(qint32 firstZ);
+    bool writeCounter(const char *name, qint64 value);
+    bool writeReceipt(const Receipt &receipt);
+    bool writeReport(const ZReport &report);
+    template <typename Change>
+    bool inTransaction(Change change);
+
+    QString m_connection;
+    QSqlDatabase m_database;
+    std::unique_ptr<Statements> m_statements;
+    qint32 m_z = 1;
+    qint64 m_lastZ = 0;
+    qint64 m_grandTotal = 0;
+};
+
+} // namespace Simulator

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QStringList>
+
+namespace Simulator {
+
+/** One piece of paper that the printer lets go of. */
+struct Print
+{
+    const char *kind = ""; ///< receipt, invoice, cancelled, slip, x-report or z-report
+    qint32 z = 0;
+    qint32 number = 0; ///< of the receipt; 0 for other papers
+    QStringList lines; ///< none longer than 42 characters
+};
+
+} // namespace Simulator

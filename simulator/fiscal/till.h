@@ -1,0 +1,120 @@
+#pragma once
+
+#include "simulator/fiscal/journal.h"
+#include "simulator/fiscal/keyboard.h"
+#include "simulator/fiscal/print.h"
+
+#include <functional>
+
+namespace Simulator {
+
+/**
+ * The selling half of the register: keyboard, open sale, printer, journal, reports. Says why it does not do
+ * something as a RegisterError; whatever it refuses leaves everything as it was.
+ */
+class Till
+{
+public:
+    using Clock = std::function<qint32()>; ///< seconds since 1970
+    using Output = std::function<void(const Print &)>;
+
+    /** @param serial  the register's, 12 characters */
+    Till(const QByteArray &serial, Clock clock);
+
+    /** What the printer prints goes here; without it, nowhere. */
+    void setOutput(Output output) { m_output = std::move(output); }
+
+    /** To be called first. @return an empty text, or what is wrong with the journal */
+    QString open(const QString &journalFile, qint32 firstZ);
+
+    // The keyboard ---------------------------------------------------------------------------------------
+
+    Screen screen() const { return m_screen; }
+
+    /** Presses the keys one after the other, up to the first that is refused; its error stays until taken. */
+    void press(const QList<qint32> &keys);
+
+    /** The error of the last keys and PaymentBegun, as they stand; the former is forgotten by it. */
+    qint32 takeError();
+
+    /** What the display says beside the state: 1 the sale takes input, 2 something is typed or asked, 0 the
+     * printer has no paper. */
+    qint32 display() const;
+
+    // The open sale --------------------------------------------------------------------------------------
+
+    bool saleIsOpen() const { return m_open.has_value(); }
+    SaleTotals totals() const { return m_open ? m_open->sale.totals() : SaleTotals(); }
+
+    /** Of the open sale; empty without one. */
+    ReceiptRef reference() const { return m_open ? m_open->ref : ReceiptRef(); }
+
+    RegisterError add(const QList<ItemRequest> &items);
+    RegisterError removeLast();
+    RegisterError remove(qint32 index);
+    RegisterError setMedicalContribution(qint64 amount, qint64 identity);
+
+    /** Takes what is left to pay and closes the receipt, which must have been opened with invoice. */
+    RegisterError closeWithInvoice(const Invoice &invoice, PaymentKind rest);
+
+    /** The acquirers of the open sale's card payments, or without one of the last receipt's; each once. */
+    QList<qint32> saleAcquirers() const;
+
+    // What is on record ----------------------------------------------------------------------------------
+
+    std::optional<SaleTotals> receipt(const ReceiptRef &ref) const { return m_journal.find(ref); }
+    const DayTotals &day() const { return m_day; }
+    qint32 z() const { return m_journal.z(); }
+    qint64 lastZ() const { return m_journal.lastZ(); }
+
+    // The printer ----------------------------------------------------------------------------------------
+
+    RegisterError printX();
+    RegisterError printZ();
+    RegisterError printSlip(const QList<QByteArray> &lines, bool withHead);
+    bool hasPaper() const { return m_papersLeft != 0; }
+
+    // The operator ---------------------------------------------------------------------------------------
+
+    /** Unlimited paper, none, or paper for so many prints. */
+    void setPaper(int prints) { m_papersLeft = prints; }
+    static constexpr int endlessPaper = -1;
+
+    /** Of sales that are opened from now on; 0 for none. */
+    void setSaleLimit(qint64 kurus) { m_saleLimit = kurus; }
+    qint64 saleLimit() const { return m_saleLimit; }
+
+    /** @return false while a sale is open, for a number below 1 or of a report that has been made */
+    bool setZ(qint32 z);
+    bool setLastZ(qint64 time) { return m_journal.setLastZ(time); }
+
+private:
+    RegisterError pressOne(qint32 key);
+    RegisterError perform(KeyAction action, qint32 key);
+    RegisterError show(Screen screen);
+    RegisterError begin(bool withInvoice);
+    RegisterError type(qint32 key);
+    RegisterError pay(PaymentKind kind);
+    RegisterError closeByKey(PaymentKind rest);
+    RegisterError close(PaymentKind rest, const std::optional<Invoice> &invoice);
+    RegisterError cancel();
+    RegisterError mayWork() const;   ///< on the open sale
+    RegisterError mayReport() const; ///< between sales
+    void print(const Print &print);
+    void leaveSale();
+
+    QByteArray m_serial;
+    Clock m_clock;
+    Output m_output;
+    Journal m_journal;
+    DayTotals m_day;
+    std::optional<Receipt> m_open;
+    QList<Payment> m_lastPayments; ///< of the receipt closed last
+    Screen m_screen = Screen::Idle;
+    TypedAmount m_typed;
+    qint32 m_keyError = NoError;
+    qint64 m_saleLimit = 0;
+    int m_papersLeft = endlessPaper;
+};
+
+} // namespace Simulator

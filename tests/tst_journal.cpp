@@ -1,0 +1,342 @@
+#include "tests/till_at_hand.h"
+
+#include <QFile>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
+
+using namespace Simulator;
+using namespace Qt::StringLiterals;
+
+/** What the simulated register remembers when it starts again. */
+class TestJournal : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void aNewJournalBeginsWithTheFirstZ();
+    void closedReceiptsAreStillThere();
+    void theOpenSaleIsCancelled();
+    void theDayGoesOn();
+    void reportsAndCountersAreStillThere();
+    void aReportIsMadeOnce();
+    void linesAndPaymentsAreOnRecord();
+    void unknownReceiptsAreNotFound_data();
+    void unknownReceiptsAreNotFound();
+    void foreignFilesAreRefused_data();
+    void foreignFilesAreRefused();
+    void aJournalServesOneRegister();
+    void whatCannotBeWrittenDoesNotHappen();
+};
+
+namespace {
+
+const ItemRequest bread{1250, 2000, 0, 0, 1, "Ekmek", 0};
+const ItemRequest water{500, 1000, 0, 0, 3, "Su", 0};
+
+/** A register's whole life with a journal, from its start to its end. */
+class Life : public Till
+{
+public:
+    explicit Life(const QString &file, qint32 firstZ = 1)
+        : Till("UB1234567890", [] { return TillAtHand::time; })
+        , problem(open(file, firstZ))
+    {
+    }
+
+    void sell(const ItemRequest &item, int closing)
+    {
+        press({'E'});
+        add({item});
+        press({closing});
+    }
+
+    const QString problem;
+};
+
+QVariantList row(const QString &file, const QString &question)
+{
+    QVariantList values;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"look"_s);
+        database.setDatabaseName(file);
+        database.open();
+        QSqlQuery query(question, database);
+        query.next();
+        for (int i = 0; query.isValid() && !query.isNull(i) && query.value(i).isValid(); ++i)
+            values << query.value(i);
+    }
+    QSqlDatabase::removeDatabase(u"look"_s);
+    return values;
+}
+
+/** No file of this process grows beyond so many bytes while it lives. */
+class FullDisk
+{
+public:
+    explicit FullDisk(qint64 size)
+        : m_before(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_limit);
+        const rlimit small{rlim_t(size), m_limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_limit);
+        std::signal(SIGXFSZ, m_before);
+    }
+    Q_DISABLE_COPY_MOVE(FullDisk)
+
+private:
+    rlimit m_limit{};
+    void (*m_before)(int);
+};
+
+} // namespace
+
+void TestJournal::aNewJournalBeginsWithTheFirstZ()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file, 42);
+        QCOMPARE(life.problem, QString());
+        QCOMPARE(life.z(), 42);
+        QCOMPARE(life.lastZ(), 0);
+        QCOMPARE(life.day(), DayTotals());
+    }
+    QCOMPARE(Life(file, 7).z(), 42);
+}
+
+void TestJournal::closedReceiptsAreStillThere()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file, 3);
+        life.sell(bread, keyF10);
+        life.sell(water, keyF11);
+    }
+    const Life life(file);
+    QCOMPARE(life.receipt({3, 1}), std::optional(SaleTotals{2500, 25, 2500, 0, 0, 1}));
+    QCOMPARE(life.receipt({3, 2}), std::optional(SaleTotals{500, 45, 0, 500, 0, 1}));
+    QVERIFY(!life.receipt({3, 3}));
+}
+
+void TestJournal::theOpenSaleIsCancelled()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file);
+        life.sell(bread, keyF10);
+        life.press({'E'});
+        life.add({water});
+        life.press({'1', keyF10});
+        QCOMPARE(life.reference(), (ReceiptRef{1, 2}));
+    }
+    Life life(file);
+    QVERIFY(!life.saleIsOpen());
+    QVERIFY(!life.receipt({1, 2}));
+    QCOMPARE(life.day().receipts, 1);
+    QCOMPARE(life.day().cancelled, 1);
+    QCOMPARE(life.day().total, 2500);
+    life.press({'E'});
+    QCOMPARE(life.reference(), (ReceiptRef{1, 3}));
+}
+
+void TestJournal::theDayGoesOn()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    DayTotals before;
+    {
+        Life life(file);
+        life.sell(bread, keyF10);
+        life.sell(water, keyF11);
+        life.press({'M', '3'});
+        life.add({water, bread});
+        life.setMedicalContribution(300, 11'111'111'111);
+        QCOMPARE(
+            life.closeWithInvoice({Invoice::OnPaper, Invoice::Company, u"A12345"_s, u"1234567890"_s, true},
+                                  PaymentKind::Card),
+            NoError);
+        life.press({'E', 'C', '1'});
+        before = life.day();
+        QCOMPARE(before.receipts, 3);
+        QCOMPARE(before.invoices, 1);
+        QCOMPARE(before.contributions, 300);
+        QCOMPARE(before.taxGroups.size(), size_t(2));
+    }
+    QCOMPARE(Life(file).day(), before);
+}
+
+void TestJournal::reportsAndCountersAreStillThere()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file, 5);
+        life.sell(bread, keyF10);
+        QCOMPARE(life.printZ(), NoError);
+        life.sell(water, keyF10);
+        QCOMPARE(life.printZ(), NoError);
+    }
+    {
+        Life life(file);
+        QCOMPARE(life.z(), 7);
+        QCOMPARE(life.lastZ(), TillAtHand::time);
+        QCOMPARE(life.day(), DayTotals());
+        QVERIFY(life.receipt({5, 1}));
+        life.sell(bread, keyF10);
+        QVERIFY(life.receipt({7, 1}));
+    }
+    QCOMPARE(row(file, u"SELECT receipts, total, cash, grand_total FROM z_reports WHERE z = 6"_s),
+             (QVariantList{1, 500, 500, 3000}));
+}
+
+void TestJournal::aReportIsMadeOnce()
+{
+    Life life({}, 5);
+    QVERIFY(life.setZ(6));
+    QCOMPARE(life.printZ(), NoError);
+    QVERIFY(!life.setZ(6));
+    QVERIFY(!life.setZ(0));
+    QVERIFY(!life.setZ(-1));
+    QCOMPARE(life.z(), 7);
+    life.press({'E'});
+    QVERIFY(!life.setZ(9));
+    life.press({'C', '1'});
+    QVERIFY(life.setZ(0x7FFFFFFF));
+    QCOMPARE(life.printZ(), OverLimit);
+    QCOMPARE(life.z(), 0x7FFFFFFF);
+}
+
+void TestJournal::linesAndPaymentsAreOnRecord()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file);
+        life.press({'E'});
+        life.add({bread, water});
+        life.remove(0);
+        life.press({'3', keyF11, keyF10});
+    }
+    QCOMPARE(row(file, u"SELECT name, price, quantity, section, gross, deleted FROM lines WHERE line = 0"_s),
+             (QVariantList{u"Ekmek"_s, 1250, 2000, 1, 2500, 1}));
+    QCOMPARE(row(file, u"SELECT name, deleted FROM lines WHERE line = 1"_s), (QVariantList{u"Su"_s, 0}));
+    QCOMPARE(row(file, u"SELECT card, amount, acquirer FROM payments WHERE payment = 0"_s),
+             (QVariantList{1, 300, 11}));
+    QCOMPARE(row(file, u"SELECT card, amount, acquirer FROM payments WHERE payment = 1"_s),
+             (QVariantList{0, 200, 0}));
+    QCOMPARE(row(file, u"SELECT rate, total, tax FROM taxes"_s), (QVariantList{10, 500, 45}));
+}
+
+void TestJournal::unknownReceiptsAreNotFound_data()
+{
+    QTest::addColumn<qint32>("z");
+    QTest::addColumn<qint32>("number");
+
+    QTest::newRow("zeros") << 0 << 0;
+    QTest::newRow("another Z") << 2 << 1;
+    QTest::newRow("another number") << 1 << 2;
+    QTest::newRow("negative") << -1 << -1;
+    QTest::newRow("highest") << 0x7FFFFFFF << 0x7FFFFFFF;
+}
+
+void TestJournal::unknownReceiptsAreNotFound()
+{
+    QFETCH(const qint32, z);
+    QFETCH(const qint32, number);
+    Life life({});
+    life.sell(bread, keyF10);
+    QVERIFY(life.receipt({1, 1}));
+    QVERIFY(!life.receipt({z, number}));
+}
+
+void TestJournal::foreignFilesAreRefused_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("a text") << u"text"_s;
+    QTest::newRow("another database") << u"database"_s;
+    QTest::newRow("a folder") << u"folder"_s;
+    QTest::newRow("in no folder") << u"nowhere"_s;
+}
+
+void TestJournal::foreignFilesAreRefused()
+{
+    QFETCH(const QString, kind);
+    const QTemporaryDir folder;
+    QString path = folder.filePath(u"file"_s);
+    if (kind == u"text"_s) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray("no database ").repeated(100));
+    }
+    if (kind == u"database"_s)
+        row(path, u"CREATE TABLE mine (a)"_s);
+    if (kind == u"folder"_s)
+        path = folder.path();
+    if (kind == u"nowhere"_s)
+        path = folder.filePath(u"no/such/file"_s);
+    const QString problem = Life(path).problem;
+    QVERIFY2(problem.startsWith(u"the journal %1 cannot be used: "_s.arg(path)), qPrintable(problem));
+}
+
+void TestJournal::aJournalServesOneRegister()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life first(file);
+        QCOMPARE(first.problem, QString());
+        const QString problem = Life(file).problem;
+        QVERIFY2(problem.contains(u"locked"_s), qPrintable(problem));
+        first.sell(bread, keyF10);
+        QVERIFY(first.receipt({1, 1}));
+    }
+    QCOMPARE(Life(file).problem, QString());
+}
+
+void TestJournal::whatCannotBeWrittenDoesNotHappen()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    Life life(file);
+    life.sell(bread, keyF10);
+    life.press({'E'});
+    life.add({water});
+    const DayTotals before = life.day();
+    {
+        const FullDisk full(1024);
+        life.press({keyF10});
+        QCOMPARE(life.takeError(), int(NoJournal));
+        QVERIFY(life.saleIsOpen());
+        QCOMPARE(life.totals().cash, 0);
+        life.press({'C', '1'});
+        QCOMPARE(life.takeError(), int(NoJournal));
+        QVERIFY(life.saleIsOpen());
+        QCOMPARE(life.day(), before);
+    }
+    life.press({keyF10});
+    QCOMPARE(life.takeError(), int(NoError));
+    QVERIFY(life.receipt({1, 2}));
+    {
+        const FullDisk full(1024);
+        QCOMPARE(life.printZ(), NoJournal);
+        QCOMPARE(life.z(), 1);
+        life.press({'E'});
+        QCOMPARE(life.takeError(), int(NoJournal));
+        QVERIFY(!life.saleIsOpen());
+    }
+    QCOMPARE(life.printZ(), NoError);
+    QCOMPARE(life.z(), 2);
+}
+
+QTEST_GUILESS_MAIN(TestJournal)
+#include "tst_journal.moc"
