@@ -7,6 +7,10 @@
 #include <QTcpSocket>
 #include <QtEndian>
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
 namespace TestSupport {
 
 using namespace Velno;
@@ -84,6 +88,7 @@ void HandMadeDevice::setAnswer(const Answer &answer)
 {
     const QMutexLocker lock(&m_mutex);
     m_answer = answer;
+    m_closesBehind = false;
 }
 
 void HandMadeDevice::answerPlain(const QByteArray &plaintext)
@@ -99,6 +104,13 @@ void HandMadeDevice::answerInTurn(const QList<QByteArray> &plaintexts)
     setAnswer([answers](const QByteArray &) mutable {
         return answers.isEmpty() ? QList<QByteArray>() : answers.takeFirst();
     });
+}
+
+void HandMadeDevice::answerAndClose(const QByteArray &plaintext)
+{
+    answerPlain(plaintext);
+    const QMutexLocker lock(&m_mutex);
+    m_closesBehind = true;
 }
 
 void HandMadeDevice::answerByClosing()
@@ -243,18 +255,22 @@ void HandMadeDevice::exchangeKeys(const HandMadeRegister::Hook &hook)
 void HandMadeDevice::answerTo(QTcpSocket &socket, const QByteArray &payload)
 {
     QList<QByteArray> runs;
+    bool closes = false;
     {
         const QMutexLocker lock(&m_mutex);
         m_commands.append(opened(payload));
         runs = m_answer ? m_answer(payload) : QList<QByteArray>();
+        closes = m_closesBehind;
     }
-    if (runs.isEmpty())
-        socket.disconnectFromHost();
+    const int corked = closes; // its last bytes leave with its end
+    setsockopt(int(socket.socketDescriptor()), IPPROTO_TCP, TCP_CORK, &corked, sizeof corked);
     for (const QByteArray &run : runs) {
         socket.write(run);
         while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(1000)) {
         }
     }
+    if (closes || runs.isEmpty())
+        socket.disconnectFromHost();
 }
 
 void HandMadeDevice::serveOne()

@@ -39,6 +39,8 @@ public:
     /** Answers one command after the other with these, says nothing for an empty one, and closes behind them.
      */
     void answerInTurn(const QList<QByteArray> &plaintexts);
+    /** Answers with this plaintext and closes in the same segment, so that both are there at once. */
+    void answerAndClose(const QByteArray &plaintext);
     /** Closes in place of an answer. */
     void answerByClosing();
 
@@ -77,8 +79,9 @@ private:
     quint16 m_port = 0;
     quint16 m_relayPort = 0;
     std::unique_ptr<QTcpServer> m_relay;
-    QMutex m_mutex; // guards the two below
+    QMutex m_mutex; // guards the three below
     Answer m_answer;
+    bool m_closesBehind = false;
     QList<QByteArray> m_commands;
     std::atomic<bool> m_stop = false;
     std::atomic<bool> m_relayReady = false;

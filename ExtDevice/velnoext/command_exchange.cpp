@@ -171,6 +171,14 @@ int runCommand(unsigned int timeout, const QByteArray &request, QByteArray *repl
     return send_and_receive_encrypted(timeout, activeConnection(), request, reply);
 }
 
+int runFlagCommand(unsigned int timeout, const QByteArray &request, Result otherwise)
+{
+    bool flag = false;
+    if (const int result = runAndRead(timeout, request, flag); result != Success)
+        return result;
+    return flag ? Success : otherwise;
+}
+
 int sendCommand(const QByteArray &request)
 {
     const QByteArray frame = prepareTlvElements(request);

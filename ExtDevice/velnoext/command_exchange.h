@@ -83,6 +83,9 @@ int runAndRead(unsigned int timeout, const QByteArray &request, Items &...items)
     return reader.result();
 }
 
+/** Runs a request whose reply is a flag. @return 0; `otherwise` when it is false; 2, 5, 11 or 12 */
+int runFlagCommand(unsigned int timeout, const QByteArray &request, Result otherwise = Refused);
+
 /** Sends a request of which no answer is expected. @return 0, 2 or 11 */
 int sendCommand(const QByteArray &request);
 

@@ -10,6 +10,15 @@ namespace Velno::Ext {
 QVector<int> saleKeys(int state);
 QVector<int> invoiceSaleKeys(int state);
 
+/** The key that pays or ends a sale: F10 for type 0, otherwise F11. */
+int paymentKey(int type);
+
+/** The keys that type an amount in kuruş, of which 12 digits are sent, and pay it. */
+QVector<int> paymentKeys(int type, quint64 amount);
+
+/** The keys that cancel a sale. */
+QVector<int> cancelKeys();
+
 /** What the register's state is to be, with two numbers whose meaning is the register's. */
 struct StateChange
 {

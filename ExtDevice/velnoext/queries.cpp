@@ -18,10 +18,7 @@ int askFlag(VelnoExtMessage code, unsigned int timeout, Result otherwise)
     const QMutexLocker lock(&library().connectionMutex);
     if (const int result = beginCommand(); result != Success)
         return result;
-    bool flag = false;
-    if (const int result = runAndRead(timeout, requestOf(code), flag); result != Success)
-        return result;
-    return flag ? Success : otherwise;
+    return runFlagCommand(timeout, requestOf(code), otherwise);
 }
 
 /** A command whose reply is one number. */

@@ -152,7 +152,7 @@ constexpr std::array details{
     DetailText{0x40F, "Bad value: the first number of the receipt reference is 0 (velnoext_receipt_data)."},
     DetailText{0x410, "Bad value: the second number of the receipt reference is 0 (velnoext_receipt_data)."},
     DetailText{0x411, "Bad value: no encoding of this name is known (velnoext_printer_set_encoding)."},
-    DetailText{0x412, "Bad value: the amount of the payment is 0 (velnoext_add_payment)."},
+    DetailText{0x412, "Bad value: the amount of the payment is 0 or negative (velnoext_add_payment)."},
     DetailText{0x413, "Bad value: more than 20 line feeds (velnoext_printer_add_line_feed)."},
 };
 static_assert(std::ranges::is_sorted(details, {}, &DetailText::detail), "a detail is found by halving");

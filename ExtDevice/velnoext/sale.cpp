@@ -103,11 +103,7 @@ int runItemStep(unsigned int timeout, const QByteArray &request, VelnoEcrSaleTot
     ReplyReader reader(reply);
     if (const int result = readStep(reader, Step::Item); result != Success)
         return result;
-    VelnoEcrSaleTotals read;
-    reader >> read;
-    if (reader.result() == Success)
-        *totals = read;
-    return reader.result();
+    return readTotals(reader, totals);
 }
 
 int startSale(unsigned int timeout, QVector<int> (*keysFrom)(int state))
@@ -180,6 +176,15 @@ bool isSection(int section)
 bool isPersonId(const QByteArray &id)
 {
     return isValidId(id) || id == "11111111111";
+}
+
+int readTotals(ReplyReader &reader, VelnoEcrSaleTotals *totals)
+{
+    VelnoEcrSaleTotals read;
+    reader >> read;
+    if (reader.result() == Success)
+        *totals = read;
+    return reader.result();
 }
 
 quint64 lineTotal(const VelnoSaleItem &item)

@@ -8,6 +8,8 @@
 /** What the functions of sales and payments share. The lock is the caller's. */
 namespace Velno::Ext {
 
+class ReplyReader;
+
 /** Whether the list behind a register's state says that it took the last step. */
 bool tookStep(const QVector<int> &list);
 
@@ -19,6 +21,9 @@ bool isPersonId(const QByteArray &id);
 
 /** Price times quantity / 1000, rounded half up; 0 instead of less, 2^64 - 1 instead of more. */
 quint64 lineTotal(const VelnoSaleItem &item);
+
+/** Reads the totals that follow in a reply, which are written on success alone. @return 0 or 5 */
+int readTotals(ReplyReader &reader, VelnoEcrSaleTotals *totals);
 
 /** The bytes of a fixed-size text before its first zero. */
 template <size_t Size>

@@ -407,6 +407,110 @@ VELNOEXT_API int velnoext_delete_last_sale_item(unsigned int timeout, VelnoEcrSa
 /** Takes the line of this index, as the register counts them, out of the open sale. @return as above */
 VELNOEXT_API int velnoext_delete_sale_item(unsigned int timeout, int index, VelnoEcrSaleTotals *totals);
 
+/* Payment and the end of a sale ------------------------------------------------------------------------- */
+
+/* Payments and the plain end of a sale are keys that the register is made to press. The functions that send
+ * them return once the keys have left; whether the register took them is seen from velnoext_sale_state() or
+ * velnoext_ecr_state() afterwards. Besides what it names, each function can return 1, 2, 5, 11 and 12 as for
+ * the queries, and nothing of a payment, an end or a cancellation is sent with 1, 3, 4, 6, 7 and 8. Those
+ * without a time-out of their own allow 2000 ms of silence in the rest of an answer.
+ *
+ * Example:
+ *
+ *     int code = velnoext_add_payment(0, 2500);
+ *     if (code == 0)
+ *         code = velnoext_end_sale(0);
+ *     int state = 5;
+ *     if (code == 0)
+ *         code = velnoext_ecr_state(5000, &state);
+ *     if (code == 0 && state == 5)
+ *         puts("the register has not ended the sale");
+ */
+
+#pragma pack(push, 4)
+
+/** What a sale's invoice says of the customer; 48 bytes. */
+typedef struct VelnoInvoice
+{
+    unsigned int invoiceType; /**< 0, 1 or 2, as the register defines them */
+    unsigned int idKind;      /**< of idNumber; 0: a person's, 11 digits; 1: a tax number, 10 digits */
+    char idNumber[12];        /**< the bytes before the first zero; 11111111111 stands for any person */
+    char reference[17]; /**< the bytes before the first zero; with invoiceType 0 there must be 6 to 16 */
+    int mode;           /**< 1 or 2, as the register defines them */
+    int flag;           /**< 0 or not, as the register defines it */
+} VelnoInvoice;
+
+#pragma pack(pop)
+
+VELNOEXT_SIZE_IS(VelnoInvoice, 48);
+
+/**
+ * Pays an amount of the open sale. Does not wait for an answer.
+ *
+ * @param type    0: with the key F10 of the register; any other value: with its key F11
+ * @param amount  in kuruş, 1 to 999,999,999,999; a larger one is not refused but loses its last digits, as
+ * the register takes 12
+ * @return 0: the keys are sent; 4: amount is 0 or negative (0x412), which is looked at before all else; 6: no
+ *         sale is open; 7: the register did not take the step before; 8: the register is not ready for keys
+ */
+VELNOEXT_API int velnoext_add_payment(int type, long long amount);
+
+/**
+ * Ends the open sale. Does not wait for an answer.
+ *
+ * @param type  as for velnoext_add_payment()
+ * @return 0: the key is sent; 6, 7, 8: as for velnoext_add_payment()
+ */
+VELNOEXT_API int velnoext_end_sale(int type);
+
+/**
+ * Cancels the open sale and waits until the register is idle.
+ *
+ * @return 0; 6: no sale is open, or the register's state is not 1 afterwards; 7, 8: as for
+ *         velnoext_add_payment()
+ */
+VELNOEXT_API int velnoext_cancel_sale(unsigned int timeout);
+
+/**
+ * Ends the open sale with an invoice. The register is not asked for its state before.
+ *
+ * @param invoice  only read
+ * @return 0; 3: NULL (0x308); 4: invoiceType is above 2 (0x40B), idKind above 1 (0x40C), mode not 1 or 2
+ *         (0x40D), reference not 6 to 16 bytes long with invoiceType 0 (0x40E), idNumber not valid as a
+ *         person's (0x403) or as a tax number (0x404); 8: refused
+ */
+VELNOEXT_API int velnoext_end_sale_with_invoice(VelnoInvoice *invoice);
+
+/**
+ * The totals of a receipt, also of one that has been printed.
+ *
+ * @param receipt  as velnoext_sale_state() told it; only read
+ * @return 0; 3: NULL (0x305 receipt, 0x304 totals); 4: first (0x40F) or second (0x410) is 0; 8: refused
+ */
+VELNOEXT_API int velnoext_receipt_data(unsigned int timeout, VelnoReceiptRef *receipt,
+                                       VelnoEcrSaleTotals *totals);
+
+/**
+ * The acquirers (banks) that the register can take cards for, by their numbers.
+ *
+ * @param list   room for *count numbers
+ * @param count  in: room; out: how many were written, or -1 when the room is too small
+ * @return 0; 3: NULL (0x309 list, 0x30A count); 4: the room is too small (detail 0)
+ */
+VELNOEXT_API int velnoext_active_acquirers(unsigned int timeout, int *list, int *count);
+
+/** The acquirers of the sale's payments. @return as above */
+VELNOEXT_API int velnoext_acquirers_of_sale(unsigned int timeout, int *list, int *count);
+
+/**
+ * What the register knows of a section (department).
+ *
+ * @param item  in: section, 1 to 8; out: name, ended with a zero, and in quantity the section's number as the
+ *              register defines it; nothing else is written
+ * @return 0; 3: NULL (0x306); 4: section is not 1 to 8 (0x406); 5 also: the name is longer than 52 bytes
+ */
+VELNOEXT_API int velnoext_section_data(unsigned int timeout, VelnoSaleItem *item);
+
 #ifdef __cplusplus
 }
 #endif

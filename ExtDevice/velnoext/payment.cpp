@@ -1,0 +1,198 @@
+#include "ExtDevice/velnoext/payment.h"
+
+#include "ExtDevice/velnoext/command_exchange.h"
+#include "ExtDevice/velnoext/keyboard.h"
+#include "ExtDevice/velnoext/queries.h"
+#include "ExtDevice/velnoext/sale.h"
+
+#include <algorithm>
+
+namespace Velno::Ext {
+
+namespace {
+
+constexpr unsigned int fixedTimeout = 2000; // of functions that take none
+constexpr int harmlessFlag = 8;             // the one bit behind an open sale's state that keeps no key away
+constexpr StateChange withinSale{4, 1, -1};
+
+/** Whether a sale is open and the register ready for keys. @param extra  preset @return 0, 1, 2, 5-8, 11, 12
+ */
+int checkReadyForKeys(unsigned int timeout, int extra)
+{
+    int state = -1;
+    QVector<int> list;
+    if (const int result = velnoext_ecr_state_impl(timeout, &state, &list, &extra); result != Success)
+        return result;
+    if (state != VelnoEcrState_SaleOpen)
+        return WrongState;
+    if (!tookStep(list))
+        return StepNotTaken;
+    return (extra & ~harmlessFlag) == 0 ? Success : Refused;
+}
+
+/** Has keys pressed without waiting for what comes of it. */
+int pressKeys(const QVector<int> &keys)
+{
+    if (const int result = checkReadyForKeys(fixedTimeout, -1); result != Success)
+        return result;
+    return sendCommand(changeStateRequest(withinSale, keys, false));
+}
+
+int askAcquirers(VelnoExtMessage code, unsigned int timeout, int *list, int *count)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    if (!list)
+        return failed(NullArgument, 0x309);
+    if (!count)
+        return failed(NullArgument, 0x30A);
+    QVector<int> acquirers;
+    if (const int result = runAndRead(timeout, requestOf(code), acquirers); result != Success)
+        return result;
+    if (*count < acquirers.size()) {
+        *count = -1;
+        return BadValue;
+    }
+    std::copy(acquirers.cbegin(), acquirers.cend(), list);
+    *count = int(acquirers.size());
+    return Success;
+}
+
+/** The detail of the first thing wrong with an invoice, or 0. */
+int invoiceFault(const VelnoInvoice &invoice)
+{
+    if (invoice.invoiceType > 2)
+        return 0x40B;
+    if (invoice.idKind > 1)
+        return 0x40C;
+    if (invoice.mode != 1 && invoice.mode != 2)
+        return 0x40D;
+    const qsizetype length = textOf(invoice.reference).size();
+    if (invoice.invoiceType == 0 && (length < 6 || length > 16))
+        return 0x40E;
+    const QByteArray id = textOf(invoice.idNumber);
+    if (invoice.idKind == 0)
+        return isPersonId(id) ? 0 : 0x403;
+    return isTaxNumber(id) ? 0 : 0x404;
+}
+
+QByteArray invoiceRequest(const VelnoInvoice &invoice)
+{
+    return requestOf(VelnoExtMessage_EndSaleWithInvoice, invoice.invoiceType, invoice.idKind,
+                     textOf(invoice.reference), textOf(invoice.idNumber), invoice.mode, invoice.flag != 0);
+}
+
+} // namespace
+
+bool isTaxNumber(const QByteArray &number)
+{
+    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+    if (number.size() != 10 || !std::all_of(number.cbegin(), number.cend(), isDigit))
+        return false;
+    const auto digit = [&number](unsigned int index) { return unsigned(number.at(index) - '0'); };
+    unsigned int sum = 0;
+    for (unsigned int i = 0; i < 9; ++i) {
+        const unsigned int shifted = (digit(i) + 9 - i) % 10;
+        const unsigned int weighed = (shifted << (9 - i)) % 9;
+        sum += weighed == 0 && shifted != 0 ? 9 : weighed;
+    }
+    return (10 - sum % 10) % 10 == digit(9);
+}
+
+} // namespace Velno::Ext
+
+using namespace Velno::Ext;
+
+int velnoext_add_payment(int type, long long amount)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (amount <= 0)
+        return failed(BadValue, 0x412);
+    return pressKeys(paymentKeys(type, quint64(amount)));
+}
+
+int velnoext_end_sale(int type)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    return pressKeys({paymentKey(type)});
+}
+
+int velnoext_cancel_sale(unsigned int timeout)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = checkReadyForKeys(timeout, 0); result != Success)
+        return result;
+    qint32 state = -1;
+    QVector<int> list;
+    const QByteArray request = changeStateRequest(withinSale, cancelKeys(), true);
+    if (const int result = runAndRead(timeout, request, state, list); result != Success)
+        return result;
+    return state == VelnoEcrState_Idle ? Success : WrongState;
+}
+
+int velnoext_end_sale_with_invoice(VelnoInvoice *invoice)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    if (!invoice)
+        return failed(NullArgument, 0x308);
+    if (const int fault = invoiceFault(*invoice); fault != 0)
+        return failed(BadValue, fault);
+    return runFlagCommand(fixedTimeout, invoiceRequest(*invoice));
+}
+
+int velnoext_receipt_data(unsigned int timeout, VelnoReceiptRef *receipt, VelnoEcrSaleTotals *totals)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    if (!receipt)
+        return failed(NullArgument, 0x305);
+    if (!totals)
+        return failed(NullArgument, 0x304);
+    if (receipt->first == 0)
+        return failed(BadValue, 0x40F);
+    if (receipt->second == 0)
+        return failed(BadValue, 0x410);
+    QByteArray reply;
+    const QByteArray request = requestOf(VelnoExtMessage_ReceiptData, receipt->first, receipt->second);
+    if (const int result = runCommand(timeout, request, &reply); result != Success)
+        return result;
+    ReplyReader reader(reply);
+    bool accepted = false;
+    reader >> accepted;
+    return accepted ? readTotals(reader, totals) : int(Refused);
+}
+
+int velnoext_active_acquirers(unsigned int timeout, int *list, int *count)
+{
+    return askAcquirers(VelnoExtMessage_ActiveAcquirers, timeout, list, count);
+}
+
+int velnoext_acquirers_of_sale(unsigned int timeout, int *list, int *count)
+{
+    return askAcquirers(VelnoExtMessage_SaleAcquirers, timeout, list, count);
+}
+
+int velnoext_section_data(unsigned int timeout, VelnoSaleItem *item)
+{
+    const QMutexLocker lock(&library().connectionMutex);
+    if (const int result = beginCommand(); result != Success)
+        return result;
+    if (!item)
+        return failed(NullArgument, 0x306);
+    if (!isSection(item->section))
+        return failed(BadValue, 0x406);
+    QByteArray name;
+    qint32 number = 0;
+    const QByteArray request = requestOf(VelnoExtMessage_SectionData, qint8(item->section));
+    if (const int result = runAndRead(timeout, request, name, number); result != Success)
+        return result;
+    if (name.size() >= qsizetype(sizeof item->name))
+        return ReplyUnreadable; // what does not fit cannot be a section's name
+    *std::copy(name.cbegin(), name.cend(), item->name) = '\0';
+    item->quantity = number;
+    return Success;
+}
