@@ -1,5 +1,6 @@
 #include "simulator/cash_register.h"
 
+#include "simulator/frame_faults.h"
 #include "simulator/model_settings.h"
 
 using namespace Qt::StringLiterals;
@@ -14,6 +15,7 @@ namespace {
 // every reader's patience.
 constexpr auto patience = 10s;
 constexpr auto mutePatience = 40s;
+constexpr auto staleAfter = 10s; // outlasts the time-outs that applications use
 
 } // namespace
 
@@ -27,7 +29,7 @@ CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
     m_silence.setSingleShot(true);
     m_delay.setSingleShot(true);
     connect(&m_silence, &QTimer::timeout, this, [this] { m_wire.drop(u"the other side is silent"_s); });
-    connect(&m_delay, &QTimer::timeout, this, [this] { m_send(); });
+    connect(&m_delay, &QTimer::timeout, this, &CashRegister::sendNow);
     connect(&m_wire, &Wire::connected, this, &CashRegister::takeConnection);
     connect(&m_wire, &Wire::frameReceived, this, &CashRegister::takeFrame);
     connect(&m_wire, &Wire::unreadable, this, &CashRegister::refuse);
@@ -45,7 +47,7 @@ void CashRegister::start()
 
 void CashRegister::takeConnection()
 {
-    m_conversed = m_mute = m_paired = false;
+    m_conversed = m_mute = m_paired = m_restIsDue = false;
     m_pairing.begin();
     // Whoever has nothing to say to a register without keys wants nothing; with keys, or at a relay, it may
     // be long before an application has a command.
@@ -79,7 +81,8 @@ void CashRegister::takePairingRequest(const QByteArray &frame)
     if (m_options.faults.hitsStep(Fault::Close, step))
         m_wire.close(u"closed instead of answering"_s);
     else if (!m_mute)
-        sendLater([this, kind, answer = m_pairing.answer(kind)] { sendPairingAnswer(kind, answer); });
+        sendAfter(delay(),
+                  [this, kind, answer = m_pairing.answer(kind)] { sendPairingAnswer(kind, answer); });
 }
 
 void CashRegister::takeCommand(const QByteArray &frame)
@@ -94,26 +97,43 @@ void CashRegister::takeCommand(const QByteArray &frame)
         return;
     }
     m_events.write("command", {{"command", QLatin1StringView(command->name)}});
-    sendLater([this, command, answer = m_commands.answer(*command)] { sendCommandAnswer(*command, answer); });
+    if (m_options.faults.hitsCommand(Fault::Close, *command))
+        return m_wire.close(u"closed instead of answering"_s);
+    m_mute = m_options.faults.hitsCommand(Fault::Mute, *command);
+    if (!m_mute)
+        sendAfter(delay(), [this, command, answer = m_commands.answer(*command)] {
+            sendCommandAnswer(*command, answer);
+        });
 }
 
-void CashRegister::sendLater(std::function<void()> send)
+std::chrono::milliseconds CashRegister::delay() const
 {
+    return std::chrono::milliseconds(m_options.faults.number(Fault::Delay));
+}
+
+void CashRegister::sendAfter(std::chrono::milliseconds wait, std::function<void()> send)
+{
+    if (wait == 0ms)
+        return send();
     m_send = std::move(send);
-    const int delay = m_options.faults.number(Fault::Delay);
-    if (delay == 0)
-        return m_send();
     m_silence.stop();
     if (m_wire.purpose() == Purpose::Commands)
         m_wire.pause(); // the next command waits for its turn
-    m_delay.start(delay);
+    m_delay.start(wait);
+}
+
+void CashRegister::sendNow()
+{
+    m_delay.stop();
+    const auto send = std::exchange(m_send, nullptr); // it may have something to send later, too
+    send();
 }
 
 void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::Answer &answer)
 {
     const Faults &faults = m_options.faults;
     const bool garbage = faults.has(Fault::Garbage);
-    m_wire.send(underWireFaults(answer.frame, faults), faults.number(Fault::Segments));
+    m_wire.send(pairingBytes(answer.frame, faults), faults.number(Fault::Segments));
     m_silence.start(patience);
     m_events.write("result", {{"kind", kindName(kind)},
                               {"code", QString::fromLatin1(garbage ? QByteArray() : answer.resultCode)}});
@@ -130,9 +150,23 @@ void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::An
 
 void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer)
 {
-    m_wire.send(withLength(answer.frame), 0);
-    m_wire.resume();
-    m_events.write("answered", {{"command", QLatin1StringView(command.name)}, {"accepted", answer.accepted}});
+    const Faults &faults = m_options.faults;
+    const CommandBytes bytes = commandBytes(answer.frame, faults);
+    const int segment = faults.number(Fault::Segments);
+    m_wire.send(bytes.now, segment);
+    if (!m_wire.isConnected())
+        return; // it does not read
+    m_restIsDue = !bytes.later.isEmpty();
+    const auto finish = [=, this, rest = bytes.later, name = command.name, accepted = answer.accepted,
+                         closes = faults.has(Fault::BadLength)] {
+        m_restIsDue = false;
+        m_wire.send(rest, segment);
+        m_wire.resume();
+        m_events.write("answered", {{"command", QLatin1StringView(name)}, {"accepted", accepted}});
+        if (closes)
+            m_wire.close(u"said everything"_s);
+    };
+    sendAfter(m_restIsDue ? staleAfter : 0s, finish);
 }
 
 void CashRegister::refuse(const QString &reason)
@@ -147,6 +181,7 @@ void CashRegister::takeEnd(const QString &reason)
 {
     m_silence.stop();
     m_delay.stop();
+    m_restIsDue = false;
     m_events.write("disconnected", {{"reason", reason}});
     if (m_options.once && m_conversed)
         finish(m_paired ? 0 : 1);
@@ -175,7 +210,7 @@ void CashRegister::changeModel(const QString &line)
 
 /**
  * A key exchange in progress ends, so that the next one is under the new faults from its first message. A
- * connection for commands stays, unless an answer is due on it.
+ * connection for commands stays, unless an answer is due on it; of one that is half sent the rest follows.
  */
 void CashRegister::changeFaults(const QString &line)
 {
@@ -188,8 +223,10 @@ void CashRegister::changeFaults(const QString &line)
         return;
     }
     m_options.faults = faults;
+    if (m_restIsDue)
+        sendNow(); // first, so that whoever hears of the change is past it
     m_events.write("fault", {{"active", faults.names()}});
-    if (m_wire.isConnected() && (m_conversed || m_delay.isActive()))
+    if (m_wire.isConnected() && (m_conversed || m_mute || m_delay.isActive()))
         m_wire.drop(u"the faults have changed"_s);
 }
 

@@ -6,6 +6,7 @@
 #include "simulator/register_options.h"
 #include "simulator/wire.h"
 
+#include <chrono>
 #include <functional>
 
 namespace Simulator {
@@ -34,7 +35,9 @@ private:
     void takeCommand(const QByteArray &frame);
     void takeEnd(const QString &reason);
     void refuse(const QString &reason);
-    void sendLater(std::function<void()> send);
+    std::chrono::milliseconds delay() const;
+    void sendAfter(std::chrono::milliseconds wait, std::function<void()> send);
+    void sendNow();
     void sendPairingAnswer(Velno::GMP::MessageTag kind, const PairingResponder::Answer &answer);
     void sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer);
     void changeFaults(const QString &line);
@@ -49,6 +52,7 @@ private:
     QTimer m_silence;             ///< gives up on a peer that says nothing
     QTimer m_delay;               ///< runs until the answer leaves
     std::function<void()> m_send; ///< what is done then
+    bool m_restIsDue = false;     ///< half an answer has been sent
     bool m_mute = false;
     bool m_conversed = false; ///< a key exchange has begun on this connection
     bool m_paired = false;

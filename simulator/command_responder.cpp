@@ -3,6 +3,7 @@
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3_util.h"
+#include "simulator/frame_faults.h"
 #include "simulator/message_body.h"
 
 #include <QIODevice>
@@ -18,6 +19,7 @@ namespace {
 
 const QByteArray cipherTag = QByteArrayLiteral("\xDF\xE0\x02");
 const QByteArray macTag = QByteArrayLiteral("\xDF\xE0\x03");
+const QByteArray otherTag = QByteArrayLiteral("\xDF\xE0\x04");
 const QByteArray unpairedTag = QByteArrayLiteral("\xDF\xE0\x05");
 constexpr int headerSize = 14; // length field and serial number
 constexpr int crcSize = 2;
@@ -74,6 +76,8 @@ CommandResponder::Request CommandResponder::read(const QByteArray &frame)
     }
     if (!body.isRunOf({cipherTag, macTag}))
         return {nullptr, u"the frame holds no encrypted command"_s};
+    if (m_faults.has(Fault::ForgetPairing))
+        forgetKeys();
     return readEncrypted(body.value(cipherTag), body.value(macTag));
 }
 
@@ -95,16 +99,24 @@ CommandResponder::Answer CommandResponder::answer(const CommandRow &command)
     QByteArray plaintext;
     QDataStream reply(&plaintext, QIODevice::WriteOnly);
     reply.setVersion(streamVersion);
-    const bool accepted = command.run({m_model, reply, false});
+    const bool accepted = command.run({m_model, reply, m_faults.hitsCommand(Fault::Refuse, command)});
+    if (m_faults.has(Fault::ShortReply))
+        plaintext.chop(1);
     return {seal(plaintext), accepted};
 }
 
 QByteArray CommandResponder::seal(const QByteArray &plaintext) const
 {
     const QByteArray cipher = GMP3_cipher(m_keys, true, plaintext);
-    const QByteArray body =
-        Velno::tlvElement(cipherTag, cipher) + Velno::tlvElement(macTag, GMP3_HMAC(m_keys, cipher));
-    return GMP3::frame(true, None, body, m_serial.constData());
+    QByteArray mac = GMP3_HMAC(m_keys, cipher);
+    if (m_faults.has(Fault::BadMac))
+        mac.back() = char(mac.back() ^ 1);
+    QByteArray body = Velno::tlvElement(cipherTag, cipher);
+    if (!m_faults.has(Fault::NoMac))
+        body += Velno::tlvElement(macTag, mac);
+    if (m_faults.has(Fault::ExtraElement))
+        body += Velno::tlvElement(otherTag, "0");
+    return GMP3::frame(true, None, body, serialUnderFaults(m_serial, m_faults).constData());
 }
 
 } // namespace Simulator

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -11,34 +12,58 @@ namespace Simulator {
 
 namespace {
 
+constexpr FaultRow whilePairing(Fault fault, const char *name, const char *help)
+{
+    return {fault, name, nullptr, 0, 0, help, Disturbs::KeyExchange};
+}
+
+constexpr FaultRow atCommands(Fault fault, const char *name, const char *help)
+{
+    return {fault, name, nullptr, 0, 0, help, Disturbs::Commands};
+}
+
 constexpr std::array registerFaults{
-    FaultRow{Fault::WrongAuthority, "wrong-authority", nullptr, 0, 0,
-             "certificate of an authority that nobody trusts"},
-    FaultRow{Fault::ExpiredCertificate, "expired-certificate", nullptr, 0, 0,
-             "expired.crt and expired.key of the credentials folder"},
-    FaultRow{Fault::NoCertificate, "no-certificate", nullptr, 0, 0, "leaves the certificate out"},
-    FaultRow{Fault::BadSignature, "bad-signature", nullptr, 0, 0, "one bit of the signature is wrong"},
-    FaultRow{Fault::NoSignature, "no-signature", nullptr, 0, 0,
-             "cannot read its private key: result code 01, no signature"},
-    FaultRow{Fault::ResultCode, "result-code", "NN[@STEP]", 0, 99, "answers with this result code"},
-    FaultRow{Fault::WrongKind, "wrong-kind", "N", 1, 1000, "first N answers are of another kind"},
-    FaultRow{Fault::RequestInstead, "request-instead", "N", 1, 1000, "first N answers are requests"},
+    whilePairing(Fault::WrongAuthority, "wrong-authority", "certificate of an authority that nobody trusts"),
+    whilePairing(Fault::ExpiredCertificate, "expired-certificate",
+                 "expired.crt and expired.key of the credentials folder"),
+    whilePairing(Fault::NoCertificate, "no-certificate", "leaves the certificate out"),
+    whilePairing(Fault::BadSignature, "bad-signature", "one bit of the signature is wrong"),
+    whilePairing(Fault::NoSignature, "no-signature",
+                 "cannot read its private key: result code 01, no signature"),
+    FaultRow{Fault::ResultCode, "result-code", "NN[@STEP]", 0, 99, "answers with this result code",
+             Disturbs::KeyExchange, Takes::ResultCode},
+    FaultRow{Fault::WrongKind, "wrong-kind", "N", 1, 1000, "first N answers are of another kind",
+             Disturbs::KeyExchange},
+    FaultRow{Fault::RequestInstead, "request-instead", "N", 1, 1000, "first N answers are requests",
+             Disturbs::KeyExchange},
     FaultRow{Fault::BadCrc, "bad-crc", nullptr, 0, 0, "one bit of the CRC is wrong"},
     FaultRow{Fault::BadLength, "bad-length", nullptr, 0, 0,
              "announces one byte more than it sends, then closes"},
     FaultRow{Fault::OtherSerial, "other-serial", nullptr, 0, 0, "answers under another serial number"},
-    FaultRow{Fault::NoMessageTag, "no-message-tag", nullptr, 0, 0, "fields without a message around them"},
-    FaultRow{Fault::Oversize, "oversize", nullptr, 0, 0, "announces a frame longer than 4096 bytes"},
+    whilePairing(Fault::NoMessageTag, "no-message-tag", "fields without a message around them"),
+    whilePairing(Fault::Oversize, "oversize", "announces a frame longer than 4096 bytes"),
     FaultRow{Fault::Segments, "segments", "N", 1, 4096, "N bytes per TCP segment"},
     FaultRow{Fault::Delay, "delay", "MS", 1, 600'000, "waits before each answer"},
-    FaultRow{Fault::Mute, "mute", "STEP", 1, 3, "does not answer this step, stays connected"},
-    FaultRow{Fault::Close, "close", "STEP", 1, 3, "closes instead of answering this step"},
-    FaultRow{Fault::WrongKeyCheck, "wrong-key-check", nullptr, 0, 0,
-             "finds another key check value: result code 02"},
-    FaultRow{Fault::WrongAppHash, "wrong-app-hash", nullptr, 0, 0,
-             "finds another application hash: result code 03"},
-    FaultRow{Fault::SmallDhKey, "small-dh-key", nullptr, 0, 0, "offers a 1024-bit Diffie-Hellman group"},
+    FaultRow{Fault::Mute, "mute", "WHEN", 1, 3, "does not answer this, stays connected", Disturbs::All,
+             Takes::StepOrCommand},
+    FaultRow{Fault::Close, "close", "WHEN", 1, 3, "closes instead of answering this", Disturbs::All,
+             Takes::StepOrCommand},
+    whilePairing(Fault::WrongKeyCheck, "wrong-key-check", "finds another key check value: result code 02"),
+    whilePairing(Fault::WrongAppHash, "wrong-app-hash", "finds another application hash: result code 03"),
+    whilePairing(Fault::SmallDhKey, "small-dh-key", "offers a 1024-bit Diffie-Hellman group"),
     FaultRow{Fault::Garbage, "garbage", nullptr, 0, 0, "random bytes instead of an answer"},
+    atCommands(Fault::BadMac, "bad-mac", "one bit of the MAC is wrong"),
+    atCommands(Fault::NoMac, "no-mac", "leaves the MAC out"),
+    atCommands(Fault::ExtraElement, "extra-element", "one element too many behind command and MAC"),
+    atCommands(Fault::ShortReply, "short-reply", "the last byte of the answer is missing"),
+    FaultRow{Fault::Refuse, "refuse", "COMMAND", 0, 0, "says no to this command", Disturbs::Commands,
+             Takes::RefusableCommand},
+    FaultRow{Fault::KeepAlives, "keep-alives", "N", 1, 1000, "N keep-alives before each answer",
+             Disturbs::Commands},
+    atCommands(Fault::StaleReply, "stale-reply", "half an answer now, the other half 10 s later"),
+    atCommands(Fault::HalfFrame, "half-frame", "half an answer, and no more"),
+    atCommands(Fault::HugeFrame, "huge-frame", "announces an answer of 1 GiB"),
+    atCommands(Fault::ForgetPairing, "forget-pairing", "has lost its keys when a command comes"),
 };
 
 constexpr std::array relayFaults{
@@ -55,9 +80,59 @@ constexpr int lastStep = 3;
 
 QString valueRule(const FaultRow &row)
 {
-    if (row.fault == Fault::ResultCode)
+    switch (row.takes) {
+    case Takes::ResultCode:
         return u"NN[@STEP]: two digits, STEP 1 to 3"_s;
-    return u"%1: %2 to %3"_s.arg(QLatin1StringView(row.value)).arg(row.least).arg(row.most);
+    case Takes::StepOrCommand:
+        return u"WHEN: a step, 1 to 3, or a command: "_s + commandNames(false).join(", "_L1);
+    case Takes::RefusableCommand:
+        return u"COMMAND: "_s + commandNames(true).join(", "_L1);
+    default:
+        return u"%1: %2 to %3"_s.arg(QLatin1StringView(row.value)).arg(row.least).arg(row.most);
+    }
+}
+
+std::optional<FaultValue> readNumber(const FaultRow &row, const QString &written)
+{
+    const auto number = numberBetween(written, row.least, row.most);
+    return number ? std::optional(FaultValue{int(*number), 0, nullptr, {}}) : std::nullopt;
+}
+
+std::optional<FaultValue> readResultCode(const FaultRow &row, const QString &written)
+{
+    const qsizetype at = written.indexOf(u'@');
+    const QString digits = written.left(at);
+    const auto step = at < 0 ? std::optional(0LL) : numberBetween(written.mid(at + 1), firstStep, lastStep);
+    auto value = readNumber(row, digits);
+    if (!value || !step || digits.size() != 2)
+        return std::nullopt;
+    value->step = int(*step);
+    return value;
+}
+
+std::optional<FaultValue> readCommand(const QString &written, bool refusableOnly)
+{
+    const CommandRow *const command = commandByName(written);
+    if (!command || (refusableOnly && !command->refusable))
+        return std::nullopt;
+    return FaultValue{0, 0, command, {}};
+}
+
+/** The value that was typed; none when it is not accepted. */
+std::optional<FaultValue> readValue(const FaultRow &row, const QString &written)
+{
+    switch (row.takes) {
+    case Takes::ResultCode:
+        return readResultCode(row, written);
+    case Takes::RefusableCommand:
+        return readCommand(written, true);
+    case Takes::StepOrCommand:
+        if (auto command = readCommand(written, false))
+            return command;
+        return readNumber(row, written);
+    default:
+        return readNumber(row, written);
+    }
 }
 
 QString listOfFaults(FaultTable table)
@@ -116,27 +191,26 @@ QString Faults::switchOn(const QString &text)
     if ((equals >= 0) != (row->value != nullptr))
         return (row->value ? u"%1 needs a value: %2"_s.arg(name, valueRule(*row))
                            : u"%1 takes no value"_s.arg(name));
-    Value value{0, 0, text};
-    if (row->value) {
-        const QString written = text.mid(equals + 1);
-        const bool coded = row->fault == Fault::ResultCode;
-        const qsizetype at = coded ? written.indexOf(u'@') : -1;
-        const QString digits = written.left(at);
-        const auto number = numberBetween(digits, row->least, row->most);
-        const auto step =
-            at < 0 ? std::optional(0LL) : numberBetween(written.mid(at + 1), firstStep, lastStep);
-        if (!number || !step || (coded && digits.size() != 2))
-            return u"\"%1\" is no value of %2; accepted is %3"_s.arg(written, name, valueRule(*row));
-        value.number = int(*number);
-        value.step = int(*step);
-    }
-    m_active.insert(row->fault, value);
+    const QString written = text.mid(equals + 1);
+    std::optional<FaultValue> value = FaultValue();
+    if (row->value)
+        value = readValue(*row, written);
+    if (!value)
+        return u"\"%1\" is no value of %2; accepted is %3"_s.arg(written, name, valueRule(*row));
+    value->text = text;
+    m_active.insert(row->fault, *value);
     return {};
 }
 
 bool Faults::hitsStep(Fault fault, int step) const
 {
     return has(fault) && number(fault) == step;
+}
+
+bool Faults::hitsCommand(Fault fault, const CommandRow &command) const
+{
+    const auto found = m_active.constFind(fault);
+    return found != m_active.constEnd() && found->command == &command;
 }
 
 QByteArray Faults::resultCode(int step) const

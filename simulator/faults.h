@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simulator/command_table.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QString>
@@ -11,7 +13,8 @@
  * What the simulated register and the relay can be told to do wrong. One table for each program: it parses
  * the option and the line on standard input, and makes the help and the list of what is accepted.
  *
- * The steps of a pairing are 1 (start), 2 (key exchange) and 3 (confirmation).
+ * The steps of a pairing are 1 (start), 2 (key exchange) and 3 (confirmation); the commands are those of
+ * command_table.h.
  */
 namespace Simulator {
 
@@ -37,6 +40,16 @@ enum class Fault {
     WrongAppHash,
     SmallDhKey,
     Garbage,
+    BadMac,
+    NoMac,
+    ExtraElement,
+    ShortReply,
+    Refuse,
+    KeepAlives,
+    StaleReply,
+    HalfFrame,
+    HugeFrame,
+    ForgetPairing,
 
     // of the relay
     NoEcho,
@@ -46,6 +59,12 @@ enum class Fault {
     DropAfter,
 };
 
+/** Which of a register's conversations a fault disturbs. */
+enum class Disturbs { All, KeyExchange, Commands };
+
+/** What is accepted as the value of a fault that has one. */
+enum class Takes { Number, ResultCode, StepOrCommand, RefusableCommand };
+
 struct FaultRow
 {
     Fault fault;
@@ -54,6 +73,8 @@ struct FaultRow
     int least;
     int most;
     const char *help; ///< one line
+    Disturbs disturbs = Disturbs::All;
+    Takes takes = Takes::Number;
 };
 
 using FaultTable = std::span<const FaultRow>;
@@ -66,6 +87,14 @@ QString faultUsage(const FaultRow &row);
 
 /** One line for each fault, aligned, for --help. */
 QString faultHelp(FaultTable table = faultTable());
+
+struct FaultValue
+{
+    int number = 0;
+    int step = 0; ///< of result-code; 0: every step
+    const CommandRow *command = nullptr;
+    QString text; ///< the fault as it was typed
+};
 
 /** The faults of one program that are switched on, each with its value. */
 class Faults
@@ -98,6 +127,9 @@ public:
     /** Whether the fault is on for this step of a pairing. */
     bool hitsStep(Fault fault, int step) const;
 
+    /** Whether the fault is on for this command. */
+    bool hitsCommand(Fault fault, const CommandRow &command) const;
+
     /** The two digits of result-code for this step; empty when it does not apply. */
     QByteArray resultCode(int step) const;
 
@@ -105,14 +137,8 @@ public:
     QStringList names() const;
 
 private:
-    struct Value
-    {
-        int number = 0;
-        int step = 0; ///< 0: every step
-        QString text;
-    };
     FaultTable m_table;
-    QHash<Fault, Value> m_active;
+    QHash<Fault, FaultValue> m_active;
 };
 
 } // namespace Simulator

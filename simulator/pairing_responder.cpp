@@ -2,6 +2,7 @@
 
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3_util.h"
+#include "simulator/frame_faults.h"
 #include "simulator/message_body.h"
 
 #include <QFileInfo>
@@ -175,9 +176,7 @@ const Credentials &PairingResponder::foreignCredentials()
 
 QByteArray PairingResponder::frame(bool response, MessageTag kind, const QByteArray &body) const
 {
-    QByteArray serial = m_serial;
-    if (m_faults.has(Fault::OtherSerial))
-        serial.back() = serial.back() == '0' ? '1' : '0';
+    const QByteArray serial = serialUnderFaults(m_serial, m_faults);
     return GMP3::frame(response, m_faults.has(Fault::NoMessageTag) ? None : kind, body, serial.constData());
 }
 

@@ -146,7 +146,9 @@ QString helpText(const QCommandLineParser &parser, const QString &program)
     QString text = parser.helpText();
     text.replace(program, u"velno-register"_s);
     text.replace(u"  -z <N> "_s, u"  --z <N>"_s); // Qt writes a name of one letter with one dash
-    return text + u"\nFaults; STEP is 1 (start), 2 (key exchange) or 3 (confirmation):\n"_s + faultHelp() +
+    return text +
+           u"\nFaults; a STEP of a pairing is 1 (start), 2 (key exchange) or 3 (confirmation), a COMMAND\nis "_s +
+           commandNames(false).join(", "_L1) + u"; WHEN is one of both:\n"_s + faultHelp() +
            u"\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
            settingLines().join(", "_L1) +
            u".\n"

@@ -1,7 +1,6 @@
 #include "simulator/wire.h"
 
 #include <QNetworkProxy>
-#include <QRandomGenerator>
 #include <QtEndian>
 
 #include <algorithm>
@@ -22,7 +21,6 @@ constexpr int lengthSize = 2;    // a frame begins with the number of bytes that
 constexpr int longestFrame = 4096;
 constexpr int commandLengthSize = 4;
 constexpr int longestCommandFrame = lengthSize + 65535;
-constexpr int garbageSize = 64;
 constexpr qint64 mostUnread = 128 * 1024; // bytes of the other side that are kept for later
 constexpr qint64 mostUnsent = 1024 * 1024;
 
@@ -55,42 +53,7 @@ void watchForVanishing(qintptr descriptor)
     set(IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledged);
 }
 
-void announce(QByteArray &frame, int length)
-{
-    frame[0] = char(length / 256);
-    frame[1] = char(length % 256);
-}
-
-// The first byte announces more than any reader accepts, so that all of them give up at the same place.
-QByteArray garbage()
-{
-    QByteArray bytes(garbageSize, '\xFF');
-    for (int i = 1; i < garbageSize; ++i)
-        bytes[i] = char(QRandomGenerator::global()->bounded(256));
-    return bytes;
-}
-
 } // namespace
-
-QByteArray underWireFaults(QByteArray frame, const Faults &faults)
-{
-    if (faults.has(Fault::Garbage))
-        return garbage();
-    if (faults.has(Fault::BadCrc))
-        frame.back() = char(frame.back() ^ 1);
-    if (faults.has(Fault::BadLength))
-        announce(frame, announcedLength(frame) + 1);
-    if (faults.has(Fault::Oversize))
-        announce(frame, longestFrame + 1);
-    return frame;
-}
-
-QByteArray withLength(const QByteArray &frame)
-{
-    QByteArray prefix(commandLengthSize, Qt::Uninitialized);
-    qToBigEndian(quint32(frame.size()), prefix.data());
-    return prefix + frame;
-}
 
 Wire::Wire(QObject *parent)
     : QObject(parent)

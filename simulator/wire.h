@@ -1,17 +1,9 @@
 #pragma once
 
-#include "simulator/faults.h"
-
 #include <QTcpSocket>
 #include <QTimer>
 
 namespace Simulator {
-
-/** The frame as it leaves under the faults that damage bytes. */
-QByteArray underWireFaults(QByteArray frame, const Faults &faults);
-
-/** A command's frame with the 4-byte length that precedes it on its connection. */
-QByteArray withLength(const QByteArray &frame);
 
 /**
  * What a connection is for. Its first two bytes tell: a key exchange begins with the 2-byte length of a

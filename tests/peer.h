@@ -36,6 +36,8 @@ public:
         }
         return m_socket->read(count);
     }
+    /** From now on next to nothing is taken from the network. */
+    void stopReading() { m_socket->setReadBufferSize(1); }
     void close() { m_socket.reset(); }
     bool waitForClose()
     {

@@ -43,17 +43,17 @@ SimulatedRegister::~SimulatedRegister()
     m_process.waitForFinished(longestWait);
 }
 
-QJsonObject SimulatedRegister::waitFor(const QString &event)
+QJsonObject SimulatedRegister::waitForAny(const QStringList &events)
 {
     const QDeadlineTimer deadline(longestWait);
     while (!deadline.hasExpired()) {
         while (readEvent())
-            if (m_events.last().value(u"event"_s) == event)
+            if (events.contains(m_events.last().value(u"event"_s).toString()))
                 return m_events.last();
         if (!m_process.waitForReadyRead(int(deadline.remainingTime())) && !m_process.canReadLine())
             break;
     }
-    qWarning("velno-register: no event \"%s\"", qPrintable(event));
+    qWarning("velno-register: no event \"%s\"", qPrintable(events.join(u' ')));
     return {};
 }
 

@@ -27,7 +27,8 @@ public:
     bool isReady() const { return m_ready; }
 
     /** The next event of this name, others skipped; an empty object when none comes in time. */
-    QJsonObject waitFor(const QString &event);
+    QJsonObject waitFor(const QString &event) { return waitForAny({event}); }
+    QJsonObject waitForAny(const QStringList &events); ///< of one of these names
 
     /** `fault` on standard input: NAME[=VALUE] or none. @return whether the register took it */
     bool setFault(const QString &fault);

@@ -5,6 +5,7 @@
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
 #include "simulator/command_table.h"
+#include "simulator/faults.h"
 #include "simulator/fiscal_model.h"
 #include "tests/peer.h"
 #include "tests/simulated_register.h"
@@ -14,6 +15,10 @@
 #include <QDateTime>
 #include <QFile>
 #include <QTest>
+
+#include <algorithm>
+#include <future>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 using namespace Velno;
@@ -38,6 +43,20 @@ private slots:
     void atARelayItSaysItsName();
     void onceWaitsForThePairing();
     void theManualListsStatesAndCommands();
+    void everyFaultHasARow();
+    void theLibraryAnswersWithTheFaultsCode_data();
+    void theLibraryAnswersWithTheFaultsCode();
+    void aFaultHitsTheCommandThatItNames_data();
+    void aFaultHitsTheCommandThatItNames();
+    void aRefusedZIsToldAllTheSame();
+    void aMuteRegisterKeepsItsApplicationWaiting_data();
+    void aMuteRegisterKeepsItsApplicationWaiting();
+    void aDelayedAnswerMayBeCalledOff();
+    void aStaleAnswerIsNotTheNextOne();
+    void forgottenKeysTakeAnotherPairing();
+    void faultsOfThePairingSpareCommands();
+    void commandsAreAnsweredInTurn();
+    void anApplicationThatReadsNothingIsLeft();
     void hostileFramesAreRefused_data();
     void hostileFramesAreRefused();
     void hostileCommandsAreRefused_data();
@@ -90,6 +109,74 @@ QByteArray withByteChanged(QByteArray bytes, qsizetype fromEnd)
     bytes[bytes.size() - fromEnd] = char(bytes.at(bytes.size() - fromEnd) ^ 1);
     return bytes;
 }
+
+using Query = int (*)(unsigned int timeout);
+
+struct NamedQuery
+{
+    const char *name; ///< as the register calls the command
+    Query run;
+    int refused; ///< the code when the register says no; 0 when it cannot
+};
+
+constexpr NamedQuery queries[] = {
+    {"state",
+     [](unsigned int timeout) {
+         int state = 0;
+         return velnoext_ecr_state(timeout, &state);
+     },
+     0},
+    {"login", velnoext_login, 8},
+    {"logout", velnoext_logout, 8},
+    {"paper", velnoext_check_printer_paper, 9},
+    {"z",
+     [](unsigned int timeout) {
+         int z = 0;
+         return velnoext_current_z(timeout, &z);
+     },
+     8},
+    {"sale-limit",
+     [](unsigned int timeout) {
+         long long limit = 0;
+         return velnoext_sale_limit(timeout, &limit);
+     },
+     0},
+    {"last-z",
+     [](unsigned int timeout) {
+         int time = 0;
+         return velnoext_last_z_datetime(timeout, &time);
+     },
+     0},
+    {"datetime",
+     [](unsigned int timeout) {
+         int time = 0;
+         return velnoext_ecr_datetime(timeout, &time);
+     },
+     0},
+};
+
+/** A fault and the code that every command ends with under it. */
+struct FaultCode
+{
+    const char *fault;
+    int code;
+    bool stays;               ///< the connection, and with it the next command
+    int oneByteAnswer = code; ///< the code of commands whose answer is one byte
+};
+
+constexpr unsigned int brief = 200; // ms, for answers whose rest does not come
+
+constexpr FaultCode faultCodes[] = {
+    {"bad-crc", 12, true},      {"bad-length", 2, false},      {"other-serial", 12, true},
+    {"segments=1", 0, true},    {"segments=7", 0, true},       {"segments=4096", 0, true},
+    {"delay=20", 0, true},      {"garbage", 2, true},          {"bad-mac", 11, true},
+    {"no-mac", 12, true},       {"extra-element", 12, true},   {"short-reply", 5, true, 12},
+    {"keep-alives=1", 0, true}, {"keep-alives=1000", 0, true}, {"half-frame", 2, true},
+    {"huge-frame", 2, true},    {"stale-reply", 2, true},      {"forget-pairing", 2, false},
+};
+
+// These take a command's name; they have tests of their own.
+constexpr const char *faultsOfOneCommand[] = {"mute", "close", "refuse"};
 
 } // namespace
 
@@ -311,6 +398,245 @@ void TestCommands::theManualListsStatesAndCommands()
         const QString line = u"\n| %1 | `%2` |"_s.arg(row.code).arg(QLatin1StringView(row.name));
         QVERIFY2(manual.contains(line), qPrintable(line));
     }
+}
+
+void TestCommands::everyFaultHasARow()
+{
+    QFile file(QFINDTESTDATA("../docs/simulated-register.md"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QStringList manual = QString::fromUtf8(file.readAll()).split(u'\n');
+    for (const Simulator::FaultRow &fault : Simulator::faultTable()) {
+        const QString usage = u"| `%1` |"_s.arg(Simulator::faultUsage(fault));
+        const auto line = std::ranges::find_if(manual, [&](const QString &l) { return l.startsWith(usage); });
+        QVERIFY2(line != manual.end(), qPrintable(usage));
+        const QString column = line->section(u'|', -2, -2).trimmed();
+        const auto row = std::ranges::find_if(faultCodes, [&](const FaultCode &c) {
+            return QByteArray(c.fault).split('=').first() == fault.name;
+        });
+        const bool listed = row != std::end(faultCodes);
+        const bool named = std::ranges::any_of(faultsOfOneCommand,
+                                               [&](const char *name) { return !qstrcmp(name, fault.name); });
+        QCOMPARE(listed || named, fault.disturbs != Simulator::Disturbs::KeyExchange);
+        if (listed)
+            QVERIFY2(column.startsWith(QString::number(row->code)), qPrintable(*line));
+        QCOMPARE(column == u"-", fault.disturbs == Simulator::Disturbs::KeyExchange);
+    }
+}
+
+void TestCommands::theLibraryAnswersWithTheFaultsCode_data()
+{
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < int(std::size(faultCodes)); ++i)
+        QTest::newRow(faultCodes[i].fault) << i;
+}
+
+void TestCommands::theLibraryAnswersWithTheFaultsCode()
+{
+    QFETCH(const int, index);
+    const FaultCode &row = faultCodes[index];
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    QCOMPARE(connectLibrary(port), 0);
+    const unsigned int timeout = row.code == 2 ? brief : patience;
+    for (const NamedQuery &query : queries) {
+        const bool oneByte = query.refused != 0 && qstrcmp(query.name, "z") != 0;
+        QVERIFY(reg.setFault(QString::fromLatin1(row.fault)));
+        const int code = query.run(timeout);
+        QVERIFY2(code == (oneByte ? row.oneByteAnswer : row.code),
+                 qPrintable(u"%1: %2"_s.arg(QLatin1StringView(query.name)).arg(code)));
+        QVERIFY(reg.setFault(u"none"_s));
+        if (!row.stays) {
+            Ext::library().pairingRecords.clear();
+            QCOMPARE(connectLibrary(port), 0);
+        }
+        QCOMPARE(query.run(patience), 0);
+    }
+}
+
+void TestCommands::aFaultHitsTheCommandThatItNames_data()
+{
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < int(std::size(queries)); ++i)
+        QTest::newRow(queries[i].name) << i;
+}
+
+void TestCommands::aFaultHitsTheCommandThatItNames()
+{
+    QFETCH(const int, index);
+    const NamedQuery &query = queries[index];
+    const QString name = QString::fromLatin1(query.name);
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    QCOMPARE(connectLibrary(port), 0);
+
+    if (query.refused != 0) {
+        QVERIFY(reg.setFault(u"refuse="_s + name));
+        for (const NamedQuery &other : queries)
+            QCOMPARE(other.run(patience), &other == &query ? query.refused : 0);
+        QVERIFY(reg.setFault(u"none"_s));
+        QCOMPARE(query.run(patience), 0);
+    }
+    QVERIFY(reg.setFault(u"close="_s + name));
+    for (const NamedQuery &other : queries)
+        if (&other != &query)
+            QCOMPARE(other.run(patience), 0);
+    QCOMPARE(query.run(patience), 2);
+    QVERIFY(reg.setFault(u"none"_s));
+    QCOMPARE(query.run(patience), 2); // the connection is gone
+    QCOMPARE(connectLibrary(port), 0);
+    QCOMPARE(query.run(patience), 0);
+}
+
+void TestCommands::aRefusedZIsToldAllTheSame()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port, {u"--z"_s, u"17"_s, u"--fault"_s, u"refuse=z"_s});
+    QCOMPARE(connectLibrary(port), 0);
+    int z = 0;
+    QCOMPARE(velnoext_current_z(patience, &z), 8);
+    QCOMPARE(z, 17);
+    QCOMPARE(reg.waitFor(u"answered"_s).value(u"accepted"_s), false);
+}
+
+void TestCommands::aMuteRegisterKeepsItsApplicationWaiting_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("until the faults change") << QByteArray("fault none");
+    QTest::newRow("until the register stops") << QByteArray("quit");
+}
+
+void TestCommands::aMuteRegisterKeepsItsApplicationWaiting()
+{
+    QFETCH(const QByteArray, line);
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port, {u"--fault"_s, u"mute=state"_s});
+    QCOMPARE(connectLibrary(port), 0);
+    QCOMPARE(velnoext_login(patience), 0);
+    auto waiting = std::async(std::launch::async, [] { return queries[0].run(1); });
+    QCOMPARE(reg.waitFor(u"command"_s).value(u"command"_s), u"login"_s);
+    QCOMPARE(reg.waitFor(u"command"_s).value(u"command"_s), u"state"_s);
+    reg.say(line);
+    QCOMPARE(waiting.get(), 2);
+    if (line == "quit") {
+        QCOMPARE(reg.waitForExit(), 0);
+        return;
+    }
+    QCOMPARE(connectLibrary(port), 0);
+    QCOMPARE(queries[0].run(patience), 0);
+}
+
+void TestCommands::aDelayedAnswerMayBeCalledOff()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    QCOMPARE(connectLibrary(port), 0);
+    QVERIFY(reg.setFault(u"delay=600000"_s));
+    auto waiting = std::async(std::launch::async, [] { return queries[0].run(1); });
+    QVERIFY(!reg.waitFor(u"command"_s).isEmpty());
+    QVERIFY(reg.setFault(u"none"_s));
+    QCOMPARE(waiting.get(), 2);
+    QCOMPARE(connectLibrary(port), 0);
+    QCOMPARE(queries[0].run(patience), 0);
+}
+
+void TestCommands::aStaleAnswerIsNotTheNextOne()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port, {u"--z"_s, u"42"_s});
+    QCOMPARE(connectLibrary(port), 0);
+    QVERIFY(reg.setFault(u"stale-reply"_s));
+    int number = -1;
+    QCOMPARE(velnoext_ecr_state(brief, &number), 2);
+    QCOMPARE(number, -1);
+    QVERIFY(reg.setFault(u"none"_s)); // the rest leaves before the faults change
+    const QJsonObject late = reg.events().at(reg.events().size() - 2);
+    QCOMPARE(late.value(u"event"_s), u"answered"_s);
+    QCOMPARE(late.value(u"command"_s), u"state"_s);
+    QCOMPARE(velnoext_current_z(patience, &number), 0);
+    QCOMPARE(number, 42);
+}
+
+void TestCommands::forgottenKeysTakeAnotherPairing()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    constexpr unsigned int forgetfulApplication = 14242;
+    const auto connect = [port](unsigned int appNo) {
+        return velnoext_initialize(appNo, serial, "127.0.0.1", port, patience);
+    };
+    QCOMPARE(connect(applicationNo), 0);
+    QVERIFY(reg.setFault(u"forget-pairing"_s));
+    QCOMPARE(velnoext_login(patience), 2);
+    const QString reason = reg.waitFor(u"refused"_s).value(u"reason"_s).toString();
+    QVERIFY2(reason.contains(u"holds no keys"_s), qPrintable(reason));
+    QVERIFY(reg.setFault(u"none"_s));
+    QCOMPARE(connect(applicationNo), 0); // the library has its keys
+    QCOMPARE(velnoext_login(patience), 2);
+    QCOMPARE(connect(forgetfulApplication), 0);
+    velnoext_close();
+    QCOMPARE(connect(forgetfulApplication), 0);
+    QCOMPARE(velnoext_login(patience), 0);
+}
+
+void TestCommands::faultsOfThePairingSpareCommands()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    QCOMPARE(connectLibrary(port), 0);
+    for (const Simulator::FaultRow &fault : Simulator::faultTable()) {
+        if (fault.disturbs != Simulator::Disturbs::KeyExchange)
+            continue;
+        const QString value = fault.takes == Simulator::Takes::ResultCode ? u"=42"_s : u"=1"_s;
+        QVERIFY(reg.setFault(QString::fromLatin1(fault.name) + (fault.value ? value : QString())));
+        QCOMPARE(velnoext_login(patience), 0);
+    }
+    for (const QString &fault : {u"mute=1"_s, u"close=1"_s}) {
+        QVERIFY(reg.setFault(fault));
+        QCOMPARE(velnoext_login(patience), 0);
+    }
+}
+
+// Also when the next command has come before the answer to the last has left.
+void TestCommands::commandsAreAnsweredInTurn()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    QCOMPARE(connectLibrary(port), 0);
+    const MatchExt record = keys();
+    velnoext_close();
+    QVERIFY(reg.setFault(u"delay=20"_s));
+    Peer peer(port);
+    QVERIFY(peer.accept());
+    QByteArray bytes;
+    for (const char code : {'\x0C', '\x0F', '\0'})
+        bytes += sealed(record, QByteArray(3, '\0') + code);
+    QVERIFY(peer.send(bytes));
+    QStringList order;
+    for (int i = 0; i < 3; ++i) {
+        order << reg.waitFor(u"command"_s).value(u"command"_s).toString();
+        order << reg.waitFor(u"answered"_s).value(u"command"_s).toString();
+    }
+    QCOMPARE(order, (QStringList{u"z"_s, u"z"_s, u"sale-limit"_s, u"sale-limit"_s, u"state"_s, u"state"_s}));
+}
+
+void TestCommands::anApplicationThatReadsNothingIsLeft()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port, {u"--fault"_s, u"keep-alives=1000"_s});
+    QCOMPARE(connectLibrary(port), 0);
+    const MatchExt record = keys();
+    velnoext_close();
+    Peer peer(port);
+    QVERIFY(peer.accept());
+    peer.stopReading();
+    const QByteArray command = sealed(record, QByteArray(4, '\0'));
+    QVERIFY(peer.send(command));
+    QJsonObject event = reg.waitFor(u"answered"_s);
+    do {
+        QVERIFY(peer.send(command)); // each asks for 8 kB
+        event = reg.waitForAny({u"answered"_s, u"disconnected"_s});
+    } while (event.value(u"event"_s) == u"answered"_s);
+    QCOMPARE(event.value(u"reason"_s), u"the other side does not read its answers"_s);
 }
 
 void TestCommands::hostileFramesAreRefused_data()

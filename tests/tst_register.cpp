@@ -97,7 +97,9 @@ void TestRegister::faultValuesAreStrict_data()
             QTest::newRow(*text ? text : "nothing") << QString::fromLatin1(text) << accepted;
     };
     rows(true, {"garbage", "mute=1", "mute=3", "segments=1", "segments=4096", "delay=600000",
-                "result-code=00", "result-code=99@3", "wrong-kind=1"});
+                "result-code=00", "result-code=99@3", "wrong-kind=1", "mute=state", "close=datetime",
+                "mute=sale-limit", "refuse=login", "refuse=logout", "refuse=paper", "refuse=z",
+                "keep-alives=1", "keep-alives=1000", "stale-reply"});
     rows(false, {"",
                  "=",
                  "nonsense",
@@ -109,6 +111,18 @@ void TestRegister::faultValuesAreStrict_data()
                  "mute=0",
                  "mute=4",
                  "mute=1@1",
+                 "mute=State",
+                 "mute=13",
+                 "close=state ",
+                 "close=login@1",
+                 "refuse",
+                 "refuse=",
+                 "refuse=1",
+                 "refuse=state",
+                 "refuse=sale-limit",
+                 "keep-alives=0",
+                 "keep-alives=1001",
+                 "stale-reply=5",
                  "segments=0",
                  "segments=4097",
                  "delay=-1",
@@ -143,7 +157,7 @@ void TestRegister::helpAndManualListTheSameFaults()
     QCOMPARE(help.code, 0);
     QFile manual(QFINDTESTDATA("../docs/simulated-register.md"));
     QVERIFY(manual.open(QIODevice::ReadOnly));
-    static const QRegularExpression line(u"^\\| `([^`]+)` \\| ([^|]+) \\| [^|]+ \\|$"_s,
+    static const QRegularExpression line(u"^\\| `([^`]+)` \\| ([^|]+) \\| [^|]+ \\| [^|]+ \\|$"_s,
                                          QRegularExpression::MultilineOption);
     QString listed;
     auto match = line.globalMatch(QString::fromUtf8(manual.readAll()).section(u"## Faults"_s, 1));
@@ -195,7 +209,8 @@ void TestRegister::wrongUsageIsRefused_data()
     row("hash of other letters", good + QStringList{u"--app-hash"_s, QString(64, u'g')},
         "64 hexadecimal digits");
     row("unknown fault", good + QStringList{u"--fault"_s, u"nonsense"_s}, "accepted are wrong-authority, ");
-    row("bad value", good + QStringList{u"--fault"_s, u"mute=9"_s}, "accepted is STEP: 1 to 3");
+    row("bad value", good + QStringList{u"--fault"_s, u"mute=9"_s},
+        "accepted is WHEN: a step, 1 to 3, or a command: state, ");
     row("unknown option", good + QStringList{u"--nonsense"_s}, "nonsense");
     row("a word too many", good + QStringList{u"word"_s}, "\"word\" is no option");
 }
