@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
@@ -37,10 +38,16 @@ private slots:
     void unreachableRegister();
     void secondTestNeedsNoPairing();
     void testFollowsPairing();
+    void faultsEndTheTest_data();
+    void faultsEndTheTest();
+    void silenceEndsWithTheConnection();
+    void forgottenKeysEndEveryTest();
+    void newKeysEndEveryTest();
 
 private:
-    /** Presses "Test" and collects the texts until the buttons are back. */
-    QStringList textsOfATest();
+    /** Presses "Test" and collects the texts until the buttons are back; `meanwhile` runs once it has begun.
+     */
+    QStringList textsOfATest(const std::function<void()> &meanwhile = [] {});
 
     QTemporaryDir m_dir;
     std::unique_ptr<WindowUnderTest> m_window;
@@ -71,11 +78,12 @@ void TestDeviceTestEndToEnd::cleanup()
     Velno::Ext::library().pairingRecords.clear();
 }
 
-QStringList TestDeviceTestEndToEnd::textsOfATest()
+QStringList TestDeviceTestEndToEnd::textsOfATest(const std::function<void()> &meanwhile)
 {
     m_window->setText({});
     StatusRecord record(m_window->form().resultLabel);
     m_window->test();
+    meanwhile();
     const bool ended =
         QTest::qWaitFor([&] { return record.texts().size() > 1 && m_window->buttonsEnabled(); }, longWait);
     return ended ? record.texts() : record.texts() + QStringList{u"(does not end)"_s};
@@ -130,6 +138,67 @@ void TestDeviceTestEndToEnd::testFollowsPairing()
     QTRY_COMPARE_WITH_TIMEOUT(record.texts(), paired, longWait);
     QTRY_VERIFY(m_window->buttonsEnabled());
     QCOMPARE(textsOfATest(), complete);
+}
+
+void TestDeviceTestEndToEnd::faultsEndTheTest_data()
+{
+    QTest::addColumn<QStringList>("texts");
+
+    QTest::newRow("close=state") << connected + QStringList{stateFailed.arg(2)};
+    QTest::newRow("close=z") << knowsState + QStringList{zFailed.arg(2)};
+    QTest::newRow("close=paper") << knowsZ + QStringList{paperFailed.arg(2)};
+    QTest::newRow("refuse=z") << knowsState + QStringList{zFailed.arg(8)};
+    QTest::newRow("refuse=paper") << completeWithoutPaper;
+    QTest::newRow("short-reply") << connected + QStringList{stateFailed.arg(5)};
+    QTest::newRow("bad-mac") << connected + QStringList{stateFailed.arg(11)};
+    QTest::newRow("no-mac") << connected + QStringList{stateFailed.arg(12)};
+    QTest::newRow("bad-crc") << connected + QStringList{stateFailed.arg(12)};
+    QTest::newRow("other-serial") << connected + QStringList{stateFailed.arg(12)};
+    QTest::newRow("huge-frame") << connected + QStringList{stateFailed.arg(2)};
+    QTest::newRow("keep-alives=3") << complete;
+}
+
+void TestDeviceTestEndToEnd::faultsEndTheTest()
+{
+    QFETCH(const QStringList, texts);
+    SimulatedRegister reg(m_window->port(), honest);
+    QCOMPARE(textsOfATest(), complete); // and has paired
+    QVERIFY(reg.setFault(QString::fromLatin1(QTest::currentDataTag())));
+    QCOMPARE(textsOfATest(), texts);
+    QVERIFY(reg.setFault(u"none"_s));
+    QCOMPARE(textsOfATest(), complete);
+}
+
+void TestDeviceTestEndToEnd::silenceEndsWithTheConnection()
+{
+    SimulatedRegister reg(m_window->port(), honest + QStringList{u"--fault"_s, u"mute=z"_s});
+    const QStringList texts = textsOfATest([&reg] {
+        while (reg.waitFor(u"command"_s).value(u"command"_s) == u"state"_s) {
+        }
+        QVERIFY(reg.setFault(u"none"_s)); // closes, because an answer is due
+    });
+    QCOMPARE(texts, knowsState + QStringList{zFailed.arg(2)});
+    QCOMPARE(textsOfATest(), complete);
+}
+
+void TestDeviceTestEndToEnd::forgottenKeysEndEveryTest()
+{
+    SimulatedRegister reg(m_window->port(), honest);
+    QCOMPARE(textsOfATest(), complete);
+    QVERIFY(reg.setFault(u"forget-pairing"_s));
+    QCOMPARE(textsOfATest(), connected + QStringList{stateFailed.arg(2)});
+    QVERIFY(reg.setFault(u"none"_s)); // the keys stay lost, and the library holds on to its own
+    QCOMPARE(textsOfATest(), connected + QStringList{stateFailed.arg(2)});
+}
+
+void TestDeviceTestEndToEnd::newKeysEndEveryTest()
+{
+    SimulatedRegister reg(m_window->port(), honest);
+    QCOMPARE(textsOfATest(), complete);
+    m_window->pair();
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->status(), paired.constLast(), longWait);
+    QTRY_VERIFY(m_window->buttonsEnabled());
+    QCOMPARE(textsOfATest(), connected + QStringList{stateFailed.arg(2)}); // until the program's end
 }
 
 QTEST_MAIN(TestDeviceTestEndToEnd)
