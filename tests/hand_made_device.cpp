@@ -213,14 +213,17 @@ std::unique_ptr<QTcpSocket> HandMadeDevice::contactThroughRelay()
 
 void HandMadeDevice::answerName(QTcpSocket &socket)
 {
-    socket.setSocketOption(QAbstractSocket::LowDelayOption, 1); // each run is a segment
+    // A corked socket keeps its last bytes until it is closed; without delay each run is a segment.
+    const int corked = leavesWithEcho;
+    setsockopt(int(socket.socketDescriptor()), IPPROTO_TCP, TCP_CORK, &corked, sizeof corked);
+    socket.setSocketOption(QAbstractSocket::LowDelayOption, !leavesWithEcho);
     qsizetype size = 0;
     for (const QByteArray &run : echo(socket.read(12))) {
         size += run.size();
         socket.write(run);
         socket.flush();
     }
-    if (size < 12)
+    if (leavesWithEcho || size < 12)
         socket.disconnectFromHost();
 }
 

@@ -61,6 +61,7 @@ public:
     std::function<QList<QByteArray>(const QByteArray &)> echo = [](const QByteArray &name) {
         return QList{name};
     };
+    bool leavesWithEcho = false; ///< the relay's echo and its close arrive in one segment
     std::atomic<int> contacts = 0;
 
 private:

@@ -36,6 +36,8 @@ private slots:
     void firstContactPairs();
     void failedPairingLeavesNoRecord();
     void registerThatLeavesDuringPairing();
+    void registerThatStaysAwayAfterPairing();
+    void closingForgetsTheDetail();
     void keysSurviveClosing_data();
     void keysSurviveClosing();
     void activeDeviceIsChosen();
@@ -170,6 +172,27 @@ void TestConnections::registerThatLeavesDuringPairing()
     });
     QCOMPARE(velnoext_initialize(5, serial, "127.0.0.1", port, patience), 10);
     QVERIFY(library().connections.isEmpty());
+}
+
+void TestConnections::registerThatStaysAwayAfterPairing()
+{
+    HandMadeDevice device;
+    const quint16 port = freePort();
+    device.pairAndServe(port, 0);
+    QCOMPARE(velnoext_initialize(5, serial, "127.0.0.1", port, 2000), 2);
+    QCOMPARE(int(device.contacts), 2);
+    QVERIFY(!device.appHash.isEmpty()); // it did pair
+    QVERIFY(!library().pairingRecords.contains(serial));
+    QVERIFY(library().activeDevice.isEmpty());
+    QVERIFY(library().connections.isEmpty());
+}
+
+void TestConnections::closingForgetsTheDetail()
+{
+    QCOMPARE(velnoext_initialize(5, "UB", "127.0.0.1", 4100, brief), 4);
+    QCOMPARE(velnoext_error_detail(), 0x400);
+    velnoext_close();
+    QCOMPARE(velnoext_error_detail(), 0);
 }
 
 void TestConnections::keysSurviveClosing_data()

@@ -17,6 +17,10 @@ private slots:
     void relayThatEchoesWrong_data();
     void relayThatEchoesWrong();
     void echoMayComeInPieces();
+    void registerThatLeavesBeforeTheFirstFrame();
+    void pairedRegisterThatLeavesAtOnce();
+    void relayThatRefusesLater_data();
+    void relayThatRefusesLater();
     void relayThatIsDown();
 };
 
@@ -97,6 +101,55 @@ void TestRelayRoute::echoMayComeInPieces()
     QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
     device.answerPlain(plain(true));
     QCOMPARE(velnoext_login(patience), 0);
+}
+
+void TestRelayRoute::registerThatLeavesBeforeTheFirstFrame()
+{
+    HandMadeDevice device;
+    device.leavesWithEcho = true;
+    device.playRelay(50902);
+    device.pairAndServe(0);
+    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QVERIFY(!library().pairingRecords.contains(serial));
+    QVERIFY(library().activeDevice.isEmpty());
+    QVERIFY(library().connections.isEmpty());
+}
+
+void TestRelayRoute::pairedRegisterThatLeavesAtOnce()
+{
+    HandMadeDevice device;
+    device.leavesWithEcho = true;
+    device.playRelay(50902);
+    library().pairingRecords[serial] = device.record;
+    device.serve(0);
+    // Nothing is sent to one that is paired, so the first command finds out.
+    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
+    QCOMPARE(velnoext_login(patience), 2);
+    QVERIFY(library().pairingRecords.contains(serial));
+}
+
+void TestRelayRoute::relayThatRefusesLater_data()
+{
+    QTest::addColumn<int>("contact");
+
+    QTest::newRow("for the key exchange") << 2;
+    QTest::newRow("for the data") << 3;
+}
+
+void TestRelayRoute::relayThatRefusesLater()
+{
+    QFETCH(const int, contact);
+    HandMadeDevice device;
+    device.echo = [contact, count = 0](const QByteArray &name) mutable {
+        return ++count < contact ? QList{name} : QList<QByteArray>();
+    };
+    device.playRelay(50902);
+    device.pairAndServe(0);
+    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QTRY_COMPARE(int(device.contacts), contact);
+    QVERIFY(!library().pairingRecords.contains(serial));
+    QVERIFY(library().activeDevice.isEmpty());
+    QVERIFY(library().connections.isEmpty());
 }
 
 void TestRelayRoute::relayThatIsDown()

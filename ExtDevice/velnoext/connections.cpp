@@ -111,6 +111,7 @@ void stopWorker()
 void closeActive()
 {
     LibraryState &state = library();
+    state.errorDetail = 0;
     closeConnection();
     if (isSpecialApplication())
         state.pairingRecords.remove(state.activeDevice);
