@@ -7,16 +7,24 @@
  * keys stay in memory until the process ends or velnoext_close() forgets them.
  *
  * Threads: every function may be called from any thread. Calls queue behind one lock, so at most one is at
- * work in a process; a call blocks until it is done. In a process without a Qt application object
- * velnoext_initialize() makes one and the closing of the last connection deletes it: make the two calls on
- * the same thread. Do not call from a signal handler or an exit handler.
+ * work in a process; a call blocks until it is done. The library works on a thread of its own from the first
+ * velnoext_initialize() until the last connection is closed. Do not call from a signal handler or an exit
+ * handler, and not in a child after fork().
+ *
+ * The process: it needs no Qt of its own. Without a Qt application object velnoext_initialize() makes one,
+ * which the closing of the last connection deletes: make both calls on the same thread, every time the same
+ * one. In a process that has a Qt application object the library uses that and leaves it alone; its window
+ * stands still while a call on its thread blocks. The locale stays as it was (Qt sets it for a moment while
+ * the object is made, and says on standard error when it is not UTF-8), and a proxy that the application has
+ * set is not used for registers. Once loaded the library stays loaded.
  *
  * Time-outs are milliseconds; 0xFFFFFFFF means no limit. Waiting for the first byte of a register's answer
  * has no limit of its own: a cashier may have to act first. It ends when the connection does, at the latest
  * about a minute after the register vanished from the network.
  *
- * Pointers are borrowed for the call only. Outputs are written on success alone unless a function says
- * otherwise. Text is plain bytes with a terminating zero.
+ * Pointers are borrowed for the call only and belong to the caller; what a function returns as text belongs
+ * to the library. Outputs are written on success alone unless a function says otherwise. Text is plain bytes
+ * with a terminating zero.
  *
  * Every function that returns int returns one of these codes:
  *
@@ -92,13 +100,21 @@ typedef enum VelnoEcrState {
 
 /* Set-up and connections -------------------------------------------------------------------------------- */
 
-/* Example:
+/* A register is connected from velnoext_initialize() until it is closed, and paired while the library holds
+ * keys for it. Commands go to the active one. Example, with two registers:
  *
  *     int code = velnoext_initialize(5, "UB1234567890", "0.0.0.0", 4100, 30000);
+ *     if (code == 0)
+ *         code = velnoext_initialize(5, "UB0000000001", "0.0.0.0", 4101, 30000);
+ *     if (code == 0)
+ *         code = velnoext_set_active_device("UB1234567890");
  *     if (code != 0)
  *         fprintf(stderr, "register: code %d, detail 0x%X\n", code, (unsigned)velnoext_error_detail());
  *     ...
  *     velnoext_close_all();
+ *
+ * A command that returns 2 leaves its connection listed: velnoext_initialize() connects the register afresh,
+ * without pairing again.
  */
 
 /** The interface's version, "0". The text lives as long as the library. Never blocks. */
@@ -109,33 +125,36 @@ VELNOEXT_API const char *velnoext_version(void);
  * already is connected afresh; others stay connected.
  *
  * A register that is not yet paired is met three times on the port given: to be told so, to agree on keys
- * and to stay. On failure the active register is the one before.
+ * and to stay. One that is paired is met once. On failure the active register is the one before, other
+ * registers stay connected, and the library's thread goes on until velnoext_close().
  *
  * @param appNo     number of the application; 999999 takes the relay's port 50900, others 50902. With
- *                  999999 and 14242 velnoext_close() forgets the keys, and the raw pass-through is open
+ *                  999999 and 14242 velnoext_close() forgets the keys, and the raw pass-through is open.
+ *                  The last call's number holds for all registers
  * @param serialNo  12 characters
  * @param address   local IPv4 or IPv6 address to listen on, "0.0.0.0" for all; "255.255.255.255" for the
  *                  relay
  * @param port      TCP port to listen on; ignored with the relay
  * @param timeout   ms to wait for each direct connection of the register but that of the key exchange, which
- *                  may take 30 s
- * @return 0; 1: the worker cannot be reached; 2: nobody connected in time, the port is in use, the relay
- *         refused; 3: NULL (detail 0x300 serialNo, 0x301 address); 4: serialNo is not 12 characters long
- *         (0x400), port is 0 (0x402), the address is none (0); 10: pairing failed; 13: the executable cannot
- *         be read
+ *                  may take 30 s; not used with the relay, which has 2 s to accept and 5 s to answer
+ * @return 0; 1: the worker cannot be reached; 2: nobody connected in time, the port cannot be listened on,
+ *         the relay refused or does not know the register, the register left; 3: NULL (detail 0x300
+ *         serialNo, 0x301 address); 4: serialNo is not 12 characters long (0x400), port is 0 (0x402), the
+ *         address is none (0); 10: pairing failed; 13: the executable cannot be read
  */
 VELNOEXT_API int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *address,
                                      unsigned short port, unsigned int timeout);
 
 /**
- * Makes another connected register the active one.
+ * Makes another connected register the active one. Asks nobody.
  *
+ * @param serialNo  12 characters
  * @return 0; 1: not connected (the active register stays); 3: NULL (0x300); 4: not 12 characters (0x400)
  */
 VELNOEXT_API int velnoext_set_active_device(const char *serialNo);
 
 /**
- * The serial number of the active register.
+ * The serial number of the active register. Asks nobody.
  *
  * @param buffer  room for 13 bytes: 12 characters and a zero
  * @return 0; 1: there is none; 3: NULL (0x300)
@@ -143,15 +162,16 @@ VELNOEXT_API int velnoext_set_active_device(const char *serialNo);
 VELNOEXT_API int velnoext_active_device(char *buffer);
 
 /**
- * What the last call complained about: 0x300 + n for a pointer, 0x400 + n for a value, otherwise 0. Ask on
- * the thread of the failed call before another call is made. Never blocks.
+ * What the last call complained about: 0x300 + n for a pointer, 0x400 + n for a value, otherwise 0. Every
+ * call that has to do with registers begins with setting it to 0, closing included: ask right after the
+ * failed call, before another thread calls. Never blocks.
  */
 VELNOEXT_API int velnoext_error_detail(void);
 
 /**
  * Closes the active register's connection; afterwards no register is active. When it was the last
  * connection, the library returns to the state before velnoext_initialize(), keys apart. Harmless when
- * nothing is open.
+ * nothing is open. Blocks until the register has taken what was sent, at most 30 s.
  */
 VELNOEXT_API void velnoext_close(void);
 
@@ -197,7 +217,8 @@ VELNOEXT_API const char *velnoext_detail_text(int detail);
 /**
  * Encrypts bytes, frames them and sends them to the active register. Waits for no answer.
  *
- * @param length  bytes, at most about 65,000
+ * @param data    borrowed; needs no terminating zero
+ * @param length  bytes, 1 to 65,471
  * @return 0; 1: not initialised, not paired, or another application number; 2: not connected, or not sent
  *         within 2 s; 3: NULL (0x300); 4: negative length; 11: nothing to encrypt, or too much
  */
@@ -260,10 +281,14 @@ VELNOEXT_API int velnoext_ecr_serialno(char *buffer);
  */
 VELNOEXT_API int velnoext_current_z(unsigned int timeout, int *z);
 
-/** When the last Z report was made, as the register's number. @return 0; 3: NULL (0x30C) */
+/**
+ * When the last Z report was made, as the register's number; the simulated register's is seconds since 1970.
+ *
+ * @return 0; 3: NULL (0x30C)
+ */
 VELNOEXT_API int velnoext_last_z_datetime(unsigned int timeout, int *value);
 
-/** The register's clock, as the register's number. @return 0; 3: NULL (0x30C) */
+/** The register's clock, a number like that of the last Z report. @return 0; 3: NULL (0x30C) */
 VELNOEXT_API int velnoext_ecr_datetime(unsigned int timeout, int *value);
 
 /** The highest amount that one sale may reach, in kuruş. @return 0; 3: NULL (0x310) */
