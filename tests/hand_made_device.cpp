@@ -3,6 +3,7 @@
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3_util.h"
 
+#include <QDeadlineTimer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtEndian>
@@ -64,17 +65,26 @@ void HandMadeDevice::run(const std::function<void()> &contactsInOrder)
     m_stop = false;
     m_relayReady = false;
     m_thread = std::thread([this, contactsInOrder] {
-        if (m_relayPort != 0) {
-            m_relay = std::make_unique<QTcpServer>();
-            if (!m_relay->listen(QHostAddress(QStringLiteral(VELNO_TSM_RELAY_ADDRESS)), m_relayPort))
-                qFatal("relay port %d: %s", m_relayPort, qPrintable(m_relay->errorString()));
-        }
+        if (m_relayPort != 0)
+            listenAsRelay();
         m_relayReady = true;
         m_relayReady.notify_all();
         contactsInOrder();
         m_relay.reset();
     });
     m_relayReady.wait(false);
+}
+
+void HandMadeDevice::listenAsRelay()
+{
+    // The port is fixed: the tests of another build folder may hold it for a moment.
+    const QDeadlineTimer deadline(std::chrono::seconds(60));
+    m_relay = std::make_unique<QTcpServer>();
+    while (!m_relay->listen(QHostAddress(QStringLiteral(VELNO_TSM_RELAY_ADDRESS)), m_relayPort)) {
+        if (m_relay->serverError() != QAbstractSocket::AddressInUseError || deadline.hasExpired())
+            qFatal("relay port %d: %s", m_relayPort, qPrintable(m_relay->errorString()));
+        std::this_thread::yield();
+    }
 }
 
 void HandMadeDevice::stop()

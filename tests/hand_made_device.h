@@ -69,6 +69,7 @@ private:
     std::unique_ptr<QTcpSocket> contactThroughRelay();
     void answerName(QTcpSocket &socket);
     void run(const std::function<void()> &contactsInOrder);
+    void listenAsRelay();
     void announce();
     void exchangeKeys(const HandMadeRegister::Hook &hook);
     void serveOne();

@@ -1,11 +1,11 @@
-#include "tests/library_test.h"
+#include "tests/simulated_register.h"
 #include "tests/test_support.h"
 
 #include <QProcess>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-using namespace TestSupport;
+using TestSupport::freePort;
 
 /** The programs of examples/, built against the installed library, with a register at the other end. */
 class TestExamples : public QObject
@@ -19,6 +19,8 @@ private slots:
 };
 
 namespace {
+
+const QString serialNo = QString::fromLatin1(SimulatedRegister::serial);
 
 struct Outcome
 {
@@ -36,43 +38,31 @@ Outcome run(const QStringList &arguments)
     return {program.exitCode(), program.readAllStandardOutput(), program.readAllStandardError()};
 }
 
-/** Answers the first two commands of a visit. */
-void answerInTurn(HandMadeDevice &device, const QByteArray &first, const QByteArray &second)
-{
-    device.setAnswer([&device, first, second, count = 0](const QByteArray &) mutable {
-        return QList{HandMadeDevice::framed(device.sealed(count++ == 0 ? first : second))};
-    });
-}
-
 } // namespace
 
 void TestExamples::stateIsRead()
 {
-    HandMadeDevice device;
     const quint16 port = freePort();
-    answerInTurn(device, plain(1, QVector<int>()), plain(true, 17));
-    device.pairAndServe(port);
-    const Outcome outcome = run({QString::fromLatin1(serial), u"127.0.0.1"_s, QString::number(port)});
+    SimulatedRegister reg(port, {u"--state"_s, u"1"_s, u"--z"_s, u"17"_s});
+    const Outcome outcome = run({serialNo, u"127.0.0.1"_s, QString::number(port)});
     QCOMPARE(outcome.errors, QByteArray());
     QCOMPARE(outcome.output, QByteArray("Register UB1234567890 is in state 1, Z number 17.\n"));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(device.commands(), (QList{plain(0), plain(12)}));
 }
 
 void TestExamples::failureIsExplained()
 {
-    HandMadeDevice device;
     const quint16 port = freePort();
-    answerInTurn(device, plain(1, QVector<int>()), plain(false, 17));
-    device.pairAndServe(port);
-    const Outcome refused = run({QString::fromLatin1(serial), u"127.0.0.1"_s, QString::number(port)});
-    QVERIFY2(refused.errors.startsWith("Reading the Z number failed: "), refused.errors.constData());
+    SimulatedRegister reg(port, {u"--fault"_s, u"result-code=03"_s});
+    const Outcome refused = run({serialNo, u"127.0.0.1"_s, QString::number(port)});
+    QVERIFY2(refused.errors.startsWith("Connecting failed: "), refused.errors.constData());
+    QCOMPARE(refused.errors.count('\n'), 4); // the name, three lines about the code
     QCOMPARE(refused.output, QByteArray());
-    QCOMPARE(refused.exitCode, 8);
+    QCOMPARE(refused.exitCode, 10);
 
     const Outcome wrong = run({u"UB123"_s, u"127.0.0.1"_s, QString::number(port)});
     QVERIFY2(wrong.errors.startsWith("Connecting failed: "), wrong.errors.constData());
-    QCOMPARE(wrong.errors.count('\n'), 5); // the name, three lines about the code, one about the argument
+    QCOMPARE(wrong.errors.count('\n'), 5); // and one about the argument
     QCOMPARE(wrong.exitCode, 4);
 }
 
