@@ -79,7 +79,7 @@ void CashRegister::takePairingRequest(const QByteArray &frame)
     m_mute = m_options.faults.hitsStep(Fault::Mute, step);
     m_silence.start(m_mute ? mutePatience : patience);
     if (m_options.faults.hitsStep(Fault::Close, step))
-        m_wire.close(u"closed instead of answering"_s);
+        close(u"closed instead of answering"_s);
     else if (!m_mute)
         sendAfter(delay(),
                   [this, kind, answer = m_pairing.answer(kind)] { sendPairingAnswer(kind, answer); });
@@ -98,7 +98,7 @@ void CashRegister::takeCommand(const QByteArray &frame)
     }
     m_events.write("command", {{"command", QLatin1StringView(command->name)}});
     if (m_options.faults.hitsCommand(Fault::Close, *command))
-        return m_wire.close(u"closed instead of answering"_s);
+        return close(u"closed instead of answering"_s);
     m_mute = m_options.faults.hitsCommand(Fault::Mute, *command);
     if (!m_mute)
         sendAfter(delay(), [this, command, answer = m_commands.answer(*command)] {
@@ -145,7 +145,7 @@ void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::An
         m_events.write("paired", {{"serial", QString::fromLatin1(m_options.serial)}});
     }
     if (m_paired || faults.has(Fault::BadLength))
-        m_wire.close(u"said everything"_s);
+        close(u"said everything"_s);
 }
 
 void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer)
@@ -164,7 +164,7 @@ void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandRes
         m_wire.resume();
         m_events.write("answered", {{"command", QLatin1StringView(name)}, {"accepted", accepted}});
         if (closes)
-            m_wire.close(u"said everything"_s);
+            close(u"said everything"_s);
     };
     sendAfter(m_restIsDue ? staleAfter : 0s, finish);
 }
@@ -174,7 +174,14 @@ void CashRegister::refuse(const QString &reason)
     m_conversed = m_conversed || m_wire.purpose() == Purpose::KeyExchange;
     m_delay.stop();
     m_events.write("refused", {{"reason", reason}});
-    m_wire.close(u"refused"_s);
+    close(u"refused"_s);
+}
+
+/** Whoever does not take the last bytes in time does not get them. */
+void CashRegister::close(const QString &reason)
+{
+    m_silence.start(patience);
+    m_wire.close(reason);
 }
 
 void CashRegister::takeEnd(const QString &reason)

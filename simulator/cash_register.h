@@ -35,6 +35,7 @@ private:
     void takeCommand(const QByteArray &frame);
     void takeEnd(const QString &reason);
     void refuse(const QString &reason);
+    void close(const QString &reason);
     std::chrono::milliseconds delay() const;
     void sendAfter(std::chrono::milliseconds wait, std::function<void()> send);
     void sendNow();

@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <utility>
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -149,7 +150,8 @@ void Wire::pause()
 
 void Wire::resume()
 {
-    m_paused = false;
+    if (!std::exchange(m_paused, false))
+        return;
     // Not from within: whoever resumes is still busy with the frame before.
     QMetaObject::invokeMethod(this, &Wire::takeBytes, Qt::QueuedConnection);
 }
