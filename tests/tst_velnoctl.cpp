@@ -1,13 +1,7 @@
 #include "ExtDevice/velnoext/velnoext.h"
-#include "tests/hand_made_device.h"
-#include "tests/terminal.h"
-#include "tests/test_support.h"
+#include "tests/velnoctl_client.h"
 
-#include <QDataStream>
-#include <QFile>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -17,172 +11,19 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
-using TestSupport::HandMadeDevice;
-using TestSupport::Terminal;
+using namespace TestSupport;
 
 namespace {
 
-constexpr int longestWait = 60'000; // ms, for a machine under load and sanitizers
 constexpr quint16 relayPort = 50902;
 constexpr char waiting[] = "waiting for UB1234567890 on 127.0.0.1:";
-
-template <typename... Items>
-QByteArray plain(const Items &...items)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_6);
-    (stream << ... << items);
-    return bytes;
-}
 
 const QByteArray yes = plain(true);
 const QByteArray no = plain(false);
 
-QString program()
-{
-    return QStringLiteral(VELNO_VELNOCTL);
-}
-
-QStringList target(quint16 port)
-{
-    return {u"--serial"_s,  u"UB1234567890"_s, u"--listen"_s, u"127.0.0.1:%1"_s.arg(port),
-            u"--timeout"_s, u"20000"_s,        u"--app"_s,    u"5"_s};
-}
-
-/** velnoctl as a child process. */
-class Client
-{
-public:
-    explicit Client(const QStringList &arguments, const QString &output = {})
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"TZ"_s, u"TRT-3"_s);
-        m_process.setProcessEnvironment(environment);
-        if (!output.isEmpty())
-            m_process.setStandardOutputFile(output);
-        m_process.start(program(), arguments);
-        m_process.waitForStarted(longestWait);
-    }
-    ~Client()
-    {
-        m_process.kill();
-        m_process.waitForFinished(longestWait);
-    }
-
-    /** Ends its input, waits for its end. */
-    int exitCode()
-    {
-        m_process.closeWriteChannel();
-        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(longestWait))
-            return -1;
-        collect();
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-
-    void say(const QByteArray &text)
-    {
-        m_process.write(text);
-        m_process.waitForBytesWritten(longestWait);
-    }
-
-    /** Waits for standard output to end with this. */
-    bool printed(const QByteArray &text)
-    {
-        return waitUntil([&] { return out.endsWith(text); });
-    }
-
-    /** Waits for standard error to hold this. */
-    bool told(const QByteArray &text)
-    {
-        return waitUntil([&] { return err.contains(text); });
-    }
-
-    void raise(int signal) const { ::kill(pid_t(m_process.processId()), signal); }
-
-    QByteArray out;
-    QByteArray err;
-
-private:
-    void collect()
-    {
-        out += m_process.readAllStandardOutput();
-        err += m_process.readAllStandardError();
-    }
-
-    bool waitUntil(const std::function<bool()> &holds)
-    {
-        const QDeadlineTimer deadline(longestWait);
-        while (!holds()) {
-            m_process.waitForReadyRead(20);
-            collect();
-            if (deadline.hasExpired() || (m_process.state() == QProcess::NotRunning && !holds())) {
-                qWarning("out: %s\nerr: %s", out.constData(), err.constData());
-                return false;
-            }
-        }
-        return true;
-    }
-
-    QProcess m_process;
-};
-
-/** A register that answers each command by its number, and the port where velnoctl is to meet it. */
-class Device : public HandMadeDevice
-{
-public:
-    Device()
-    {
-        setAnswer([this](const QByteArray &payload) { return answerTo(payload); });
-    }
-
-    void meet(int times = 1) { pairAndServe(port, times); }
-
-    QList<int> codes()
-    {
-        QList<int> found;
-        for (const QByteArray &command : commands())
-            found << codeOf(command);
-        return found;
-    }
-
-    const quint16 port = TestSupport::freePort();
-    QHash<int, QByteArray> answers; ///< a command without one finds the connection closed
-    std::atomic<bool> isMute = false;
-
-private:
-    static int codeOf(const QByteArray &command)
-    {
-        qint32 code = -1;
-        QDataStream(command) >> code;
-        return code;
-    }
-
-    QList<QByteArray> answerTo(const QByteArray &payload) const
-    {
-        if (isMute)
-            return {QByteArray()};
-        const QByteArray answer = answers.value(codeOf(opened(payload)));
-        return answer.isEmpty() ? QList<QByteArray>() : QList{framed(sealed(answer))};
-    }
-};
-
-QJsonObject object(const QByteArray &line)
-{
-    return QJsonDocument::fromJson(line).object();
-}
-
 QByteArray text(const char *found)
 {
     return found;
-}
-
-QString fileWith(const QTemporaryDir &folder, const QByteArray &content)
-{
-    QFile file(folder.filePath(u"day.velno"_s));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("%s", qPrintable(file.errorString()));
-    return file.fileName();
 }
 
 } // namespace
@@ -228,13 +69,6 @@ private slots:
     void resultsThatCannotBeWritten_data();
     void resultsThatCannotBeWritten();
     void usesThePublicFunctionsAlone();
-    void shellCompletesNames();
-    void shellRemembersLines();
-    void shellGoesOnAfterFailures();
-    void shellConnectsAgain();
-    void shellEnds_data();
-    void shellEnds();
-    void shellIsInterruptedWhileARegisterIsSilent();
 };
 
 void TestVelnoctl::resultsForPeopleAndPrograms_data()
@@ -825,7 +659,7 @@ void TestVelnoctl::resultsThatCannotBeWritten()
 void TestVelnoctl::usesThePublicFunctionsAlone()
 {
     QProcess nm;
-    nm.start(QStringLiteral(VELNO_NM), {u"-D"_s, u"--undefined-only"_s, program()});
+    nm.start(QStringLiteral(VELNO_NM), {u"-D"_s, u"--undefined-only"_s, Client::program()});
     QVERIFY(nm.waitForFinished());
     const QString wanted = QString::fromLatin1(nm.readAllStandardOutput());
     QVERIFY(wanted.contains("velnoext_initialize"_L1));
@@ -835,127 +669,6 @@ void TestVelnoctl::usesThePublicFunctionsAlone()
         const QString name = all.next().captured();
         QVERIFY2(name.startsWith("velnoext_"_L1) || name.startsWith("VELNOEXT_"_L1), qPrintable(name));
     }
-}
-
-void TestVelnoctl::shellCompletesNames()
-{
-    Device device;
-    device.answers = {{15, plain(qint64(500))}, {0, plain(1, QVector<int>{})}};
-    device.meet();
-    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
-    QVERIFY(terminal.waitFor("velnoctl> "));
-    terminal.type("sa\t\n"); // one name
-    QVERIFY(terminal.waitFor("sale limit 5.00 TL"));
-    QVERIFY(terminal.waitFor("velnoctl> "));
-    terminal.type("lo\t\t"); // log, then a choice
-    QVERIFY(terminal.waitFor("login  logout"));
-    terminal.type("\x15help sta\t\n"); // Ctrl-U: another line; help's argument is a name, too
-    QVERIFY(terminal.waitFor("by number and name"));
-    terminal.type("nothing\t\x15state\n"); // completes to nothing
-    QVERIFY(terminal.waitFor("state 1 (idle)"));
-    terminal.type("quit\n");
-    QCOMPARE(terminal.waitForExit(), 0);
-}
-
-void TestVelnoctl::shellRemembersLines()
-{
-    Device device;
-    device.answers = {{12, plain(true, 4)}, {15, plain(qint64(500))}};
-    device.meet();
-    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
-    terminal.type("z\n");
-    QVERIFY(terminal.waitFor("Z 4"));
-    terminal.type("sale-limit\n");
-    QVERIFY(terminal.waitFor("5.00 TL"));
-    terminal.type("\x10\x10\n"); // Ctrl-P twice: the line before the last
-    QVERIFY(terminal.waitFor("Z 4"));
-    terminal.type("\x1b[A\x1b[A\n"); // the arrow up twice: now the one before is sale-limit
-    QVERIFY(terminal.waitFor("5.00 TL"));
-    terminal.type("quit\n");
-    QCOMPARE(terminal.waitForExit(), 0);
-    QCOMPARE(device.codes(), (QList{12, 15, 12, 15}));
-}
-
-void TestVelnoctl::shellGoesOnAfterFailures()
-{
-    const QTemporaryDir folder;
-    const QString file = fileWith(folder, "z\npaper\nz\n");
-    Device device;
-    device.answers = {{8, no}, {12, plain(true, 4)}};
-    device.meet();
-    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
-    terminal.type("stat\n");
-    QVERIFY(terminal.waitFor("\"stat\" is no command; accepted are"));
-    terminal.type("\n  \n# nothing\nhelp\n");
-    QVERIFY(terminal.waitFor("ends the shell"));
-    QVERIFY(!terminal.shown().contains("waiting"));
-    terminal.type("paper\n");
-    QVERIFY(terminal.waitFor("The printer has no paper. (code 9, no-paper)"));
-    terminal.type("run " + file.toUtf8() + '\n');
-    QVERIFY(terminal.waitFor("Z 4"));
-    QVERIFY(terminal.waitFor(":2: paper: The printer has no paper."));
-    terminal.type("quit\n");
-    QCOMPARE(terminal.waitForExit(), 0);
-    QCOMPARE(device.codes(), (QList{8, 12, 8}));
-}
-
-void TestVelnoctl::shellConnectsAgain()
-{
-    Device device;
-    device.answers = {{12, plain(true, 4)}}; // another command finds the connection closed
-    device.meet(2);
-    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
-    terminal.type("z\n");
-    QVERIFY(terminal.waitFor("Z 4"));
-    terminal.type("paper\n");
-    QVERIFY(terminal.waitFor("(code 2, connection-failed)"));
-    terminal.type("z\n");
-    QVERIFY(terminal.waitFor("waiting for UB1234567890"));
-    QVERIFY(terminal.waitFor("Z 4"));
-    terminal.type("quit\n");
-    QCOMPARE(terminal.waitForExit(), 0);
-    QCOMPARE(device.contacts, 4); // paired once only
-}
-
-void TestVelnoctl::shellEnds_data()
-{
-    QTest::addColumn<QByteArray>("keys");
-    QTest::addColumn<int>("code");
-
-    QTest::newRow("quit") << QByteArray("quit\n") << 0;
-    QTest::newRow("Ctrl-D") << QByteArray("\x04") << 0;
-    QTest::newRow("Ctrl-C") << QByteArray("\x03") << 130;
-    QTest::newRow("Ctrl-C in a line") << QByteArray("sta\x03") << 130;
-}
-
-void TestVelnoctl::shellEnds()
-{
-    QFETCH(const QByteArray, keys);
-    QFETCH(const int, code);
-    Device device;
-    device.answers = {{12, plain(true, 4)}};
-    device.meet();
-    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
-    terminal.type("z\n");
-    QVERIFY(terminal.waitFor("Z 4"));
-    QVERIFY(terminal.waitFor("velnoctl> "));
-    terminal.type(keys);
-    QCOMPARE(terminal.waitForExit(), code);
-    QVERIFY(terminal.isAsBefore());
-}
-
-void TestVelnoctl::shellIsInterruptedWhileARegisterIsSilent()
-{
-    Device device;
-    device.isMute = true;
-    device.meet();
-    Terminal terminal(program(), target(device.port) + QStringList{u"shell"_s});
-    terminal.type("z\n");
-    QTRY_COMPARE_WITH_TIMEOUT(device.codes(), QList{12}, longestWait);
-    terminal.type("\x03");
-    QCOMPARE(terminal.waitForExit(), 130);
-    QVERIFY(terminal.shown().contains("interrupted while a command was under way"));
-    QVERIFY(terminal.isAsBefore());
 }
 
 QTEST_GUILESS_MAIN(TestVelnoctl)

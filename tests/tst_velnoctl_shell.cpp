@@ -1,0 +1,153 @@
+#include "tests/terminal.h"
+#include "tests/velnoctl_client.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace TestSupport;
+
+namespace {
+
+const QByteArray no = plain(false);
+
+} // namespace
+
+/** velnoctl's shell, with a terminal of its own. */
+class TestVelnoctlShell : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void completesNames();
+    void remembersLines();
+    void goesOnAfterFailures();
+    void connectsAgain();
+    void ends_data();
+    void ends();
+    void isInterruptedWhileARegisterIsSilent();
+};
+
+void TestVelnoctlShell::completesNames()
+{
+    Device device;
+    device.answers = {{15, plain(qint64(500))}, {0, plain(1, QVector<int>{})}};
+    device.meet();
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("sa\t\n"); // one name
+    QVERIFY(terminal.waitFor("sale limit 5.00 TL"));
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("lo\t\t"); // log, then a choice
+    QVERIFY(terminal.waitFor("login  logout"));
+    terminal.type("\x15help sta\t\n"); // Ctrl-U: another line; help's argument is a name, too
+    QVERIFY(terminal.waitFor("by number and name"));
+    terminal.type("nothing\t\x15state\n"); // completes to nothing
+    QVERIFY(terminal.waitFor("state 1 (idle)"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+}
+
+void TestVelnoctlShell::remembersLines()
+{
+    Device device;
+    device.answers = {{12, plain(true, 4)}, {15, plain(qint64(500))}};
+    device.meet();
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("sale-limit\n");
+    QVERIFY(terminal.waitFor("5.00 TL"));
+    terminal.type("\x10\x10\n"); // Ctrl-P twice: the line before the last
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("\x1b[A\x1b[A\n"); // the arrow up twice: now the one before is sale-limit
+    QVERIFY(terminal.waitFor("5.00 TL"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    QCOMPARE(device.codes(), (QList{12, 15, 12, 15}));
+}
+
+void TestVelnoctlShell::goesOnAfterFailures()
+{
+    const QTemporaryDir folder;
+    const QString file = fileWith(folder, "z\npaper\nz\n");
+    Device device;
+    device.answers = {{8, no}, {12, plain(true, 4)}};
+    device.meet();
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("stat\n");
+    QVERIFY(terminal.waitFor("\"stat\" is no command; accepted are"));
+    terminal.type("\n  \n# nothing\nhelp\n");
+    QVERIFY(terminal.waitFor("ends the shell"));
+    QVERIFY(!terminal.shown().contains("waiting"));
+    terminal.type("paper\n");
+    QVERIFY(terminal.waitFor("The printer has no paper. (code 9, no-paper)"));
+    terminal.type("run " + file.toUtf8() + '\n');
+    QVERIFY(terminal.waitFor("Z 4"));
+    QVERIFY(terminal.waitFor(":2: paper: The printer has no paper."));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    QCOMPARE(device.codes(), (QList{8, 12, 8}));
+}
+
+void TestVelnoctlShell::connectsAgain()
+{
+    Device device;
+    device.answers = {{12, plain(true, 4)}}; // another command finds the connection closed
+    device.meet(2);
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("paper\n");
+    QVERIFY(terminal.waitFor("(code 2, connection-failed)"));
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("waiting for UB1234567890"));
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    QCOMPARE(device.contacts, 4); // paired once only
+}
+
+void TestVelnoctlShell::ends_data()
+{
+    QTest::addColumn<QByteArray>("keys");
+    QTest::addColumn<int>("code");
+
+    QTest::newRow("quit") << QByteArray("quit\n") << 0;
+    QTest::newRow("Ctrl-D") << QByteArray("\x04") << 0;
+    QTest::newRow("Ctrl-C") << QByteArray("\x03") << 130;
+    QTest::newRow("Ctrl-C in a line") << QByteArray("sta\x03") << 130;
+}
+
+void TestVelnoctlShell::ends()
+{
+    QFETCH(const QByteArray, keys);
+    QFETCH(const int, code);
+    Device device;
+    device.answers = {{12, plain(true, 4)}};
+    device.meet();
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("Z 4"));
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type(keys);
+    QCOMPARE(terminal.waitForExit(), code);
+    QVERIFY(terminal.isAsBefore());
+}
+
+void TestVelnoctlShell::isInterruptedWhileARegisterIsSilent()
+{
+    Device device;
+    device.isMute = true;
+    device.meet();
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QTRY_COMPARE_WITH_TIMEOUT(device.codes(), QList{12}, longestWait);
+    terminal.type("\x03");
+    QCOMPARE(terminal.waitForExit(), 130);
+    QVERIFY(terminal.shown().contains("interrupted while a command was under way"));
+    QVERIFY(terminal.isAsBefore());
+}
+
+QTEST_GUILESS_MAIN(TestVelnoctlShell)
+#include "tst_velnoctl_shell.moc"
