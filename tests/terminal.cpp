@@ -23,6 +23,7 @@ constexpr int longestWait = 30'000; // ms, for a machine under load and sanitize
         arguments << const_cast<char *>(word.constData());
     arguments << nullptr;
     setenv("TERM", "xterm", 1);
+    setenv("HOME", "/nonexistent", 1); // whose settings of line editors are not those of a test
     execv(arguments.first(), arguments.data());
     _exit(127);
 }

@@ -2,6 +2,7 @@
 #include "tests/velnoctl_client.h"
 
 #include <QJsonObject>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -68,6 +69,7 @@ private slots:
     void interruptedWhileIdleClosesTheConnection();
     void resultsThatCannotBeWritten_data();
     void resultsThatCannotBeWritten();
+    void readerThatWentAway();
     void usesThePublicFunctionsAlone();
 };
 
@@ -644,16 +646,30 @@ void TestVelnoctl::interruptedWhileIdleClosesTheConnection()
 
 void TestVelnoctl::resultsThatCannotBeWritten_data()
 {
-    QTest::addColumn<QString>("output");
-    QTest::newRow("full disk") << u"/dev/full"_s;
+    QTest::addColumn<QString>("redirection");
+    QTest::newRow("full disk") << u">/dev/full"_s;
+    QTest::newRow("closed") << u">&-"_s;
+    QTest::newRow("everything closed") << u"<&- >&-"_s;
+    QTest::newRow("open for reading alone") << u"1</dev/null"_s;
 }
 
 void TestVelnoctl::resultsThatCannotBeWritten()
 {
-    QFETCH(const QString, output);
-    Client client({u"explain"_s, u"0"_s, u"explain"_s, u"1"_s}, output);
+    QFETCH(const QString, redirection);
+    Client client({u"explain"_s, u"0"_s, u"explain"_s, u"1"_s}, redirection);
     QCOMPARE(client.exitCode(), 74);
     QCOMPARE(client.err.count("the result cannot be written: "), 1);
+}
+
+void TestVelnoctl::readerThatWentAway()
+{
+    Client client(target(4100) + QStringList{u"run"_s, u"-"_s},
+                  u"| { head -c 1 >/dev/null; exec <&-; echo gone >&2; }"_s);
+    client.say("explain 0\n");
+    QVERIFY(client.told("gone"));
+    client.say("explain 1\n");
+    QCOMPARE(client.exitCode(), 74);
+    QVERIFY2(client.err.contains("the result cannot be written: "), client.err.constData());
 }
 
 void TestVelnoctl::usesThePublicFunctionsAlone()

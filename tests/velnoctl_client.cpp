@@ -46,14 +46,17 @@ QString Client::program()
     return QStringLiteral(VELNO_VELNOCTL);
 }
 
-Client::Client(const QStringList &arguments, const QString &output)
+Client::Client(const QStringList &arguments, const QString &redirection)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"TZ"_s, u"TRT-3"_s);
     m_process.setProcessEnvironment(environment);
-    if (!output.isEmpty())
-        m_process.setStandardOutputFile(output);
-    m_process.start(program(), arguments);
+    if (redirection.isEmpty())
+        m_process.start(program(), arguments);
+    else
+        m_process.start(u"bash"_s, QStringList{u"-o"_s, u"pipefail"_s, u"-c"_s,
+                                               u"\"$0\" \"$@\" "_s + redirection, program()} +
+                                       arguments);
     m_process.waitForStarted(longestWait);
 }
 

@@ -41,8 +41,9 @@ QString fileWith(const QTemporaryDir &folder, const QByteArray &content);
 class Client
 {
 public:
-    /** @param output  a file for standard output; empty to collect it here */
-    explicit Client(const QStringList &arguments, const QString &output = {});
+    /** @param redirection  what a shell would be told behind the arguments; nothing: no shell is in between
+     */
+    explicit Client(const QStringList &arguments, const QString &redirection = {});
     ~Client();
     Q_DISABLE_COPY_MOVE(Client)
 

@@ -25,7 +25,7 @@ int openSignals()
     return signalfd(-1, &set, SFD_CLOEXEC);
 }
 
-void raise(int event)
+void wake(int event)
 {
     eventfd_write(event, 1);
 }
@@ -56,7 +56,7 @@ Interrupts::Interrupts()
 
 Interrupts::~Interrupts()
 {
-    raise(m_end);
+    wake(m_end);
     m_thread.join();
     for (const int descriptor : {m_signals, m_stop, m_end})
         ::close(descriptor);
@@ -88,7 +88,7 @@ void Interrupts::takeSignal()
     if (m_requested)
         endAtOnce("ending");
     m_requested = true;
-    raise(m_stop);
+    wake(m_stop);
 }
 
 Interrupts::Call::Call(Interrupts &interrupts, const char *what)

@@ -3,11 +3,25 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace VelnoCtl;
 
 namespace {
+
+/** Keeps what is opened later from becoming a standard stream that the caller left closed. */
+void fillStandardStreams()
+{
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        // Opened the wrong way round, so that its use still fails.
+        if (fcntl(stream, F_GETFD) < 0 &&
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0)
+            std::abort();
+    }
+}
 
 /** What is wrong with the command line as a whole. */
 QString problemOf(const Options &options, const Parsed &parsed)
@@ -25,6 +39,7 @@ QString problemOf(const Options &options, const Parsed &parsed)
 
 int main(int argc, char *argv[])
 {
+    fillStandardStreams();
     Interrupts interrupts; // before any thread
     QCoreApplication application(argc, argv);
     Options options;

@@ -46,7 +46,7 @@ int Register::connect()
     progress(
         u"waiting for %1 %2 %3 …"_s.arg(serial, m_options.isRelay ? u"at"_s : u"on"_s, m_options.place()));
     if (!m_isInitialised)
-        progress(u"(it is paired first: it connects three times)"_s);
+        progress(u"(it is paired first, which takes three connections)"_s);
     m_isInitialised = true;
     const int code = velnoext_initialize(m_options.app, m_options.serial.constData(),
                                          m_options.address.constData(), m_options.port, m_options.timeout);

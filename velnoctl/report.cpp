@@ -21,7 +21,7 @@ FILE *takeStandardOutput()
 {
     const int copy = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     dup2(STDERR_FILENO, STDOUT_FILENO);
-    return copy < 0 ? nullptr : fdopen(copy, "w");
+    return copy < 0 ? nullptr : fdopen(copy, "w"); // null also when it cannot be written to
 }
 
 } // namespace
@@ -41,7 +41,6 @@ void Report::write(const QString &text)
 {
     if (m_isLost)
         return;
-    errno = EBADF; // what a standard output that was closed from the start comes to
     m_isLost = !m_output || std::fputs((text + u'\n').toUtf8().constData(), m_output.get()) == EOF ||
                std::fflush(m_output.get()) == EOF;
     if (m_isLost)
