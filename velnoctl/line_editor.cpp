@@ -47,7 +47,8 @@ LineEditor::LineEditor(int stop, const QStringList &names)
     el_set(editLine, EL_PROMPT, prompt);
     el_set(editLine, EL_EDITOR, "emacs");
     el_set(editLine, EL_HIST, history, m_history.get());
-    el_set(editLine, EL_ADDFN, "velnoctl-complete", "Completes the name of a command", complete);
+    // The narrow twin of this call never frees its copies of the two texts.
+    el_wset(editLine, EL_ADDFN, L"velnoctl-complete", L"Completes the name of a command", complete);
     el_set(editLine, EL_BIND, "^I", "velnoctl-complete", nullptr);
     el_set(editLine, EL_GETCFN, readCharacter);
     el_source(editLine, nullptr);
