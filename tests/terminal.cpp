@@ -3,12 +3,15 @@
 #include <QDeadlineTimer>
 #include <QList>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utmp.h>
 
 namespace TestSupport {
 
@@ -36,11 +39,15 @@ Terminal::Terminal(const QString &program, const QStringList &arguments)
     for (const QString &argument : arguments)
         words << argument.toLocal8Bit();
     winsize size{24, 80, 0, 0};
-    m_process = forkpty(&m_terminal, nullptr, nullptr, &size);
-    if (m_process == 0)
+    if (openpty(&m_terminal, &m_keeper, nullptr, nullptr, &size) != 0)
+        qFatal("no terminal: %s", std::strerror(errno));
+    fcntl(m_terminal, F_SETFD, FD_CLOEXEC);
+    tcgetattr(m_keeper, &m_before); // before the program can change it
+    m_process = fork();
+    if (m_process == 0) {
+        login_tty(m_keeper);
         become(words);
-    m_keeper = open(ptsname(m_terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    tcgetattr(m_keeper, &m_before);
+    }
 }
 
 Terminal::~Terminal()
