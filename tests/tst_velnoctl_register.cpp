@@ -4,6 +4,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
 
@@ -18,6 +20,9 @@ private slots:
     void paperRunsOutBetweenTwoCommands();
     void startingRegisterRefuses_data();
     void startingRegisterRefuses();
+    void faultsEndWithTheirCode_data();
+    void faultsEndWithTheirCode();
+    void silentRegisterIsLeft();
     void pairingFails_data();
     void pairingFails();
     void otherRegisterConnects();
@@ -90,6 +95,42 @@ void TestVelnoctlRegister::startingRegisterRefuses()
     QCOMPARE(client.exitCode(), 8);
     QCOMPARE(object(client.out).value(u"result"_s).toString(), u"refused"_s);
     QCOMPARE(object(client.out).value(u"z"_s).toInt(), command == "z"_L1 ? 42 : 0);
+}
+
+void TestVelnoctlRegister::faultsEndWithTheirCode_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<int>("code");
+    QTest::newRow("refuse") << u"refuse=z"_s << 8;
+    QTest::newRow("close") << u"close=z"_s << 2;
+    QTest::newRow("short reply") << u"short-reply"_s << 5;
+    QTest::newRow("wrong MAC") << u"bad-mac"_s << 11;
+    QTest::newRow("one element too many") << u"extra-element"_s << 12;
+    QTest::newRow("keep-alives") << u"keep-alives=3"_s << 0;
+}
+
+void TestVelnoctlRegister::faultsEndWithTheirCode()
+{
+    QFETCH(const QString, fault);
+    QFETCH(const int, code);
+    const quint16 port = freePort();
+    SimulatedRegister reg(port, {u"--z"_s, u"42"_s, u"--fault"_s, fault});
+    QVERIFY(reg.isReady());
+    Client client(target(port) + QStringList{u"z"_s});
+    QCOMPARE(client.exitCode(), code);
+    QCOMPARE(client.out, QByteArray(code == 0 ? "Z 42\n" : ""));
+    QCOMPARE(client.err.contains("velnoctl: z: "), code != 0);
+}
+
+void TestVelnoctlRegister::silentRegisterIsLeft()
+{
+    const quint16 port = freePort();
+    SimulatedRegister reg(port, {u"--fault"_s, u"mute=z"_s});
+    Client client(target(port) + QStringList{u"z"_s});
+    QCOMPARE(reg.waitFor(u"command"_s).value(u"command"_s).toString(), u"z"_s);
+    client.raise(SIGINT);
+    QCOMPARE(client.exitCode(), 130);
+    QVERIFY(client.err.contains("interrupted while a command was under way"));
 }
 
 void TestVelnoctlRegister::pairingFails_data()
