@@ -17,14 +17,22 @@ constexpr auto patience = 10s;
 constexpr auto mutePatience = 40s;
 constexpr auto staleAfter = 10s; // outlasts the time-outs that applications use
 
+std::chrono::milliseconds delayOf(const Faults &faults)
+{
+    return std::chrono::milliseconds(faults.number(Fault::Delay));
+}
+
 } // namespace
 
 CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
     : QObject(parent)
     , m_options(options)
+    , m_standing(options.faults)
+    , m_model(options.serial, options.journal)
+    , m_receipts(options.receipts, options.showReceipts)
     , m_events(options.json)
     , m_pairing(m_options.serial, m_options.credentials, m_options.appHash, m_options.faults)
-    , m_commands(m_options.serial, m_options.model, m_options.faults)
+    , m_commands(m_options.serial, m_model, m_options.faults)
 {
     m_silence.setSingleShot(true);
     m_delay.setSingleShot(true);
@@ -34,6 +42,18 @@ CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
     connect(&m_wire, &Wire::frameReceived, this, &CashRegister::takeFrame);
     connect(&m_wire, &Wire::unreadable, this, &CashRegister::refuse);
     connect(&m_wire, &Wire::disconnected, this, &CashRegister::takeEnd);
+}
+
+QString CashRegister::prepare()
+{
+    if (!m_model.journalProblem().isEmpty())
+        return u"--journal: "_s + m_model.journalProblem();
+    m_model.setPrinter([this](const Print &print) { takePrint(print); });
+    if (const QString problem = applySettings(m_options.settings, m_model); !problem.isEmpty())
+        return problem;
+    m_model.setPaper(m_options.paper);
+    putPaperIn(m_standing.names());
+    return {};
 }
 
 void CashRegister::start()
@@ -81,34 +101,103 @@ void CashRegister::takePairingRequest(const QByteArray &frame)
     if (m_options.faults.hitsStep(Fault::Close, step))
         close(u"closed instead of answering"_s);
     else if (!m_mute)
-        sendAfter(delay(),
+        sendAfter(delayOf(m_options.faults),
                   [this, kind, answer = m_pairing.answer(kind)] { sendPairingAnswer(kind, answer); });
 }
 
 void CashRegister::takeCommand(const QByteArray &frame)
 {
     m_silence.stop();
-    const auto [command, refusal] = m_commands.read(frame);
-    if (!refusal.isEmpty())
-        return refuse(refusal);
-    if (!command) {
-        m_events.write("unpaired");
-        m_silence.start(patience);
-        return;
-    }
-    m_events.write("command", {{"command", QLatin1StringView(command->name)}});
-    if (m_options.faults.hitsCommand(Fault::Close, *command))
-        return close(u"closed instead of answering"_s);
-    m_mute = m_options.faults.hitsCommand(Fault::Mute, *command);
-    if (!m_mute)
-        sendAfter(delay(), [this, command, answer = m_commands.answer(*command)] {
-            sendCommandAnswer(*command, answer);
-        });
+    const CommandResponder::Request request = m_commands.read(frame);
+    if (!request.refusal.isEmpty())
+        return refuse(request.refusal);
+    if (request.command)
+        return obey(request);
+    m_events.write("unpaired");
+    m_silence.start(patience);
 }
 
-std::chrono::milliseconds CashRegister::delay() const
+void CashRegister::obey(const CommandResponder::Request &request)
 {
-    return std::chrono::milliseconds(m_options.faults.number(Fault::Delay));
+    const CommandRow &command = *request.command;
+    const QLatin1StringView name(command.name);
+    const Faults faults = takeFaultsFor(request);
+    m_events.write("command", {{"command", name}});
+    if (faults.hitsCommand(Fault::Close, command))
+        return close(u"closed instead of answering"_s);
+    m_mute = faults.hitsCommand(Fault::Mute, command);
+    if (m_mute)
+        return;
+    const ReceiptRef before = m_model.saleReference();
+    const CommandResponder::Answer answer = m_commands.answer(request, faults);
+    if (const ReceiptRef now = m_model.saleReference(); now != ReceiptRef() && now != before)
+        forgetProvoked();
+    if (faults.hitsCommand(Fault::PowerCut, command))
+        return cutPower();
+    const bool lost = faults.hitsCommand(Fault::LostAnswer, command);
+    if (lost || answer.frame.isEmpty())
+        m_events.write("done", {{"command", name}, {"accepted", answer.accepted}});
+    if (lost)
+        return m_wire.drop(u"the answer was lost"_s);
+    if (answer.frame.isEmpty())
+        return;
+    sendAfter(delayOf(faults),
+              [this, &command, answer, faults] { sendCommandAnswer(command, answer, faults); });
+}
+
+/** The faults in force for a request; those that its items provoke are among them, and may be spent by it. */
+Faults CashRegister::takeFaultsFor(const CommandResponder::Request &request)
+{
+    const QStringList provoked = provokedBy(request.decoded.items);
+    for (const QString &fault : provoked)
+        m_events.write("provoked", {{"fault", fault}});
+    m_provoked.add(provoked);
+    putPaperIn(provoked);
+    const Faults faults = m_provoked.beside(m_standing);
+    m_provoked.spend(*request.command);
+    useFaults();
+    return faults;
+}
+
+void CashRegister::forgetProvoked()
+{
+    m_provoked.clear();
+    useFaults();
+}
+
+void CashRegister::useFaults()
+{
+    m_options.faults = m_provoked.beside(m_standing);
+}
+
+/** For as many prints as a fault among these says. */
+void CashRegister::putPaperIn(const QStringList &faults)
+{
+    for (const QString &text : faults) {
+        Faults fault;
+        fault.switchOn(text);
+        if (fault.has(Fault::PaperOutAfter))
+            m_model.setPrintsLeft(fault.number(Fault::PaperOutAfter));
+    }
+}
+
+void CashRegister::cutPower()
+{
+    m_model.restart();
+    m_events.write("power-cut");
+    m_wire.drop(u"the power was cut"_s);
+}
+
+void CashRegister::takePrint(const Print &print)
+{
+    const QString kind = QString::fromLatin1(print.kind);
+    if (const QString problem = m_receipts.write(print); !problem.isEmpty())
+        m_events.write("error", {{"message", problem}});
+    if (m_options.json) // a line for people has no room for lines
+        m_events.write("printed",
+                       {{"kind", kind}, {"z", print.z}, {"receipt", print.number}, {"lines", print.lines}});
+    else
+        m_events.write("printed", {{"kind", kind}, {"z", print.z}, {"receipt", print.number}});
 }
 
 void CashRegister::sendAfter(std::chrono::milliseconds wait, std::function<void()> send)
@@ -148,9 +237,9 @@ void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::An
         close(u"said everything"_s);
 }
 
-void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer)
+void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer,
+                                     const Faults &faults)
 {
-    const Faults &faults = m_options.faults;
     const CommandBytes bytes = commandBytes(answer.frame, faults);
     const int segment = faults.number(Fault::Segments);
     m_wire.send(bytes.now, segment);
@@ -206,7 +295,7 @@ void CashRegister::takeLine(const QString &line)
 
 void CashRegister::changeModel(const QString &line)
 {
-    auto [known, error] = obeySettingLine(line, m_options.model);
+    auto [known, error] = obeySettingLine(line, m_model);
     if (!known)
         error = m_options.faults.obey(line) + u", "_s + settingLines().join(", "_L1);
     if (!error.isEmpty())
@@ -221,7 +310,7 @@ void CashRegister::changeModel(const QString &line)
  */
 void CashRegister::changeFaults(const QString &line)
 {
-    Faults faults = m_options.faults;
+    Faults faults = m_standing;
     QString error = faults.obey(line);
     if (error.isEmpty())
         error = credentialsProblem(m_options.credentials, faults);
@@ -229,7 +318,10 @@ void CashRegister::changeFaults(const QString &line)
         m_events.write("error", {{"message", error}});
         return;
     }
-    m_options.faults = faults;
+    m_standing = faults;
+    forgetProvoked();
+    if (line != u"fault none")
+        putPaperIn({line.section(u' ', 1)});
     if (m_restIsDue)
         sendNow(); // first, so that whoever hears of the change is past it
     m_events.write("fault", {{"active", faults.names()}});

@@ -3,6 +3,8 @@
 #include "simulator/command_responder.h"
 #include "simulator/event_writer.h"
 #include "simulator/pairing_responder.h"
+#include "simulator/provoked_faults.h"
+#include "simulator/receipt_writer.h"
 #include "simulator/register_options.h"
 #include "simulator/wire.h"
 
@@ -19,6 +21,9 @@ class CashRegister : public QObject
 public:
     explicit CashRegister(const RegisterOptions &options, QObject *parent = nullptr);
 
+    /** To be called first. @return an empty text, or why it cannot be what it was asked to be */
+    QString prepare();
+
     void start();
 
     /** A line of the operator: fault NAME[=VALUE], fault none, quit, or a setting of the model. */
@@ -33,19 +38,30 @@ private:
     void takeFrame(const QByteArray &frame);
     void takePairingRequest(const QByteArray &frame);
     void takeCommand(const QByteArray &frame);
+    void obey(const CommandResponder::Request &request);
+    Faults takeFaultsFor(const CommandResponder::Request &request);
+    void useFaults();
+    void forgetProvoked();
+    void putPaperIn(const QStringList &faults);
+    void cutPower();
+    void takePrint(const Print &print);
     void takeEnd(const QString &reason);
     void refuse(const QString &reason);
     void close(const QString &reason);
-    std::chrono::milliseconds delay() const;
     void sendAfter(std::chrono::milliseconds wait, std::function<void()> send);
     void sendNow();
     void sendPairingAnswer(Velno::GMP::MessageTag kind, const PairingResponder::Answer &answer);
-    void sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer);
+    void sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer,
+                           const Faults &faults);
     void changeFaults(const QString &line);
     void changeModel(const QString &line);
     void finish(int exitCode);
 
-    RegisterOptions m_options;
+    RegisterOptions m_options; ///< its faults are those in force
+    Faults m_standing;         ///< the faults that the operator has switched on
+    ProvokedFaults m_provoked; ///< those that a sale has
+    FiscalModel m_model;
+    ReceiptWriter m_receipts;
     EventWriter m_events;
     PairingResponder m_pairing;
     CommandResponder m_commands;

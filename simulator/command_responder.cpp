@@ -31,7 +31,12 @@ bool isSame(const QByteArray &left, const QByteArray &right)
            CRYPTO_memcmp(left.constData(), right.constData(), size_t(left.size())) == 0;
 }
 
-/** Which command a plaintext asks for. */
+CommandResponder::Request refused(const QString &reason)
+{
+    return {nullptr, {}, reason};
+}
+
+/** Which command a plaintext asks for, and with what. */
 CommandResponder::Request readCommand(const QByteArray &plaintext)
 {
     QDataStream stream(plaintext);
@@ -39,14 +44,27 @@ CommandResponder::Request readCommand(const QByteArray &plaintext)
     qint32 code = 0;
     stream >> code;
     if (stream.status() != QDataStream::Ok)
-        return {nullptr, u"the command is shorter than its number"_s};
+        return refused(u"the command is shorter than its number"_s);
     const CommandRow *const command = commandByCode(code);
     if (!command)
-        return {nullptr, u"command %1 is unknown"_s.arg(code)};
+        return refused(u"command %1 is unknown"_s.arg(code));
+    const QLatin1StringView name(command->name);
+    const DecodedCommand decoded = command->decode(stream);
+    if (stream.status() != QDataStream::Ok)
+        return refused(
+            u"the command %1 carries less than it should, or what is none of its items"_s.arg(name));
     if (!stream.atEnd())
-        return {nullptr,
-                u"the command %1 carries more than it should"_s.arg(QLatin1StringView(command->name))};
-    return {command, {}};
+        return refused(u"the command %1 carries more than it should"_s.arg(name));
+    return {command, decoded, {}};
+}
+
+Disturbance disturbanceOf(const CommandRow &command, const Faults &faults)
+{
+    const auto number = [&faults](Fault fault) {
+        return faults.has(fault) ? std::optional(qint32(faults.number(fault))) : std::nullopt;
+    };
+    return {faults.hitsCommand(Fault::Refuse, command), faults.has(Fault::SaleLimit), number(Fault::State),
+            number(Fault::Error)};
 }
 
 } // namespace
@@ -68,14 +86,14 @@ CommandResponder::Request CommandResponder::read(const QByteArray &frame)
 {
     const int status = GMP3::check(frame.constData(), int(frame.size()), m_serial.constData(), false);
     if (status != 0)
-        return {nullptr, frameProblem(status)};
+        return refused(frameProblem(status));
     const MessageBody body(frame.sliced(headerSize).chopped(crcSize));
     if (body.isRunOf({unpairedTag}) && body.value(unpairedTag) == "0") {
         forgetKeys();
         return {};
     }
     if (!body.isRunOf({cipherTag, macTag}))
-        return {nullptr, u"the frame holds no encrypted command"_s};
+        return refused(u"the frame holds no encrypted command"_s);
     if (m_faults.has(Fault::ForgetPairing))
         forgetKeys();
     return readEncrypted(body.value(cipherTag), body.value(macTag));
@@ -85,38 +103,40 @@ CommandResponder::Request CommandResponder::readEncrypted(const QByteArray &ciph
                                                           const QByteArray &mac) const
 {
     if (!holdsKeys())
-        return {nullptr, u"the register holds no keys; it must be paired first"_s};
+        return refused(u"the register holds no keys; it must be paired first"_s);
     if (mac.isEmpty() || !isSame(GMP3_HMAC(m_keys, cipher), mac))
-        return {nullptr, u"the command's MAC is wrong"_s};
+        return refused(u"the command's MAC is wrong"_s);
     const QByteArray plaintext = GMP3_cipher(m_keys, false, cipher);
     if (plaintext.isEmpty())
-        return {nullptr, u"the command cannot be decrypted"_s};
+        return refused(u"the command cannot be decrypted"_s);
     return readCommand(plaintext);
 }
 
-CommandResponder::Answer CommandResponder::answer(const CommandRow &command)
+CommandResponder::Answer CommandResponder::answer(const Request &request, const Faults &faults)
 {
     QByteArray plaintext;
     QDataStream reply(&plaintext, QIODevice::WriteOnly);
     reply.setVersion(streamVersion);
-    const bool accepted = command.run({m_model, reply, m_faults.hitsCommand(Fault::Refuse, command)});
-    if (m_faults.has(Fault::ShortReply))
+    const bool accepted = request.decoded.run({m_model, reply, disturbanceOf(*request.command, faults)});
+    if (plaintext.isEmpty())
+        return {{}, accepted};
+    if (faults.has(Fault::ShortReply))
         plaintext.chop(1);
-    return {seal(plaintext), accepted};
+    return {seal(plaintext, faults), accepted};
 }
 
-QByteArray CommandResponder::seal(const QByteArray &plaintext) const
+QByteArray CommandResponder::seal(const QByteArray &plaintext, const Faults &faults) const
 {
     const QByteArray cipher = GMP3_cipher(m_keys, true, plaintext);
     QByteArray mac = GMP3_HMAC(m_keys, cipher);
-    if (m_faults.has(Fault::BadMac))
+    if (faults.has(Fault::BadMac))
         mac.back() = char(mac.back() ^ 1);
     QByteArray body = Velno::tlvElement(cipherTag, cipher);
-    if (!m_faults.has(Fault::NoMac))
+    if (!faults.has(Fault::NoMac))
         body += Velno::tlvElement(macTag, mac);
-    if (m_faults.has(Fault::ExtraElement))
+    if (faults.has(Fault::ExtraElement))
         body += Velno::tlvElement(otherTag, "0");
-    return GMP3::frame(true, None, body, serialUnderFaults(m_serial, m_faults).constData());
+    return GMP3::frame(true, None, body, serialUnderFaults(m_serial, faults).constData());
 }
 
 } // namespace Simulator

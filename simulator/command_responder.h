@@ -23,16 +23,17 @@ public:
     struct Request
     {
         const CommandRow *command = nullptr; ///< null: the application holds no keys
+        DecodedCommand decoded;
         QString refusal;
     };
 
     struct Answer
     {
-        QByteArray frame;
+        QByteArray frame;      ///< empty for a command that is not answered
         bool accepted = false; ///< what the register says; true for an answer that cannot say no
     };
 
-    /** @param faults  looked at for every answer; must outlive the responder, like the model */
+    /** @param faults  looked at for every request; must outlive the responder, like the model */
     CommandResponder(const QByteArray &serial, FiscalModel &model, const Faults &faults);
 
     void setKeys(const Velno::GMP::MatchExt &keys) { m_keys = keys; }
@@ -40,11 +41,13 @@ public:
 
     /** An application without keys makes the register forget its own. */
     Request read(const QByteArray &frame);
-    Answer answer(const CommandRow &command);
+
+    /** Does what a request with a command asks for. */
+    Answer answer(const Request &request, const Faults &faults);
 
 private:
     Request readEncrypted(const QByteArray &cipher, const QByteArray &mac) const;
-    QByteArray seal(const QByteArray &plaintext) const;
+    QByteArray seal(const QByteArray &plaintext, const Faults &faults) const;
     void forgetKeys();
 
     QByteArray m_serial;

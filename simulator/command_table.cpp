@@ -1,6 +1,6 @@
 #include "simulator/command_table.h"
 
-#include <QVector>
+#include "simulator/selling_commands.h"
 
 #include <algorithm>
 #include <array>
@@ -11,17 +11,17 @@ namespace {
 
 bool answerFlag(const CommandCall &call, bool (*ask)(FiscalModel &))
 {
-    const bool accepted = !call.refuse && ask(call.model);
+    const bool accepted = !call.wrong.refuse && ask(call.model);
     call.reply << accepted;
     return accepted;
 }
 
 bool state(const CommandCall &call)
 {
-    const auto steps = call.model.saleSteps();
-    call.reply << qint32(call.model.state()) << QVector<qint32>(steps.begin(), steps.end());
-    if (call.model.state() == State::SaleOpen)
-        call.reply << call.model.error();
+    writeState(call);
+    const qint32 error = call.model.takeError();
+    if (toldState(call) == State::SaleOpen)
+        call.reply << call.wrong.error.value_or(error);
     return true;
 }
 
@@ -65,11 +65,35 @@ bool dateTime(const CommandCall &call)
     return true;
 }
 
+/** A command that is nothing but its number. */
+template <bool (*run)(const CommandCall &)>
+DecodedCommand alone(QDataStream &)
+{
+    return {run};
+}
+
 constexpr std::array table{
-    CommandRow{0, "state", false, state},   CommandRow{1, "login", true, login},
-    CommandRow{2, "logout", true, logout},  CommandRow{8, "paper", true, paper},
-    CommandRow{12, "z", true, currentZ},    CommandRow{15, "sale-limit", false, saleLimit},
-    CommandRow{17, "last-z", false, lastZ}, CommandRow{18, "datetime", false, dateTime},
+    CommandRow{0, "state", false, alone<state>},
+    CommandRow{1, "login", true, alone<login>},
+    CommandRow{2, "logout", true, alone<logout>},
+    CommandRow{3, "change-state", true, changeState},
+    CommandRow{4, "item", true, addItem},
+    CommandRow{5, "delete", true, deleteItem},
+    CommandRow{6, "sale-state", true, saleState},
+    CommandRow{7, "receipt", true, receiptData},
+    CommandRow{8, "paper", true, alone<paper>},
+    CommandRow{9, "medical", true, medicalContribution},
+    CommandRow{10, "section", false, sectionData},
+    CommandRow{11, "report", true, printReport},
+    CommandRow{12, "z", true, alone<currentZ>},
+    CommandRow{13, "print", true, printSlip},
+    CommandRow{14, "end-invoice", true, endWithInvoice},
+    CommandRow{15, "sale-limit", false, alone<saleLimit>},
+    CommandRow{16, "items", true, addItems},
+    CommandRow{17, "last-z", false, alone<lastZ>},
+    CommandRow{18, "datetime", false, alone<dateTime>},
+    CommandRow{19, "acquirers", false, listAcquirers},
+    CommandRow{20, "sale-acquirers", false, listSaleAcquirers},
 };
 
 template <typename Rule>

@@ -5,16 +5,36 @@
 #include <QDataStream>
 #include <QStringList>
 
+#include <functional>
 #include <span>
 
 namespace Simulator {
+
+/** What the register is told to do wrong with a command. */
+struct Disturbance
+{
+    bool refuse = false;         ///< not to do it
+    bool overLimit = false;      ///< to find every sale over its limit
+    std::optional<qint32> state; ///< to be in this state as far as anybody asks
+    std::optional<qint32> error; ///< to have this error; what would change the sale's items is not done then
+};
 
 /** A command in progress. */
 struct CommandCall
 {
     FiscalModel &model;
-    QDataStream &reply; ///< where the answer's items are written
-    bool refuse;        ///< the register is told not to do it
+    QDataStream &reply; ///< where the answer's items are written; a command without an answer writes none
+    const Disturbance &wrong;
+};
+
+/** Does a command and writes the answer. @return whether the register accepted */
+using Execution = std::function<bool(const CommandCall &call)>;
+
+/** A request whose items have been read. */
+struct DecodedCommand
+{
+    Execution run;
+    QList<ItemRequest> items = {}; ///< what is to be sold
 };
 
 /** One command of an application: its number in a request, its name for people, and what is done. */
@@ -24,8 +44,8 @@ struct CommandRow
     const char *name;
     bool refusable; ///< whether its answer can say no
 
-    /** Does it and writes the answer. @return whether the register accepted */
-    bool (*run)(const CommandCall &call);
+    /** Reads the items of a request, as far as the stream's status says, and nothing else happens yet. */
+    DecodedCommand (*decode)(QDataStream &items);
 };
 
 /** Every command that the register knows. */

@@ -64,6 +64,17 @@ constexpr std::array registerFaults{
     atCommands(Fault::HalfFrame, "half-frame", "half an answer, and no more"),
     atCommands(Fault::HugeFrame, "huge-frame", "announces an answer of 1 GiB"),
     atCommands(Fault::ForgetPairing, "forget-pairing", "has lost its keys when a command comes"),
+    FaultRow{Fault::State, "state", "N", 0, int(State::OutOfService), "answers that it is in this state",
+             Disturbs::Commands},
+    FaultRow{Fault::Error, "error", "N", 1, 999'999'999, "answers with this register error",
+             Disturbs::Commands},
+    atCommands(Fault::SaleLimit, "sale-limit", "finds every sale over its limit"),
+    FaultRow{Fault::PaperOutAfter, "paper-out-after", "N", 1, 1000, "has paper for N prints",
+             Disturbs::Commands},
+    FaultRow{Fault::LostAnswer, "lost-answer", "COMMAND", 0, 0, "does this, but the answer never comes",
+             Disturbs::Commands, Takes::Command},
+    FaultRow{Fault::PowerCut, "power-cut", "COMMAND", 0, 0, "does this, then its power is cut",
+             Disturbs::Commands, Takes::Command},
 };
 
 constexpr std::array relayFaults{
@@ -85,6 +96,8 @@ QString valueRule(const FaultRow &row)
         return u"NN[@STEP]: two digits, STEP 1 to 3"_s;
     case Takes::StepOrCommand:
         return u"WHEN: a step, 1 to 3, or a command: "_s + commandNames(false).join(", "_L1);
+    case Takes::Command:
+        return u"COMMAND: "_s + commandNames(false).join(", "_L1);
     case Takes::RefusableCommand:
         return u"COMMAND: "_s + commandNames(true).join(", "_L1);
     default:
@@ -124,6 +137,8 @@ std::optional<FaultValue> readValue(const FaultRow &row, const QString &written)
     switch (row.takes) {
     case Takes::ResultCode:
         return readResultCode(row, written);
+    case Takes::Command:
+        return readCommand(written, false);
     case Takes::RefusableCommand:
         return readCommand(written, true);
     case Takes::StepOrCommand:

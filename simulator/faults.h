@@ -50,6 +50,12 @@ enum class Fault {
     HalfFrame,
     HugeFrame,
     ForgetPairing,
+    State,
+    Error,
+    SaleLimit,
+    PaperOutAfter,
+    LostAnswer,
+    PowerCut,
 
     // of the relay
     NoEcho,
@@ -63,7 +69,7 @@ enum class Fault {
 enum class Disturbs { All, KeyExchange, Commands };
 
 /** What is accepted as the value of a fault that has one. */
-enum class Takes { Number, ResultCode, StepOrCommand, RefusableCommand };
+enum class Takes { Number, ResultCode, StepOrCommand, Command, RefusableCommand };
 
 struct FaultRow
 {

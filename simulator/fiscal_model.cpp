@@ -21,6 +21,21 @@ constexpr std::array table{
     StateRow{State::OutOfService, "out of service", false},
 };
 
+struct StateScreen
+{
+    State state;
+    Screen screen;
+};
+
+/** The states that the till's own display leads to. */
+constexpr std::array screens{
+    StateScreen{State::Idle, Screen::Idle},
+    StateScreen{State::IdleOtherScreen, Screen::Menu},
+    StateScreen{State::SaleOpen, Screen::Sale},
+};
+
+constexpr qint64 usualSaleLimit = 1'200'000;
+
 } // namespace
 
 std::span<const StateRow> stateTable()
@@ -28,10 +43,45 @@ std::span<const StateRow> stateTable()
     return table;
 }
 
+FiscalModel::FiscalModel(const QByteArray &serial, const QString &journal)
+    : m_till(serial, [this] { return now(); })
+    , m_journalProblem(m_till.open(journal))
+{
+    m_till.setSaleLimit(usualSaleLimit);
+}
+
+State FiscalModel::state() const
+{
+    if (m_elsewhere)
+        return *m_elsewhere;
+    const auto row = std::ranges::find(screens, m_till.screen(), &StateScreen::screen);
+    return row == screens.end() ? State::SaleOpen : row->state; // what is typed or asked there
+}
+
 bool FiscalModel::isReady() const
 {
     return std::ranges::any_of(table,
-                               [this](const StateRow &row) { return row.state == m_state && row.ready; });
+                               [this](const StateRow &row) { return row.state == state() && row.ready; });
+}
+
+bool FiscalModel::setState(State state)
+{
+    const auto row = std::ranges::find(screens, state, &StateScreen::state);
+    if (row == screens.end()) {
+        m_elsewhere = state;
+        return true;
+    }
+    if (!m_till.goTo(row->screen))
+        return false;
+    m_elsewhere.reset();
+    return true;
+}
+
+void FiscalModel::restart()
+{
+    m_till.restart();
+    m_elsewhere.reset();
+    m_loggedIn = false;
 }
 
 bool FiscalModel::login()
@@ -44,7 +94,7 @@ bool FiscalModel::login()
 
 bool FiscalModel::logout()
 {
-    if (m_state == State::SaleOpen || m_state == State::Paying)
+    if (m_till.saleIsOpen() || state() == State::Paying)
         return false;
     m_loggedIn = false;
     return true;
@@ -52,14 +102,19 @@ bool FiscalModel::logout()
 
 std::vector<std::int32_t> FiscalModel::saleSteps() const
 {
-    if (m_state == State::SaleOpen)
-        return {1};
+    if (state() == State::SaleOpen)
+        return {m_till.display()};
     return {};
 }
 
 bool FiscalModel::tellsZ() const
 {
     return isReady();
+}
+
+std::int32_t FiscalModel::lastZ() const
+{
+    return std::int32_t(m_till.lastZ()); // it came from now()
 }
 
 std::int32_t FiscalModel::now() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simulator/fiscal/till.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -32,13 +34,21 @@ std::span<const StateRow> stateTable();
 
 /**
  * What a cash register knows and does, without a word of how it is asked: no sockets, no messages. Dates are
- * seconds since 1970 (UTC), amounts kuruş. A plain value.
+ * seconds since 1970 (UTC), amounts kuruş. It sells with a till, which it lends to whoever may sell now.
  */
 class FiscalModel
 {
 public:
-    /** A register that is idle, has paper and has not made a Z report yet; its clock is the computer's. */
-    FiscalModel() = default;
+    /**
+     * A register that is idle and has paper; its clock is the computer's. What it sold, and which Z report is
+     * being collected, is what its journal says.
+     *
+     * @param journal  a file; empty: kept in memory
+     */
+    explicit FiscalModel(const QByteArray &serial = "UB0000000000", const QString &journal = {});
+
+    /** What is wrong with the journal; nothing may be asked then. Empty when nothing is wrong. */
+    const QString &journalProblem() const { return m_journalProblem; }
 
     // An application asks -----------------------------------------------------------------------------
 
@@ -49,41 +59,69 @@ public:
     bool logout();
     bool isLoggedIn() const { return m_loggedIn; }
 
-    State state() const { return m_state; }
+    State state() const;
 
-    /** What stands beside the state in its answers: 1 while a sale takes what it is given, otherwise nothing.
+    /** What stands beside the state in its answers: what the display of an open sale says, otherwise nothing.
      */
     std::vector<std::int32_t> saleSteps() const;
 
-    /** The number of what went wrong in the open sale; 0 for nothing. */
-    std::int32_t error() const { return 0; }
+    /** What went wrong in the open sale, as bits of RegisterError; 0 for nothing. To be told once. */
+    std::int32_t takeError() { return m_till.takeError(); }
+    std::int32_t error() const { return m_till.error(); }
+
+    /** The till; null in a state in which nothing is sold or printed. */
+    Till *seller() { return m_elsewhere ? nullptr : &m_till; }
+
+    // Of the open sale; without one there is nothing in them.
+    SaleTotals saleTotals() const { return m_till.totals(); }
+    ReceiptRef saleReference() const { return m_till.reference(); }
+    QList<qint32> saleAcquirers() const { return m_till.saleAcquirers(); } ///< without one: of the last sale
 
     /** Whether the register can tell its Z number now. */
     bool tellsZ() const;
-    std::int32_t zNumber() const { return m_zNumber; }     ///< of the Z report that is being collected
-    std::int32_t lastZ() const { return m_lastZ; }         ///< when the last one was made; 0: never
-    std::int32_t now() const;                              ///< the register's clock
-    std::int64_t saleLimit() const { return m_saleLimit; } ///< what one sale may reach
-    bool hasPaper() const { return m_paper; }
+    std::int32_t zNumber() const { return m_till.z(); }           ///< of the Z report that is being collected
+    std::int32_t lastZ() const;                                   ///< when the last one was made; 0: never
+    std::int32_t now() const;                                     ///< the register's clock
+    std::int64_t saleLimit() const { return m_till.saleLimit(); } ///< what one sale may reach; 0: anything
+    bool hasPaper() const { return m_till.hasPaper(); }
+    std::optional<SaleTotals> receipt(const ReceiptRef &ref) const { return m_till.receipt(ref); }
 
     // Its operator sets -------------------------------------------------------------------------------
 
-    void setState(State state) { m_state = state; }
-    void setZNumber(std::int32_t number) { m_zNumber = number; }
-    void setLastZ(std::int32_t seconds) { m_lastZ = seconds; }
+    /** Whether nothing is on record yet, so that the Z report's number may be chosen. */
+    bool isNew() const { return m_till.isNew(); }
+
+    /**
+     * Goes there by pressing its keys: an open sale is cancelled unless it leads to a sale, a new one opened
+     * when it does. In the states that have nothing to do with selling the till waits as it is.
+     *
+     * @return false: not now, without paper; nothing has changed then
+     */
+    bool setState(State state);
+
+    /** @return false: while a sale is open, or that report has been made */
+    bool setZNumber(std::int32_t number) { return m_till.setZ(number); }
+    bool setLastZ(std::int32_t seconds) { return m_till.setLastZ(seconds); }
     void stopClockAt(std::int32_t seconds) { m_stoppedClock = seconds; }
-    void setSaleLimit(std::int64_t kurus) { m_saleLimit = kurus; }
-    void setPaper(bool paper) { m_paper = paper; }
+
+    /** Its power comes back after a cut: the session is over, an open sale is cancelled. */
+    void restart();
+
+    /** Of sales opened from now on. */
+    void setSaleLimit(std::int64_t kurus) { m_till.setSaleLimit(kurus); }
+    void setPaper(bool paper) { m_till.setPaper(paper ? Till::endlessPaper : 0); }
+    void setPrintsLeft(int prints) { m_till.setPaper(prints); }
+
+    /** What is printed goes here. */
+    void setPrinter(Till::Output output) { m_till.setOutput(std::move(output)); }
 
 private:
     bool isReady() const;
 
-    State m_state = State::Idle;
-    std::int32_t m_zNumber = 1;
-    std::int32_t m_lastZ = 0;
+    Till m_till;
+    QString m_journalProblem;
+    std::optional<State> m_elsewhere; ///< a state that is none of the till's
     std::optional<std::int32_t> m_stoppedClock;
-    std::int64_t m_saleLimit = 1'200'000;
-    bool m_paper = true;
     bool m_loggedIn = false;
 };
 

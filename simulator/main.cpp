@@ -18,6 +18,8 @@ int main(int argc, char *argv[])
     const LogsToStandardError logs;
     const ControlInput input;
     CashRegister cashRegister(line.options);
+    if (const QString problem = cashRegister.prepare(); !problem.isEmpty())
+        return showWrongUsage("velno-register", problem);
     QObject::connect(&input, &ControlInput::line, &cashRegister, &CashRegister::takeLine);
     QObject::connect(&input, &ControlInput::stopRequested, &cashRegister, &CashRegister::stop);
     QObject::connect(&cashRegister, &CashRegister::finished, &application, &QCoreApplication::exit,

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <span>
 
 /**
@@ -20,7 +21,17 @@ struct SettingRow
     qint64 least;
     qint64 most;
     const char *help; ///< one line
-    void (*apply)(FiscalModel &model, qint64 value);
+    bool onRecord;    ///< what a journal says counts for more than what is set at the start
+
+    /** @return false: not now; nothing has changed then */
+    bool (*apply)(FiscalModel &model, qint64 value);
+};
+
+/** What the model is to be set to. */
+struct ModelSetting
+{
+    const SettingRow *row = nullptr;
+    qint64 value = 0;
 };
 
 std::span<const SettingRow> settingTable();
@@ -28,8 +39,11 @@ std::span<const SettingRow> settingTable();
 /** What is accepted as the value, for messages. */
 QString settingRule(const SettingRow &row);
 
-/** @return whether the value was accepted; nothing changes otherwise */
-bool changeSetting(const SettingRow &row, const QString &value, FiscalModel &model);
+/** Nothing for a value that is not accepted. */
+std::optional<ModelSetting> readSetting(const SettingRow &row, const QString &value);
+
+/** Makes a model that begins what it was asked to be. @return an empty text, or what could not be set */
+QString applySettings(const QList<ModelSetting> &settings, FiscalModel &model);
 
 /** The lines of standard input that are accepted: NAME VALUE of the table, and paper on or off. */
 QStringList settingLines();

@@ -4,6 +4,7 @@
 #include "simulator/pairing_responder.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 #include <QHostAddress>
 #include <QRegularExpression>
 
@@ -46,6 +47,11 @@ struct Names
         u"app-hash"_s, u"SHA-256 of the one application to accept, 64 hexadecimal digits."_s, u"HEX"_s};
     QCommandLineOption noPaper{u"no-paper"_s, u"The printer has no paper."_s};
     QList<QCommandLineOption> settings = settingOptions();
+    QCommandLineOption journal{
+        u"journal"_s, u"Keeps receipts and reports in this file; without it in memory."_s, u"FILE"_s};
+    QCommandLineOption receipts{u"receipts"_s,
+                                u"Writes what is printed to this folder, a file for each print."_s, u"DIR"_s};
+    QCommandLineOption showReceipts{u"show-receipts"_s, u"Shows what is printed on standard error."_s};
     QCommandLineOption json{u"json"_s, u"Events as JSON, one object a line."_s};
     QCommandLineOption once{u"once"_s, u"End after one pairing: 0 paired, 1 not."_s};
     QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
@@ -74,6 +80,12 @@ bool parseTarget(const QString &text, RegisterOptions &options)
     return true;
 }
 
+bool isWritableFolder(const QString &path)
+{
+    const QFileInfo folder(path);
+    return !path.isEmpty() && folder.isDir() && folder.isWritable();
+}
+
 bool isHash(const QString &text)
 {
     static const QRegularExpression rule(u"\\A[0-9A-Fa-f]{64}\\z"_s);
@@ -95,16 +107,33 @@ QString fillTarget(const QCommandLineParser &parser, const Names &names, Registe
     return u"--%1 \"%2\": accepted is %3"_s.arg(given.names().first(), parser.value(given), accepted);
 }
 
-/** Fills the model; returns what was wrong and what is accepted, or nothing. */
-QString fillModel(const QCommandLineParser &parser, const Names &names, FiscalModel &model)
+/** Fills in what the model is to be; returns what was wrong and what is accepted, or nothing. */
+QString fillModel(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
 {
-    model.setPaper(!parser.isSet(names.noPaper));
+    options.paper = !parser.isSet(names.noPaper);
+    options.journal = parser.value(names.journal);
+    if (parser.isSet(names.journal) && options.journal.isEmpty())
+        return u"--journal \"\": accepted is the name of a file"_s;
     for (const SettingRow &row : settingTable()) {
         const QString name = QString::fromLatin1(row.name);
-        if (parser.isSet(name) && !changeSetting(row, parser.value(name), model))
+        if (!parser.isSet(name))
+            continue;
+        const auto setting = readSetting(row, parser.value(name));
+        if (!setting)
             return u"--%1 \"%2\": accepted is %3"_s.arg(name, parser.value(name), settingRule(row));
+        options.settings << *setting;
     }
     return {};
+}
+
+/** Fills in where prints go; returns what was wrong and what is accepted, or nothing. */
+QString fillReceipts(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    options.receipts = parser.value(names.receipts);
+    options.showReceipts = parser.isSet(names.showReceipts);
+    if (!parser.isSet(names.receipts) || isWritableFolder(options.receipts))
+        return {};
+    return u"--receipts \"%1\": accepted is a folder that can be written to"_s.arg(options.receipts);
 }
 
 /** Fills the options; returns what was wrong and what is accepted, or nothing. */
@@ -122,7 +151,7 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
         return wrong(names.serial, u"exactly 12 characters, beginning with UB or VELNO"_s);
     if (const QString problem = fillTarget(parser, names, options); !problem.isEmpty())
         return problem;
-    if (const QString problem = fillModel(parser, names, options.model); !problem.isEmpty())
+    if (const QString problem = fillModel(parser, names, options); !problem.isEmpty())
         return problem;
     if (parser.isSet(names.appHash) && !isHash(parser.value(names.appHash)))
         return wrong(names.appHash, u"64 hexadecimal digits"_s);
@@ -134,6 +163,8 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
         return wrong(names.credentials, u"a folder with client.crt and client.key"_s);
     if (const QString problem = credentialsProblem(options.credentials, options.faults); !problem.isEmpty())
         return u"--credentials: "_s + problem;
+    if (const QString problem = fillReceipts(parser, names, options); !problem.isEmpty())
+        return problem;
     options.serial = parser.value(names.serial).toLatin1();
     options.appHash = QByteArray::fromHex(parser.value(names.appHash).toLatin1());
     options.json = parser.isSet(names.json);
@@ -167,7 +198,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
     parser.addOptions({names.help, names.serial, names.connect, names.relay, names.credentials, names.appHash,
                        names.noPaper});
     parser.addOptions(names.settings);
-    parser.addOptions({names.json, names.once, names.fault});
+    parser.addOptions(
+        {names.journal, names.receipts, names.showReceipts, names.json, names.once, names.fault});
     CommandLine line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {

@@ -2,7 +2,7 @@
 
 #include "simulator/command_line.h"
 #include "simulator/faults.h"
-#include "simulator/fiscal_model.h"
+#include "simulator/model_settings.h"
 
 #include <QByteArray>
 #include <QString>
@@ -19,7 +19,11 @@ struct RegisterOptions
     QString credentials;
     QByteArray appHash; ///< 32 bytes, or empty: any application
     bool throughRelay = false;
-    FiscalModel model; ///< as the register starts
+    QList<ModelSetting> settings; ///< what the register is to be at first
+    bool paper = true;
+    QString journal;           ///< a file; empty: in memory
+    QString receipts;          ///< a folder for what is printed; empty: nowhere
+    bool showReceipts = false; ///< on standard error
     bool json = false;
     bool once = false;
     Faults faults;

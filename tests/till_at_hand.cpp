@@ -49,8 +49,9 @@ TillAtHand::TillAtHand(qint32 firstZ)
     : Till(serial, [] { return time; })
 {
     setOutput([this](const Print &print) { prints << print; });
-    if (const QString problem = open({}, firstZ); !problem.isEmpty())
+    if (const QString problem = open({}); !problem.isEmpty())
         qFatal("%s", qPrintable(problem));
+    setZ(firstZ);
 }
 
 void TillAtHand::keys(const char *keys)

@@ -176,7 +176,10 @@ constexpr FaultCode faultCodes[] = {
 };
 
 // These take a command's name; they have tests of their own.
-constexpr const char *faultsOfOneCommand[] = {"mute", "close", "refuse"};
+constexpr const char *faultsOfOneCommand[] = {"mute", "close", "refuse", "lost-answer", "power-cut"};
+
+// Only a sale notices these; the tests of selling do.
+constexpr const char *faultsOfSales[] = {"state", "error", "sale-limit", "paper-out-after"};
 
 } // namespace
 
@@ -414,8 +417,9 @@ void TestCommands::everyFaultHasARow()
             return QByteArray(c.fault).split('=').first() == fault.name;
         });
         const bool listed = row != std::end(faultCodes);
-        const bool named = std::ranges::any_of(faultsOfOneCommand,
-                                               [&](const char *name) { return !qstrcmp(name, fault.name); });
+        const auto isIt = [&](const char *name) { return !qstrcmp(name, fault.name); };
+        const bool named =
+            std::ranges::any_of(faultsOfOneCommand, isIt) || std::ranges::any_of(faultsOfSales, isIt);
         QCOMPARE(listed || named, fault.disturbs != Simulator::Disturbs::KeyExchange);
         if (listed)
             QVERIFY2(column.startsWith(QString::number(row->code)), qPrintable(*line));
@@ -476,15 +480,17 @@ void TestCommands::aFaultHitsTheCommandThatItNames()
         QVERIFY(reg.setFault(u"none"_s));
         QCOMPARE(query.run(patience), 0);
     }
-    QVERIFY(reg.setFault(u"close="_s + name));
-    for (const NamedQuery &other : queries)
-        if (&other != &query)
-            QCOMPARE(other.run(patience), 0);
-    QCOMPARE(query.run(patience), 2);
-    QVERIFY(reg.setFault(u"none"_s));
-    QCOMPARE(query.run(patience), 2); // the connection is gone
-    QCOMPARE(connectLibrary(port), 0);
-    QCOMPARE(query.run(patience), 0);
+    for (const QString &fault : {u"close="_s, u"lost-answer="_s, u"power-cut="_s}) {
+        QVERIFY(reg.setFault(fault + name));
+        for (const NamedQuery &other : queries)
+            if (&other != &query)
+                QCOMPARE(other.run(patience), 0);
+        QCOMPARE(query.run(patience), 2);
+        QVERIFY(reg.setFault(u"none"_s));
+        QCOMPARE(query.run(patience), 2); // the connection is gone
+        QCOMPARE(connectLibrary(port), 0);
+        QCOMPARE(query.run(patience), 0);
+    }
 }
 
 void TestCommands::aRefusedZIsToldAllTheSame()

@@ -202,7 +202,7 @@ void TestRegister::wrongUsageIsRefused_data()
     row("relay without a port", {u"--serial"_s, u"UB1234567890"_s, u"--relay"_s, u"127.0.0.1"_s}, target);
     row("relay and target", good + QStringList{u"--relay"_s, u"127.0.0.1:50910"_s}, "exclude each other");
     row("state of no register", good + QStringList{u"--state"_s, u"9"_s}, "accepted is N: 0 to 8");
-    row("negative Z", good + QStringList{u"--z"_s, u"-1"_s}, "accepted is N: 0 to 2147483647");
+    row("negative Z", good + QStringList{u"--z"_s, u"-1"_s}, "accepted is N: 1 to 2147483647");
     row("clock of words", good + QStringList{u"--clock"_s, u"now"_s}, "accepted is SECONDS: 0 to");
     row("limit with a comma", good + QStringList{u"--sale-limit"_s, u"12,50"_s}, "accepted is KURUS: 0 to");
     row("short hash", good + QStringList{u"--app-hash"_s, u"00"_s}, "64 hexadecimal digits");
@@ -331,8 +331,8 @@ void TestRegister::standardInputRefusesNonsense_data()
     QTest::newRow("unknown fault") << QByteArray("fault nonsense") << u"accepted are wrong-authority, "_s;
     QTest::newRow("bad value") << QByteArray("fault segments=0") << u"N: 1 to 4096"_s;
     QTest::newRow("unknown command") << QByteArray("nonsense") << u"accepted are fault NAME"_s;
-    QTest::newRow("settings are named too") << QByteArray("nonsense") << u"paper off, state N, "_s;
-    QTest::newRow("bad setting") << QByteArray("z -1") << u"accepted is N: 0 to 2147483647"_s;
+    QTest::newRow("settings are named too") << QByteArray("nonsense") << u"paper off, z N, "_s;
+    QTest::newRow("bad setting") << QByteArray("z -1") << u"accepted is N: 1 to 2147483647"_s;
     QTest::newRow("no UTF-8") << QByteArray("\xFF\xFE\x01") << u"accepted are fault NAME"_s;
 }
 

@@ -3,6 +3,7 @@
 #include "simulator/fiscal/sections.h"
 #include "tests/till_at_hand.h"
 
+#include <QFile>
 #include <QRandomGenerator>
 #include <QTest>
 
@@ -28,6 +29,7 @@ private slots:
     void moneyIsWrittenTheTurkishWay_data();
     void moneyIsWrittenTheTurkishWay();
     void sectionNamesFitAnApplication();
+    void theManualShowsSectionsAndUnits();
     void itemsAreAdjusted_data();
     void itemsAreAdjusted();
     void itemsAreRefusedAndChangeNothing_data();
@@ -199,6 +201,25 @@ void TestSaleModel::sectionNamesFitAnApplication()
     QVERIFY(!findSection(0));
     QVERIFY(!findSection(9));
     QVERIFY(!findSection(-1));
+}
+
+void TestSaleModel::theManualShowsSectionsAndUnits()
+{
+    QFile file(QFINDTESTDATA("../docs/simulated-register.md"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString manual = QString::fromUtf8(file.readAll()).simplified();
+    for (const Section &section : sectionTable()) {
+        const QString row = u"| %1 | %2 | %3 % |"_s.arg(section.number)
+                                .arg(QString::fromUtf16(section.name))
+                                .arg(section.taxRate);
+        QVERIFY2(manual.contains(row), qPrintable(row));
+    }
+    for (int type = 0; type <= 7; ++type) {
+        const QString unit = u" %1 %2"_s.arg(type).arg(QString::fromUtf16(unitName(type)));
+        QVERIFY2(manual.contains(unit), qPrintable(unit));
+    }
+    QVERIFY(!unitName(8));
+    QVERIFY(!unitName(-1));
 }
 
 void TestSaleModel::itemsAreAdjusted_data()

@@ -109,14 +109,13 @@ Journal::~Journal()
     QSqlDatabase::removeDatabase(m_connection);
 }
 
-QString Journal::open(const QString &file, qint32 firstZ)
+QString Journal::open(const QString &file)
 {
     if (const QString problem = connect(file); !problem.isEmpty())
         return u"the journal %1 cannot be used: %2"_s.arg(file, problem);
     m_statements = std::make_unique<Statements>(m_database);
     // A sale that was open when the program ended is nobody's any more.
-    if (!readCounters(firstZ) ||
-        !execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s}))
+    if (!readCounters() || !execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s}))
         return u"the journal %1 cannot be used: %2"_s.arg(file, m_database.lastError().text());
     return {};
 }
@@ -166,14 +165,14 @@ bool Journal::inTransaction(Change change)
     return false;
 }
 
-bool Journal::readCounters(qint32 firstZ)
+bool Journal::readCounters()
 {
     const auto counter = [this](const char *name, qint64 otherwise) {
         return number(m_database, u"SELECT coalesce((SELECT value FROM counters WHERE name = '%1'), %2)"_s
                                       .arg(QLatin1StringView(name))
                                       .arg(otherwise));
     };
-    const auto z = counter("z", firstZ);
+    const auto z = counter("z", 1);
     const auto lastZ = counter("last_z", 0);
     const auto grandTotal = counter("grand_total", 0);
     if (!z || !lastZ || !grandTotal)
@@ -181,6 +180,12 @@ bool Journal::readCounters(qint32 firstZ)
     m_lastZ = *lastZ;
     m_grandTotal = *grandTotal;
     return setZ(qint32(*z));
+}
+
+bool Journal::isNew() const
+{
+    return number(m_database,
+                  u"SELECT (SELECT count(*) FROM receipts) + (SELECT count(*) FROM z_reports)"_s) == 0;
 }
 
 bool Journal::writeCounter(const char *name, qint64 value)

@@ -24,13 +24,15 @@ public:
     /**
      * Opens the file, or makes it; receipts that were open are cancelled then.
      *
-     * @param file    empty: kept in memory
-     * @param firstZ  the number of the first Z report of a new journal
+     * @param file  empty: kept in memory
      * @return an empty text, or what was wrong
      */
-    QString open(const QString &file, qint32 firstZ);
+    QString open(const QString &file);
 
-    /** The Z report being collected. */
+    /** Whether no receipt and no report is on record. */
+    bool isNew() const;
+
+    /** The Z report being collected; 1 in a new journal. */
     qint32 z() const { return m_z; }
     qint64 lastZ() const { return m_lastZ; } ///< when the last Z report was made; 0: never
     qint64 grandTotal() const { return m_grandTotal; }
@@ -58,7 +60,7 @@ private:
 
     QString connect(const QString &file);
     bool execute(const QStringList &statements);
-    bool readCounters(qint32 firstZ);
+    bool readCounters();
     bool writeCounter(const char *name, qint64 value);
     bool writeReceipt(const Receipt &receipt);
     bool writeReport(const ZReport &report);

@@ -24,9 +24,9 @@ Till::Till(const QByteArray &serial, Clock clock)
 {
 }
 
-QString Till::open(const QString &journalFile, qint32 firstZ)
+QString Till::open(const QString &journalFile)
 {
-    const QString problem = m_journal.open(journalFile, firstZ);
+    const QString problem = m_journal.open(journalFile);
     if (problem.isEmpty())
         m_day = m_journal.day();
     return problem;
@@ -170,10 +170,17 @@ void Till::leaveSale()
     show(Screen::Idle);
 }
 
-qint32 Till::takeError()
+qint32 Till::error() const
 {
     const bool begun = m_open && !m_open->sale.payments().isEmpty();
-    return std::exchange(m_keyError, NoError) | (begun ? PaymentBegun : NoError);
+    return m_keyError | (begun ? PaymentBegun : NoError);
+}
+
+qint32 Till::takeError()
+{
+    const qint32 taken = error();
+    m_keyError = NoError;
+    return taken;
 }
 
 qint32 Till::display() const
@@ -271,6 +278,30 @@ void Till::print(const Print &print)
         --m_papersLeft;
     if (m_output)
         m_output(print);
+}
+
+void Till::restart()
+{
+    if (m_open && m_journal.cancel(m_open->ref, m_clock()))
+        ++m_day.cancelled;
+    m_lastPayments.clear();
+    leaveSale();
+}
+
+bool Till::goTo(Screen screen)
+{
+    if (m_open) {
+        m_keyError = NoError;
+        show(Screen::Sale);
+        if (screen == Screen::Sale)
+            return true;
+        press(QList<qint32>{'C', '1'});
+    }
+    if (m_screen == Screen::Menu)
+        press(QList<qint32>{'C'});
+    if (screen != Screen::Idle)
+        press(QList<qint32>{screen == Screen::Menu ? 'M' : 'E'});
+    return takeError() == NoError;
 }
 
 bool Till::setZ(qint32 z)

@@ -25,7 +25,7 @@ public:
     void setOutput(Output output) { m_output = std::move(output); }
 
     /** To be called first. @return an empty text, or what is wrong with the journal */
-    QString open(const QString &journalFile, qint32 firstZ);
+    QString open(const QString &journalFile);
 
     // The keyboard ---------------------------------------------------------------------------------------
 
@@ -34,8 +34,12 @@ public:
     /** Presses the keys one after the other, up to the first that is refused; its error stays until taken. */
     void press(const QList<qint32> &keys);
 
+    /** Keys that are meant for another display: sets the error as a key without a meaning does. */
+    void refuseKeys() { press({-1}); }
+
     /** The error of the last keys and PaymentBegun, as they stand; the former is forgotten by it. */
     qint32 takeError();
+    qint32 error() const; ///< the same, and it stays
 
     /** What the display says beside the state: 1 the sale takes input, 2 something is typed or asked, 0 the
      * printer has no paper. */
@@ -75,6 +79,18 @@ public:
     bool hasPaper() const { return m_papersLeft != 0; }
 
     // The operator ---------------------------------------------------------------------------------------
+
+    /**
+     * Presses the keys that lead to this screen: Idle, Menu or Sale. An open sale is cancelled for the first
+     * two and stays for the last. @return false: the keys were refused
+     */
+    bool goTo(Screen screen);
+
+    /** As after a cut of the power: what is not on record is gone. */
+    void restart();
+
+    /** Whether no receipt and no report is on record. */
+    bool isNew() const { return m_journal.isNew(); }
 
     /** Unlimited paper, none, or paper for so many prints. */
     void setPaper(int prints) { m_papersLeft = prints; }

@@ -1,0 +1,89 @@
+#include "simulator/provoked_faults.h"
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace Simulator {
+
+namespace {
+
+constexpr char mark = '!';
+
+constexpr std::array table{
+    ProvocationRow{1'111'101, "refuse=item"},
+    ProvocationRow{1'111'102, "refuse=items"},
+    ProvocationRow{1'111'103, "refuse=delete"},
+    ProvocationRow{1'111'104, "refuse=medical"},
+    ProvocationRow{1'111'105, "refuse=change-state"},
+    ProvocationRow{1'111'106, "refuse=end-invoice"},
+    ProvocationRow{1'111'107, "refuse=sale-state"},
+    ProvocationRow{1'111'108, "refuse=receipt"},
+    ProvocationRow{1'111'109, "refuse=print"},
+    ProvocationRow{1'111'110, "refuse=report"},
+    ProvocationRow{1'111'111, "error=64"},
+    ProvocationRow{1'111'112, "state=1"},
+    ProvocationRow{1'111'113, "sale-limit"},
+    ProvocationRow{1'111'114, "paper-out-after=1"},
+    ProvocationRow{1'111'115, "delay=3000"},
+    ProvocationRow{1'111'116, "short-reply"},
+    ProvocationRow{1'111'117, "bad-mac"},
+    ProvocationRow{1'111'118, "no-mac"},
+    ProvocationRow{1'111'119, "close=item"},
+    ProvocationRow{1'111'120, "lost-answer=item"},
+    ProvocationRow{1'111'121, "lost-answer=items"},
+    ProvocationRow{1'111'122, "lost-answer=delete"},
+    ProvocationRow{1'111'123, "lost-answer=medical"},
+    ProvocationRow{1'111'124, "lost-answer=change-state"},
+    ProvocationRow{1'111'125, "lost-answer=end-invoice"},
+    ProvocationRow{1'111'126, "power-cut=item"},
+    ProvocationRow{1'111'127, "power-cut=change-state"},
+    ProvocationRow{1'111'128, "power-cut=end-invoice"},
+};
+
+bool disturbsCommands(const QString &fault)
+{
+    const QString name = fault.left(fault.indexOf(u'='));
+    return std::ranges::any_of(faultTable(), [&name](const FaultRow &row) {
+        return name == QLatin1StringView(row.name) && row.disturbs != Disturbs::KeyExchange;
+    });
+}
+
+} // namespace
+
+std::span<const ProvocationRow> provocationTable()
+{
+    return table;
+}
+
+QStringList provokedBy(const QList<ItemRequest> &items)
+{
+    QStringList faults;
+    for (const ItemRequest &item : items) {
+        const QString named = QString::fromLatin1(item.name.sliced(item.name.startsWith(mark) ? 1 : 0));
+        if (item.name.startsWith(mark) && disturbsCommands(named) && Faults().switchOn(named).isEmpty())
+            faults << named;
+        const auto row = std::ranges::find(table, item.price, &ProvocationRow::price);
+        if (row != table.end())
+            faults << QString::fromLatin1(row->fault);
+    }
+    return faults;
+}
+
+Faults ProvokedFaults::beside(Faults standing) const
+{
+    for (const QString &fault : m_faults)
+        standing.switchOn(fault);
+    return standing;
+}
+
+void ProvokedFaults::spend(const CommandRow &command)
+{
+    m_faults.removeIf([&command](const QString &fault) {
+        const CommandRow *const named = commandByName(fault.section(u'=', 1));
+        return !named || named == &command;
+    });
+}
+
+} // namespace Simulator

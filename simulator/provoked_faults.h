@@ -1,0 +1,44 @@
+#pragma once
+
+#include "simulator/faults.h"
+
+#include <span>
+
+/**
+ * Faults that a sale provokes by what it contains, so that the tests of an application choose their failure
+ * without a word to the register: an item named "!" and a fault of commands, or one at a price of this table.
+ */
+namespace Simulator {
+
+struct ProvocationRow
+{
+    qint64 price;      ///< kuruş
+    const char *fault; ///< as it is typed
+};
+
+std::span<const ProvocationRow> provocationTable();
+
+/** The faults that these items provoke, as they are typed. */
+QStringList provokedBy(const QList<ItemRequest> &items);
+
+/**
+ * The faults that the open sale has provoked. Each goes off once: at its command, or at the next one when it
+ * names none. What has not gone off by then is forgotten when another sale is opened.
+ */
+class ProvokedFaults
+{
+public:
+    void add(const QStringList &faults) { m_faults += faults; }
+    void clear() { m_faults.clear(); }
+
+    /** These faults, and what was provoked. */
+    Faults beside(Faults standing) const;
+
+    /** The command comes: what goes off at it is off from now on. */
+    void spend(const CommandRow &command);
+
+private:
+    QStringList m_faults;
+};
+
+} // namespace Simulator

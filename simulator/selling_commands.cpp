@@ -1,0 +1,281 @@
+#include "simulator/selling_commands.h"
+
+#include "simulator/command_items.h"
+#include "simulator/fiscal/acquirers.h"
+#include "simulator/fiscal/sections.h"
+#include "simulator/fiscal/slip.h"
+
+#include <QVector>
+
+#include <algorithm>
+
+namespace Simulator {
+
+namespace {
+
+/** Keys that belong to a display; three numbers in front of them say which. */
+struct KeyRequest
+{
+    qint32 display = 0;
+    qint32 mode = 0;
+    qint32 extra = 0;
+    QList<qint32> keys;
+    bool answer = false;
+};
+
+constexpr qint32 saleDisplay = 4;
+constexpr qint32 saleMode = 1;
+constexpr qint32 noExtra = -1;
+
+/** Whether the keys are meant for what the register displays now. */
+bool isMeantForNow(const KeyRequest &request, State state)
+{
+    if (state == State::SaleOpen)
+        return request.display == saleDisplay && request.mode == saleMode && request.extra == noExtra;
+    return request.display == qint32(state) && request.mode == 0 && request.extra == 0;
+}
+
+bool pressKeys(const CommandCall &call, const KeyRequest &request)
+{
+    Till *const till = call.model.seller();
+    if (till && !call.wrong.refuse && isMeantForNow(request, call.model.state()))
+        till->press(request.keys);
+    else if (till)
+        till->refuseKeys();
+    const qint32 error = call.wrong.error.value_or(call.model.error());
+    if (request.answer) {
+        writeState(call);
+        call.model.takeError();
+        if (toldState(call) == State::SaleOpen)
+            call.reply << error;
+    }
+    return (error & ~PaymentBegun) == NoError;
+}
+
+/** Changes the open sale unless something is wrong. @return the error to be told */
+template <typename Change>
+qint32 changeSale(const CommandCall &call, Change change)
+{
+    if (call.wrong.error)
+        return *call.wrong.error;
+    if (call.wrong.overLimit)
+        return OverLimit;
+    Till *const till = call.model.seller();
+    return till ? change(*till) : NothingThere;
+}
+
+/** How all that changes the items of a sale is answered. */
+template <typename Change>
+bool answerChange(const CommandCall &call, Change change)
+{
+    const qint32 error = call.wrong.refuse ? WrongValue : changeSale(call, change);
+    call.reply << !call.wrong.refuse;
+    writeState(call);
+    call.reply << error;
+    return error == NoError;
+}
+
+template <typename Change>
+Execution itemChange(Change change)
+{
+    return [change](const CommandCall &call) {
+        const bool done = answerChange(call, change);
+        call.reply << call.model.saleTotals();
+        return done;
+    };
+}
+
+/** Printing and closing, which are answered by yes or no. */
+template <typename Work>
+Execution work(Work work)
+{
+    return [work](const CommandCall &call) {
+        Till *const till = call.model.seller();
+        const bool done = !call.wrong.refuse && till && work(*till) == NoError;
+        call.reply << done;
+        return done;
+    };
+}
+
+bool areDigits(const QByteArray &text, qsizetype count)
+{
+    return text.size() == count && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool isPrintable(const QByteArray &text)
+{
+    return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+/** What stands on an invoice as it is asked for. */
+struct InvoiceRequest
+{
+    qint32 type = 0;
+    qint32 idKind = 0;
+    QByteArray reference;
+    QByteArray idNumber;
+    qint32 mode = 0; ///< how the rest is paid: 1 in cash, 2 by card
+    bool delivers = false;
+};
+
+constexpr qsizetype personDigits = 11;
+constexpr qsizetype companyDigits = 10;
+constexpr qsizetype shortestReference = 6;
+constexpr qsizetype longestReference = 17;
+constexpr qint32 restInCash = 1;
+constexpr qint32 restByCard = 2;
+
+/** Nothing when it does not look like an invoice; whether the customer exists the register cannot know. */
+std::optional<Invoice> readInvoice(const InvoiceRequest &request)
+{
+    const bool onPaper = request.type == Invoice::OnPaper;
+    if (request.type < Invoice::OnPaper || request.type > Invoice::Archived ||
+        request.idKind < Invoice::Person || request.idKind > Invoice::Company || request.mode < restInCash ||
+        request.mode > restByCard)
+        return std::nullopt;
+    if (!isPrintable(request.reference) || request.reference.size() > longestReference ||
+        (onPaper && request.reference.size() < shortestReference))
+        return std::nullopt;
+    if (!areDigits(request.idNumber, request.idKind == Invoice::Person ? personDigits : companyDigits))
+        return std::nullopt;
+    return Invoice{Invoice::Type(request.type), Invoice::IdKind(request.idKind),
+                   QString::fromLatin1(request.reference), QString::fromLatin1(request.idNumber),
+                   request.delivers};
+}
+
+} // namespace
+
+State toldState(const CommandCall &call)
+{
+    return call.wrong.state ? State(*call.wrong.state) : call.model.state();
+}
+
+void writeState(const CommandCall &call)
+{
+    const auto steps = call.model.saleSteps();
+    call.reply << qint32(toldState(call)) << QVector<qint32>(steps.begin(), steps.end());
+}
+
+DecodedCommand changeState(QDataStream &items)
+{
+    KeyRequest request;
+    items >> request.display >> request.mode >> request.extra;
+    request.keys = readKeys(items);
+    items >> request.answer;
+    return {[request](const CommandCall &call) { return pressKeys(call, request); }};
+}
+
+DecodedCommand addItem(QDataStream &items)
+{
+    const QList<ItemRequest> list{readItem(items)};
+    return {itemChange([list](Till &till) { return till.add(list); }), list};
+}
+
+DecodedCommand addItems(QDataStream &items)
+{
+    const QList<ItemRequest> list = readItems(items);
+    return {itemChange([list](Till &till) { return till.add(list); }), list};
+}
+
+DecodedCommand deleteItem(QDataStream &items)
+{
+    if (items.atEnd())
+        return {itemChange([](Till &till) { return till.removeLast(); })};
+    qint32 index = 0;
+    items >> index;
+    return {itemChange([index](Till &till) { return till.remove(index); })};
+}
+
+DecodedCommand medicalContribution(QDataStream &items)
+{
+    qint64 amount = 0;
+    qint64 identity = 0;
+    items >> amount;
+    if (amount != 0)
+        items >> identity;
+    return {[amount, identity](const CommandCall &call) {
+        return answerChange(call, [=](Till &till) { return till.setMedicalContribution(amount, identity); });
+    }};
+}
+
+DecodedCommand saleState(QDataStream &)
+{
+    return {[](const CommandCall &call) {
+        call.reply << !call.wrong.refuse;
+        writeState(call);
+        const ReceiptRef ref = call.model.saleReference();
+        call.reply << call.wrong.error.value_or(call.model.error()) << call.model.saleTotals() << ref.z
+                   << ref.number;
+        return !call.wrong.refuse;
+    }};
+}
+
+DecodedCommand receiptData(QDataStream &items)
+{
+    ReceiptRef ref;
+    items >> ref.z >> ref.number;
+    return {[ref](const CommandCall &call) {
+        const auto totals = call.wrong.refuse ? std::nullopt : call.model.receipt(ref);
+        call.reply << totals.has_value() << totals.value_or(SaleTotals());
+        return totals.has_value();
+    }};
+}
+
+DecodedCommand sectionData(QDataStream &items)
+{
+    qint8 number = 0;
+    items >> number;
+    return {[number](const CommandCall &call) {
+        const Section *const section = findSection(number);
+        call.reply << (section ? QString::fromUtf16(section->name).toUtf8() : QByteArray())
+                   << qint32(section ? section->taxRate : 0);
+        return section != nullptr;
+    }};
+}
+
+DecodedCommand printReport(QDataStream &items)
+{
+    bool z = false;
+    items >> z;
+    return {work([z](Till &till) { return z ? till.printZ() : till.printX(); })};
+}
+
+DecodedCommand printSlip(QDataStream &items)
+{
+    bool withHead = false;
+    QByteArray bytes;
+    QList<QByteArray> lines;
+    items >> withHead >> bytes;
+    if (items.status() == QDataStream::Ok && !readSlipLines(bytes, lines))
+        items.setStatus(QDataStream::ReadCorruptData);
+    return {work([lines, withHead](Till &till) { return till.printSlip(lines, withHead); })};
+}
+
+DecodedCommand endWithInvoice(QDataStream &items)
+{
+    InvoiceRequest request;
+    items >> request.type >> request.idKind >> request.reference >> request.idNumber >> request.mode >>
+        request.delivers;
+    const auto rest = request.mode == restByCard ? PaymentKind::Card : PaymentKind::Cash;
+    return {work([invoice = readInvoice(request), rest](Till &till) {
+        return invoice ? till.closeWithInvoice(*invoice, rest) : WrongValue;
+    })};
+}
+
+DecodedCommand listAcquirers(QDataStream &)
+{
+    return {[](const CommandCall &call) {
+        call.reply << QVector<qint32>(activeAcquirers());
+        return true;
+    }};
+}
+
+DecodedCommand listSaleAcquirers(QDataStream &)
+{
+    return {[](const CommandCall &call) {
+        call.reply << QVector<qint32>(call.model.saleAcquirers());
+        return true;
+    }};
+}
+
+} // namespace Simulator
