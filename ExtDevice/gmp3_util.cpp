@@ -4,8 +4,10 @@
 
 #include <QTime>
 
-#include <climits>
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <functional>
 
 namespace Velno::GMP {
 
@@ -31,25 +33,16 @@ const QByteArray &prime2048()
     return bytes;
 }
 
-/** AES-CBC for the key's size, fetched once; null for a size that AES does not know. */
-const EVP_CIPHER *aesCbc(qsizetype keySize)
+/** The padding leads and fills 32-byte blocks; registers in the field expect exactly that. */
+QByteArray padded(const QByteArray &data)
 {
-    static const CipherPtr aes128{EVP_CIPHER_fetch(nullptr, "AES-128-CBC", nullptr)};
-    static const CipherPtr aes192{EVP_CIPHER_fetch(nullptr, "AES-192-CBC", nullptr)};
-    static const CipherPtr aes256{EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr)};
-    switch (keySize) {
-    case 16:
-        return aes128.get();
-    case 24:
-        return aes192.get();
-    case 32:
-        return aes256.get();
-    default:
-        return nullptr;
-    }
+    const qsizetype count = padBlock - data.size() % padBlock;
+    QByteArray result;
+    result.reserve(count + data.size());
+    return result.append(count, char(count)).append(data);
 }
 
-QByteArray withoutPadding(const QByteArray &padded)
+QByteArray withoutPadding(QByteArray padded)
 {
     if (padded.isEmpty() || padded.size() % padBlock != 0)
         return {};
@@ -57,7 +50,7 @@ QByteArray withoutPadding(const QByteArray &padded)
     const auto count = static_cast<signed char>(padded.front());
     if (count > padded.size())
         return {};
-    return padded.mid(count > 0 ? count : 0);
+    return padded.remove(0, count > 0 ? count : 0);
 }
 
 } // namespace
@@ -131,21 +124,8 @@ QByteArray GMP3::create_keys(const QByteArray &peerPublicKey)
 
 QByteArray AES_CBC_Cipher(bool encrypt, const QByteArray &key, const QByteArray &data, QByteArray &iv)
 {
-    const EVP_CIPHER *cipher = aesCbc(key.size());
-    if (!cipher || iv.size() != blockSize || data.isEmpty() || data.size() % blockSize != 0 ||
-        data.size() > INT_MAX)
-        return {};
-    const CipherCtxPtr ctx{EVP_CIPHER_CTX_new()};
-    QByteArray output(data.size(), '\0');
-    int written = 0;
-    const bool done =
-        ctx &&
-        EVP_CipherInit_ex2(ctx.get(), cipher, octets(key), octets(std::as_const(iv)), encrypt, nullptr) ==
-            1 &&
-        EVP_CIPHER_CTX_set_padding(ctx.get(), 0) == 1 &&
-        EVP_CipherUpdate(ctx.get(), octets(output), &written, octets(data), int(data.size())) == 1 &&
-        written == data.size();
-    if (!done)
+    QByteArray output = data;
+    if (iv.size() != blockSize || !CryptoContexts().cipher(encrypt, key, octets(std::as_const(iv)), output))
         return {};
     iv = (encrypt ? output : data).last(blockSize);
     return output;
@@ -155,26 +135,25 @@ QByteArray GMP3_aes_cipher(bool encrypt, const QByteArray &key, const QByteArray
 {
     if (!encrypt)
         return withoutPadding(AES_CBC_Cipher(false, key, data, iv));
-    if (data.isEmpty())
-        return {};
-    // The padding leads and fills 32-byte blocks; registers in the field expect exactly that.
-    const auto count = char(padBlock - data.size() % padBlock);
-    return AES_CBC_Cipher(true, key, QByteArray(count, count) + data, iv);
+    return data.isEmpty() ? QByteArray() : AES_CBC_Cipher(true, key, padded(data), iv);
 }
 
 QByteArray GMP3_cipher(const MatchExt &record, bool encrypt, const QByteArray &data)
 {
-    if (record.randomDFC10D.size() != blockSize || record.randomDFC10E.size() != blockSize)
+    std::array<unsigned char, blockSize> iv;
+    if (data.isEmpty() || record.randomDFC10D.size() != blockSize || record.randomDFC10E.size() != blockSize)
         return {};
-    QByteArray iv = record.randomDFC10D;
-    for (qsizetype i = 0; i < blockSize; ++i)
-        iv[i] = char(iv.at(i) ^ record.randomDFC10E.at(i));
-    return GMP3_aes_cipher(encrypt, record.aesKey, data, iv);
+    std::transform(record.randomDFC10D.cbegin(), record.randomDFC10D.cend(), record.randomDFC10E.cbegin(),
+                   iv.begin(), std::bit_xor<>());
+    QByteArray output = encrypt ? padded(data) : data;
+    if (!record.contexts.cipher(encrypt, record.aesKey, iv.data(), output))
+        return {};
+    return encrypt ? output : withoutPadding(std::move(output));
 }
 
 QByteArray GMP3_HMAC(const MatchExt &record, const QByteArray &data)
 {
-    return hmacSha256(record.hmacKey, data);
+    return record.contexts.hmac(record.hmacKey, data);
 }
 
 QByteArray GetRandom(int count)

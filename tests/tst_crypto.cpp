@@ -127,6 +127,8 @@ private slots:
     void paddingIsJudged();
     void recordCipherStartsFromTheRandoms();
     void recordCipherNeedsARecord();
+    void recordCipherFollowsItsKeys();
+    void copiedRecordKeepsItsOwnContexts();
     void prfIsTheFirstBlockOfTls12_data();
     void prfIsTheFirstBlockOfTls12();
     void keyScheduleFollowsTheChain();
@@ -419,6 +421,60 @@ void TestCrypto::recordCipherNeedsARecord()
     record.randomDFC10D = QByteArray(16, 'a');
     record.randomDFC10E = QByteArray(15, 'b');
     QCOMPARE(GMP3_cipher(record, true, "command"), QByteArray());
+}
+
+namespace {
+
+MatchExt recordWithKeys(char aes, char hmac)
+{
+    MatchExt record;
+    record.aesKey = QByteArray(32, aes);
+    record.hmacKey = QByteArray(32, hmac);
+    record.randomDFC10D = QByteArray(16, 'd');
+    record.randomDFC10E = QByteArray(16, 'e');
+    return record;
+}
+
+/** What it seals, opens and authenticates is what a record that was never used does. */
+bool worksAs(const MatchExt &record, const MatchExt &fresh)
+{
+    const QByteArray sealed = GMP3_cipher(fresh, true, "command");
+    return !sealed.isEmpty() && GMP3_cipher(record, true, "command") == sealed &&
+           GMP3_cipher(record, false, sealed) == "command" &&
+           GMP3_HMAC(record, "command") == GMP3_HMAC(fresh, "command");
+}
+
+} // namespace
+
+void TestCrypto::recordCipherFollowsItsKeys()
+{
+    MatchExt record = recordWithKeys('a', 'h');
+    QVERIFY(worksAs(record, recordWithKeys('a', 'h')));
+    record.aesKey = QByteArray(32, 'b'); // contexts for the keys before are at hand
+    record.hmacKey = QByteArray(32, 'i');
+    QVERIFY(worksAs(record, recordWithKeys('b', 'i')));
+    QVERIFY(!worksAs(record, recordWithKeys('a', 'i')));
+    QVERIFY(!worksAs(record, recordWithKeys('b', 'h')));
+    record.randomDFC10E = QByteArray(16, 'f');
+    QVERIFY(GMP3_cipher(record, true, "command") != GMP3_cipher(recordWithKeys('b', 'i'), true, "command"));
+    record.aesKey.clear();
+    QCOMPARE(GMP3_cipher(record, true, "command"), QByteArray());
+    record.hmacKey.clear();
+    QCOMPARE(GMP3_HMAC(record, "command"), hmacSha256(QByteArray(), "command"));
+}
+
+void TestCrypto::copiedRecordKeepsItsOwnContexts()
+{
+    const MatchExt first = recordWithKeys('a', 'h');
+    QVERIFY(worksAs(first, recordWithKeys('a', 'h')));
+    MatchExt second = first;
+    second.aesKey = QByteArray(32, 'b');
+    QVERIFY(worksAs(second, recordWithKeys('b', 'h')));
+    QVERIFY(worksAs(first, recordWithKeys('a', 'h')));
+    second = first;
+    QVERIFY(worksAs(second, recordWithKeys('a', 'h')));
+    const MatchExt third = std::move(second);
+    QVERIFY(worksAs(third, recordWithKeys('a', 'h')));
 }
 
 void TestCrypto::prfIsTheFirstBlockOfTls12_data()

@@ -1,3 +1,4 @@
+#include "ExtDevice/encoding/crc.h"
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/encoding/file.h"
 
@@ -60,6 +61,7 @@ class TestDigest : public QObject
     Q_OBJECT
 
 private slots:
+    void crcIsTheOneOfX25();
     void dataIsHashed_data();
     void dataIsHashed();
     void deviceIsHashedInPieces_data();
@@ -89,6 +91,17 @@ private slots:
     void readingFailsAndTouchesNothing();
     void readingIntoNothingFails();
 };
+
+void TestDigest::crcIsTheOneOfX25()
+{
+    QCOMPARE(crc16("123456789"), quint16(0x906E));
+    QByteArray bytes;
+    for (int i = 0; i < 300; ++i) { // every length around what is taken in one step
+        const ExactBytes exact(bytes);
+        QCOMPARE(crc16(exact.view()), qChecksum(bytes));
+        bytes.append(char(i * 37 + (i >> 3)));
+    }
+}
 
 void TestDigest::dataIsHashed_data()
 {

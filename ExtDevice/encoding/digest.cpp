@@ -1,7 +1,5 @@
 #include "ExtDevice/encoding/digest.h"
 
-#include "ExtDevice/openssl_ptr.h"
-
 #include <QIODevice>
 
 #include <openssl/core_names.h>
@@ -41,18 +39,6 @@ QByteArray finishDigest(const MdCtxPtr &context)
     return digest;
 }
 
-MacCtxPtr newHmacContext()
-{
-    static const MacPtr hmac{EVP_MAC_fetch(nullptr, OSSL_MAC_NAME_HMAC, nullptr)};
-    char digestName[] = "SHA256";
-    const OSSL_PARAM parameters[] = {OSSL_PARAM_construct_utf8_string(OSSL_MAC_PARAM_DIGEST, digestName, 0),
-                                     OSSL_PARAM_construct_end()};
-    MacCtxPtr context{hmac ? EVP_MAC_CTX_new(hmac.get()) : nullptr};
-    if (context && EVP_MAC_CTX_set_params(context.get(), parameters) != 1)
-        context.reset();
-    return context;
-}
-
 } // namespace
 
 QByteArray sha256Sum(const QByteArray &data)
@@ -74,6 +60,18 @@ QByteArray sha256Sum(QIODevice &device)
         size = device.read(piece.data(), pieceSize);
     }
     return size == 0 ? finishDigest(context) : QByteArray();
+}
+
+MacCtxPtr newHmacContext()
+{
+    static const MacPtr hmac{EVP_MAC_fetch(nullptr, OSSL_MAC_NAME_HMAC, nullptr)};
+    char digestName[] = "SHA256";
+    const OSSL_PARAM parameters[] = {OSSL_PARAM_construct_utf8_string(OSSL_MAC_PARAM_DIGEST, digestName, 0),
+                                     OSSL_PARAM_construct_end()};
+    MacCtxPtr context{hmac ? EVP_MAC_CTX_new(hmac.get()) : nullptr};
+    if (context && EVP_MAC_CTX_set_params(context.get(), parameters) != 1)
+        context.reset();
+    return context;
 }
 
 QByteArray hmacSha256(QByteArray key, const QByteArray &message)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ExtDevice/openssl_ptr.h"
+
 #include <QByteArray>
 #include <QTime>
 
@@ -21,6 +23,9 @@ QByteArray sha256Sum(QIODevice &device);
 
 /** HMAC-SHA256 (RFC 2104) of the message: 32 bytes. A key of any length. */
 QByteArray hmacSha256(QByteArray key, const QByteArray &message);
+
+/** A context for HMAC-SHA256 that has no key yet; null when OpenSSL has no HMAC or no memory. */
+MacCtxPtr newHmacContext();
 
 /** A fixed 16-byte pattern with the time's seconds added to each byte at an even position, modulo 256. */
 QByteArray iv(const QTime &time);

@@ -10,13 +10,14 @@ namespace {
 constexpr qsizetype maxTagRead = 4;
 constexpr qsizetype maxTagWritten = 3;
 constexpr qsizetype maxValue = 65535;
+constexpr qsizetype mostLengthBytes = 3;
 constexpr unsigned char oneLengthByte = 0x81;
 constexpr unsigned char twoLengthBytes = 0x82;
 
 /** An encoded length without a heap allocation of its own; size 0 when the length cannot be written. */
 struct LengthField
 {
-    std::array<char, 3> bytes;
+    std::array<char, mostLengthBytes> bytes;
     qsizetype size;
 };
 
@@ -100,16 +101,20 @@ bool lengthFromTlv(const QByteArray &input, unsigned short *length, unsigned sho
 
 QByteArray tlvElement(const QByteArray &tag, const QByteArray &value)
 {
-    if (tag.isEmpty() || tag.size() > maxTagWritten || value.size() > maxValue)
-        return {};
-
-    const LengthField length = encodeLength(value.size());
     QByteArray element;
-    element.reserve(tag.size() + value.size() + qsizetype(length.bytes.size()));
-    element.append(tag.constData(), tag.size());
-    element.append(length.bytes.data(), length.size);
-    element.append(value.constData(), value.size());
-    return element;
+    element.reserve(tag.size() + value.size() + mostLengthBytes);
+    return appendTlvElement(element, tag, value) ? element : QByteArray();
+}
+
+bool appendTlvElement(QByteArray &run, const QByteArray &tag, const QByteArray &value)
+{
+    if (tag.isEmpty() || tag.size() > maxTagWritten || value.size() > maxValue)
+        return false;
+    const LengthField length = encodeLength(value.size());
+    run.append(tag.constData(), tag.size());
+    run.append(length.bytes.data(), length.size);
+    run.append(value.constData(), value.size());
+    return true;
 }
 
 bool extractTlvElement(const QByteArray &input, QByteArray *tag, QByteArray *value,
@@ -136,24 +141,33 @@ bool extractTlvElement(const QByteArray &input, QByteArray *tag, QByteArray *val
 QVector<QByteArray> extractTlvElements(const QByteArray &input)
 {
     QVector<QByteArray> elements;
-    for (qsizetype start = 0; start < input.size();) {
-        const char *element = input.constData() + start;
-        const qsizetype available = input.size() - start;
-        const qsizetype tag = tagSize(element, available);
-        if (tag == available) {
-            elements.append(QByteArray(element, tag).append('\0'));
-            break;
-        }
-        unsigned short length = 0;
-        unsigned short lengthSize = 0;
-        if (!lengthFromTlv(element + tag, available - tag, &length, &lengthSize))
-            return {};
-        if (length > available - tag - lengthSize)
-            return {};
-        elements.append(QByteArray(element, tag + lengthSize + length));
-        start += tag + lengthSize + length;
+    QByteArrayView run = input;
+    for (TlvView element; takeTlvElement(&run, &element);) {
+        elements.append(element.whole.toByteArray());
+        if (element.whole.size() == element.tag.size())
+            elements.last().append('\0'); // a tag that ends the input: its length is made explicit
     }
-    return elements;
+    return run.isEmpty() ? elements : QVector<QByteArray>();
+}
+
+bool takeTlvElement(QByteArrayView *run, TlvView *element)
+{
+    if (run->isEmpty())
+        return false;
+    const qsizetype available = run->size();
+    const qsizetype tag = tagSize(run->data(), available);
+    unsigned short length = 0;
+    unsigned short lengthSize = 0;
+    if (tag < available) {
+        if (!lengthFromTlv(run->data() + tag, available - tag, &length, &lengthSize))
+            return false;
+        if (length > available - tag - lengthSize)
+            return false;
+    }
+    const qsizetype size = tag + lengthSize + length;
+    *element = {run->first(tag), run->sliced(tag + lengthSize, length), run->first(size)};
+    *run = run->sliced(size);
+    return true;
 }
 
 QByteArray midRaw(const QByteArray &input, int position, int count)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QVector>
 
 /**
@@ -39,6 +40,10 @@ bool lengthFromTlv(const QByteArray &input, unsigned short *length, unsigned sho
  * 65,535. */
 QByteArray tlvElement(const QByteArray &tag, const QByteArray &value);
 
+/** The same, behind what a run of elements holds already. @return false, the run untouched, when it is not
+ * possible */
+bool appendTlvElement(QByteArray &run, const QByteArray &tag, const QByteArray &value);
+
 /**
  * Takes the element at the front of the input apart; what follows it is ignored.
  *
@@ -55,6 +60,23 @@ bool extractTlvElement(const QByteArray &input, QByteArray *tag, QByteArray *val
  * @return all elements or, when one of them is invalid or cut short, none
  */
 QVector<QByteArray> extractTlvElements(const QByteArray &input);
+
+/** An element where it lies. */
+struct TlvView
+{
+    QByteArrayView tag;
+    QByteArrayView value;
+    QByteArrayView whole; ///< tag, length and value
+};
+
+/**
+ * Takes the next element off the front of a run, without a copy: valid as long as the run's bytes. As for
+ * extractTlvElements(), the value may be empty, and a tag that ends the run stands for an element of length
+ * 0.
+ *
+ * @return false, the run untouched, when it is empty or its next element is invalid or cut short
+ */
+bool takeTlvElement(QByteArrayView *run, TlvView *element);
 
 /**
  * A view of `count` bytes from `position` (a negative count: up to the end), without a copy: valid only

@@ -1,7 +1,10 @@
 #include "ExtDevice/gmp3/gmp3.h"
 
+#include "ExtDevice/encoding/crc.h"
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/network/velno_network.h"
+
+#include <QtEndian>
 
 #include <cstring>
 #include <iostream>
@@ -33,6 +36,7 @@ constexpr int lengthSize = 2;
 constexpr int identitySize = 12;
 constexpr int crcSize = 2;
 constexpr int emptyFrameSize = lengthSize + identitySize + crcSize;
+constexpr int mostElementOverhead = 6;      // tag and length of the message element
 constexpr unsigned int sendTimeout = 10000; // ms
 
 // Messages name some thirty fields; a peer that keeps inventing tags gets no more room than this.
@@ -43,9 +47,9 @@ int number16(const char *bytes)
     return static_cast<unsigned char>(bytes[0]) * 256 + static_cast<unsigned char>(bytes[1]);
 }
 
-QByteArray bytes16(unsigned int number)
+void append16(QByteArray &bytes, unsigned int number)
 {
-    return QByteArray{}.append(char(number >> 8 & 0xFF)).append(char(number & 0xFF));
+    bytes.append(char(number >> 8 & 0xFF)).append(char(number & 0xFF));
 }
 
 int logged(const char *call, int status, int base)
@@ -112,7 +116,7 @@ bool crcMatches(const char *data, int size)
     if (size < lengthSize + crcSize)
         return false;
     const int received = number16(data + size - crcSize);
-    const int computed = qChecksum(QByteArrayView(data + lengthSize, size - lengthSize - crcSize));
+    const int computed = crc16(QByteArrayView(data + lengthSize, size - lengthSize - crcSize));
     if (received == computed)
         return true;
     // The stream stays in upper-case hexadecimal: what reads these logs is used to it.
@@ -189,20 +193,21 @@ int GMP3::disconnect()
 
 QByteArray GMP3::frame(bool response, MessageTag kind, const QByteArray &body, const char *identity)
 {
-    QByteArray inner = QByteArray(identity).leftJustified(identitySize, ' ', true);
-    if (kind == None) {
-        inner += body;
-    } else {
-        const QByteArray element =
-            tlvElement(response ? responseMessageTag(kind) : requestMessageTag(kind), body);
-        if (element.isEmpty())
-            return {};
-        inner += element;
-    }
-    inner += bytes16(qChecksum(inner));
-    if (inner.size() > 0xFFFF)
+    QByteArray frame;
+    frame.reserve(emptyFrameSize + mostElementOverhead + body.size());
+    append16(frame, 0); // the length, when it is known
+    frame.append(identity, qsizetype(qstrnlen(identity, identitySize)));
+    frame.append(lengthSize + identitySize - frame.size(), ' ');
+    if (kind == None)
+        frame += body;
+    else if (!appendTlvElement(frame, response ? responseMessageTag(kind) : requestMessageTag(kind), body))
         return {};
-    return bytes16(unsigned(inner.size())) + inner;
+    append16(frame, crc16(QByteArrayView(frame).sliced(lengthSize)));
+    const qsizetype announced = frame.size() - lengthSize;
+    if (announced > 0xFFFF)
+        return {};
+    qToBigEndian(quint16(announced), frame.data());
+    return frame;
 }
 
 int GMP3::check(const char *data, int size, const char *identity, bool parse)

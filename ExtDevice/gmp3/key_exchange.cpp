@@ -144,6 +144,7 @@ void Conversation::fill(MatchExt &record) const
 {
     for (QByteArray *old : {&record.hmacKey, &record.kcvIv, &record.aesKey})
         cleanse(*old);
+    record.contexts.forget();
     record.valueDFEF09 = quint8(bcdToUInt(stored(PairingIndex).left(1)));
     record.pairingTime = QDateTime::currentDateTimeUtc();
     record.valueDFEF02 = quint16(bcdToUInt(stored(PairingNumber).left(2)));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ExtDevice/gmp3/crypto_contexts.h"
+
 #include <QByteArray>
 #include <QDateTime>
 
@@ -29,6 +31,8 @@ struct MatchExt
     QByteArray hmacKey;      ///< 32 bytes
     QByteArray kcvIv;        ///< 16 bytes, as the key check left it
     QByteArray aesKey;       ///< 32 bytes
+
+    mutable CryptoContexts contexts; ///< of GMP3_cipher() and GMP3_HMAC()
 };
 
 } // namespace Velno::GMP

@@ -1,5 +1,6 @@
 #include "ExtDevice/network/velno_network.h"
 
+#include "ExtDevice/network/direct_io.h"
 #include "ExtDevice/network/wait_time.h"
 
 #include <QDeadlineTimer>
@@ -60,17 +61,21 @@ bool isConnected(const QTcpSocket &socket)
 /** Looks whether the peer has closed: without an event loop nobody else does. */
 bool isStillOpen(QTcpSocket &socket)
 {
-    if (isConnected(socket) && socket.bytesAvailable() == 0)
+    if (socket.bytesAvailable() == 0 && Velno::waitUntilReadable(socket, 0))
         socket.waitForReadyRead(0);
     return isConnected(socket);
 }
 
-/** Waits only when nothing is there. What came together with the peer's close counts. */
-bool waitForBytes(QTcpSocket &socket, int timeout)
+/** Waits only when nothing is there. What came together with the peer's close counts. @return bytes read */
+qint64 readWhatComes(QTcpSocket &socket, int timeout, char *buffer, qint64 size)
 {
-    if (socket.bytesAvailable() == 0 && isConnected(socket))
-        socket.waitForReadyRead(timeout);
-    return socket.bytesAvailable() > 0;
+    if (!Velno::waitUntilReadable(socket, timeout))
+        return 0;
+    if (const qint64 count = Velno::receiveDirectly(socket, buffer, size); count > 0)
+        return count;
+    if (socket.bytesAvailable() == 0)
+        socket.waitForReadyRead(0);
+    return socket.bytesAvailable() > 0 ? socket.read(buffer, size) : 0;
 }
 
 /** Each wait of the socket ends after a part; a close meanwhile drops the bytes that are left. */
@@ -166,7 +171,10 @@ int velno_network_write(unsigned int handle, unsigned int timeout, const char *d
         return 5;
     }
 
-    if (socket->write(data, size) == -1)
+    const qint64 sent = Velno::sendDirectly(*socket, data, size);
+    if (sent == size)
+        return 0;
+    if (socket->write(data + sent, size - sent) == -1)
         return 6;
     if (waitUntilWritten(*socket, waitTime(timeout)))
         return 0;
@@ -187,13 +195,14 @@ int velno_network_read(unsigned int handle, unsigned int timeout, char *buffer, 
     if (!socket)
         return 5;
 
-    if (!waitForBytes(*socket, waitTime(timeout))) {
-        if (isConnected(*socket))
-            return 6;
+    const qint64 count = readWhatComes(*socket, waitTime(timeout), buffer, *size);
+    if (count == 0 && isConnected(*socket))
+        return 6;
+    if (count == 0) {
         discard(handle);
         return 5;
     }
-    *size = int(socket->read(buffer, *size));
+    *size = int(count);
     return 0;
 }
 

@@ -23,41 +23,32 @@ const QByteArray macTag = QByteArrayLiteral("\xDF\xE0\x03");
 constexpr int headerSize = 14; // length field and identity
 constexpr int crcSize = 2;
 constexpr int largestElement = 0xFFFF;
+constexpr int roomForRest = 64; // of an envelope beside its ciphertext
 
+/** Views into the frame that they came in. */
 struct Envelope
 {
-    QByteArray cipher;
-    QByteArray mac;
+    QByteArrayView cipher;
+    QByteArrayView mac;
 };
 
-QByteArray valueOf(const QByteArray &element)
-{
-    QByteArray tag;
-    QByteArray value;
-    unsigned short size = 0;
-    return extractTlvElement(element, &tag, &value, &size) ? value : QByteArray();
-}
-
 /** The two elements of a reply; false when there is any other, or one of them is missing. */
-bool readEnvelope(const QByteArray &payload, Envelope *envelope)
+bool readEnvelope(QByteArrayView payload, Envelope *envelope)
 {
-    for (const QByteArray &element : extractTlvElements(payload)) {
-        const QByteArray tag = tlvTag(element);
-        const QByteArray value = valueOf(element);
-        if (tag == cipherTag)
-            envelope->cipher = value;
-        else if (tag == macTag)
-            envelope->mac = value;
+    for (TlvView element; takeTlvElement(&payload, &element);) {
+        if (element.tag == cipherTag)
+            envelope->cipher = element.value;
+        else if (element.tag == macTag)
+            envelope->mac = element.value;
         else
             return false;
     }
-    return !envelope->cipher.isEmpty() && !envelope->mac.isEmpty();
+    return payload.isEmpty() && !envelope->cipher.isEmpty() && !envelope->mac.isEmpty();
 }
 
-bool isSame(const QByteArray &left, const QByteArray &right)
+bool isSame(QByteArrayView left, QByteArrayView right)
 {
-    return left.size() == right.size() &&
-           CRYPTO_memcmp(left.constData(), right.constData(), size_t(left.size())) == 0;
+    return left.size() == right.size() && CRYPTO_memcmp(left.data(), right.data(), size_t(left.size())) == 0;
 }
 
 QIODevice *activeConnection()
@@ -82,10 +73,11 @@ QByteArray prepareTlvElements(const QByteArray &plaintext)
     const QByteArray cipher = GMP3_cipher(record, true, plaintext);
     if (cipher.isEmpty())
         return {};
-    const QByteArray cipherElement = tlvElement(cipherTag, cipher);
-    if (cipherElement.isEmpty())
+    QByteArray body;
+    body.reserve(cipher.size() + roomForRest);
+    if (!appendTlvElement(body, cipherTag, cipher) ||
+        !appendTlvElement(body, macTag, GMP3_HMAC(record, cipher)))
         return {};
-    const QByteArray body = cipherElement + tlvElement(macTag, GMP3_HMAC(record, cipher));
     return GMP3::frame(true, None, body, record.registerData.constData());
 }
 
@@ -95,11 +87,12 @@ int parseTlvElements(const QByteArray &frame, QByteArray *plaintext)
     if (GMP3::check(frame.constData(), int(frame.size()), record.registerData.constData(), false) != 0)
         return MalformedReply;
     Envelope envelope;
-    if (!readEnvelope(frame.sliced(headerSize).chopped(crcSize), &envelope))
+    if (!readEnvelope(QByteArrayView(frame).sliced(headerSize).chopped(crcSize), &envelope))
         return MalformedReply;
-    if (!isSame(GMP3_HMAC(record, envelope.cipher), envelope.mac))
+    const QByteArray cipher = QByteArray::fromRawData(envelope.cipher.data(), envelope.cipher.size());
+    if (!isSame(GMP3_HMAC(record, cipher), envelope.mac))
         return NotAuthentic;
-    const QByteArray decrypted = GMP3_cipher(record, false, envelope.cipher);
+    const QByteArray decrypted = GMP3_cipher(record, false, cipher);
     if (decrypted.isEmpty())
         return NotAuthentic;
     *plaintext = decrypted;

@@ -4,6 +4,7 @@
 #include "ExtDevice/velnoext/velnoext.h"
 
 #include <QDataStream>
+#include <QtEndian>
 
 /**
  * One command: a request and its reply over the active register's connection, encrypted and authenticated.
@@ -42,7 +43,11 @@ QByteArray itemBytes(const Items &...items)
 template <typename... Items>
 QByteArray requestOf(VelnoExtMessage code, const Items &...items)
 {
-    return itemBytes(qint32(code), items...);
+    if constexpr (sizeof...(items) > 0)
+        return itemBytes(qint32(code), items...);
+    QByteArray bytes(sizeof(qint32), Qt::Uninitialized); // as the stream writes it, at a tenth of the cost
+    qToBigEndian(qint32(code), bytes.data());
+    return bytes;
 }
 
 /** Reads the items of a reply one after the other. They count only while result() is 0. */

@@ -4,17 +4,19 @@
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
+#include "ExtDevice/network/direct_io.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/network/wait_time.h"
 #include "ExtDevice/velnoext/connections.h"
 
-#include <QAbstractSocket>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QScopedValueRollback>
+#include <QTcpSocket>
 #include <QtEndian>
 
+#include <array>
 #include <cstring>
 
 namespace Velno::Ext {
@@ -43,6 +45,13 @@ bool waitForMore(QIODevice &device, int timeout)
     return canWait(device) && device.waitForReadyRead(timeout);
 }
 
+/** Whether unread bytes, or a close, are waiting; a look that costs less than a wait of no time. */
+bool hasNews(QIODevice &device)
+{
+    const auto *const socket = qobject_cast<const QTcpSocket *>(&device);
+    return !socket || waitUntilReadable(*socket, 0);
+}
+
 /**
  * A late reply to an earlier request must not be taken for the reply to the next one. It may still be in the
  * kernel, so a look without waiting follows each read.
@@ -50,12 +59,24 @@ bool waitForMore(QIODevice &device, int timeout)
 bool discardUnread(QIODevice &device)
 {
     const QDeadlineTimer deadline(sendTimeout);
-    do {
+    while (hasNews(device)) {
+        const bool more = device.bytesAvailable() > 0 || waitForMore(device, 0);
+        if (!more)
+            break;
         device.skip(device.bytesAvailable());
         if (deadline.hasExpired())
             return false; // it never stops talking: nothing that follows could be told from an answer
-    } while (waitForMore(device, 0));
+    }
     return true;
+}
+
+/** Hands a frame to the kernel, what it does not take at once to the device. */
+bool write(QIODevice &device, const QByteArray &frame)
+{
+    const auto *const socket = qobject_cast<const QTcpSocket *>(&device);
+    const qint64 sent = socket ? sendDirectly(*socket, frame.constData(), frame.size()) : 0;
+    const qint64 left = frame.size() - sent;
+    return left == 0 || device.write(frame.constData() + sent, left) == left;
 }
 
 bool writeOut(QIODevice &device)
@@ -79,9 +100,29 @@ bool waitForBytes(QIODevice &device, qint64 count, int timeout)
     return true;
 }
 
+/** Waits for a frame and takes its payload if all of it is there at once, as it nearly always is. */
+bool takeWholeFrame(const QTcpSocket &socket, QByteArray *payload)
+{
+    std::array<char, 2048> bytes; // no reply of today is as long
+    if (!waitUntilReadable(socket, -1))
+        return false;
+    const qint64 there = peekDirectly(socket, bytes.data(), qint64(bytes.size()));
+    if (there < lengthSize)
+        return false;
+    const qint64 length = qFromBigEndian<quint32>(bytes.data());
+    if (length > there - lengthSize)
+        return false;
+    receiveDirectly(socket, bytes.data(), lengthSize + length);
+    *payload = QByteArray(bytes.data() + lengthSize, length);
+    return true;
+}
+
 /** One frame's payload, keep-alives included. */
 bool receivePayload(QIODevice &device, int timeout, QByteArray *payload)
 {
+    const auto *const socket = qobject_cast<const QTcpSocket *>(&device);
+    if (socket && takeWholeFrame(*socket, payload))
+        return true;
     // The cashier may have to act before the register answers, so the first byte has all the time.
     if (!waitForBytes(device, 1, -1) || !waitForBytes(device, lengthSize, timeout))
         return false;
@@ -241,10 +282,12 @@ bool ConnectionHelper::send(QIODevice *s, QByteArray data)
 {
     if (!s || !s->isOpen() || !discardUnread(*s) || !canWait(*s))
         return false;
-    QByteArray frame(lengthSize, Qt::Uninitialized);
+    QByteArray frame;
+    frame.reserve(lengthSize + data.size());
+    frame.resize(lengthSize);
     qToBigEndian(quint32(data.size()), frame.data());
     frame += data;
-    return s->write(frame) == frame.size() && writeOut(*s);
+    return write(*s, frame) && writeOut(*s);
 }
 
 bool ConnectionHelper::receive(quint32 timeout, QIODevice *s, QByteArray *data)

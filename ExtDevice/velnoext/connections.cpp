@@ -3,6 +3,7 @@
 #include "ExtDevice/network/local_interfaces.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/connection_helper.h"
+#include "ExtDevice/velnoext/quiet_dispatcher.h"
 #include "ExtDevice/velnoext/velnoext.h"
 
 #include <QCoreApplication>
@@ -85,6 +86,7 @@ void startWorker()
         return;
     velno_network_set_receiver([](QTcpSocket *socket) { setConnection(socket); });
     state.connectionThread = new QThread;
+    state.connectionThread->setEventDispatcher(new QuietDispatcher);
     state.connectionThread->start();
     state.helper = new ConnectionHelper;
     state.helper->moveToThread(state.connectionThread);

@@ -1,0 +1,86 @@
+#include "ExtDevice/gmp3/crypto_contexts.h"
+
+#include "ExtDevice/encoding/digest.h"
+
+#include <climits>
+
+namespace Velno::GMP {
+
+namespace {
+
+constexpr qsizetype blockSize = 16; // AES
+constexpr qsizetype macSize = 32;
+
+/** AES-CBC for the key's size, fetched once; null for a size that AES does not know. */
+const EVP_CIPHER *aesCbc(qsizetype keySize)
+{
+    static const CipherPtr aes128{EVP_CIPHER_fetch(nullptr, "AES-128-CBC", nullptr)};
+    static const CipherPtr aes192{EVP_CIPHER_fetch(nullptr, "AES-192-CBC", nullptr)};
+    static const CipherPtr aes256{EVP_CIPHER_fetch(nullptr, "AES-256-CBC", nullptr)};
+    switch (keySize) {
+    case 16:
+        return aes128.get();
+    case 24:
+        return aes192.get();
+    case 32:
+        return aes256.get();
+    default:
+        return nullptr;
+    }
+}
+
+CipherCtxPtr cipherContext(bool encrypt, const QByteArray &key)
+{
+    const EVP_CIPHER *cipher = aesCbc(key.size());
+    CipherCtxPtr context{cipher ? EVP_CIPHER_CTX_new() : nullptr};
+    if (context && (EVP_CipherInit_ex2(context.get(), cipher, octets(key), nullptr, encrypt, nullptr) != 1 ||
+                    EVP_CIPHER_CTX_set_padding(context.get(), 0) != 1))
+        context.reset();
+    return context;
+}
+
+MacCtxPtr macContext(const QByteArray &key)
+{
+    MacCtxPtr context = newHmacContext();
+    // An empty key has an address too, never null: a null key would mean the one before.
+    if (context && EVP_MAC_init(context.get(), octets(key), size_t(key.size()), nullptr) != 1)
+        context.reset();
+    return context;
+}
+
+} // namespace
+
+bool CryptoContexts::cipher(bool encrypt, const QByteArray &key, const unsigned char *iv, QByteArray &data)
+{
+    if (data.isEmpty() || data.size() % blockSize != 0 || data.size() > INT_MAX)
+        return false;
+    EVP_CIPHER_CTX *const context =
+        (encrypt ? m_encrypt : m_decrypt).get(key, [encrypt](const QByteArray &k) {
+            return cipherContext(encrypt, k);
+        });
+    const int keepDirection = -1;
+    unsigned char *const bytes = octets(data);
+    int written = 0;
+    return context && EVP_CipherInit_ex2(context, nullptr, nullptr, iv, keepDirection, nullptr) == 1 &&
+           EVP_CipherUpdate(context, bytes, &written, bytes, int(data.size())) == 1 && written == data.size();
+}
+
+QByteArray CryptoContexts::hmac(const QByteArray &key, const QByteArray &data)
+{
+    EVP_MAC_CTX *const context = m_mac.get(key, macContext);
+    QByteArray mac(macSize, Qt::Uninitialized);
+    size_t size = 0;
+    const bool done = context && EVP_MAC_init(context, nullptr, 0, nullptr) == 1 &&
+                      EVP_MAC_update(context, octets(data), size_t(data.size())) == 1 &&
+                      EVP_MAC_final(context, octets(mac), &size, size_t(mac.size())) == 1;
+    return done ? mac : QByteArray();
+}
+
+void CryptoContexts::forget()
+{
+    m_encrypt.forget();
+    m_decrypt.forget();
+    m_mac.forget();
+}
+
+} // namespace Velno::GMP
