@@ -1,5 +1,7 @@
 #include "simulator/wire.h"
 
+#include "ExtDevice/network/direct_io.h"
+
 #include <QNetworkProxy>
 #include <QtEndian>
 
@@ -172,7 +174,8 @@ void Wire::takeState(QAbstractSocket::SocketState state)
 void Wire::send(const QByteArray &bytes, int segment)
 {
     const qsizetype step = segment > 0 ? segment : bytes.size();
-    for (qsizetype offset = 0; offset < bytes.size(); offset += step) {
+    const qint64 gone = segment > 0 ? 0 : Velno::sendDirectly(m_socket, bytes.constData(), bytes.size());
+    for (qsizetype offset = gone; offset < bytes.size(); offset += step) {
         m_socket.write(bytes.mid(offset, step));
         m_socket.flush();
     }
