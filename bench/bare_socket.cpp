@@ -1,6 +1,7 @@
 #include "bench/bare_socket.h"
 
 #include <arpa/inet.h>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -13,7 +14,7 @@ void require(bool condition, const char *what)
 {
     if (condition)
         return;
-    std::fprintf(stderr, "bench_pairing: %s\n", what);
+    std::fprintf(stderr, "%s: %s\n", program_invocation_short_name, what);
     std::exit(1);
 }
 

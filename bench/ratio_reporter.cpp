@@ -62,6 +62,8 @@ void RatioReporter::Finalize()
                     at(c.name, 0.5) / at(c.yardstick, 0.5), at(c.name, 0.99) / at(c.yardstick, 0.99));
         if (c.goal > 0)
             std::printf(" (goal: median at most %.2f)", c.goal);
+        if (c.p99Goal > 0)
+            std::printf(" (goal: p99 at most %.2f)", c.p99Goal);
         std::printf("\n");
     }
 }

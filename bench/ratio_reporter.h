@@ -6,13 +6,14 @@
 #include <string>
 #include <vector>
 
-/** One measurement, what it is compared with, and the ratio of medians that it should not exceed (0: none
- * set). */
+/** One measurement, what it is compared with, and the ratios that its median and its 99th percentile should
+ * not exceed (0: none set). */
 struct Comparison
 {
     std::string name;
     std::string yardstick;
     double goal = 0;
+    double p99Goal = 0;
 };
 
 /** Collects every repetition and prints, at the end, median, 99th percentile and the ratios to the

@@ -1,0 +1,4 @@
+#pragma once
+
+/** Raises this process's limit of open descriptors as far as it may. */
+void allowManyDescriptors();
