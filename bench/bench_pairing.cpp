@@ -1,6 +1,7 @@
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "ExtDevice/network/velno_network.h"
+#include "ExtDevice/velnoext/velnoext.h"
 #include "bench/bare_pairing.h"
 #include "bench/pin_to_core.h"
 #include "bench/ratio_reporter.h"
@@ -49,6 +50,24 @@ void velno(benchmark::State &state)
     }
 }
 
+quint16 contactPort = 0;
+
+bool contact()
+{
+    const unsigned int forgetsKeysOnClose = 14242;
+    return velnoext_initialize(forgetsKeysOnClose, "UB0000000002", "127.0.0.1", contactPort, 10000) == 0;
+}
+
+/** The library meets a register without keys: three connections, from its call until the register is ready.
+ */
+void firstContact(benchmark::State &state)
+{
+    for (auto _ : state) {
+        velnoext_close();
+        timed(state, contact);
+    }
+}
+
 const BareListener &bareListener()
 {
     static const BareListener listener;
@@ -80,6 +99,7 @@ void tls(benchmark::State &state)
 }
 
 BENCHMARK(velno)->Repetitions(rounds)->Iterations(1)->UseManualTime();
+BENCHMARK(firstContact)->Repetitions(rounds)->Iterations(1)->UseManualTime();
 BENCHMARK(bare)->Repetitions(rounds)->Iterations(1)->UseManualTime();
 BENCHMARK(tls)->Repetitions(rounds)->Iterations(1)->UseManualTime();
 
@@ -105,17 +125,18 @@ void startYardstick(QProcess &process, const char *name, quint16 port)
     require(process.waitForStarted(), "a yardstick's process did not start");
 }
 
-void startRegister(QProcess &process)
+/** @return the port of this machine on which it looks for the tool or the application */
+quint16 startRegister(QProcess &process, const char *serialNo)
 {
     QTcpServer free;
     require(free.listen(QHostAddress::LocalHost, 0), "no free port");
-    velnoPort = free.serverPort();
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(QStringLiteral(VELNO_REGISTER),
-                  {QStringLiteral("--serial"), QStringLiteral("UB1234567890"), QStringLiteral("--connect"),
-                   QStringLiteral("127.0.0.1:%1").arg(velnoPort)});
+                  {QStringLiteral("--serial"), QString::fromLatin1(serialNo), QStringLiteral("--connect"),
+                   QStringLiteral("127.0.0.1:%1").arg(free.serverPort())});
     require(process.waitForStarted(), "velno-register did not start");
+    return free.serverPort();
 }
 
 } // namespace
@@ -132,11 +153,16 @@ int main(int argc, char **argv)
     QProcess bareRegister;
     QProcess tlsClient;
     QProcess velnoRegister;
+    QProcess contactRegister;
     startYardstick(bareRegister, "--bare-register", bareListener().port());
     startYardstick(tlsClient, "--tls-client", tlsListener().port());
-    startRegister(velnoRegister);
-    const int result = runInterleaved(argc, argv, {{"velno", "bare", 1.25}, {"velno", "tls", 0.35}});
-    for (QProcess *process : {&bareRegister, &tlsClient, &velnoRegister}) {
+    velnoPort = startRegister(velnoRegister, "UB1234567890");
+    contactPort = startRegister(contactRegister, "UB0000000002");
+    require(contact(), "velno-register did not connect");
+    const int result = runInterleaved(
+        argc, argv, {{"velno", "bare", 1.25}, {"velno", "tls", 0.35}, {"firstContact", "bare", 1.6}});
+    velnoext_close();
+    for (QProcess *process : {&bareRegister, &tlsClient, &velnoRegister, &contactRegister}) {
         process->kill();
         process->waitForFinished();
     }
