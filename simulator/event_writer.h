@@ -11,12 +11,12 @@ namespace Simulator {
 
 /**
  * Writes events on standard output, one a line, flushed: words for people, or one JSON object each.
- * docs/simulated-register.md describes them.
+ * docs/simulated-register.md and docs/relay.md describe them.
  */
 class EventWriter
 {
 public:
-    using Field = QPair<const char *, QVariant>; ///< a text or a list of texts
+    using Field = QPair<const char *, QVariant>; ///< a text, a number or a list of texts
 
     explicit EventWriter(bool json)
         : m_json(json)
