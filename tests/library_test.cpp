@@ -28,6 +28,8 @@ void LibraryTest::cleanup()
     velnoext_close_all();
     velnoext_close();
     library().pairingRecords.clear();
+    library().codecSet = false;
+    library().slipContent.clear();
     QVERIFY(!library().helper);
 }
 

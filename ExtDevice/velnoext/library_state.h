@@ -7,6 +7,7 @@
 #include <QIODevice>
 #include <QMutex>
 #include <QPointer>
+#include <QVector>
 
 #include <atomic>
 
@@ -54,6 +55,8 @@ struct LibraryState
     ConnectionHelper *helper = nullptr;                     ///< null while not initialised
     QThread *connectionThread = nullptr;                    ///< where helper and all sockets live
     QCoreApplication *application = nullptr;                ///< only when this library made it
+    bool codecSet = false;                                  ///< whether the slip has an encoding
+    QVector<QByteArray> slipContent;                        ///< lines to be printed
 };
 
 /** The one state; it lives until the process ends, also for threads that outlast static destruction. */

@@ -47,6 +47,10 @@
 #ifndef VELNOEXT_H
 #define VELNOEXT_H
 
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
+
 #if defined(__GNUC__)
 #define VELNOEXT_API __attribute__((visibility("default")))
 #else
@@ -535,6 +539,89 @@ VELNOEXT_API int velnoext_acquirers_of_sale(unsigned int timeout, int *list, int
  * @return 0; 3: NULL (0x306); 4: section is not 1 to 8 (0x406); 5 also: the name is longer than 52 bytes
  */
 VELNOEXT_API int velnoext_section_data(unsigned int timeout, VelnoSaleItem *item);
+
+/* Printing and reports ---------------------------------------------------------------------------------- */
+
+/* A slip of free text is collected in the library, line by line, and printed at once. It begins with the
+ * encoding of its texts, which are passed on as they are: the register reads them in that encoding. There is
+ * one slip per process; it belongs to no register until it is printed. The functions that collect it ask
+ * nobody, can be called at any time, and return 0, 3, 4 or 8 alone.
+ *
+ * Example:
+ *
+ *     VelnoTextStyle normal = {0, 0, 0};
+ *     velnoext_printer_set_encoding("UTF-8");
+ *     velnoext_printer_add_text("Afiyet olsun", &normal);
+ *     velnoext_printer_add_justified_text("Masa", "7", &normal);
+ *     velnoext_printer_add_line_feed(3);
+ *     int code = velnoext_print_slip(5000, false);
+ */
+
+#pragma pack(push, 4)
+
+/** How a text is printed; 8 bytes. The register defines what the two styles look like. */
+typedef struct VelnoTextStyle
+{
+    int size;             /**< 0 to 5, 0 being the smallest; it is sent as the bit 4 << size of a byte */
+    unsigned char styleA; /**< 0 or not */
+    unsigned char styleB; /**< 0 or not */
+} VelnoTextStyle;
+
+#pragma pack(pop)
+
+VELNOEXT_SIZE_IS(VelnoTextStyle, 8);
+
+/**
+ * Sets the encoding of the texts that follow on the slip. May be called again between texts.
+ *
+ * @param name  as Qt knows it, for example "UTF-8", "windows-1254" or "ISO-8859-9"
+ * @return 0; 3: NULL (0x30D); 4: no encoding of this name is known (0x411)
+ */
+VELNOEXT_API int velnoext_printer_set_encoding(const char *name);
+
+/**
+ * Adds a text to the slip. It needs no line feed of its own at its end.
+ *
+ * @param text   of any length, in the encoding that was set
+ * @param style  only read
+ * @return 0; 3: NULL or empty text (0x30E), NULL style (0x30F); 8: no encoding has been set for this slip
+ */
+VELNOEXT_API int velnoext_printer_add_text(const char *text, VelnoTextStyle *style);
+
+/** Adds up to 20 line feeds to the slip. @return 0; 4: more than 20 (0x413); 8: no encoding has been set */
+VELNOEXT_API int velnoext_printer_add_line_feed(unsigned int count);
+
+/**
+ * Adds a line to the slip of which one text stands at the left and another at the right end.
+ *
+ * @param style  only read; its size does not matter
+ * @return 0; 3: NULL or empty text (0x30E), NULL style (0x30F); 8: no encoding has been set for this slip
+ */
+VELNOEXT_API int velnoext_printer_add_justified_text(const char *left, const char *right,
+                                                     VelnoTextStyle *style);
+
+/**
+ * Prints the slip. Once it is on its way it is gone from the library, printed or not, and the next one begins
+ * with its encoding; only when there is no connection to send it on does it stay.
+ *
+ * @param timeout  ms of silence allowed in the rest of the answer once its first byte has come
+ * @param flag     sent with the slip; the register defines what it means
+ * @return 0; 1: not initialised, no active register, not paired (the slip stays); 2: not connected (it
+ * stays), sending or receiving failed (it is gone); 5: the answer is too short; 8: refused; 11: not
+ * authentic, or the slip is larger than about 65,000 bytes; 12: malformed
+ */
+VELNOEXT_API int velnoext_print_slip(unsigned int timeout, bool flag);
+
+/**
+ * Prints an X report, the totals of the day so far, on an idle register. Asks for the register's state first;
+ * 2000 ms of silence are allowed in the rest of each answer.
+ *
+ * @return 0; 6: the register's state is neither 1 nor 7; 8: refused; 1, 2, 5, 11, 12 as for the queries
+ */
+VELNOEXT_API int velnoext_x_report(void);
+
+/** Prints a Z report, which ends the day. As velnoext_x_report(), but in any state: the register decides. */
+VELNOEXT_API int velnoext_z_report(void);
 
 #ifdef __cplusplus
 }
