@@ -20,6 +20,15 @@ QByteArray contentOf(const std::string &path)
     return file.readAll();
 }
 
+/** AES-256-CBC and HMAC-SHA256, what a command is sealed with as well. */
+QSslConfiguration tls12()
+{
+    QSslConfiguration configuration;
+    configuration.setProtocol(QSsl::TlsV1_2);
+    configuration.setCiphers(QStringLiteral("AES256-SHA256"));
+    return configuration;
+}
+
 /** Hands each peer to a TLS socket that echoes. */
 class EchoServer : public QTcpServer
 {
@@ -51,8 +60,7 @@ private:
 
 void serveTlsEcho(quint16 port, const std::string &authority)
 {
-    QSslConfiguration configuration;
-    configuration.setProtocol(QSsl::TlsV1_2);
+    QSslConfiguration configuration = tls12();
     configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
     configuration.setLocalCertificate(QSslCertificate(contentOf(authority + "/register/client.crt")));
     configuration.setPrivateKey(QSslKey(contentOf(authority + "/register/client.key"), QSsl::Rsa));
@@ -63,8 +71,7 @@ void serveTlsEcho(quint16 port, const std::string &authority)
 
 TlsEchoClient::TlsEchoClient(quint16 port, const std::string &authority)
 {
-    QSslConfiguration configuration;
-    configuration.setProtocol(QSsl::TlsV1_2);
+    QSslConfiguration configuration = tls12();
     configuration.setCaCertificates(QSslCertificate::fromData(contentOf(authority + "/trust-anchors.pem")));
     m_socket.setSslConfiguration(configuration);
     // The certificate names a register, not a host.
