@@ -308,7 +308,7 @@ void TestReceipts::slipLinesAreSet_data()
         << "\x09"_ba + "abc"_ba << QStringList{QString(18, u' ') + u"a b c"_s};
     QTest::newRow("wide and long") << "\x08"_ba + QByteArray(22, 'a')
                                    << QStringList{u"a "_s.repeated(21).chopped(1), u"a"_s};
-    QTest::newRow("a size that nobody knows") << "\x80"_ba + "abc"_ba << QStringList{u"abc"_s};
+    QTest::newRow("the largest size") << "\x80"_ba + "abc"_ba << QStringList{u"a  b  c"_s};
     QTest::newRow("no size at all") << QByteArray("\0abc", 4) << QStringList{u"abc"_s};
     QTest::newRow("nothing at all") << QByteArray() << QStringList{QString()};
     QTest::newRow("feeds") << "\x06\n\n\n"_ba << QStringList{QString(), QString(), QString()};
@@ -319,7 +319,7 @@ void TestReceipts::slipLinesAreSet_data()
     QTest::newRow("both edges, bold, in the middle")
         << "\x17"_ba + "a"_ba + separator + "b"_ba << QStringList{u"a"_s + QString(40, u' ') + u'b'};
     QTest::newRow("both edges without a separator") << "\x14"_ba + "ab"_ba << QStringList{u"ab"_s};
-    QTest::newRow("no encoding of that name") << "@home"_ba << QStringList{u"home"_s};
+    QTest::newRow("no encoding of that name") << "@home"_ba << QStringList{u"h  o  m  e"_s};
     QTest::newRow("an encoding") << "@ISO-8859-9"_ba << QStringList();
 }
 

@@ -21,14 +21,8 @@ constexpr int atBothEdges = 20;
 
 int widthOf(int attribute)
 {
-    switch (attribute & sizeBits) {
-    case twiceAsWide:
-        return 2;
-    case threeTimesAsWide:
-        return 3;
-    default:
-        return 1;
-    }
+    const int size = attribute & sizeBits;
+    return size >= threeTimesAsWide ? 3 : size >= twiceAsWide ? 2 : 1;
 }
 
 /** Wide characters as a screen can show them: with spaces behind them. */

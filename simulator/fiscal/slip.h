@@ -6,21 +6,21 @@
 
 namespace Simulator {
 
+constexpr int longestSlip = 1000;
+
 /**
  * The text of a slip from the lines that an application sent. The first byte of a line is an attribute, the
  * rest is text in the encoding that was named last (UTF-8 before that): bit 0 sets it in the middle, bit 1
- * makes it bold, which text on a screen does not show; 8 in the upper bits makes it twice as wide, 16 three
- * times, anything else normal; 20 sets what stands before "__@£#$__" at the left edge and what stands behind
- * at the right. A line of "@" and the name of an encoding names one. A line feed in a text ends a line.
+ * makes it bold, which text on a screen does not show; 8 in the upper bits makes it twice as wide, 16 and
+ * more three times; 20 sets what stands before "__@£#$__" at the left edge and what stands behind at the
+ * right. A line of "@" and the name of an encoding names one. A line feed in a text ends a line.
  *
  * @param withHead  the shop's name and address in front
  * @return nothing when it would be longer than longestSlip lines
  */
-constexpr int longestSlip = 1000;
 QStringList slipText(const QList<QByteArray> &lines, bool withHead);
 
-/** How such lines travel: a count, then each with its length. @return false when the bytes say something else
- */
+/** How such lines travel: a count, then each with its length. @return false: the bytes are none */
 bool readSlipLines(const QByteArray &bytes, QList<QByteArray> &lines);
 
 } // namespace Simulator

@@ -290,6 +290,8 @@ void Till::restart()
 
 bool Till::goTo(Screen screen)
 {
+    if (screen == Screen::Sale && !m_open && !hasPaper())
+        return false;
     if (m_open) {
         m_keyError = NoError;
         show(Screen::Sale);
