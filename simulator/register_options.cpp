@@ -1,5 +1,6 @@
 #include "simulator/register_options.h"
 
+#include "simulator/fiscal/paper.h"
 #include "simulator/model_settings.h"
 #include "simulator/pairing_responder.h"
 
@@ -172,15 +173,19 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
     return {};
 }
 
+constexpr int helpWidth = 80;
+
 QString helpText(const QCommandLineParser &parser, const QString &program)
 {
     QString text = parser.helpText();
     text.replace(program, u"velno-register"_s);
     text.replace(u"  -z <N> "_s, u"  --z <N>"_s); // Qt writes a name of one letter with one dash
-    return text +
-           u"\nFaults; a STEP of a pairing is 1 (start), 2 (key exchange) or 3 (confirmation), a COMMAND\nis "_s +
-           commandNames(false).join(", "_L1) + u"; WHEN is one of both:\n"_s + faultHelp() +
-           u"\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
+    const QString words = u"Faults; a STEP of a pairing is 1 (start), 2 (key exchange) or 3 (confirmation), "
+                          u"a COMMAND is %1; WHEN"
+                          " is one of both:"_s.arg(commandNames(false).join(", "_L1));
+    return text + u'\n' + wrapped(words, helpWidth).join(u'\n') + u'\n' + faultHelp() +
+           u"Items provoke faults, too: by the name !NAME[=VALUE], or by their price.\n"
+           "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
            settingLines().join(", "_L1) +
            u".\n"
            "Exit status: 0 told to stop, 64 wrong usage; with --once 0 paired, 1 not.\n"

@@ -1,0 +1,307 @@
+#include "simulator/command_table.h"
+#include "simulator/fiscal/keyboard.h"
+#include "simulator/receipt_writer.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QVector>
+
+using namespace Simulator;
+using namespace Qt::StringLiterals;
+
+/** The commands that sell, item by item: what they read, and what they answer, without a connection. */
+class TestSellingCommands : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void damagedRequestsAreNotRead_data();
+    void damagedRequestsAreNotRead();
+    void readingChangesNothing();
+    void hostileCountsAreNotRead_data();
+    void hostileCountsAreNotRead();
+    void answersCarryTheirItems_data();
+    void answersCarryTheirItems();
+    void keysAreForADisplay_data();
+    void keysAreForADisplay();
+    void keysNeedNoAnswer();
+    void theDisplayStandsBesideTheState();
+    void invoicesAreJudgedByTheirLook_data();
+    void invoicesAreJudgedByTheirLook();
+    void filesThatCannotBeWrittenAreTold();
+};
+
+namespace {
+
+template <typename... Items>
+QByteArray packed(const Items &...items)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_4_6);
+    (stream << ... << items);
+    return bytes;
+}
+
+const QByteArray bread =
+    packed(qint64(1250), qint32(2000), qint32(0), qint64(0), qint8(1), "Ekmek"_ba, qint32(0));
+const QVector<qint32> noKeys;
+const QVector<qint32> one{1};
+
+/** Whether the items are all that the command has. */
+bool isReadable(const char *command, const QByteArray &items)
+{
+    QDataStream stream(items);
+    stream.setVersion(QDataStream::Qt_4_6);
+    commandByName(QString::fromLatin1(command))->decode(stream);
+    return stream.status() == QDataStream::Ok && stream.atEnd();
+}
+
+QByteArray answer(FiscalModel &model, const char *command, const QByteArray &items = {})
+{
+    QDataStream request(items);
+    request.setVersion(QDataStream::Qt_4_6);
+    const DecodedCommand decoded = commandByName(QString::fromLatin1(command))->decode(request);
+    QByteArray bytes;
+    QDataStream reply(&bytes, QIODevice::WriteOnly);
+    reply.setVersion(QDataStream::Qt_4_6);
+    decoded.run({model, reply, {}});
+    return bytes;
+}
+
+QByteArray keys(qint32 display, qint32 mode, qint32 extra, const QVector<qint32> &pressed, bool wanted = true)
+{
+    return packed(display, mode, extra, pressed, wanted);
+}
+
+QByteArray invoice(qint32 type, qint32 kind, const QByteArray &reference, const QByteArray &id, qint32 mode)
+{
+    return packed(type, kind, reference, id, mode, true);
+}
+
+const QByteArray goodInvoice = invoice(0, 0, "A12345", "11111111111", 1);
+
+struct GoodRequest
+{
+    const char *command;
+    QByteArray items;
+};
+
+const GoodRequest goodRequests[] = {
+    {"change-state", keys(1, 0, 0, {'E'})},
+    {"item", bread},
+    {"delete", packed(qint32(0))},
+    {"receipt", packed(qint32(1), qint32(1))},
+    {"medical", packed(qint64(100), qint64(11'111'111'111))},
+    {"section", packed(qint8(1))},
+    {"report", packed(true)},
+    {"print", packed(true, packed(qint32(1), "\x04x"_ba))},
+    {"end-invoice", goodInvoice},
+    {"items", packed(qint16(2)) + bread + bread},
+};
+
+} // namespace
+
+void TestSellingCommands::damagedRequestsAreNotRead_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("items");
+    for (const auto &[command, items] : goodRequests)
+        QTest::newRow(command) << QByteArray(command) << items;
+}
+
+void TestSellingCommands::damagedRequestsAreNotRead()
+{
+    QFETCH(const QByteArray, command);
+    QFETCH(const QByteArray, items);
+    QVERIFY(isReadable(command, items));
+    QVERIFY(!isReadable(command, items + '\0'));
+    const qsizetype shortest = command == "delete" ? 1 : 0; // without an index it is the last item
+    for (qsizetype size = shortest; size < items.size(); ++size)
+        QVERIFY2(!isReadable(command, items.first(size)), qPrintable(QString::number(size)));
+}
+
+void TestSellingCommands::readingChangesNothing()
+{
+    FiscalModel model;
+    model.setState(State::SaleOpen);
+    for (const auto &[command, items] : goodRequests)
+        QVERIFY(isReadable(command, items));
+    QCOMPARE(model.saleTotals(), SaleTotals());
+    QCOMPARE(model.state(), State::SaleOpen);
+}
+
+void TestSellingCommands::hostileCountsAreNotRead_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("items");
+    const QByteArray longCount = QByteArray::fromHex("7FFFFFFF");
+    QTest::newRow("keys") << "change-state"_ba << packed(qint32(1), qint32(0), qint32(0)) + longCount;
+    QTest::newRow("negative number of keys")
+        << "change-state"_ba << packed(qint32(1), qint32(0), qint32(0)) + QByteArray(4, '\xFF') + '\1';
+    QTest::newRow("65 keys") << "change-state"_ba << keys(1, 0, 0, QVector<qint32>(65, 'E'));
+    QTest::newRow("no items") << "items"_ba << packed(qint16(0));
+    QTest::newRow("11 items") << "items"_ba << packed(qint16(11)) + bread.repeated(11);
+    QTest::newRow("negative number of items") << "items"_ba << packed(qint16(-1));
+    QTest::newRow("a long name") << "item"_ba
+                                 << packed(qint64(1), qint32(1), qint32(0), qint64(0), qint8(1)) + longCount;
+    QTest::newRow("a long slip") << "print"_ba << packed(true) + longCount;
+    QTest::newRow("many slip lines") << "print"_ba << packed(true, longCount);
+}
+
+void TestSellingCommands::hostileCountsAreNotRead()
+{
+    QFETCH(const QByteArray, command);
+    QFETCH(const QByteArray, items);
+    QVERIFY(!isReadable(command, items));
+}
+
+void TestSellingCommands::answersCarryTheirItems_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("items");
+    QTest::addColumn<QByteArray>("open"); ///< the answer with bread sold and a lira of 25 paid
+    QTest::addColumn<QByteArray>("idle"); ///< before that
+
+    const QByteArray sale = packed(qint32(5), one);
+    const QByteArray noSale = packed(qint32(1), noKeys);
+    const QByteArray totals = packed(qint64(2500), qint64(25), qint64(100), qint64(0), qint64(0), qint32(1));
+    const QByteArray nothing(44, '\0');
+    const QByteArray paid = packed(true) + sale + packed(qint32(PaymentBegun));
+    const QByteArray none = packed(true) + noSale + packed(qint32(NothingThere));
+    QTest::newRow("state") << "state"_ba << QByteArray() << sale + packed(qint32(PaymentBegun)) << noSale;
+    QTest::newRow("item") << "item"_ba << bread << paid + totals << none + nothing;
+    QTest::newRow("items") << "items"_ba << packed(qint16(1)) + bread << paid + totals << none + nothing;
+    QTest::newRow("delete") << "delete"_ba << QByteArray() << paid + totals << none + nothing;
+    QTest::newRow("delete one") << "delete"_ba << packed(qint32(0)) << paid + totals << none + nothing;
+    QTest::newRow("medical") << "medical"_ba << packed(qint64(0)) << paid << none;
+    QTest::newRow("sale-state") << "sale-state"_ba << QByteArray()
+                                << paid + totals + packed(qint32(1), qint32(1))
+                                << packed(true) + noSale + QByteArray(4 + 44 + 8, '\0');
+    QTest::newRow("receipt") << "receipt"_ba << packed(qint32(1), qint32(1)) << packed(false) + nothing
+                             << packed(false) + nothing;
+    QTest::newRow("section") << "section"_ba << packed(qint8(3)) << packed(u"İÇECEK"_s.toUtf8(), qint32(10))
+                             << packed(u"İÇECEK"_s.toUtf8(), qint32(10));
+    QTest::newRow("no section") << "section"_ba << packed(qint8(-1)) << packed(QByteArray(), qint32(0))
+                                << packed(QByteArray(), qint32(0));
+    QTest::newRow("report") << "report"_ba << packed(false) << packed(false) << packed(true);
+    QTest::newRow("print") << "print"_ba << packed(false, packed(qint32(0))) << packed(false) << packed(true);
+    QTest::newRow("end-invoice") << "end-invoice"_ba << goodInvoice << packed(false) << packed(false);
+    QTest::newRow("acquirers") << "acquirers"_ba << QByteArray() << packed(QVector<qint32>{11, 23, 35})
+                               << packed(QVector<qint32>{11, 23, 35});
+    QTest::newRow("sale-acquirers") << "sale-acquirers"_ba << QByteArray() << packed(noKeys)
+                                    << packed(noKeys);
+}
+
+void TestSellingCommands::answersCarryTheirItems()
+{
+    QFETCH(const QByteArray, command);
+    QFETCH(const QByteArray, items);
+    FiscalModel model;
+    QTEST(answer(model, command, items), "idle");
+    answer(model, "change-state", keys(1, 0, 0, {'E'}));
+    answer(model, "item", bread);
+    answer(model, "change-state", keys(4, 1, -1, {'1', keyF10}, false));
+    QTEST(answer(model, command, items), "open");
+}
+
+void TestSellingCommands::keysAreForADisplay_data()
+{
+    QTest::addColumn<int>("state");
+    QTest::addColumn<QByteArray>("request");
+    QTest::addColumn<int>("becomes");
+
+    QTest::newRow("idle") << 1 << keys(1, 0, 0, {'E'}) << 5;
+    QTest::newRow("menu") << 7 << keys(7, 0, 0, {'E', 'E'}) << 5;
+    QTest::newRow("sale") << 5 << keys(4, 1, -1, {'C', '1'}) << 1;
+    QTest::newRow("for the menu") << 1 << keys(7, 0, 0, {'E'}) << 1;
+    QTest::newRow("for a sale") << 1 << keys(4, 1, -1, {'E'}) << 1;
+    QTest::newRow("for no sale") << 5 << keys(5, 0, 0, {'C', '1'}) << 5;
+    QTest::newRow("another mode") << 1 << keys(1, 1, 0, {'E'}) << 1;
+    QTest::newRow("another extra") << 5 << keys(4, 1, 0, {'C', '1'}) << 5;
+    QTest::newRow("locked") << 2 << keys(2, 0, 0, {'E'}) << 2;
+}
+
+void TestSellingCommands::keysAreForADisplay()
+{
+    QFETCH(const int, state);
+    QFETCH(const QByteArray, request);
+    QFETCH(const int, becomes);
+    FiscalModel model;
+    QVERIFY(model.setState(State(state)));
+    const QByteArray reply = answer(model, "change-state", request);
+    QCOMPARE(int(model.state()), becomes);
+    QCOMPARE(reply.first(4), packed(qint32(becomes)));
+    if (becomes == 5)
+        QCOMPARE(reply.last(4), packed(qint32(state == 5 ? WrongKey : NoError)));
+}
+
+void TestSellingCommands::keysNeedNoAnswer()
+{
+    FiscalModel model;
+    QCOMPARE(answer(model, "change-state", keys(1, 0, 0, {'E'}, false)), QByteArray());
+    QCOMPARE(model.state(), State::SaleOpen);
+    QCOMPARE(answer(model, "change-state", keys(4, 1, -1, {'X'}, false)), QByteArray());
+    QCOMPARE(model.error(), int(WrongKey));
+}
+
+void TestSellingCommands::theDisplayStandsBesideTheState()
+{
+    FiscalModel model;
+    model.setState(State::SaleOpen);
+    answer(model, "change-state", keys(4, 1, -1, {'1'}));
+    QCOMPARE(model.saleSteps(), std::vector<qint32>{2});
+    model.setPaper(false);
+    QCOMPARE(model.saleSteps(), std::vector<qint32>{0});
+    model.setState(State::Locked);
+    QVERIFY(model.saleSteps().empty());
+}
+
+void TestSellingCommands::invoicesAreJudgedByTheirLook_data()
+{
+    QTest::addColumn<QByteArray>("request");
+    QTest::addColumn<bool>("good");
+
+    const QByteArray person = "11111111111";
+    const QByteArray company = "1234567890";
+    QTest::newRow("on paper") << goodInvoice << true;
+    QTest::newRow("longest reference") << invoice(0, 0, QByteArray(17, 'A'), person, 1) << true;
+    QTest::newRow("electronic, without reference") << invoice(1, 1, {}, company, 2) << true;
+    QTest::newRow("type 3") << invoice(3, 0, "A12345", person, 1) << false;
+    QTest::newRow("type -1") << invoice(-1, 0, "A12345", person, 1) << false;
+    QTest::newRow("kind 2") << invoice(0, 2, "A12345", person, 1) << false;
+    QTest::newRow("kind -1") << invoice(0, -1, "A12345", person, 1) << false;
+    QTest::newRow("mode 0") << invoice(0, 0, "A12345", person, 0) << false;
+    QTest::newRow("mode 3") << invoice(0, 0, "A12345", person, 3) << false;
+    QTest::newRow("reference too short") << invoice(0, 0, "A1234", person, 1) << false;
+    QTest::newRow("reference too long") << invoice(1, 0, QByteArray(18, 'A'), person, 1) << false;
+    QTest::newRow("reference with a command") << invoice(0, 0, "A1234\x1B", person, 1) << false;
+    QTest::newRow("person with ten digits") << invoice(0, 0, "A12345", company, 1) << false;
+    QTest::newRow("company with eleven") << invoice(0, 1, "A12345", person, 1) << false;
+    QTest::newRow("letters") << invoice(0, 1, "A12345", "123456789X", 1) << false;
+}
+
+void TestSellingCommands::invoicesAreJudgedByTheirLook()
+{
+    QFETCH(const QByteArray, request);
+    QFETCH(const bool, good);
+    FiscalModel model;
+    answer(model, "change-state", keys(1, 0, 0, {'M', '3'}));
+    answer(model, "item", bread);
+    QCOMPARE(answer(model, "end-invoice", request), packed(good));
+    QCOMPARE(model.state(), good ? State::Idle : State::SaleOpen);
+}
+
+void TestSellingCommands::filesThatCannotBeWrittenAreTold()
+{
+    const QTemporaryDir folder;
+    ReceiptWriter writer(folder.filePath(u"gone"_s), false);
+    const QString problem = writer.write({"slip", 1, 0, {u"x"_s}});
+    QVERIFY2(problem.startsWith(folder.filePath(u"gone/000001-slip-Z1.txt cannot be written: "_s)),
+             qPrintable(problem));
+    QVERIFY(ReceiptWriter({}, false).write({"slip", 1, 0, {u"x"_s}}).isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestSellingCommands)
+#include "tst_selling_commands.moc"
