@@ -42,11 +42,13 @@ constexpr std::array table{
     ProvocationRow{1'111'128, "power-cut=end-invoice"},
 };
 
+/** Whether a command that has been read already can still be disturbed by it. */
 bool disturbsCommands(const QString &fault)
 {
     const QString name = fault.left(fault.indexOf(u'='));
     return std::ranges::any_of(faultTable(), [&name](const FaultRow &row) {
-        return name == QLatin1StringView(row.name) && row.disturbs != Disturbs::KeyExchange;
+        return name == QLatin1StringView(row.name) && row.disturbs != Disturbs::KeyExchange &&
+               row.fault != Fault::ForgetPairing;
     });
 }
 

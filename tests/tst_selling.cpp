@@ -672,6 +672,7 @@ void TestSelling::whatWasProvokedIsForgotten()
     QCOMPARE(addItem(100, "!refuse=delete"), 0);
     QCOMPARE(addItem(100, "!wrong-authority"), 0); // none of commands
     QCOMPARE(addItem(100, "!nonsense"), 0);
+    QCOMPARE(addItem(100, "!forget-pairing"), 0); // nor of one that has been read
     QCOMPARE(velnoext_cancel_sale(patience), 0);
     QCOMPARE(velnoext_start_sale(patience), 0);
     QCOMPARE(addItem(100), 0);
