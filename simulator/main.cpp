@@ -10,6 +10,7 @@ using namespace Simulator;
 int main(int argc, char *argv[])
 {
     Velno::GMP::warnOfDevelopmentAuthority("velno-register");
+    qputenv("QT_NO_GLIB", "1"); // Qt's own event loop answers sooner, and nothing here needs the other
     QCoreApplication application(argc, argv);
     const CommandLine line = parseCommandLine(QCoreApplication::arguments());
     if (const auto exitCode = shownInstead("velno-register", line))

@@ -18,9 +18,10 @@ namespace Simulator {
 
 namespace {
 
-constexpr int shortestWait = 1;  // ms between two attempts to connect
-constexpr int longestWait = 100; // ms
-constexpr int lengthSize = 2;    // a frame begins with the number of bytes that follow
+constexpr int attemptsAtOnce = 8; // to connect again where somebody has just listened
+constexpr int shortestWait = 1;   // ms between two attempts to connect
+constexpr int longestWait = 100;  // ms
+constexpr int lengthSize = 2;     // a frame begins with the number of bytes that follow
 constexpr int longestFrame = 4096;
 constexpr int commandLengthSize = 4;
 constexpr int longestCommandFrame = lengthSize + 65535;
@@ -140,7 +141,7 @@ bool Wire::takeFrame()
         return false;
     const QByteArray frame = m_received.first(prefix + length);
     m_received.remove(0, frame.size());
-    m_wait = shortestWait;
+    m_wait = -attemptsAtOnce; // the other side is there, and a pairing needs more connections than one
     emit frameReceived(command ? frame.sliced(prefix) : frame);
     return true;
 }
@@ -164,8 +165,8 @@ void Wire::takeState(QAbstractSocket::SocketState state)
         return;
     // Scheduled first: whoever hears of the end may stop the wire.
     if (!m_stopped) {
-        m_retry.start(m_wait);
-        m_wait = std::min(2 * m_wait, longestWait);
+        m_retry.start(std::max(m_wait, 0));
+        m_wait = m_wait < 0 ? m_wait + 1 : std::clamp(2 * m_wait, shortestWait, longestWait);
     }
     if (std::exchange(m_connected, false))
         emit disconnected(m_reason);
