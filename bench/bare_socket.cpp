@@ -86,10 +86,12 @@ std::string BareSocket::readFrame() const
     return frame;
 }
 
-BareListener::BareListener()
+BareListener::BareListener(uint16_t port)
     : m_descriptor(socket(AF_INET, SOCK_STREAM, 0))
 {
-    sockaddr_in address = local(0);
+    const int on = 1;
+    setsockopt(m_descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    sockaddr_in address = local(port);
     socklen_t size = sizeof address;
     require(bind(m_descriptor, reinterpret_cast<const sockaddr *>(&address), size) == 0 &&
                 listen(m_descriptor, 8) == 0 &&

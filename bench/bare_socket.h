@@ -34,11 +34,11 @@ private:
     int m_descriptor;
 };
 
-/** Listens on a free port of this machine. */
+/** Listens on a port of this machine; 0 is any free one. */
 class BareListener
 {
 public:
-    BareListener();
+    explicit BareListener(uint16_t port = 0);
     ~BareListener();
     BareListener(const BareListener &) = delete;
     BareListener &operator=(const BareListener &) = delete;

@@ -83,6 +83,24 @@ void bare(benchmark::State &state)
     }
 }
 
+quint16 bareContactPort()
+{
+    static const quint16 port = BareListener().port();
+    return port;
+}
+
+/** A bare key exchange that has to be met, too: from listening until the keys are there. */
+void bareContact(benchmark::State &state)
+{
+    static BarePairing pairing(authority);
+    for (auto _ : state) {
+        timed(state, [&] {
+            const BareListener listener(bareContactPort());
+            return pairing.request(listener.accept());
+        });
+    }
+}
+
 const BareListener &tlsListener()
 {
     static const BareListener listener;
@@ -100,6 +118,7 @@ void tls(benchmark::State &state)
 
 BENCHMARK(velno)->Repetitions(rounds)->Iterations(1)->UseManualTime();
 BENCHMARK(firstContact)->Repetitions(rounds)->Iterations(1)->UseManualTime();
+BENCHMARK(bareContact)->Repetitions(rounds)->Iterations(1)->UseManualTime();
 BENCHMARK(bare)->Repetitions(rounds)->Iterations(1)->UseManualTime();
 BENCHMARK(tls)->Repetitions(rounds)->Iterations(1)->UseManualTime();
 
@@ -151,18 +170,24 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     std::cout.rdbuf(nullptr); // the engine says there when a register has closed first
     QProcess bareRegister;
+    QProcess bareContactRegister;
     QProcess tlsClient;
     QProcess velnoRegister;
     QProcess contactRegister;
     startYardstick(bareRegister, "--bare-register", bareListener().port());
+    startYardstick(bareContactRegister, "--bare-register", bareContactPort());
     startYardstick(tlsClient, "--tls-client", tlsListener().port());
     velnoPort = startRegister(velnoRegister, "UB1234567890");
     contactPort = startRegister(contactRegister, "UB0000000002");
     require(contact(), "velno-register did not connect");
-    const int result = runInterleaved(
-        argc, argv, {{"velno", "bare", 1.25}, {"velno", "tls", 0.35}, {"firstContact", "bare", 1.6}});
+    const int result = runInterleaved(argc, argv,
+                                      {{"velno", "bare", 1.25},
+                                       {"velno", "tls", 0.35},
+                                       {"firstContact", "bareContact", 1.6},
+                                       {"firstContact", "bare"}});
     velnoext_close();
-    for (QProcess *process : {&bareRegister, &tlsClient, &velnoRegister, &contactRegister}) {
+    for (QProcess *process :
+         {&bareRegister, &bareContactRegister, &tlsClient, &velnoRegister, &contactRegister}) {
         process->kill();
         process->waitForFinished();
     }
