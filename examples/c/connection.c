@@ -1,0 +1,40 @@
+#include "connection.h"
+
+enum { application = 5, mostFailures = 8 };
+
+void tell(const Register *reg, const char *text)
+{
+    if (reg->notice)
+        reg->notice(reg->context, text);
+}
+
+int leavesOpen(int code)
+{
+    return code == 2 || code == 5 || code == 11 || code == 12;
+}
+
+int connectRegister(Register *reg)
+{
+    int failures, code = 0;
+    for (failures = 0; failures < mostFailures; ++failures) {
+        code = velnoext_initialize(application, reg->serial, reg->address, reg->port, reg->patience);
+        if (code != 0)
+            return code; /* it has been waited for */
+        ++reg->connections;
+        code = velnoext_login(answerTimeout); /* the session may have ended with the register's power */
+        if (!leavesOpen(code))
+            return code;
+    }
+    return code;
+}
+
+int prepareToRepeat(Register *reg, int code, int *failures)
+{
+    const int disconnected = code == 1 || code == 2; /* 1: an attempt to connect has failed before */
+    if (!(leavesOpen(code) || disconnected) || ++*failures == mostFailures)
+        return code;
+    if (!disconnected)
+        return 0;
+    tell(reg, "The connection is lost; connecting again.");
+    return connectRegister(reg);
+}

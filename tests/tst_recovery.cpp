@@ -1,0 +1,350 @@
+extern "C" {
+#include "examples/c/recovery.h"
+}
+#include "tests/library_test.h"
+#include "tests/simulated_register.h"
+#include "tests/test_support.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace TestSupport;
+
+/** The recovery of examples/c at the real velno-register: what its journal holds in the end is what was sold.
+ */
+class TestRecovery : public LibraryTest
+{
+    Q_OBJECT
+
+private slots:
+    void nothingIsLostOrDoubled_data();
+    void nothingIsLostOrDoubled();
+};
+
+namespace {
+
+/** A row of the journal. */
+struct Entry
+{
+    int z = 0;
+    int number = 0;
+    int status = 0; ///< 1 closed, 2 cancelled
+    QList<qint64> totals;
+    QStringList lines; ///< a deleted one begins with a minus
+
+    bool operator==(const Entry &) const = default;
+};
+
+QStringList linesOf(const QSqlDatabase &database, const Entry &entry)
+{
+    QSqlQuery query(database);
+    QStringList lines;
+    query.exec(
+        u"SELECT name, deleted FROM lines WHERE z = %1 AND number = %2 ORDER BY line"_s.arg(entry.z).arg(
+            entry.number));
+    while (query.next())
+        lines << (query.value(1).toBool() ? u"-"_s : QString()) + query.value(0).toString();
+    return lines;
+}
+
+QList<Entry> receiptsIn(const QSqlDatabase &database)
+{
+    QSqlQuery query(database);
+    QList<Entry> entries;
+    query.exec(u"SELECT z, number, status, total, tax, cash, card, change, items FROM receipts"
+               " ORDER BY z, number"_s);
+    while (query.next()) {
+        Entry entry{query.value(0).toInt(), query.value(1).toInt(), query.value(2).toInt(), {}, {}};
+        for (int i = 3; i < 9; ++i)
+            entry.totals << query.value(i).toLongLong();
+        entry.lines = linesOf(database, entry);
+        entries << entry;
+    }
+    return entries;
+}
+
+QList<int> reportsIn(const QSqlDatabase &database)
+{
+    QSqlQuery query(database);
+    QList<int> receipts;
+    query.exec(u"SELECT receipts FROM z_reports ORDER BY z"_s);
+    while (query.next())
+        receipts << query.value(0).toInt();
+    return receipts;
+}
+
+QList<qint64> listed(const VelnoEcrSaleTotals &totals)
+{
+    QList<qint64> list(std::begin(totals.values), std::end(totals.values));
+    return list << totals.number;
+}
+
+VelnoSaleItem item(const char *name, long long price, int quantity = 1000, signed char section = 1)
+{
+    VelnoSaleItem made = {};
+    qstrncpy(made.name, name, sizeof made.name);
+    made.price = price;
+    made.quantity = quantity;
+    made.section = section;
+    return made;
+}
+
+/** A register that is disturbed once, and an application that notes what it opens and what it has sold. */
+class Shop
+{
+public:
+    Shop()
+        : m_port(freePort())
+        , reg(m_port, {u"--journal"_s, journal()})
+        , sale(std::make_unique<Sale>())
+    {
+        m_place.serial = TestSupport::serial;
+        m_place.address = "127.0.0.1";
+        m_place.port = m_port;
+        m_place.patience = patience;
+        m_place.notice = [](void *shop, const char *text) { static_cast<Shop *>(shop)->hear(text); };
+        m_place.context = this;
+        sale->reg = &m_place;
+        sale->note = [](void *shop, const VelnoReceiptRef *ref) {
+            return static_cast<Shop *>(shop)->take(*ref);
+        };
+        sale->context = this;
+    }
+    ~Shop() { velnoext_close_all(); }
+    Q_DISABLE_COPY_MOVE(Shop)
+
+    bool opens() { return reg.isReady() && connectRegister(&m_place) == 0; }
+
+    /** Goes off at this command until the application has noticed. */
+    bool disturb(const QString &fault,
+                 const QByteArray &noticed = "The connection is lost; connecting again.")
+    {
+        m_awaited = noticed;
+        m_noticed = 0;
+        return reg.setFault(fault);
+    }
+
+    Register &place() { return m_place; }
+    int timesNoticed() const { return m_noticed; }
+
+    /** Ends the register and reads what is on record. */
+    void close()
+    {
+        reg.say("quit");
+        QCOMPARE(reg.waitForExit(), 0);
+        {
+            QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"audit"_s);
+            database.setDatabaseName(journal());
+            QVERIFY(database.open());
+            receipts = receiptsIn(database);
+            reports = reportsIn(database);
+        }
+        QSqlDatabase::removeDatabase(u"audit"_s);
+    }
+
+    QList<Entry> closed() const { return withStatus(1); }
+    QList<Entry> cancelled() const { return withStatus(2); }
+
+private:
+    QTemporaryDir m_folder;
+    quint16 m_port;
+    Register m_place = {};
+    QByteArray m_awaited;
+    int m_noticed = 0;
+
+    QString journal() const { return m_folder.filePath(u"journal"_s); }
+
+    void hear(const QByteArray &text)
+    {
+        if (text == m_awaited && ++m_noticed == 1)
+            reg.setFault(u"none"_s);
+    }
+
+    int take(const VelnoReceiptRef &ref)
+    {
+        noted << qMakePair(ref.first, ref.second);
+        return takesNotes ? 0 : 1;
+    }
+
+    QList<Entry> withStatus(int status) const
+    {
+        QList<Entry> entries;
+        for (const Entry &entry : receipts)
+            if (entry.status == status)
+                entries << entry;
+        return entries;
+    }
+
+public:
+    SimulatedRegister reg;
+    std::unique_ptr<Sale> sale;
+    QList<QPair<int, int>> noted;
+    bool takesNotes = true;
+    QList<Entry> receipts; ///< on record, after close()
+    QList<int> reports;    ///< receipts in each Z report, likewise
+};
+
+/** What an action sends to the register. */
+struct Command
+{
+    QString name;
+    bool openAfter; ///< a sale is open once it is done, so that a cut of the power cancels one
+};
+
+struct Action
+{
+    const char *name;
+    int (*run)(Sale *);
+    QList<Command> commands;
+    bool pays = false;
+};
+
+int addTwo(Sale *sale)
+{
+    VelnoSaleItemList list = {};
+    list.count = 2;
+    list.items[0] = item("Peynir", 18000, 500);
+    list.items[1] = item("Zeytin", 9000, 1000, 2);
+    return saleAddItems(sale, &list);
+}
+
+int addInvoice(Sale *sale)
+{
+    VelnoInvoice invoice = {};
+    invoice.invoiceType = 1;
+    invoice.mode = 1;
+    qstrncpy(invoice.idNumber, "11111111111", sizeof invoice.idNumber);
+    return saleEndWithInvoice(sale, &invoice);
+}
+
+template <int price>
+int addOne(Sale *sale)
+{
+    const VelnoSaleItem one = item(price == 1250 ? "Ekmek" : "Ayran", price);
+    return saleAddItem(sale, &one);
+}
+
+struct Script
+{
+    const char *name;
+    QList<Action> actions;
+    QList<qint64> totals; ///< of the receipt; empty when it is cancelled
+    QStringList lines;
+};
+
+const QList<Command> keysToStart{{u"state"_s, false}, {u"change-state"_s, true}, {u"sale-state"_s, true}};
+const QList<Command> keysToPay{{u"state"_s, true}, {u"change-state"_s, true}, {u"sale-state"_s, true}};
+const QList<Command> keysToEnd{{u"state"_s, true}, {u"change-state"_s, false}, {u"receipt"_s, false}};
+
+const QList<Script> &scripts()
+{
+    static const QList<Script> list{
+        {"receipt",
+         {{"start", [](Sale *s) { return saleStart(s, 0); }, keysToStart},
+          {"item", addOne<1250>, {{u"item"_s, true}}},
+          {"items", addTwo, {{u"items"_s, true}}},
+          {"medical",
+           [](Sale *s) { return saleSetMedical(s, 500, 10000000146); },
+           {{u"medical"_s, true}, {u"state"_s, true}, {u"sale-state"_s, true}}},
+          {"delete last", saleDeleteLast, {{u"delete"_s, true}}},
+          {"card", [](Sale *s) { return salePay(s, 1, 4000); }, keysToPay, true},
+          {"cash", [](Sale *s) { return salePay(s, 0, 10000); }, keysToPay, true},
+          {"end", [](Sale *s) { return saleEnd(s, 0); }, keysToEnd, true}},
+         {10750, 101, 10000, 4000, 3250, 2},
+         {u"Ekmek"_s, u"Peynir"_s, u"-Zeytin"_s}},
+        {"paid by its end",
+         {{"start", [](Sale *s) { return saleStart(s, 0); }, keysToStart},
+          {"item", addOne<1250>, {{u"item"_s, true}}},
+          {"end", [](Sale *s) { return saleEnd(s, 1); }, keysToEnd, true}},
+         {1250, 12, 0, 1250, 0, 1},
+         {u"Ekmek"_s}},
+        {"invoice",
+         {{"start", [](Sale *s) { return saleStart(s, 1); }, keysToStart},
+          {"item", addOne<1250>, {{u"item"_s, true}}},
+          {"second item", addOne<2000>, {{u"item"_s, true}}},
+          {"delete", [](Sale *s) { return saleDelete(s, 0); }, {{u"delete"_s, true}}},
+          {"end with invoice",
+           addInvoice,
+           {{u"end-invoice"_s, false}, {u"state"_s, false}, {u"receipt"_s, false}},
+           true}},
+         {2000, 20, 2000, 0, 0, 1},
+         {u"-Ekmek"_s, u"Ayran"_s}},
+        {"cancelled",
+         {{"start", [](Sale *s) { return saleStart(s, 0); }, keysToStart},
+          {"item", addOne<1250>, {{u"item"_s, true}}},
+          {"cancel", saleCancel, keysToEnd}},
+         {},
+         {}},
+    };
+    return list;
+}
+
+/** Works the script off as a cashier does; what has to be paid again is paid again. */
+int work(Shop &shop, const QList<Action> &actions, const QString &disturbed, const QString &fault)
+{
+    const auto firstPayment = std::ranges::find_if(actions, &Action::pays) - actions.begin();
+    bool calm = fault.isEmpty();
+    for (qsizetype i = 0; i < actions.size(); ++i) {
+        const Action &action = actions.at(i);
+        if (!calm && QLatin1StringView(action.name) == disturbed)
+            calm = shop.disturb(fault);
+        const int code = action.run(shop.sale.get());
+        if (code == saleBegunAgain)
+            i = firstPayment - 1;
+        else if (code != 0)
+            return code;
+    }
+    return 0;
+}
+
+} // namespace
+
+void TestRecovery::nothingIsLostOrDoubled_data()
+{
+    QTest::addColumn<int>("script");
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<int>("cancelled");
+    for (int i = 0; i < scripts().size(); ++i)
+        for (const Script &script = scripts().at(i); const Action &action : script.actions)
+            for (const Command &command : action.commands)
+                for (const char *fault : {"lost-answer", "power-cut", "close"}) {
+                    const bool cut = qstrcmp(fault, "power-cut") == 0 && command.openAfter;
+                    const bool cancels = script.totals.isEmpty();
+                    const bool asWanted = cancels && &action == &script.actions.last();
+                    const QString whole = QLatin1StringView(fault) + u'=' + command.name;
+                    QTest::addRow("%s, %s: %s", script.name, action.name, qPrintable(whole))
+                        << i << QString::fromLatin1(action.name) << whole
+                        << (cancels ? 1 : 0) + (cut && !asWanted ? 1 : 0);
+                }
+}
+
+void TestRecovery::nothingIsLostOrDoubled()
+{
+    QFETCH(const int, script);
+    QFETCH(const QString, action);
+    QFETCH(const QString, fault);
+    const Script &wanted = scripts().at(script);
+    Shop shop;
+    QVERIFY(shop.opens());
+    QCOMPARE(work(shop, wanted.actions, action, fault), 0);
+    QVERIFY(shop.timesNoticed() > 0); // it did go off
+    const bool sold = !wanted.totals.isEmpty();
+    QCOMPARE(shop.sale->status, sold ? SaleClosed : SaleCancelled);
+    const Entry last{shop.sale->receipt.first, shop.sale->receipt.second, 1, wanted.totals, wanted.lines};
+    if (sold)
+        QCOMPARE(listed(shop.sale->totals), wanted.totals);
+    shop.close();
+    QCOMPARE(shop.closed(), sold ? QList{last} : QList<Entry>());
+    QTEST(int(shop.cancelled().size()), "cancelled");
+    QVERIFY(!sold || shop.noted.contains(qMakePair(last.z, last.number)));
+}
+
+QTEST_GUILESS_MAIN(TestRecovery)
+#include "tst_recovery.moc"
