@@ -1,6 +1,7 @@
 extern "C" {
 #include "examples/c/recovery.h"
 }
+#include "ExtDevice/velnoext/connections.h"
 #include "tests/library_test.h"
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
@@ -25,6 +26,20 @@ class TestRecovery : public LibraryTest
 private slots:
     void nothingIsLostOrDoubled_data();
     void nothingIsLostOrDoubled();
+    void unreadableAnswerIsLookedInto_data();
+    void unreadableAnswerIsLookedInto();
+    void busyRegisterIsWaitedFor();
+    void refusalLeavesTheSaleAsItWas();
+    void refusedReceiptIsNotTakenForCancelled();
+    void dyingRegisterIsGivenUpAndComesBack();
+    void absentRegisterIsGivenUp();
+    void paymentBySomebodyElseIsNoticed();
+    void openSaleOfSomebodyElseIsLeft();
+    void saleOnAnUnnotedNumberIsNotSold();
+    void noteTellsTheNextProcess_data();
+    void noteTellsTheNextProcess();
+    void reportIsMadeOnce_data();
+    void reportIsMadeOnce();
 };
 
 namespace {
@@ -344,6 +359,238 @@ void TestRecovery::nothingIsLostOrDoubled()
     QCOMPARE(shop.closed(), sold ? QList{last} : QList<Entry>());
     QTEST(int(shop.cancelled().size()), "cancelled");
     QVERIFY(!sold || shop.noted.contains(qMakePair(last.z, last.number)));
+}
+
+void TestRecovery::unreadableAnswerIsLookedInto_data()
+{
+    QTest::addColumn<QByteArray>("fault");
+    QTest::newRow("cut short: 5") << QByteArray("!short-reply");
+    QTest::newRow("not authentic: 11") << QByteArray("!bad-mac");
+    QTest::newRow("malformed: 12") << QByteArray("!no-mac");
+}
+
+void TestRecovery::unreadableAnswerIsLookedInto()
+{
+    QFETCH(const QByteArray, fault);
+    Shop shop;
+    QVERIFY(shop.opens());
+    QCOMPARE(saleStart(shop.sale.get(), 0), 0);
+    const VelnoSaleItem provoking = item(fault.constData(), 700);
+    QCOMPARE(saleAddItem(shop.sale.get(), &provoking), 0);
+    QCOMPARE(saleEnd(shop.sale.get(), 0), 0);
+    QCOMPARE(shop.place().connections, 1); // the connection is as good as before
+    shop.close();
+    QCOMPARE(shop.closed().size(), 1);
+    QCOMPARE(shop.closed().first().lines, QStringList{QString::fromLatin1(fault)});
+}
+
+void TestRecovery::busyRegisterIsWaitedFor()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    QCOMPARE(saleStart(shop.sale.get(), 0), 0);
+    QVERIFY(shop.disturb(u"state=4"_s, "The register is busy."));
+    QCOMPARE(addOne<1250>(shop.sale.get()), 0);
+    QCOMPARE(shop.timesNoticed(), 1);
+    QCOMPARE(saleEnd(shop.sale.get(), 0), 0);
+    shop.close();
+    QCOMPARE(shop.closed().size(), 1);
+    QCOMPARE(shop.closed().first().lines, QStringList{u"Ekmek"_s});
+}
+
+void TestRecovery::refusalLeavesTheSaleAsItWas()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QCOMPARE(saleDeleteLast(sale), 8);
+    QCOMPARE(saleEnd(sale, 0), 8); // of a sale without items
+    const VelnoSaleItem wrong = item("Ekmek", 1250, 1000, 9);
+    QCOMPARE(saleAddItem(sale, &wrong), 4);
+    QCOMPARE(addOne<1250>(sale), 0);
+    QCOMPARE(salePay(sale, 1, 1251), 8); // by card, more than there is to pay
+    QCOMPARE(salePay(sale, 0, 0), 4);
+    QCOMPARE(salePay(sale, 1, 250), 0); // the register's error is past
+    QCOMPARE(addOne<2000>(sale), 8);    // something has been paid
+    QCOMPARE(sale->taken, 2);
+    QCOMPARE(sale->count, 2);
+    QCOMPARE(saleEnd(sale, 0), 0);
+    QCOMPARE(saleEnd(sale, 0), 6);
+    QCOMPARE(addOne<1250>(sale), 6);
+    shop.close();
+    QCOMPARE(shop.receipts, (QList<Entry>{{1, 1, 1, {1250, 12, 1000, 250, 0, 1}, {u"Ekmek"_s}}}));
+}
+
+/** A no to everything is no news of a receipt. */
+void TestRecovery::refusedReceiptIsNotTakenForCancelled()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    for (int i = 0; i < 2; ++i) {
+        QCOMPARE(saleStart(sale, 0), 0);
+        QCOMPARE(addOne<1250>(sale), 0);
+        QVERIFY(i == 0 || shop.reg.setFault(u"refuse=receipt"_s));
+        QCOMPARE(saleEnd(sale, 0), i == 0 ? 0 : 8);
+    }
+    QCOMPARE(sale->status, SaleOpen); // as far as anybody knows
+    QVERIFY(shop.reg.setFault(u"none"_s));
+    QCOMPARE(saleGoOn(sale), 0);
+    QCOMPARE(sale->status, SaleClosed);
+    shop.close();
+    QCOMPARE(shop.receipts.size(), 2);
+    QCOMPARE(shop.closed().size(), 2);
+}
+
+void TestRecovery::dyingRegisterIsGivenUpAndComesBack()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QVERIFY(shop.reg.setFault(u"power-cut=item"_s));
+    QCOMPARE(addOne<1250>(sale), 2);
+    QCOMPARE(sale->count, 1); // it stays wanted
+    QVERIFY(shop.reg.setFault(u"none"_s));
+    QCOMPARE(addOne<2000>(sale), 0);
+    QCOMPARE(saleEnd(sale, 0), 0);
+    shop.close();
+    QCOMPARE(shop.closed().size(), 1);
+    QCOMPARE(shop.closed().first().lines, (QStringList{u"Ekmek"_s, u"Ayran"_s}));
+}
+
+void TestRecovery::absentRegisterIsGivenUp()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    QCOMPARE(saleStart(shop.sale.get(), 0), 0);
+    shop.place().patience = brief;
+    shop.close();
+    QCOMPARE(addOne<1250>(shop.sale.get()), 2);
+    QCOMPARE(saleGoOn(shop.sale.get()), 2);
+    QCOMPARE(shop.sale->count, 1);
+    QCOMPARE(shop.sale->taken, 0);
+}
+
+void TestRecovery::paymentBySomebodyElseIsNoticed()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QCOMPARE(addOne<1250>(sale), 0);
+    QCOMPARE(velnoext_add_payment(1, 100), 0); // as on the register's own keyboard
+    QCOMPARE(salePay(sale, 0, 500), saleNotOurs);
+    QCOMPARE(sale->totals.values[paidByCard], 100);
+    QCOMPARE(sale->totals.values[paidInCash], 500);
+    QCOMPARE(velnoext_end_sale(0), 0);
+    QCOMPARE(saleEnd(sale, 0), 0); // it is what was wanted, and as it was left
+    shop.close();
+    QCOMPARE(shop.closed().size(), 1);
+}
+
+void TestRecovery::openSaleOfSomebodyElseIsLeft()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    QCOMPARE(velnoext_start_sale(5000), 0);
+    QCOMPARE(saleStart(shop.sale.get(), 0), 6);
+    int state = 0;
+    QCOMPARE(velnoext_ecr_state(5000, &state), 0);
+    QCOMPARE(state, int(VelnoEcrState_SaleOpen));
+    QVERIFY(shop.noted.isEmpty());
+}
+
+void TestRecovery::saleOnAnUnnotedNumberIsNotSold()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    shop.takesNotes = false;
+    QCOMPARE(saleStart(shop.sale.get(), 0), saleNotNoted);
+    QCOMPARE(addOne<1250>(shop.sale.get()), saleNotNoted);
+    shop.takesNotes = true;
+    QCOMPARE(saleGoOn(shop.sale.get()), 0);
+    QCOMPARE(saleEnd(shop.sale.get(), 0), 0);
+    shop.close();
+    QCOMPARE(shop.receipts.size(), 1);
+    QCOMPARE(shop.closed().size(), 1);
+}
+
+void TestRecovery::noteTellsTheNextProcess_data()
+{
+    QTest::addColumn<QString>("fate");
+    QTest::addColumn<int>("found");
+    QTest::newRow("open still") << u"none"_s << int(SaleOpen);
+    QTest::newRow("closed") << u"end"_s << int(SaleClosed);
+    QTest::newRow("cancelled") << u"cancel"_s << int(SaleCancelled);
+    QTest::newRow("closed, and its answer lost") << u"lost-answer=change-state"_s << int(SaleClosed);
+    QTest::newRow("closed, and then the power cut") << u"power-cut=change-state"_s << int(SaleClosed);
+    QTest::newRow("power cut before it was closed") << u"power-cut=state"_s << int(SaleCancelled);
+}
+
+/** The library forgets the keys as well: the register is paired again. */
+void TestRecovery::noteTellsTheNextProcess()
+{
+    QFETCH(const QString, fate);
+    QFETCH(const int, found);
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QCOMPARE(addOne<1250>(sale), 0);
+    const VelnoReceiptRef receipt = sale->receipt;
+    if (fate.contains(u'='))
+        QVERIFY(shop.reg.setFault(fate));
+    if (fate == u"cancel")
+        QCOMPARE(velnoext_cancel_sale(5000), 0);
+    else if (fate != u"none")
+        velnoext_end_sale(0); // whatever it says: this process ends now
+    if (fate.contains(u'='))
+        shop.reg.waitFor(u"disconnected"_s);
+    velnoext_close_all();
+    Velno::Ext::library().pairingRecords.clear();
+    QVERIFY(shop.reg.setFault(u"none"_s));
+
+    QVERIFY(shop.opens());
+    const auto next = std::make_unique<Sale>();
+    next->reg = &shop.place();
+    QCOMPARE(saleFind(next.get(), &receipt), 0);
+    QCOMPARE(int(next->status), found);
+    if (found != SaleCancelled)
+        QCOMPARE(next->totals.values[totalToPay], 1250);
+    if (found == SaleOpen)
+        QCOMPARE(saleCancel(next.get()), 0);
+    shop.close();
+    QCOMPARE(shop.closed().size(), found == SaleClosed ? 1 : 0);
+    QCOMPARE(shop.cancelled().size(), found == SaleClosed ? 0 : 1);
+}
+
+void TestRecovery::reportIsMadeOnce_data()
+{
+    QTest::addColumn<QString>("fault");
+    for (const char *command : {"z", "state", "report"})
+        for (const char *fault : {"lost-answer", "power-cut", "close"})
+            QTest::addRow("%s=%s", fault, command)
+                << QString::fromLatin1("%1=%2").arg(QLatin1StringView(fault), QLatin1StringView(command));
+}
+
+void TestRecovery::reportIsMadeOnce()
+{
+    QFETCH(const QString, fault);
+    Shop shop;
+    QVERIFY(shop.opens());
+    QCOMPARE(saleStart(shop.sale.get(), 0), 0);
+    QCOMPARE(addOne<1250>(shop.sale.get()), 0);
+    QCOMPARE(saleEnd(shop.sale.get(), 0), 0);
+    int z = 0;
+    QCOMPARE(velnoext_current_z(5000, &z), 0);
+    QVERIFY(shop.disturb(fault));
+    QCOMPARE(makeZReport(&shop.place(), z), 0);
+    QVERIFY(shop.timesNoticed() > 0);
+    QCOMPARE(makeZReport(&shop.place(), z), 0); // it is made, so nothing is done
+    shop.close();
+    QCOMPARE(shop.reports, QList<int>{1});
 }
 
 QTEST_GUILESS_MAIN(TestRecovery)
