@@ -2,7 +2,10 @@
 #include "tests/test_support.h"
 
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 using TestSupport::freePort;
@@ -16,11 +19,22 @@ private slots:
     void stateIsRead();
     void failureIsExplained();
     void usageIsShown();
+    void posSellsAndReports();
+    void posExplainsWhatItIsRefused();
+    void posEntersTheSaleAgainAfterACut();
+    void posFindsOutHowItsLastSaleEnded_data();
+    void posFindsOutHowItsLastSaleEnded();
+    void posFindsOutAboutItsReport();
+    void posOutlivesARegisterWithoutItsKeys();
+    void posTakesATornLineOffItsBooks();
+    void posRefusesBooksThatAreNone();
 };
 
 namespace {
 
 const QString serialNo = QString::fromLatin1(SimulatedRegister::serial);
+
+constexpr int longestWait = 60'000; // ms, for a machine under load
 
 struct Outcome
 {
@@ -37,6 +51,100 @@ Outcome run(const QStringList &arguments)
         return {-1, {}, program.errorString().toUtf8()};
     return {program.exitCode(), program.readAllStandardOutput(), program.readAllStandardError()};
 }
+
+/** The till of examples/c with a register of its own, both of which remember what they sold. */
+class Shop
+{
+public:
+    explicit Shop(const QStringList &options = {})
+        : m_port(freePort())
+    {
+        plugIn(options);
+    }
+
+    /** A register process, which finds its journal and holds no keys. */
+    void plugIn(const QStringList &options = {})
+    {
+        reg.reset();
+        reg = std::make_unique<SimulatedRegister>(
+            m_port, QStringList{u"--journal"_s, m_folder.filePath(u"j"_s)} + options);
+    }
+
+    void open()
+    {
+        m_till = std::make_unique<QProcess>();
+        m_till->start(QStringLiteral(VELNO_EXAMPLES "/pos"),
+                      {serialNo, u"127.0.0.1"_s, QString::number(m_port), booksFile()});
+    }
+
+    void type(const QByteArray &lines)
+    {
+        m_till->write(lines);
+        m_till->waitForBytesWritten(longestWait);
+    }
+
+    /** Reads until the till has said this. */
+    bool says(const QByteArray &text)
+    {
+        while (!m_output.contains(text))
+            if (!m_till->waitForReadyRead(longestWait))
+                return false;
+            else
+                m_output += m_till->readAllStandardOutput();
+        m_output.clear();
+        return true;
+    }
+
+    Outcome close()
+    {
+        m_till->closeWriteChannel();
+        if (!m_till->waitForFinished(longestWait) || m_till->exitStatus() != QProcess::NormalExit)
+            return {-1, {}, m_till->errorString().toUtf8()};
+        return {m_till->exitCode(), m_till->readAllStandardOutput(), m_till->readAllStandardError()};
+    }
+
+    Outcome day(const QByteArray &lines)
+    {
+        open();
+        type(lines);
+        return close();
+    }
+
+    void kill()
+    {
+        m_till->kill();
+        m_till->waitForFinished(longestWait);
+    }
+
+    QString booksFile() const { return m_folder.filePath(u"books"_s); }
+
+    QByteArray books() const
+    {
+        QFile file(booksFile());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
+    }
+
+    /** What the register has printed, a word and a number for each: "receipt 1". */
+    QStringList prints()
+    {
+        reg->say("fault none");
+        reg->waitFor(u"fault"_s); // so that all before it has been read
+        QStringList list;
+        for (const QJsonObject &event : reg->events())
+            if (event.value(u"event"_s) == u"printed"_s)
+                list << event.value(u"kind"_s).toString() + u' ' +
+                            QString::number(event.value(u"receipt"_s).toInt());
+        return list;
+    }
+
+    std::unique_ptr<SimulatedRegister> reg;
+
+private:
+    QTemporaryDir m_folder;
+    quint16 m_port;
+    std::unique_ptr<QProcess> m_till;
+    QByteArray m_output;
+};
 
 } // namespace
 
@@ -71,6 +179,176 @@ void TestExamples::usageIsShown()
     const Outcome outcome = run({});
     QVERIFY(outcome.errors.startsWith("Usage: "));
     QCOMPARE(outcome.exitCode, 64);
+}
+
+void TestExamples::posSellsAndReports()
+{
+    Shop shop({u"--z"_s, u"12"_s});
+    const Outcome outcome = shop.day("item 12.50 2 1 Ekmek\nitem 240 1.25 3 Ayran\nitem 99.90 1 1 Peynir\n"
+                                     "delete\ncard 100\nend\nreceipt 12 1\nslip Afiyet olsun\nx\nz\n"
+                                     "item 5 1 8 Kitap\ncancel\nitem 5 1 8 Kitap\nend card\nquit\n");
+    QCOMPARE(outcome.errors, QByteArray());
+    QCOMPARE(outcome.output,
+             QByteArray("Ready\n"
+                        "Item: lines 1, total 25.00, cash 0.00, card 0.00, change 0.00\n"
+                        "Item: lines 2, total 325.00, cash 0.00, card 0.00, change 0.00\n"
+                        "Item: lines 3, total 424.90, cash 0.00, card 0.00, change 0.00\n"
+                        "Deleting: lines 2, total 325.00, cash 0.00, card 0.00, change 0.00\n"
+                        "Payment: lines 2, total 325.00, cash 0.00, card 100.00, change 0.00\n"
+                        "Ending: lines 2, total 325.00, cash 225.00, card 100.00, change 0.00\n"
+                        "Sold: receipt 1 of Z 12\n"
+                        "Receipt: lines 2, total 325.00, cash 225.00, card 100.00, change 0.00\n"
+                        "Slip: printed\n"
+                        "X report: printed\n"
+                        "Z report 12: made\n"
+                        "Item: lines 1, total 5.00, cash 0.00, card 0.00, change 0.00\n"
+                        "Cancelled: receipt 1 of Z 13\n"
+                        "Item: lines 1, total 5.00, cash 0.00, card 0.00, change 0.00\n"
+                        "Ending: lines 1, total 5.00, cash 0.00, card 5.00, change 0.00\n"
+                        "Sold: receipt 2 of Z 13\n"));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(shop.prints(), (QStringList{u"receipt 1"_s, u"slip 0"_s, u"x-report 0"_s, u"z-report 0"_s,
+                                         u"cancelled 1"_s, u"receipt 2"_s}));
+    QCOMPARE(shop.books(), QByteArray("open 12 1\nclosed 12 1 32500 22500 10000 0\nreport 12\nreported 12\n"
+                                      "open 13 1\ncancelled 13 1\nopen 13 2\nclosed 13 2 500 0 500 0\n"));
+}
+
+void TestExamples::posExplainsWhatItIsRefused()
+{
+    Shop shop;
+    const Outcome outcome = shop.day("cash 5\nitem 1.234 1 1 Ekmek\nitem 1 1 9 Ekmek\nitem 1 1 1\nfly\n"
+                                     "item 12.50 1 1 Ekmek\ncard 12.51\ncash 0\nx\nz\nreceipt 1\n" +
+                                     QByteArray(300, 'x') + "\nend\n");
+    const QByteArray accepted = "Not understood. Accepted: item PRICE QUANTITY SECTION NAME";
+    QCOMPARE(outcome.errors.count("Not understood."), 6);
+    QCOMPARE(outcome.errors.count(accepted), 3);
+    QCOMPARE(outcome.errors.count("Payment failed: wrong-state (6)\n"), 1);
+    QCOMPARE(outcome.errors.count("Payment failed: refused (8)\n"), 1);
+    QCOMPARE(outcome.errors.count("Payment failed: bad-value (4)\n"), 1);
+    QCOMPARE(outcome.errors.count("X report failed: wrong-state (6)\n"), 1);
+    QCOMPARE(outcome.errors.count("Z report failed: refused (8)\n"), 1);
+    QVERIFY(outcome.output.endsWith("Sold: receipt 1 of Z 1\n"));
+    QCOMPARE(shop.books(), QByteArray("open 1 1\nreport 1\nrefused 1\nclosed 1 1 1250 1250 0 0\n"));
+    QCOMPARE(shop.day("quit\n").output, QByteArray("Ready\n")); // nothing is left over
+}
+
+void TestExamples::posEntersTheSaleAgainAfterACut()
+{
+    Shop shop;
+    const Outcome outcome = shop.day("item 10 1 1 Ekmek\nitem 20 1 1 !power-cut=change-state\ncash 5\n"
+                                     "cash 5\nend\n");
+    // Entered again, the item provokes the same again: at the second payment, and behind the end.
+    QCOMPARE(outcome.errors.count("take all payments again"), 2);
+    QCOMPARE(outcome.exitCode, 0);
+    QVERIFY2(outcome.output.endsWith("Ending: lines 2, total 30.00, cash 30.00, card 0.00, change 0.00\n"
+                                     "Sold: receipt 3 of Z 1\n"),
+             outcome.output.constData());
+    QCOMPARE(shop.prints(), QStringList{u"receipt 3"_s}); // the cancelled ones were left in the printer
+    QCOMPARE(shop.books(), QByteArray("open 1 1\ncancelled 1 1\nopen 1 2\ncancelled 1 2\nopen 1 3\n"
+                                      "closed 1 3 3000 3000 0 0\n"));
+}
+
+void TestExamples::posFindsOutHowItsLastSaleEnded_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QByteArray>("found");
+    const QByteArray earlier = "Not seen to its end: receipt 1 of Z 1\n";
+    const QByteArray cancelled = earlier + "Cancelled: receipt 1 of Z 1\nReady\n";
+    const QByteArray sold = earlier + "Finding it: lines 1, total 10.00, cash 10.00, card 0.00, change 0.00\n"
+                                      "Sold: receipt 1 of Z 1\nReady\n";
+    QTest::newRow("it was to get another item")
+        << u"item"_s << QByteArray("item 20 1 1 Ayran\n") << cancelled;
+    QTest::newRow("it was to be paid") << u"change-state"_s << QByteArray("cash 5\n") << cancelled;
+    QTest::newRow("it was paid") << u"sale-state"_s << QByteArray("cash 5\n") << cancelled;
+    QTest::newRow("it was to be ended") << u"change-state"_s << QByteArray("end\n") << cancelled;
+    QTest::newRow("it was ended") << u"receipt"_s << QByteArray("end\n") << sold;
+    QTest::newRow("it was cancelled") << u"receipt"_s << QByteArray("cancel\n") << cancelled;
+}
+
+/** A till that is killed while the register keeps it waiting. */
+void TestExamples::posFindsOutHowItsLastSaleEnded()
+{
+    QFETCH(const QString, command);
+    QFETCH(const QByteArray, line);
+    QFETCH(const QByteArray, found);
+    Shop shop;
+    shop.open();
+    shop.type("item 10 1 1 Ekmek\n");
+    QVERIFY(shop.says("Item: lines 1"));
+    QVERIFY(shop.reg->setFault(u"mute="_s + command));
+    shop.type(line);
+    while (shop.reg->waitFor(u"command"_s).value(u"command"_s) != command)
+        QVERIFY(!shop.reg->events().isEmpty() && shop.reg->events().last().contains(u"command"_s));
+    shop.kill();
+    QVERIFY(shop.reg->setFault(u"none"_s));
+    QCOMPARE(shop.day("quit\n").output, found);
+    QCOMPARE(shop.day("quit\n").output, QByteArray("Ready\n")); // now it is in the books
+    QCOMPARE(shop.prints().count(u"receipt 1"_s), found.contains("Sold") ? 1 : 0);
+}
+
+void TestExamples::posFindsOutAboutItsReport()
+{
+    Shop shop;
+    shop.open();
+    QVERIFY(shop.says("Ready\n"));
+    QVERIFY(shop.reg->setFault(u"delay=100000"_s)); // done, and nobody told
+    shop.type("z\n");
+    QVERIFY(!shop.reg->waitFor(u"command"_s).isEmpty());
+    shop.kill();
+    QVERIFY(shop.reg->setFault(u"none"_s));
+    QCOMPARE(shop.day("z\n").output, QByteArray("Ready\nZ report 1: made\n"));
+    QCOMPARE(shop.prints(), QStringList{u"z-report 0"_s});
+}
+
+/** It cannot be talked to until the till is started anew: only then is it paired again. */
+void TestExamples::posOutlivesARegisterWithoutItsKeys()
+{
+    Shop shop;
+    shop.open();
+    shop.type("item 10 1 1 Ekmek\n");
+    QVERIFY(shop.says("Item: lines 1"));
+    shop.reg->raise(SIGKILL);
+    shop.reg->waitForExit();
+    shop.plugIn();
+    shop.type("cash 10\nagain\n");
+    const Outcome outcome = shop.close();
+    QCOMPARE(outcome.errors.count("Payment failed: connection-failed (2)"), 1);
+    QCOMPARE(outcome.errors.count("Going on failed: connection-failed (2)"), 1);
+    QCOMPARE(outcome.errors.count("quit and start this program anew"), 2);
+    QCOMPARE(shop.day("item 10 1 1 Ekmek\nend\n").output,
+             QByteArray("Not seen to its end: receipt 1 of Z 1\nCancelled: receipt 1 of Z 1\nReady\n"
+                        "Item: lines 1, total 10.00, cash 0.00, card 0.00, change 0.00\n"
+                        "Ending: lines 1, total 10.00, cash 10.00, card 0.00, change 0.00\n"
+                        "Sold: receipt 2 of Z 1\n"));
+    QCOMPARE(shop.prints(), QStringList{u"receipt 2"_s});
+}
+
+void TestExamples::posTakesATornLineOffItsBooks()
+{
+    Shop shop;
+    const auto write = [&shop](const QByteArray &text) {
+        QFile file(shop.booksFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    };
+    write("open 1 1\nclosed 1 1 1000 10");
+    QCOMPARE(shop.day("item 10 1 1 Ekmek\nend\n").exitCode, 0);
+    // The register knows of no such receipt, so nothing was sold on it.
+    QCOMPARE(shop.books(), QByteArray("open 1 1\ncancelled 1 1\nopen 1 1\nclosed 1 1 1000 1000 0 0\n"));
+}
+
+void TestExamples::posRefusesBooksThatAreNone()
+{
+    Shop shop;
+    QFile file(shop.booksFile());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("open 1 1\nDear diary\n");
+    file.close();
+    const Outcome outcome = shop.day("quit\n");
+    QCOMPARE(outcome.exitCode, 64);
+    QVERIFY2(outcome.errors.endsWith("line 2: not a line of the books\n"), outcome.errors.constData());
+    QCOMPARE(shop.books(), QByteArray("open 1 1\nDear diary\n"));
 }
 
 QTEST_GUILESS_MAIN(TestExamples)

@@ -332,7 +332,7 @@ static void forget(Sale *sale)
 
 static int want(Sale *sale, const Step *step)
 {
-    if (sale->status == SaleClosed || sale->status == SaleCancelled)
+    if (sale->status != SaleWanted && sale->status != SaleOpen)
         return 6;
     if (sale->count == mostSteps)
         return saleFull;

@@ -53,7 +53,7 @@ typedef struct Step
     } what;
 } Step;
 
-typedef enum SaleStatus { SaleWanted, SaleOpen, SaleClosed, SaleCancelled } SaleStatus;
+typedef enum SaleStatus { SaleNone, SaleWanted, SaleOpen, SaleClosed, SaleCancelled } SaleStatus;
 
 enum { mostSteps = 200 };
 

@@ -1,0 +1,482 @@
+/*
+ * A small till: a point-of-sale application to start from. It reads what the cashier types, line by line.
+ *
+ *     cc pos.c books.c recovery.c connection.c -o pos $(pkg-config --cflags --libs velnoext)
+ *     ./pos UB1234567890 0.0.0.0 4100 books.txt
+ *
+ * The register must be set to connect to this computer at that port. On first contact it is paired. What
+ * would be lost with this process stands in books.txt: the next one finds out how it ended.
+ */
+#include <errno.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "books.h"
+#include "recovery.h"
+
+enum { wrongUsage = 64, longestLine = 256 };
+
+typedef struct Till
+{
+    Register reg;
+    Sale sale;
+    Books books;
+} Till;
+
+/* What the cashier is told ------------------------------------------------------------------------------ */
+
+static void hear(void *context, const char *text)
+{
+    (void)context;
+    fprintf(stderr, "%s\n", text);
+}
+
+static const char *saleText(int code)
+{
+    switch (code) {
+    case saleBegunAgain:
+        return "The register had cancelled the sale. It stands there again; take all payments again.";
+    case saleNotOurs:
+        return "Somebody has worked on the register itself: compare the sale with what it shows.";
+    case saleNotNoted:
+        return "The books cannot be written, so nothing is sold.";
+    case saleFull:
+        return "The sale holds no more lines.";
+    default:
+        return NULL;
+    }
+}
+
+/* @return the code */
+static int explain(const char *what, int code)
+{
+    const int detail = velnoext_error_detail(); /* before any other call */
+    if (code == 0)
+        return 0;
+    if (saleText(code)) {
+        fprintf(stderr, "%s: %s\n", what, saleText(code));
+        return code;
+    }
+    fprintf(stderr, "%s failed: %s (%d)\n%s\n", what, velnoext_result_name(code), code,
+            velnoext_result_text(code));
+    if (detail != 0)
+        fprintf(stderr, "%s\n", velnoext_detail_text(detail));
+    return code;
+}
+
+static void printAmount(const char *name, long long kurus)
+{
+    printf("%s %lld.%02lld", name, kurus / 100, kurus % 100);
+}
+
+static void printTotals(const char *what, const VelnoEcrSaleTotals *totals)
+{
+    printf("%s: lines %d", what, totals->number);
+    printAmount(", total", totals->values[totalToPay]);
+    printAmount(", cash", totals->values[paidInCash]);
+    printAmount(", card", totals->values[paidByCard]);
+    printAmount(", change", totals->values[changeGiven]);
+    printf("\n");
+}
+
+static void printReceipt(const char *what, const VelnoReceiptRef *receipt)
+{
+    printf("%s: receipt %d of Z %d\n", what, receipt->second, receipt->first);
+}
+
+/* Words that the cashier types -------------------------------------------------------------------------- */
+
+/* "12.50" with 2 decimals is 1250. @return whether it is such a number */
+static int readDecimal(const char *word, int decimals, long long *value)
+{
+    int digits = 0, behind = -1;
+    *value = 0;
+    if (!word)
+        return 0;
+    for (; *word; ++word) {
+        if (*word == '.' && behind < 0 && digits > 0) {
+            behind = 0;
+        } else if (*word >= '0' && *word <= '9' && digits < 12 && behind < decimals) {
+            *value = *value * 10 + (*word - '0');
+            ++digits;
+            behind += behind >= 0;
+        } else {
+            return 0;
+        }
+    }
+    for (behind = behind < 0 ? 0 : behind; behind < decimals; ++behind)
+        *value *= 10;
+    return digits > 0;
+}
+
+static int readNumber(const char *word, int smallest, int largest, int *value)
+{
+    long long number;
+    if (!readDecimal(word, 0, &number) || number < smallest || number > largest)
+        return 0;
+    *value = (int)number;
+    return 1;
+}
+
+static int usage(const char *accepted)
+{
+    fprintf(stderr, "Not understood. Accepted: %s\n", accepted);
+    return wrongUsage;
+}
+
+/* Selling ----------------------------------------------------------------------------------------------- */
+
+/* Called before anything is sold on the receipt. An earlier number of the same sale has been cancelled. */
+static int noteSale(void *context, const VelnoReceiptRef *receipt)
+{
+    Books *const books = context;
+    const VelnoReceiptRef earlier = books->open;
+    if (earlier.first != 0 && noteCancelled(books, &earlier) != 0)
+        return -1;
+    return noteOpen(books, receipt);
+}
+
+/* Puts the end of a sale into the books. */
+static int noteEnd(Till *till)
+{
+    const Sale *const sale = &till->sale;
+    const int sold = sale->status == SaleClosed;
+    printReceipt(sold ? "Sold" : "Cancelled", &sale->receipt);
+    return sold ? noteClosed(&till->books, &sale->receipt, &sale->totals)
+                : noteCancelled(&till->books, &sale->receipt);
+}
+
+/* What every step of a sale ends with. @return the code, or that the end of the sale cannot be noted */
+static int settle(Till *till, const char *what, int code)
+{
+    const Sale *const sale = &till->sale;
+    explain(what, code);
+    if (leavesOpen(code))
+        fprintf(stderr, "It is not known whether the register did it. Type: again\n"
+                        "If that does not help, quit and start this program anew.\n");
+    if (code == 0 && sale->status != SaleCancelled)
+        printTotals(what, &sale->totals);
+    if (till->books.open.first == 0 || (sale->status != SaleClosed && sale->status != SaleCancelled))
+        return code;
+    return noteEnd(till) == 0 ? code : explain("Noting it", saleNotNoted);
+}
+
+/* A sale that is wanted but not begun comes from a start that has failed. */
+static int beginIfNeeded(Till *till)
+{
+    if (till->sale.status == SaleOpen)
+        return 0;
+    return explain("Starting the sale",
+                   till->sale.status == SaleWanted ? saleGoOn(&till->sale) : saleStart(&till->sale, 0));
+}
+
+static int item(Till *till, char *words)
+{
+    const char *const price = strtok(words, " ");
+    const char *const quantity = strtok(NULL, " ");
+    const char *const section = strtok(NULL, " ");
+    const char *const name = strtok(NULL, "");
+    long long kurus, thousandths;
+    int number, code;
+    VelnoSaleItem line;
+    memset(&line, 0, sizeof line);
+    if (!readDecimal(price, 2, &kurus) || !readDecimal(quantity, 3, &thousandths) || thousandths > 99999999 ||
+        !readNumber(section, 1, 8, &number) || !name)
+        return usage("item PRICE QUANTITY SECTION NAME, as in item 12.50 2 1 Ekmek");
+    line.price = kurus;
+    line.quantity = (int)thousandths;
+    line.section = (signed char)number;
+    strncpy(line.name, name, sizeof line.name - 1);
+    code = beginIfNeeded(till);
+    return code != 0 ? code : settle(till, "Item", saleAddItem(&till->sale, &line));
+}
+
+static int deleteLast(Till *till, char *words)
+{
+    (void)words;
+    return settle(till, "Deleting", saleDeleteLast(&till->sale));
+}
+
+static int pay(Till *till, char *words, int type)
+{
+    long long kurus;
+    if (!readDecimal(words, 2, &kurus))
+        return usage("cash AMOUNT or card AMOUNT, as in card 40.00");
+    return settle(till, "Payment", salePay(&till->sale, type, kurus));
+}
+
+static int cash(Till *till, char *words)
+{
+    return pay(till, words, 0);
+}
+
+static int card(Till *till, char *words)
+{
+    return pay(till, words, 1);
+}
+
+static int end(Till *till, char *words)
+{
+    const int byCard = words && strcmp(words, "card") == 0;
+    if (words && !byCard)
+        return usage("end, which takes the rest in cash, or end card");
+    return settle(till, "Ending", saleEnd(&till->sale, byCard));
+}
+
+static int cancel(Till *till, char *words)
+{
+    (void)words;
+    return settle(till, "Cancelling", saleCancel(&till->sale));
+}
+
+static int again(Till *till, char *words)
+{
+    (void)words;
+    return settle(till, "Going on", saleGoOn(&till->sale));
+}
+
+/* Printing ---------------------------------------------------------------------------------------------- */
+
+static int askReceipt(Till *till, char *words)
+{
+    const char *const z = strtok(words, " ");
+    const char *const number = strtok(NULL, " ");
+    VelnoReceiptRef ref;
+    VelnoEcrSaleTotals totals;
+    int failures = 0, code;
+    if (!readNumber(z, 1, 999999999, &ref.first) || !readNumber(number, 1, 999999999, &ref.second))
+        return usage("receipt Z NUMBER, as in receipt 12 7");
+    do
+        code = velnoext_receipt_data(answerTimeout, &ref, &totals);
+    while (code != 0 && (code = prepareToRepeat(&till->reg, code, &failures)) == 0);
+    if (code == 0)
+        printTotals("Receipt", &totals);
+    return explain("Asking for the receipt", code);
+}
+
+static int composeSlip(const char *text)
+{
+    VelnoTextStyle title = {1, 1, 0}, plain = {0, 0, 0};
+    int code = velnoext_printer_set_encoding("UTF-8");
+    if (code == 0)
+        code = velnoext_printer_add_text("VELNO", &title);
+    if (code == 0)
+        code = velnoext_printer_add_text(text, &plain);
+    if (code == 0)
+        code = velnoext_printer_add_line_feed(2);
+    return code;
+}
+
+/* No register tells whether a slip or an X report has been printed: the cashier sees the paper, and types the
+ * same again if there is none. The connection is made sure of before, as a slip stays in the library without.
+ */
+static int print(Till *till, const char *what, const char *slip)
+{
+    int state, failures = 0, code;
+    while ((code = velnoext_ecr_state(answerTimeout, &state)) != 0)
+        if ((code = prepareToRepeat(&till->reg, code, &failures)) != 0)
+            return explain(what, code);
+    if (slip)
+        code = composeSlip(slip);
+    if (code == 0)
+        code = slip ? velnoext_print_slip(answerTimeout, 0) : velnoext_x_report();
+    explain(what, code);
+    if (leavesOpen(code)) {
+        fprintf(stderr, "Look whether it is printed; it is not repeated by itself.\n");
+        prepareToRepeat(&till->reg, code, &failures);
+    } else if (code == 8) {
+        explain("The printer", velnoext_check_printer_paper(answerTimeout));
+    }
+    if (code == 0)
+        printf("%s: printed\n", what);
+    return code;
+}
+
+static int slip(Till *till, char *words)
+{
+    return words ? print(till, "Slip", words) : usage("slip TEXT");
+}
+
+static int xReport(Till *till, char *words)
+{
+    (void)words;
+    return print(till, "X report", NULL);
+}
+
+static int reportZ(Till *till, int z)
+{
+    const int code = explain("Z report", makeZReport(&till->reg, z));
+    if (leavesOpen(code) || code == 1)
+        return code; /* it stays noted: not known */
+    if (code == 0)
+        printf("Z report %d: made\n", z);
+    return noteReportEnd(&till->books, z, code == 0) == 0 ? code : explain("Noting it", saleNotNoted);
+}
+
+static int zReport(Till *till, char *words)
+{
+    int z = till->books.report, failures = 0, code;
+    (void)words;
+    while (z == 0 && (code = velnoext_current_z(answerTimeout, &z)) != 0)
+        if ((code = prepareToRepeat(&till->reg, code, &failures)) != 0)
+            return explain("Asking for the Z number", code);
+    if (till->books.report == 0 && noteReport(&till->books, z) != 0)
+        return explain("Noting it", saleNotNoted);
+    return reportZ(till, z);
+}
+
+/* The day ----------------------------------------------------------------------------------------------- */
+
+typedef struct Command
+{
+    const char *name;
+    int (*run)(Till *till, char *words); /* words: what stands behind the name, or NULL */
+} Command;
+
+static int help(Till *till, char *words);
+
+static const Command commands[] = {
+    {"item", item}, {"delete", deleteLast}, {"cash", cash},   {"card", card},
+    {"end", end},   {"cancel", cancel},     {"again", again}, {"receipt", askReceipt},
+    {"slip", slip}, {"x", xReport},         {"z", zReport},   {"help", help},
+};
+
+enum { commandCount = sizeof commands / sizeof *commands };
+
+static void listCommands(FILE *file)
+{
+    int i;
+    for (i = 0; i < commandCount; ++i)
+        fprintf(file, " %s", commands[i].name);
+    fprintf(file, " quit\n");
+}
+
+static int help(Till *till, char *words)
+{
+    (void)till;
+    (void)words;
+    printf("Commands:");
+    listCommands(stdout);
+    return 0;
+}
+
+static int obey(Till *till, char *line)
+{
+    const char *const name = strtok(line, " ");
+    char *const words = strtok(NULL, "");
+    int i;
+    if (!name)
+        return 0;
+    for (i = 0; i < commandCount; ++i)
+        if (strcmp(name, commands[i].name) == 0)
+            return commands[i].run(till, words);
+    fprintf(stderr, "Not understood. Accepted:");
+    listCommands(stderr);
+    return wrongUsage;
+}
+
+/* A line; a longer one is read to its end and is none. @return NULL at the end */
+static char *readCommand(char *line)
+{
+    fflush(stdout);
+    if (!fgets(line, longestLine, stdin))
+        return NULL;
+    if (!strchr(line, '\n') && !feof(stdin)) {
+        int c;
+        while ((c = getchar()) != EOF && c != '\n') {
+        }
+        strcpy(line, "?");
+    }
+    line[strcspn(line, "\r\n")] = '\0';
+    return strcmp(line, "quit") == 0 ? NULL : line;
+}
+
+/* The end of a sale that an earlier process did not see. Its lines are forgotten, so one that is open is
+ * cancelled. */
+static int findEarlierSale(Till *till)
+{
+    const VelnoReceiptRef receipt = till->books.open;
+    int code;
+    if (receipt.first == 0)
+        return 0;
+    printReceipt("Not seen to its end", &receipt);
+    code = saleFind(&till->sale, &receipt);
+    if (code == 0 && till->sale.status == SaleOpen)
+        code = saleCancel(&till->sale);
+    return settle(till, "Finding it", code);
+}
+
+/* Nothing is sold before the number is noted: an open sale that is not in the books is empty, or somebody
+ * else's. */
+static int findUnknownSale(Till *till)
+{
+    VelnoReceiptRef receipt;
+    VelnoEcrSaleTotals totals;
+    int first, failures = 0, code;
+    do {
+        code = velnoext_sale_state(answerTimeout, &first, &totals, &receipt);
+        if (code == 0 && totals.number != 0) {
+            fprintf(stderr, "A sale is open that is none of this till: end it on the register.\n");
+            return 6;
+        }
+        if (code == 0)
+            code = velnoext_cancel_sale(answerTimeout);
+    } while (code != 0 && code != 6 && (code = prepareToRepeat(&till->reg, code, &failures)) == 0);
+    return code == 6 ? 0 : explain("Cancelling an empty sale", code);
+}
+
+static int openTill(Till *till)
+{
+    int code = explain("Connecting", connectRegister(&till->reg));
+    if (code == 0)
+        code = findEarlierSale(till);
+    if (code == 0)
+        code = findUnknownSale(till);
+    if (code == 0 && till->books.report != 0)
+        code = reportZ(till, till->books.report);
+    return code;
+}
+
+static int sell(Till *till)
+{
+    char line[longestLine];
+    int code = openTill(till);
+    if (code != 0)
+        return code;
+    printf("Ready\n");
+    while (readCommand(line))
+        obey(till, line);
+    if (till->books.open.first != 0)
+        fprintf(stderr, "A sale is open; the next start looks after it.\n");
+    return 0;
+}
+
+int main(int argc, char **argv)
+{
+    static Till till;
+    int port = 0, code;
+    if (argc != 5 || !readNumber(argv[3], 1, 65535, &port)) {
+        fprintf(stderr, "Usage: %s SERIAL ADDRESS PORT BOOKS\n", argv[0]);
+        return wrongUsage;
+    }
+    code = openBooks(&till.books, argv[4]);
+    if (code != 0) {
+        fprintf(stderr, code > 0 ? "%s, line %d: not a line of the books\n" : "%s: cannot be used (%d)\n",
+                argv[4], code > 0 ? code : errno);
+        return wrongUsage;
+    }
+    till.reg.serial = argv[1];
+    till.reg.address = argv[2];
+    till.reg.port = (unsigned short)port;
+    till.reg.patience = 30000;
+    till.reg.notice = hear;
+    till.sale.reg = &till.reg;
+    till.sale.note = noteSale;
+    till.sale.context = &till.books;
+    till.sale.known = till.books.closed;
+    code = sell(&till);
+    velnoext_close_all(); /* also after a failure: ends the library's thread */
+    closeBooks(&till.books);
+    return code;
+}
