@@ -7,7 +7,7 @@
  *     cancelled 12 7                         it is not
  *     report 12                              Z report 12 is begun
  *     reported 12                            it is made
- *     refused 12                             it is not
+ *     refused 12                             it is not made
  */
 #ifndef BOOKS_H
 #define BOOKS_H

@@ -110,6 +110,20 @@ static int readDecimal(const char *word, int decimals, long long *value)
     return digits > 0;
 }
 
+/* Cuts the first word off. @return NULL: there is none */
+static const char *takeWord(char **rest)
+{
+    char *word = *rest ? *rest + strspn(*rest, " ") : NULL;
+    char *space;
+    if (!word || !*word)
+        return NULL;
+    space = strchr(word, ' ');
+    *rest = space ? space + 1 : NULL;
+    if (space)
+        *space = '\0';
+    return word;
+}
+
 static int readNumber(const char *word, int smallest, int largest, int *value)
 {
     long long number;
@@ -173,10 +187,10 @@ static int beginIfNeeded(Till *till)
 
 static int item(Till *till, char *words)
 {
-    const char *const price = strtok(words, " ");
-    const char *const quantity = strtok(NULL, " ");
-    const char *const section = strtok(NULL, " ");
-    const char *const name = strtok(NULL, "");
+    const char *const price = takeWord(&words);
+    const char *const quantity = takeWord(&words);
+    const char *const section = takeWord(&words);
+    const char *const name = words;
     long long kurus, thousandths;
     int number, code;
     VelnoSaleItem line;
@@ -240,8 +254,8 @@ static int again(Till *till, char *words)
 
 static int askReceipt(Till *till, char *words)
 {
-    const char *const z = strtok(words, " ");
-    const char *const number = strtok(NULL, " ");
+    const char *const z = takeWord(&words);
+    const char *const number = takeWord(&words);
     VelnoReceiptRef ref;
     VelnoEcrSaleTotals totals;
     int failures = 0, code;
@@ -268,9 +282,9 @@ static int composeSlip(const char *text)
     return code;
 }
 
-/* No register tells whether a slip or an X report has been printed: the cashier sees the paper, and types the
- * same again if there is none. The connection is made sure of before, as a slip stays in the library without.
- */
+/* No register tells whether a slip or an X report has been printed: the cashier sees the paper, and types
+ * the same again if there is none. The connection is made sure of before, as a slip stays in the library
+ * without one. */
 static int print(Till *till, const char *what, const char *slip)
 {
     int state, failures = 0, code;
@@ -314,13 +328,22 @@ static int reportZ(Till *till, int z)
     return noteReportEnd(&till->books, z, code == 0) == 0 ? code : explain("Noting it", saleNotNoted);
 }
 
-static int zReport(Till *till, char *words)
+/* @return 0; otherwise the code, which is explained */
+static int askForZ(Till *till, int *z)
 {
-    int z = till->books.report, failures = 0, code;
-    (void)words;
-    while (z == 0 && (code = velnoext_current_z(answerTimeout, &z)) != 0)
+    int failures = 0, code;
+    while ((code = velnoext_current_z(answerTimeout, z)) != 0)
         if ((code = prepareToRepeat(&till->reg, code, &failures)) != 0)
             return explain("Asking for the Z number", code);
+    return 0;
+}
+
+static int zReport(Till *till, char *words)
+{
+    int z = till->books.report, code;
+    (void)words;
+    if (z == 0 && (code = askForZ(till, &z)) != 0)
+        return code;
     if (till->books.report == 0 && noteReport(&till->books, z) != 0)
         return explain("Noting it", saleNotNoted);
     return reportZ(till, z);
@@ -363,14 +386,13 @@ static int help(Till *till, char *words)
 
 static int obey(Till *till, char *line)
 {
-    const char *const name = strtok(line, " ");
-    char *const words = strtok(NULL, "");
+    const char *const name = takeWord(&line);
     int i;
     if (!name)
         return 0;
     for (i = 0; i < commandCount; ++i)
         if (strcmp(name, commands[i].name) == 0)
-            return commands[i].run(till, words);
+            return commands[i].run(till, line);
     fprintf(stderr, "Not understood. Accepted:");
     listCommands(stderr);
     return wrongUsage;
@@ -426,6 +448,20 @@ static int findUnknownSale(Till *till)
     return code == 6 ? 0 : explain("Cancelling an empty sale", code);
 }
 
+/* Whether the report that an earlier process began is made. It is not made now: the day may have gone on. */
+static int findEarlierReport(Till *till)
+{
+    const int z = till->books.report;
+    int current, code;
+    if (z == 0)
+        return 0;
+    code = askForZ(till, &current);
+    if (code != 0)
+        return code;
+    printf("Z report %d: %s\n", z, current != z ? "was made" : "was not made");
+    return noteReportEnd(&till->books, z, current != z) == 0 ? 0 : explain("Noting it", saleNotNoted);
+}
+
 static int openTill(Till *till)
 {
     int code = explain("Connecting", connectRegister(&till->reg));
@@ -433,9 +469,7 @@ static int openTill(Till *till)
         code = findEarlierSale(till);
     if (code == 0)
         code = findUnknownSale(till);
-    if (code == 0 && till->books.report != 0)
-        code = reportZ(till, till->books.report);
-    return code;
+    return code == 0 ? findEarlierReport(till) : code;
 }
 
 static int sell(Till *till)

@@ -5,7 +5,7 @@
 #include <string.h>
 #include <time.h>
 
-enum { mostLooks = 150, refused = 8 };
+enum { mostLooks = 150, mostOpenings = 32, refused = 8 };
 
 /* Looking at the register ------------------------------------------------------------------------------- */
 
@@ -199,7 +199,7 @@ static int concludeOpen(Sale *sale, const View *view, int code, int sameConnecti
         return stepRefused(sale, saleNotOurs);
     }
     /* A contribution leaves no trace in those sums, but a second one takes the place of the first. */
-    if (step->kind == StepMedical ? code == 0 && sameConnection : !asBefore)
+    if (step->kind == StepMedical ? code == 0 : !asBefore)
         return stepTaken(sale, &view->totals);
     if (sameConnection && !leavesOpen(code))
         return stepRefused(sale, code == 0 ? refused : code);
@@ -270,8 +270,7 @@ static int isEmpty(const VelnoEcrSaleTotals *totals)
     return totals->number == 0 && totals->values[totalToPay] == 0;
 }
 
-/* Nothing is sold on a receipt whose number is not noted: it is all that a process that dies leaves behind.
- */
+/* Nothing is sold on a receipt whose number is not noted: it is all that a process leaves behind. */
 static int useOpened(Sale *sale, const View *view)
 {
     if (!sale->startSent)
@@ -311,9 +310,13 @@ static int openSale(Sale *sale, int *failures)
 
 int saleGoOn(Sale *sale)
 {
-    int failures = 0;
+    int failures = 0, openings = 0;
     while (sale->status == SaleWanted || (sale->status == SaleOpen && sale->taken < sale->count)) {
-        const int code = sale->status == SaleWanted ? openSale(sale, &failures) : takeStep(sale, &failures);
+        int code;
+        if (sale->status == SaleOpen)
+            code = takeStep(sale, &failures);
+        else
+            code = ++openings == mostOpenings ? saleNotOurs : openSale(sale, &failures);
         if (code != 0)
             return code;
     }
