@@ -96,6 +96,8 @@ void TestVelnoctl::resultsForPeopleAndPrograms_data()
     row("z", "z", 12, plain(true, 17), "Z 17", {{u"z"_s, 17}});
     row("last z", "last-z", 17, plain(1795276800), "last Z 2026-11-21 19:00:00 (1795276800)",
         {{u"seconds"_s, 1795276800}, {u"local"_s, u"2026-11-21 19:00:00"_s}});
+    row("last z never", "last-z", 17, plain(0), "last Z never",
+        {{u"seconds"_s, 0}, {u"local"_s, QJsonValue::Null}});
     row("clock", "datetime", 18, plain(0), "clock 1970-01-01 03:00:00 (0)",
         {{u"seconds"_s, 0}, {u"local"_s, u"1970-01-01 03:00:00"_s}});
     const auto limit = [&row](const char *name, qint64 kurus, const char *words) {
@@ -301,10 +303,10 @@ void TestVelnoctl::wrongUsageSendsNothing_data()
     row("command of the shell", "TARGET quit", "quit cannot stand here; accepted are state,");
     row("argument too many", "TARGET state 5", "\"5\" is no command");
     row("option behind", "TARGET state --json", "\"--json\": options stand in front of the first command");
-    row("no file", "TARGET run", "run needs FILE: the path of a file, or - for standard input");
+    row("no file", "TARGET run", "run: FILE is missing; accepted is the path of a file, or - for");
     row("file not there", "TARGET run /nowhere/day.velno", "/nowhere/day.velno: ");
     row("file is a folder", "TARGET run /", "/: ");
-    row("no code", "explain", "explain needs CODE: a result code, for example 8");
+    row("no code", "explain", "explain: CODE is missing; accepted is a result code, for example 8");
     row("code is no number", "explain no-paper",
         "explain: \"no-paper\" is no CODE; accepted is a result code");
     row("detail is no number", "explain 4 0xZZ",
@@ -412,29 +414,13 @@ void TestVelnoctl::helpFitsAScreen()
     QVERIFY2(lines.size() <= 30, QByteArray::number(lines.size()).constData());
     for (const QByteArray &line : lines)
         QVERIFY2(line.size() <= 100, line.constData());
-    for (const char *word : {"  state ",
-                             "  z ",
-                             "  last-z ",
-                             "  datetime ",
-                             "  sale-limit ",
-                             "  paper ",
-                             "  serial ",
-                             "  login ",
-                             "  logout ",
-                             "  run FILE ",
-                             "  shell ",
-                             "  explain CODE [DETAIL] ",
-                             "  help [COMMAND] ",
-                             "  --serial NO ",
-                             "  --listen ADDR:PORT ",
-                             "  --relay ",
-                             "  --app N ",
-                             "  --timeout MS ",
-                             "  --json ",
-                             " 64 wrong usage",
-                             "74 ",
-                             " 130 ",
-                             "Example: velnoctl --serial"})
+    for (const char *word :
+         {"Reading ", "state z last-z datetime sale-limit paper serial", "login logout\n",
+          "start-sale start-invoice-sale sale-state item items medical",
+          "pay end-sale end-invoice cancel receipt", "encoding text justified feed print x-report z-report\n",
+          "send get\n", "run shell explain help commands\n", "velnoctl help COMMAND ", "  --serial NO ",
+          "  --listen ADDR:PORT ", "  --relay ", "  --app N ", "  --timeout MS ", "  --json ",
+          " 64 wrong usage", "74 ", " 130 ", "Example: velnoctl --serial"})
         QVERIFY2(shown.contains(word), word);
 }
 
@@ -442,8 +428,9 @@ void TestVelnoctl::helpOfOneCommand()
 {
     Client client({u"help"_s, u"run"_s, u"help"_s, u"z"_s});
     QCOMPARE(client.exitCode(), 0);
-    QVERIFY(client.out.startsWith("run FILE\n  a script"));
-    QVERIFY(client.out.contains("\nz\n  the number of the current Z report\n"));
+    QVERIFY(client.out.startsWith("Usage: run FILE\n  a script"));
+    QVERIFY(client.out.contains("\n  FILE                    the path of a file, or - for standard input\n"));
+    QVERIFY(client.out.contains("\nUsage: z\n  the number of the current Z report\n"));
 }
 
 void TestVelnoctl::scriptRuns()
@@ -484,7 +471,7 @@ void TestVelnoctl::wrongScriptsSendNothing_data()
     row("last line", "login\nstat", ":2: \"stat\" is no command");
     row("two commands", "state z\n", ":1: \"z\" is one word too many: state is the whole command");
     row("argument", "explain 4 0x402 5\n", ":1: \"5\" is one word too many: explain CODE [DETAIL]");
-    row("argument missing", "explain\n", ":1: explain needs CODE");
+    row("argument missing", "explain\n", ":1: explain: CODE is missing");
     row("script in a script", "run other\n", ":1: run cannot stand here");
     row("shell in a script", "shell\n", ":1: shell cannot stand here");
     row("quit", "quit\n", ":1: quit cannot stand here");
@@ -494,6 +481,8 @@ void TestVelnoctl::wrongScriptsSendNothing_data()
     row("no comment in a word", "explain 4#\n", ":1: explain: \"4#\" is no CODE");
     row("no comment in quotes", "explain '4 # '\n", ":1: explain: \"4 # \" is no CODE");
     row("no comment behind an escaped blank", "explain 4\\ #5\n", ":1: explain: \"4 #5\" is no CODE");
+    row("no UTF-8", "explain 4 \xC7\n",
+        ":1: a quote is not closed, the line ends with \\, holds a zero byte, or");
     row("zero byte", QByteArray("state\0\n", 7), ":1: a quote is not closed");
     row("long line", "state\n" + QByteArray(4097, ' ') + "\n", ":2: the line is longer than 4096 bytes");
     row("endless line", QByteArray(100'000, 'x'), ":1: the line is longer than 4096 bytes");

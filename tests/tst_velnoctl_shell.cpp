@@ -21,6 +21,7 @@ class TestVelnoctlShell : public QObject
 private slots:
     void completesNames();
     void remembersLines();
+    void takesTurkishLetters();
     void goesOnAfterFailures();
     void connectsAgain();
     void ends_data();
@@ -35,12 +36,12 @@ void TestVelnoctlShell::completesNames()
     device.meet();
     Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
     QVERIFY(terminal.waitFor("velnoctl> "));
-    terminal.type("sa\t\n"); // one name
+    terminal.type("sale-l\t\n"); // one name
     QVERIFY(terminal.waitFor("sale limit 5.00 TL"));
     QVERIFY(terminal.waitFor("velnoctl> "));
     terminal.type("lo\t\t"); // log, then a choice
     QVERIFY(terminal.waitFor("login  logout"));
-    terminal.type("\x15help sta\t\n"); // Ctrl-U: another line; help's argument is a name, too
+    terminal.type("\x15help stat\t\n"); // Ctrl-U: another line; help's argument is a name, too
     QVERIFY(terminal.waitFor("by number and name"));
     terminal.type("nothing\t\x15state\n"); // completes to nothing
     QVERIFY(terminal.waitFor("state 1 (idle)"));
@@ -65,6 +66,22 @@ void TestVelnoctlShell::remembersLines()
     terminal.type("quit\n");
     QCOMPARE(terminal.waitForExit(), 0);
     QCOMPARE(device.codes(), (QList{12, 15, 12, 15}));
+}
+
+void TestVelnoctlShell::takesTurkishLetters()
+{
+    Device device;
+    device.answers = {{4, no}};
+    device.meet();
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("item 7 \"Çay Şekeri ğı\"\n");
+    QVERIFY(terminal.waitFor("(code 8, refused)"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    const QList<QByteArray> sold = device.commands();
+    QCOMPARE(sold.size(), 1);
+    QVERIFY2(sold.first().contains(plain(QByteArray("Çay Şekeri ğı"))), sold.first().toHex(' ').constData());
 }
 
 void TestVelnoctlShell::goesOnAfterFailures()

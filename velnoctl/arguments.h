@@ -1,10 +1,11 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
-#include <optional>
-
 namespace VelnoCtl {
+
+struct Command;
 
 /** A kind of argument: its name in a command's usage, and what is accepted. */
 struct ArgumentKind
@@ -14,10 +15,18 @@ struct ArgumentKind
     bool (*matches)(const QString &text);
 };
 
-/** The kind of this name; every name in the table of commands has one. */
-const ArgumentKind &argumentKind(const QString &name);
+/** One argument of a command. */
+struct Argument
+{
+    QString key; ///< typed as key=VALUE, in any order behind the others; empty: known by its place
+    const ArgumentKind *kind;
+    bool isOptional;
 
-/** A whole number in decimal or, behind 0x, in hexadecimal digits. */
-std::optional<int> numberFrom(const QString &text);
+    /** As it is typed, NAME or key=NAME. */
+    QString usage() const;
+};
+
+/** The arguments in the order of the command's row; every kind named there exists. */
+QList<Argument> argumentsOf(const Command &command);
 
 } // namespace VelnoCtl

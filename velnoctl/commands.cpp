@@ -1,10 +1,10 @@
 #include "velnoctl/commands.h"
 
-#include "velnoctl/house_commands.h"
-#include "velnoctl/query_commands.h"
+#include "velnoctl/arguments.h"
+
+#include <QMap>
 
 #include <algorithm>
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -12,53 +12,50 @@ namespace VelnoCtl {
 
 namespace {
 
-constexpr std::array table{
-    Command{"state", "", "the register's state, by number and name", Needs::Connection, Everywhere, state},
-    Command{"z", "", "the number of the current Z report", Needs::Connection, Everywhere, currentZ},
-    Command{"last-z", "", "when the last Z report was made", Needs::Connection, Everywhere, lastZ},
-    Command{"datetime", "", "the register's clock", Needs::Connection, Everywhere, dateTime},
-    Command{"sale-limit", "", "the highest amount of one sale", Needs::Connection, Everywhere, saleLimit},
-    Command{"paper", "", "whether the printer has paper; 9 when not", Needs::Connection, Everywhere, paper},
-    Command{"serial", "", "the serial number that the register gave", Needs::Connection, Everywhere,
-            serialNumber},
-    Command{"login", "", "opens the application's session", Needs::Connection, Everywhere, login},
-    Command{"logout", "", "ends the session", Needs::Connection, Everywhere, logout},
-    Command{"run", "FILE", "a script, one command a line, # comments; - is standard input", Needs::Target,
-            CommandLine | Shell, runInput},
-    Command{"shell", "", "asks for commands; Tab completes, quit or Ctrl-D ends", Needs::Target, CommandLine,
-            shell},
-    Command{"explain", "CODE [DETAIL]", "what a result code means, its cause and cure", Needs::Nothing,
-            Everywhere, explain},
-    Command{"help", "[COMMAND]", "this text, or one command's line", Needs::Nothing, Everywhere, help},
-    Command{"quit", "", "ends the shell", Needs::Nothing, Shell, quit},
-};
-
 constexpr int usageWidth = 24;
+constexpr int groupWidth = 11;
+constexpr int screenWidth = 88;
 
-QString helpLine(const Command &command)
+/** Two columns; what does not fit into the first has the line for itself. */
+QString twoColumns(const QString &left, int width, const QString &right)
 {
-    return u"  "_s + commandUsage(command).leftJustified(usageWidth) + QLatin1StringView(command.help) +
-           u'\n';
+    const QString edge = left.size() < width ? QString() : u'\n' + QString(width + 2, u' ');
+    return u"  "_s + left.leftJustified(width) + edge + right + u'\n';
+}
+
+/** Words in lines of the second column. */
+QString wrapped(const QString &left, int width, const QStringList &words)
+{
+    QString text;
+    QString line = u"  "_s + left.leftJustified(width);
+    for (const QString &word : words) {
+        if (line.size() + word.size() > screenWidth) {
+            text += line.chopped(1) + u'\n';
+            line = QString(width + 2, u' ');
+        }
+        line += word + u' ';
+    }
+    return text + line.chopped(1) + u'\n';
+}
+
+QString groupOf(const Command &command)
+{
+    return QLatin1StringView(command.group);
 }
 
 } // namespace
 
-std::span<const Command> commandTable()
-{
-    return table;
-}
-
 const Command *commandNamed(const QString &name)
 {
-    const auto *const found = std::ranges::find(
-        table, name, [](const Command &command) { return QLatin1StringView(command.name); });
-    return found == table.end() ? nullptr : found;
+    const auto found = std::ranges::find(
+        commandTable(), name, [](const Command &command) { return QLatin1StringView(command.name); });
+    return found == commandTable().end() ? nullptr : &*found;
 }
 
 QStringList commandNames(Place place)
 {
     QStringList names;
-    for (const Command &command : table) {
+    for (const Command &command : commandTable()) {
         if (command.places & place)
             names << QLatin1StringView(command.name);
     }
@@ -67,16 +64,61 @@ QStringList commandNames(Place place)
 
 QString commandUsage(const Command &command)
 {
-    return QString(QLatin1StringView(command.name) + u' ' + QLatin1StringView(command.arguments)).trimmed();
+    QStringList words{QLatin1StringView(command.name)};
+    bool hasKeys = false;
+    for (const Argument &argument : argumentsOf(command)) {
+        hasKeys |= !argument.key.isEmpty();
+        if (argument.key.isEmpty())
+            words << (argument.isOptional ? u"[%1]"_s : u"%1"_s).arg(argument.usage());
+    }
+    if (hasKeys)
+        words << u"[KEY=VALUE]..."_s;
+    if (command.most > 1)
+        words << u"[+ ...]"_s;
+    return words.join(u' ');
+}
+
+QString commandHelp(const Command &command)
+{
+    QString text = u"Usage: %1\n  %2\n\n"_s.arg(commandUsage(command), QLatin1StringView(command.help));
+    const QList<Argument> arguments = argumentsOf(command);
+    for (const Argument &argument : arguments)
+        text += twoColumns(argument.usage(), usageWidth, QLatin1StringView(argument.kind->accepted));
+    if (command.most > 1)
+        text += twoColumns(u"+ ..."_s, usageWidth, u"the same again, up to %1 in all"_s.arg(command.most));
+    return text + u"%1Prints: %2\nExample: %3\n"_s.arg(arguments.isEmpty() ? u""_s : u"\n"_s,
+                                                       QLatin1StringView(command.result),
+                                                       QString::fromUtf8(command.example));
 }
 
 QString commandsHelp(unsigned places)
 {
     QString text;
-    for (const Command &command : table) {
-        if (command.places & places)
-            text += helpLine(command);
+    QString group;
+    for (const Command &command : commandTable()) {
+        if (!(command.places & places))
+            continue;
+        if (groupOf(command) != group)
+            text += (group.isEmpty() ? QString() : u"\n"_s) + groupOf(command) + u'\n';
+        group = groupOf(command);
+        text += twoColumns(commandUsage(command), usageWidth, QLatin1StringView(command.help));
     }
+    return text;
+}
+
+QString commandsOverview(Place place)
+{
+    QMap<QString, QStringList> names;
+    QStringList groups;
+    for (const Command &command : commandTable()) {
+        if (!names.contains(groupOf(command)))
+            groups << groupOf(command);
+        if (command.places & place)
+            names[groupOf(command)] << QLatin1StringView(command.name);
+    }
+    QString text;
+    for (const QString &group : std::as_const(groups))
+        text += wrapped(group, groupWidth, names.value(group));
     return text;
 }
 

@@ -8,7 +8,7 @@
 
 /**
  * What velnoctl can do. One table: it parses the command line, scripts and the shell, completes names, and
- * makes the help. A new command is a row here and a function.
+ * makes the help. A new command is a row in command_table.cpp and a function.
  */
 namespace VelnoCtl {
 
@@ -17,8 +17,8 @@ class Session;
 /** What a command came to. */
 struct Answer
 {
-    int code = 0;        ///< the library's result code, or an ExitStatus
-    QString text;        ///< the result for people; nothing is printed when empty
+    int code = 0; ///< the library's result code, or an ExitStatus
+    QString text; ///< the result for people, or what is wrong with WrongUsage; empty: nothing is printed
     QJsonObject values;  ///< the result's fields for --json; a refused command may have some too
     int detail = 0;      ///< velnoext_error_detail()
     bool isTold = false; ///< the command wrote what there is to say itself
@@ -35,12 +35,17 @@ enum Place : unsigned { CommandLine = 1, Script = 2, Shell = 4, Everywhere = 7 }
 
 struct Command
 {
+    const char *group; ///< under which the help shows it
     const char *name;
-    const char *arguments; ///< each the name of a kind, see arguments.h; optional ones in [brackets], last
+    const char *arguments; ///< each KIND or key=KIND, see arguments.h; optional ones in [brackets], last
     const char *help;      ///< one line
+    const char *result;    ///< what it prints
+    const char *example;   ///< as it is typed
     Needs needs;
     unsigned places;
+    /** Gets an entry for each argument, null when it is not given. */
     Answer (*run)(Session &session, const QStringList &arguments);
+    int most = 1; ///< how often the arguments may be repeated, with a + between
 };
 
 std::span<const Command> commandTable();
@@ -51,10 +56,16 @@ const Command *commandNamed(const QString &name);
 /** The names that may stand there, in the table's order. */
 QStringList commandNames(Place place);
 
-/** NAME and its arguments, as it is typed. */
+/** NAME and its arguments, as it is typed; those with keys as one. */
 QString commandUsage(const Command &command);
 
-/** One line for each command that may stand there, aligned. */
+/** Usage, arguments with what is accepted, result and example of a command. */
+QString commandHelp(const Command &command);
+
+/** One line for each command that may stand there, under the names of the groups. */
 QString commandsHelp(unsigned places);
+
+/** The names alone, a line or two for each group. */
+QString commandsOverview(Place place);
 
 } // namespace VelnoCtl

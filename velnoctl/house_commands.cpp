@@ -1,9 +1,9 @@
 #include "velnoctl/house_commands.h"
 
-#include "velnoctl/arguments.h"
 #include "velnoctl/explanation.h"
 #include "velnoctl/line_editor.h"
 #include "velnoctl/line_reader.h"
+#include "velnoctl/numbers.h"
 #include "velnoctl/session.h"
 
 #include <cerrno>
@@ -22,6 +22,14 @@ Answer told(int code)
     Answer answer;
     answer.code = code;
     answer.isTold = true;
+    return answer;
+}
+
+Answer textAnswer(const QString &text)
+{
+    Answer answer;
+    answer.text = text.trimmed();
+    answer.values.insert(u"text"_s, answer.text);
     return answer;
 }
 
@@ -61,8 +69,8 @@ int inputEnded(Session &session, LineReader::Outcome outcome, const QString &whe
 
 Answer explain(Session &, const QStringList &arguments)
 {
-    const int code = numberFrom(arguments.first()).value_or(0);
-    const int detail = arguments.size() > 1 ? numberFrom(arguments.at(1)).value_or(0) : 0;
+    const int code = numberFrom<int>(arguments.at(0)).value_or(0);
+    const int detail = numberFrom<int>(arguments.at(1)).value_or(0);
     const Explanation explanation(code, detail);
     Answer answer;
     answer.text = explanation.forPeople();
@@ -72,16 +80,14 @@ Answer explain(Session &, const QStringList &arguments)
 
 Answer help(Session &session, const QStringList &arguments)
 {
-    Answer answer;
-    if (arguments.isEmpty()) {
-        answer.text = session.isInteractive() ? commandsHelp(Shell) : helpText();
-    } else {
-        const Command *const command = commandNamed(arguments.first());
-        answer.text = commandUsage(*command) + u"\n  "_s + QLatin1StringView(command->help);
-    }
-    answer.text = answer.text.trimmed();
-    answer.values.insert(u"text"_s, answer.text);
-    return answer;
+    if (const Command *const command = commandNamed(arguments.first()))
+        return textAnswer(commandHelp(*command));
+    return textAnswer(session.isInteractive() ? commandsHelp(Shell) : helpText());
+}
+
+Answer commands(Session &, const QStringList &)
+{
+    return textAnswer(commandsHelp(CommandLine | Shell));
 }
 
 Answer quit(Session &session, const QStringList &)

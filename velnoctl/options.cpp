@@ -191,7 +191,10 @@ QString helpText()
     return u"Usage: velnoctl [OPTION]... COMMAND...\n"
            "Drives a cash register through velnoext.h. Several commands run in order over one\n"
            "connection, up to the first that fails.\n\n"_s +
-           commandsHelp(CommandLine) + u'\n' + optionHelp() +
+           commandsOverview(CommandLine) +
+           u"\n  velnoctl commands       what each does, in a line\n"
+           "  velnoctl help COMMAND   its arguments, what is accepted, an example\n\n"_s +
+           optionHelp() +
            u"\nExit status: 0 done, 1-13 the library's result code (see explain), 64 wrong usage,\n"
            "74 a result could not be written, 130 Ctrl-C or SIGTERM: the connection is closed\n"
            "first, unless the library is at work or waiting.\n"

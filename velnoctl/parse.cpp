@@ -1,7 +1,7 @@
 #include "velnoctl/parse.h"
 
-#include "velnoctl/arguments.h"
 #include "velnoctl/line_reader.h"
+#include "velnoctl/take_arguments.h"
 #include "velnoctl/words.h"
 
 #include <QFile>
@@ -22,44 +22,11 @@ Parsed problem(const QString &text)
     return {{}, text};
 }
 
-QStringList kindsOf(const Command &command)
-{
-    return QString(QLatin1StringView(command.arguments)).split(u' ', Qt::SkipEmptyParts);
-}
-
 QString unknownCommand(const QString &word, Place place)
 {
     if (word.startsWith("--"_L1) && place == CommandLine)
         return u"\"%1\": options stand in front of the first command"_s.arg(word);
     return u"\"%1\" is no command; accepted are %2"_s.arg(word, commandNames(place).join(", "_L1));
-}
-
-/** Whether the next word belongs to an optional argument of this kind, not to the command behind it. */
-bool isGiven(const QString &kind, const QStringList &words, Place place)
-{
-    if (words.isEmpty())
-        return false;
-    return place != CommandLine || kind == "COMMAND"_L1 || !commandNamed(words.first());
-}
-
-/** Moves a command's words from the front of `words` into `step`. @return what was wrong */
-QString takeArguments(QStringList &words, Place place, Step &step)
-{
-    const QLatin1StringView name(step.command->name);
-    for (QString kindName : kindsOf(*step.command)) {
-        const bool isOptional = kindName.startsWith(u'[');
-        kindName.remove(u'[').remove(u']');
-        if (isOptional && !isGiven(kindName, words, place))
-            return {};
-        const ArgumentKind &kind = argumentKind(kindName);
-        const QLatin1StringView accepted(kind.accepted);
-        if (words.isEmpty())
-            return u"%1 needs %2: %3"_s.arg(name, kindName, accepted);
-        if (!kind.matches(words.first()))
-            return u"%1: \"%2\" is no %3; accepted is %4"_s.arg(name, words.first(), kindName, accepted);
-        step.arguments << words.takeFirst();
-    }
-    return {};
 }
 
 /** Every line of the file, none of them run. */
@@ -100,7 +67,7 @@ Parsed takeCommand(QStringList &words, Place place)
     if (!(step.command->places & place))
         return problem(
             u"%1 cannot stand here; accepted are %2"_s.arg(name, commandNames(place).join(", "_L1)));
-    if (const QString wrong = takeArguments(words, place, step); !wrong.isEmpty())
+    if (const QString wrong = takeArguments(*step.command, place, words, &step.arguments); !wrong.isEmpty())
         return problem(wrong);
     if (name == "run"_L1 && step.arguments.first() != "-"_L1)
         return loadScript(step.arguments.first());
@@ -130,9 +97,10 @@ Parsed parseWords(const QStringList &words, Place place)
 Parsed parseLine(const QByteArray &line, Place place, const QString &where)
 {
     QStringList words;
-    Parsed parsed = splitWords(line, &words)
-                        ? parseWords(words, place)
-                        : problem(u"a quote is not closed, the line ends with \\, or it holds a zero byte"_s);
+    Parsed parsed =
+        splitWords(line, &words)
+            ? parseWords(words, place)
+            : problem(u"a quote is not closed, the line ends with \\, holds a zero byte, or is no UTF-8"_s);
     if (where.isEmpty())
         return parsed;
     if (!parsed.problem.isEmpty())

@@ -10,8 +10,8 @@ namespace VelnoCtl {
 struct Step
 {
     const Command *command;
-    QStringList arguments;
-    QString where; ///< FILE:LINE for a line of a script, otherwise empty
+    QStringList arguments; ///< as Command::run gets them
+    QString where;         ///< FILE:LINE for a line of a script, otherwise empty
 };
 
 /** Steps in the order to be run, or what was wrong and what is accepted. */
@@ -22,8 +22,9 @@ struct Parsed
 };
 
 /**
- * Words of the command line, which may hold several commands: each takes as many words as it has arguments;
- * an optional argument is not taken when it is the name of a command. Elsewhere there is one command.
+ * Words of the command line, which may hold several commands: each takes as many words as it has arguments,
+ * and those behind them that have the form key=VALUE; an optional argument without a key is not taken when it
+ * is the name of a command. Elsewhere there is one command.
  *
  * `run FILE` becomes the steps of the file, so that whatever is wrong is known before anything is sent; only
  * `run -` stays a step.

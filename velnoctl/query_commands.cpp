@@ -1,8 +1,12 @@
 #include "velnoctl/query_commands.h"
 
+#include "velnoctl/answers.h"
+#include "velnoctl/numbers.h"
 #include "velnoctl/session.h"
 #include "velnoctl/values.h"
 #include "velnoext.h"
+
+#include <QJsonArray>
 
 using namespace Qt::StringLiterals;
 
@@ -10,23 +14,31 @@ namespace VelnoCtl {
 
 namespace {
 
-/** A result; a failure keeps its words and values for itself. */
-Answer answer(int code, const QString &text, const QJsonObject &values = {})
-{
-    if (code == 0)
-        return {0, text, values};
-    return {code, {}, {}, velnoext_error_detail()};
-}
-
-using NumberQuery = int (*)(unsigned int timeout, int *value);
+constexpr int mostAcquirers = 16'384; // more than an answer can hold
 
 /** A date and time, which registers tell in seconds since 1970. */
-Answer instant(Session &session, NumberQuery query, const QString &words)
+Answer instant(int code, const QString &words, int seconds)
 {
-    int seconds = 0;
-    const int code = session.device().command(query, &seconds);
     return answer(code, u"%1 %2 (%3)"_s.arg(words, localTime(seconds)).arg(seconds),
                   {{u"seconds"_s, seconds}, {u"local"_s, localTime(seconds)}});
+}
+
+using ListQuery = int (*)(unsigned int timeout, int *list, int *count);
+
+Answer numbers(Session &session, ListQuery query)
+{
+    QList<int> list(mostAcquirers);
+    int count = mostAcquirers;
+    const int code = session.device().command(query, list.data(), &count);
+    list.resize(code == 0 ? count : 0);
+    QJsonArray values;
+    QStringList words;
+    for (const int number : list) {
+        values << number;
+        words << QString::number(number);
+    }
+    return answer(code, list.isEmpty() ? u"no acquirers"_s : u"acquirers "_s + words.join(", "_L1),
+                  {{u"acquirers"_s, values}});
 }
 
 } // namespace
@@ -64,12 +76,18 @@ Answer currentZ(Session &session, const QStringList &)
 
 Answer lastZ(Session &session, const QStringList &)
 {
-    return instant(session, velnoext_last_z_datetime, u"last Z"_s);
+    int seconds = 0;
+    const int code = session.device().command(velnoext_last_z_datetime, &seconds);
+    if (code == 0 && seconds == 0)
+        return answer(code, u"last Z never"_s, {{u"seconds"_s, 0}, {u"local"_s, QJsonValue::Null}});
+    return instant(code, u"last Z"_s, seconds);
 }
 
 Answer dateTime(Session &session, const QStringList &)
 {
-    return instant(session, velnoext_ecr_datetime, u"clock"_s);
+    int seconds = 0;
+    const int code = session.device().command(velnoext_ecr_datetime, &seconds);
+    return instant(code, u"clock"_s, seconds);
 }
 
 Answer saleLimit(Session &session, const QStringList &)
@@ -91,6 +109,27 @@ Answer serialNumber(Session &session, const QStringList &)
     const int code = session.device().ask(velnoext_ecr_serialno, buffer);
     const QString serial = printable(buffer);
     return answer(code, u"serial number %1"_s.arg(serial), {{u"serial"_s, serial}});
+}
+
+Answer section(Session &session, const QStringList &arguments)
+{
+    VelnoSaleItem item{};
+    item.section = numberFrom<signed char>(arguments.first()).value_or(0);
+    const int code = session.device().command(velnoext_section_data, &item);
+    const QString name = printable(item.name);
+    const int number = item.quantity;
+    return answer(code, u"section %1 \"%2\", number %3"_s.arg(item.section).arg(name).arg(number),
+                  {{u"section"_s, item.section}, {u"name"_s, name}, {u"number"_s, number}});
+}
+
+Answer acquirers(Session &session, const QStringList &)
+{
+    return numbers(session, velnoext_active_acquirers);
+}
+
+Answer saleAcquirers(Session &session, const QStringList &)
+{
+    return numbers(session, velnoext_acquirers_of_sale);
 }
 
 } // namespace VelnoCtl

@@ -14,5 +14,8 @@ Answer dateTime(Session &session, const QStringList &arguments);
 Answer saleLimit(Session &session, const QStringList &arguments);
 Answer paper(Session &session, const QStringList &arguments);
 Answer serialNumber(Session &session, const QStringList &arguments);
+Answer section(Session &session, const QStringList &arguments);
+Answer acquirers(Session &session, const QStringList &arguments);
+Answer saleAcquirers(Session &session, const QStringList &arguments);
 
 } // namespace VelnoCtl

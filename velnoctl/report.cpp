@@ -57,6 +57,9 @@ void Report::answer(const Step &step, const Answer &answer)
     const QString command = QLatin1StringView(step.command->name);
     if (answer.isTold || answer.code == Interrupted)
         return;
+    if (answer.code == WrongUsage)
+        return wrongUsage((step.where.isEmpty() ? QString() : step.where + u": "_s) + command + u": "_s +
+                          answer.text);
     if (answer.code != 0)
         return failure(step, command, command, answer);
     if (!m_isJson)

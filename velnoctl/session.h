@@ -4,7 +4,18 @@
 #include "velnoctl/register.h"
 #include "velnoctl/report.h"
 
+#include <QByteArray>
+
+#include <utility>
+
 namespace VelnoCtl {
+
+/** What a command leaves for those behind it. */
+struct Remembered
+{
+    std::pair<int, int> receipt{0, 0}; ///< that sale-state told last
+    QByteArray encoding;               ///< of the slip's texts
+};
 
 /** One run of the program: the register, where results go, and what runs steps. */
 class Session
@@ -23,6 +34,7 @@ public:
     void setInteractive() { m_isInteractive = true; }
     bool isInteractive() const { return m_isInteractive; }
 
+    Remembered &remembered() { return m_remembered; }
     Register &device() { return m_register; }
     Report &report() { return m_report; }
     Interrupts &interrupts() { return m_interrupts; }
@@ -34,6 +46,7 @@ private:
     Report &m_report;
     Interrupts &m_interrupts;
     Register m_register;
+    Remembered m_remembered;
     bool m_hasQuit = false;
     bool m_isInteractive = false;
 };

@@ -40,9 +40,9 @@ QString localTime(qint64 seconds)
 
 QString printable(const char *text)
 {
-    QString result = QString::fromLatin1(text);
+    QString result = QString::fromUtf8(text);
     for (QChar &c : result) {
-        if (c < u' ' || c > u'~')
+        if (!c.isPrint())
             c = u'?';
     }
     return result;

@@ -14,7 +14,7 @@ QString lira(long long kurus);
 /** Seconds since 1970 as this computer's local time, "2026-11-21 16:05:00". */
 QString localTime(qint64 seconds);
 
-/** A register's text without what could steer a terminal. */
+/** A register's text, read as UTF-8, without what could steer a terminal. */
 QString printable(const char *text);
 
 } // namespace VelnoCtl

@@ -40,7 +40,7 @@ bool splitWords(const QByteArray &line, QStringList *words)
 {
     words->clear();
     const std::optional<QByteArray> text = withoutComment(line);
-    if (!text || text->contains('\0'))
+    if (!text || text->contains('\0') || !text->isValidUtf8())
         return false;
     const std::unique_ptr<Tokenizer, EndTokenizer> tokenizer(tok_init(nullptr));
     int count = 0;

@@ -1,0 +1,652 @@
+#include "ExtDevice/velnoext/velnoext.h"
+#include "tests/velnoctl_client.h"
+
+#include <QJsonArray>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using namespace TestSupport;
+
+namespace {
+
+constexpr int f10 = 0x01000039;
+constexpr int f11 = 0x0100003A;
+constexpr qint64 anybody = 11111111111;
+
+const QByteArray yes = plain(true);
+const QByteArray no = plain(false);
+const QByteArray idle = plain(1, QVector<int>{});
+const QByteArray openSale = plain(5, QVector<int>{1}, 0);
+const QByteArray totals =
+    plain(qint64(11538), qint64(442), qint64(20000), qint64(0), qint64(8462), qint32(3));
+const QByteArray totalsInWords =
+    "total 115.38 TL, tax 4.42 TL, cash 200.00 TL, card 0.00 TL, change 84.62 TL, items 3";
+
+using Answers = QHash<int, QByteArray>;
+
+QJsonObject totalsAsJson(const QJsonObject &others = {})
+{
+    QJsonObject values = others;
+    values.insert(u"totals"_s, QJsonArray{11538, 442, 20000, 0, 8462});
+    values.insert(u"number"_s, 3);
+    return values;
+}
+
+/** The seven values of an item in a request. */
+QByteArray itemBytes(qint64 price, const QByteArray &name, int quantity = 1000, int percent = 0,
+                     qint64 amount = 0, qint8 section = 1, int type = 0)
+{
+    return plain(price, quantity, percent, amount, section, name, type);
+}
+
+/** The request that has keys pressed while a sale is open. */
+QByteArray keysRequest(const QVector<int> &keys, bool answerWanted)
+{
+    return plain(3, 4, 1, -1, keys, answerWanted);
+}
+
+/** The words of a line; EMPTY stands for an empty one, which splitting would lose. */
+QStringList wordsOf(const QString &line)
+{
+    QStringList words = QProcess::splitCommand(line);
+    for (QString &word : words) {
+        if (word == "EMPTY"_L1)
+            word = u""_s;
+    }
+    return words;
+}
+
+} // namespace
+
+/** The commands of velnoctl that sell, pay, print and report, in front of a register made by hand. */
+class TestVelnoctlSale : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void commandsReachTheRegister_data();
+    void commandsReachTheRegister();
+    void numbersAreExact_data();
+    void numbersAreExact();
+    void totalsOfAnySizeArePrinted();
+    void sectionNamesCannotSteerATerminal();
+    void failuresEndWithTheirCode_data();
+    void failuresEndWithTheirCode();
+    void wrongArgumentsSendNothing_data();
+    void wrongArgumentsSendNothing();
+    void wrongArgumentsInAScriptSendNothing();
+    void commandsBehindEachOtherTakeTheirOwnWords();
+    void receiptIsRemembered();
+    void slipIsPrintedInItsEncoding_data();
+    void slipIsPrintedInItsEncoding();
+    void textsThatAnEncodingLacksAreRefused_data();
+    void textsThatAnEncodingLacksAreRefused();
+    void slipNeedsNoRegisterBeforeItIsPrinted();
+    void rawBytesGoThere();
+    void rawBytesComeBack();
+    void scriptsQuoteNames();
+    void everyCommandHasHelpWhoseExampleIsUnderstood();
+};
+
+void TestVelnoctlSale::commandsReachTheRegister_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<Answers>("answers");
+    QTest::addColumn<QList<QByteArray>>("requests");
+    QTest::addColumn<QByteArray>("words");
+    QTest::addColumn<QJsonObject>("values");
+
+    const auto row = [](const char *name, const char *line, const Answers &answers,
+                        const QList<QByteArray> &requests, const QByteArray &words,
+                        const QJsonObject &values = {}) {
+        QTest::newRow(name) << QString::fromUtf8(line) << answers << requests << words << values;
+    };
+    const QByteArray state = plain(0);
+    row("start", "start-sale", {{0, idle}, {3, openSale}}, {state, plain(3, 1, 0, 0, QVector<int>{69}, true)},
+        "sale started");
+    row("start with invoice", "start-invoice-sale", {{0, idle}, {3, openSale}},
+        {state, plain(3, 1, 0, 0, QVector<int>{77, 51}, true)}, "sale started");
+    row("sale state", "sale-state", {{6, plain(true, 5, QVector<int>{1, 9}, 0) + totals + plain(12, 7)}},
+        {plain(6)}, "receipt 12/7, register shows 1: " + totalsInWords,
+        totalsAsJson({{u"receipt"_s, u"12/7"_s}, {u"first"_s, 1}}));
+
+    const auto item = [&row](const char *name, const char *line, const QByteArray &bytes) {
+        row(name, line, {{4, yes + openSale + totals}}, {plain(4) + bytes}, totalsInWords, totalsAsJson());
+    };
+    item("item", "item 12.50 Ekmek", itemBytes(1250, "Ekmek"));
+    item("item with everything",
+         "item 39.9 \"Salkım Domates\" section=2 quantity=1.250 percent=-10 amount=3.99 type=1",
+         itemBytes(3990, "Salkım Domates", 1250, -10, 399, 2, 1));
+    item("keys in any order", "item 39.9 Domates type=1 quantity=1,25 section=2",
+         itemBytes(3990, "Domates", 1250, 0, 0, 2, 1));
+    item("remark", "item 0 \"Hediye paketi\" section=0", itemBytes(0, "Hediye paketi", 1000, 0, 0, 0));
+    item("no name", "item 1 EMPTY", itemBytes(100, ""));
+    item("name of 52 bytes", "item 1 ÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇ",
+         itemBytes(100, QByteArray("Ç").repeated(26)));
+    item("name like a command", "item 1 print", itemBytes(100, "print"));
+    item("name like a key", "item 1 section=2", itemBytes(100, "section=2"));
+    item("name of a plus", "item 1 + section=2", itemBytes(100, "+", 1000, 0, 0, 2));
+
+    const auto items = [&row](const char *name, const QByteArray &line, int count, const QByteArray &bytes) {
+        row(name, line, {{16, yes + openSale + totals}}, {plain(16, qint16(count)) + bytes}, totalsInWords,
+            totalsAsJson());
+    };
+    items("one of several", "items 12.50 Ekmek", 1, itemBytes(1250, "Ekmek"));
+    items("several", "items 12.50 Ekmek quantity=2 + 45,00 \"Beyaz Peynir\" section=2 + 1 Su", 3,
+          itemBytes(1250, "Ekmek", 2000) + itemBytes(4500, "Beyaz Peynir", 1000, 0, 0, 2) +
+              itemBytes(100, "Su"));
+    items("ten", "items 1 Su" + QByteArray(" + 1 Su").repeated(9), 10, itemBytes(100, "Su").repeated(10));
+
+    row("medical", "medical 15.00", {{9, yes + openSale}}, {plain(9, qint64(1500), anybody)},
+        "medical contribution 15.00 TL", {{u"kurus"_s, 1500}});
+    row("medical of a person", "medical 0.05 10000000146", {{9, yes + openSale}},
+        {plain(9, qint64(5), qint64(10000000146))}, "medical contribution 0.05 TL", {{u"kurus"_s, 5}});
+    row("medical taken back", "medical 0", {{9, yes + openSale}}, {plain(9, qint64(0))},
+        "medical contribution 0.00 TL", {{u"kurus"_s, 0}});
+    row("delete last", "delete last", {{5, yes + openSale + totals}}, {plain(5)}, totalsInWords,
+        totalsAsJson());
+    row("delete one", "delete 2", {{5, yes + openSale + totals}}, {plain(5, 2)}, totalsInWords,
+        totalsAsJson());
+
+    row("pay cash", "pay cash 400.05", {{0, openSale}},
+        {state, keysRequest({52, 48, 48, 44, 48, 53, f10}, false)}, "payment sent: 400.05 TL, cash",
+        {{u"kurus"_s, 40005}, {u"means"_s, u"cash"_s}});
+    row("pay by card", "pay card 1", {{0, openSale}}, {state, keysRequest({49, 44, 48, 48, f11}, false)},
+        "payment sent: 1.00 TL, card", {{u"kurus"_s, 100}, {u"means"_s, u"card"_s}});
+    row("end in cash", "end-sale cash", {{0, openSale}}, {state, keysRequest({f10}, false)},
+        "end of the sale sent: cash", {{u"means"_s, u"cash"_s}});
+    row("end by card", "end-sale card", {{0, openSale}}, {state, keysRequest({f11}, false)},
+        "end of the sale sent: card", {{u"means"_s, u"card"_s}});
+    row("cancel", "cancel", {{0, openSale}, {3, idle}}, {state, keysRequest({67, 49}, true)},
+        "sale cancelled");
+    const auto invoice = [&row](const char *name, const char *line, quint32 type, quint32 kind,
+                                const QByteArray &reference, const QByteArray &id, int mode, bool flag) {
+        row(name, line, {{14, yes}}, {plain(14, type, kind, reference, id, mode, flag)},
+            "sale ended with an invoice");
+    };
+    invoice("end with invoice", "end-invoice reference=ABC123", 0, 0, "ABC123", "11111111111", 1, false);
+    invoice("end with another invoice",
+            "end-invoice flag=yes mode=2 id=0000000001 kind=1 type=2 reference=12345678901234567", 2, 1,
+            "12345678901234567", "0000000001", 2, true);
+    row("receipt", "receipt 12/7", {{7, yes + totals}}, {plain(7, 12, 7)}, "receipt 12/7: " + totalsInWords,
+        totalsAsJson({{u"receipt"_s, u"12/7"_s}}));
+
+    row("acquirers", "acquirers", {{19, plain(QVector<int>{46, -62, 64})}}, {plain(19)},
+        "acquirers 46, -62, 64", {{u"acquirers"_s, QJsonArray{46, -62, 64}}});
+    row("no acquirers", "acquirers", {{19, plain(QVector<int>{})}}, {plain(19)}, "no acquirers",
+        {{u"acquirers"_s, QJsonArray{}}});
+    row("acquirers of the sale", "sale-acquirers", {{20, plain(QVector<int>{11})}}, {plain(20)},
+        "acquirers 11", {{u"acquirers"_s, QJsonArray{11}}});
+    row("section", "section 3", {{10, plain(QByteArray("İÇECEK"), 10)}}, {plain(10, qint8(3))},
+        "section 3 \"İÇECEK\", number 10", {{u"section"_s, 3}, {u"name"_s, u"İÇECEK"_s}, {u"number"_s, 10}});
+    row("empty slip", "print", {{13, yes}}, {plain(13, false, plain(0))}, "slip printed");
+    row("empty slip with flag", "print flag=yes", {{13, yes}}, {plain(13, true, plain(0))}, "slip printed");
+    row("X report", "x-report", {{0, idle}, {11, yes}}, {state, plain(11, false)}, "X report printed");
+    row("Z report", "z-report", {{0, openSale}, {11, yes}}, {state, plain(11, true)}, "Z report printed");
+}
+
+void TestVelnoctlSale::commandsReachTheRegister()
+{
+    QFETCH(const QString, line);
+    QFETCH(const Answers, answers);
+    QFETCH(const QList<QByteArray>, requests);
+    QFETCH(const QByteArray, words);
+    QFETCH(QJsonObject, values);
+    values.insert(u"command"_s, wordsOf(line).first());
+    values.insert(u"code"_s, 0);
+    values.insert(u"result"_s, u"success"_s);
+    for (const bool isJson : {false, true}) {
+        Device device;
+        device.answers = answers;
+        device.meet();
+        Client client(target(device.port) + (isJson ? QStringList{u"--json"_s} : QStringList()) +
+                      wordsOf(line));
+        QVERIFY2(client.exitCode() == 0, client.err.constData());
+        QVERIFY(client.out.endsWith('\n') && client.out.count('\n') == 1);
+        if (isJson)
+            QCOMPARE(object(client.out), values);
+        else
+            QCOMPARE(client.out.trimmed(), words);
+        QTRY_COMPARE_WITH_TIMEOUT(device.commands(), requests, longestWait); // payments wait for no answer
+    }
+}
+
+void TestVelnoctlSale::numbersAreExact_data()
+{
+    QTest::addColumn<QString>("price");
+    QTest::addColumn<qint64>("kurus");
+    QTest::addColumn<QString>("quantity");
+    QTest::addColumn<int>("thousandths");
+
+    const auto row = [](const char *price, qint64 kurus, const char *quantity, int thousandths) {
+        QTest::newRow(price) << QString::fromLatin1(price) << kurus << QString::fromLatin1(quantity)
+                             << thousandths;
+    };
+    row("0.01", 1, "0.001", 1);
+    row("0.1", 10, "0.1", 100);
+    row("00012,5", 1250, "001,25", 1250);
+    row("0.29", 29, "1.001", 1001); // as a binary fraction a little less
+    row("-12.05", -1205, "-1.250", -1250);
+    row("-0.05", -5, "-0.001", -1);
+    row("90071992547409.93", 9'007'199'254'740'993, "2147483.647", std::numeric_limits<int>::max());
+    row("92233720368547758.07", std::numeric_limits<qint64>::max(), "-2147483.648",
+        std::numeric_limits<int>::min());
+    row("-92233720368547758.08", std::numeric_limits<qint64>::min(), "1", 1000);
+}
+
+void TestVelnoctlSale::numbersAreExact()
+{
+    QFETCH(const QString, price);
+    QFETCH(const qint64, kurus);
+    QFETCH(const QString, quantity);
+    QFETCH(const int, thousandths);
+    Device device;
+    device.answers = {{4, yes + openSale + totals}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"item"_s, price, u"Su"_s, u"quantity="_s + quantity});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(device.commands(), QList{plain(4) + itemBytes(kurus, "Su", thousandths)});
+}
+
+void TestVelnoctlSale::totalsOfAnySizeArePrinted()
+{
+    constexpr qint64 largest = std::numeric_limits<qint64>::max();
+    constexpr qint64 smallest = std::numeric_limits<qint64>::min();
+    Device device;
+    device.answers = {{7, yes + plain(largest, smallest, qint64(-5), qint64(0), qint64(7), -6)}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"receipt"_s, u"1/2"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out,
+             "receipt 1/2: total 92233720368547758.07 TL, tax -92233720368547758.08 TL, cash -0.05 TL, "
+             "card 0.00 TL, change 0.07 TL, items -6\n");
+}
+
+void TestVelnoctlSale::sectionNamesCannotSteerATerminal()
+{
+    Device device;
+    device.answers = {{10, plain(QByteArray("A\x1b[2J\u202E\u00C7\n"), 10)}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"section"_s, u"1"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, "section 1 \"A?[2J?\u00C7?\", number 10\n");
+}
+
+void TestVelnoctlSale::failuresEndWithTheirCode_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<Answers>("answers");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<int>("detail");
+
+    const auto row = [](const char *name, const char *line, const Answers &answers, int code) {
+        QTest::newRow(name) << QString::fromLatin1(line) << answers << code << 0;
+    };
+    const QByteArray error = plain(5, QVector<int>{1}, 4);
+    const QByteArray elsewhere = plain(5, QVector<int>{2}, 0);
+    row("start while a sale is open", "start-sale", {{0, openSale}}, 6);
+    row("start not taken", "start-sale", {{0, idle}, {3, error}}, 7);
+    row("invoice sale in another state", "start-invoice-sale", {{0, plain(3, QVector<int>{})}}, 6);
+    row("no sale", "sale-state", {{6, plain(true, 1, QVector<int>{1}, 0)}}, 6);
+    row("sale state refused", "sale-state", {{6, no}}, 8);
+    row("item refused", "item 1 Su", {{4, no}}, 8);
+    row("item with an error", "item 1 Su", {{4, yes + error}}, 8);
+    row("item not taken", "item 1 Su", {{4, yes + elsewhere}}, 7);
+    row("item cut short", "item 1 Su", {{4, yes + openSale + totals.chopped(1)}}, 5);
+    row("connection closed", "item 1 Su", {}, 2);
+    row("items refused", "items 1 Su + 1 Su", {{16, no}}, 8);
+    row("medical with an error", "medical 5", {{9, yes + error}}, 7);
+    row("delete refused", "delete last", {{5, no}}, 8);
+    row("delete without a sale", "delete 0", {{5, yes + plain(1, QVector<int>{1}, 0)}}, 6);
+    row("pay without a sale", "pay cash 1", {{0, plain(1, QVector<int>{1}, 0)}}, 6);
+    row("pay before a step is taken", "pay cash 1", {{0, elsewhere}}, 7);
+    row("pay with an error", "pay card 1", {{0, plain(5, QVector<int>{1}, 9)}}, 8);
+    row("end without a sale", "end-sale cash", {{0, plain(7, QVector<int>{1}, 0)}}, 6);
+    row("cancelled to elsewhere", "cancel", {{0, openSale}, {3, plain(7, QVector<int>{})}}, 6);
+    row("invoice refused", "end-invoice type=1", {{14, no}}, 8);
+    row("receipt refused", "receipt 1/2", {{7, no}}, 8);
+    row("acquirers cut short", "acquirers", {{19, plain(3, 1)}}, 5);
+    row("long section name", "section 1", {{10, plain(QByteArray(53, 'x'), 10)}}, 5);
+    row("text without encoding", "text Merhaba", {}, 8);
+    row("feed without encoding", "feed 1", {}, 8);
+    row("justified without encoding", "justified Masa 7", {}, 8);
+    row("print refused", "print", {{13, no}}, 8);
+    row("X report while a sale is open", "x-report", {{0, openSale}}, 6);
+    row("X report refused", "x-report", {{0, idle}, {11, no}}, 8);
+    row("Z report refused", "z-report", {{0, idle}, {11, no}}, 8);
+    row("send as another application", "send 00", {}, 1);
+    row("get as another application", "get 00", {}, 1);
+
+    const auto wrong = [](const char *line, int detail) {
+        QTest::newRow(line) << QString::fromLatin1(line) << Answers{} << 4 << detail;
+    };
+    wrong("item 1 Su section=9", 0x406);
+    wrong("item 1 Su section=-128", 0x406);
+    wrong("item 1 Su percent=-101", 0x407);
+    wrong("item 1 Su amount=1.01", 0x408);
+    wrong("item 1 Su type=8", 0x409);
+    wrong("items 1 Su + 0 Bedava", 0x405);
+    wrong("items 1 Su + 1 Su section=0", 0x406);
+    wrong("medical 5 12345678901", 0x403);
+    wrong("end-invoice type=3", 0x40B);
+    wrong("end-invoice kind=2", 0x40C);
+    wrong("end-invoice mode=0", 0x40D);
+    wrong("end-invoice", 0x40E);
+    wrong("end-invoice reference=12345678901234567", 0x40E);
+    wrong("end-invoice type=1 id=123", 0x403);
+    wrong("end-invoice type=1 kind=1", 0x404);
+    wrong("receipt 0/7", 0x40F);
+    wrong("receipt 7/0", 0x410);
+    wrong("receipt", 0x40F); // no sale-state has told one
+    wrong("section 0", 0x406);
+    wrong("pay cash 0", 0x412);
+    wrong("pay card -1", 0x412);
+    wrong("encoding Klingon", 0x411);
+}
+
+void TestVelnoctlSale::failuresEndWithTheirCode()
+{
+    QFETCH(const QString, line);
+    QFETCH(const Answers, answers);
+    QFETCH(const int, code);
+    QFETCH(const int, detail);
+    Device device;
+    device.answers = answers;
+    device.meet();
+    Client client(target(device.port) + QStringList{u"--json"_s} + wordsOf(line));
+    QCOMPARE(client.exitCode(), code);
+    const QJsonObject failure = object(client.out);
+    QCOMPARE(failure.value(u"command"_s).toString(), wordsOf(line).first());
+    QCOMPARE(failure.value(u"code"_s).toInt(), code);
+    QCOMPARE(failure.value(u"detail"_s).toInt(), detail);
+    QVERIFY(!failure.contains(u"totals"_s));
+    QVERIFY2(client.err.contains(velnoext_result_name(code)), client.err.constData());
+    if (detail != 0)
+        QVERIFY2(client.err.contains(velnoext_detail_text(detail)), client.err.constData());
+    if (answers.isEmpty() && code != 2)
+        QCOMPARE(device.commands(), QList<QByteArray>());
+}
+
+void TestVelnoctlSale::wrongArgumentsSendNothing_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QByteArray>("complaint");
+
+    const auto row = [](const char *line, const char *complaint) {
+        QTest::newRow(line) << QString::fromUtf8(line) << QByteArray(complaint);
+    };
+    const auto price = [&row](const char *text) {
+        row(qPrintable(u"item %1 Su"_s.arg(QString::fromUtf8(text))),
+            qPrintable(u"item: \"%1\" is no PRICE; accepted is lira for one unit, up to two decimals"_s.arg(
+                QString::fromUtf8(text))));
+    };
+    for (const char *const text :
+         {"12.505", "1.250,00", "1,250.00", "12.", ".50", "12.5.0", "+5", "1e2", "0x10", "12TL", "--5", "-",
+          "92233720368547758.08", "-92233720368547758.09", "99999999999999999999", "12.5 0", "١٢"})
+        price(text);
+    row("item", "item: PRICE is missing; accepted is lira for one unit");
+    row("item 12.50", "item: NAME is missing; accepted is up to 52 bytes of UTF-8");
+    row("item 1 ÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇa", "is no NAME; accepted is up to 52 bytes");
+    row("item 1 Su quantity=1.2505",
+        "item: quantity=\"1.2505\" is no QUANTITY; accepted is up to three decimals: 1.250 or 1,250");
+    row("item 1 Su quantity=2147483.648", "quantity=\"2147483.648\" is no QUANTITY");
+    row("item 1 Su quantity=", "quantity=\"\" is no QUANTITY");
+    row("item 1 Su section=129", "section=\"129\" is no SECTION; accepted is a whole number, -128 to 127");
+    row("item 1 Su percent=1.5", "percent=\"1.5\" is no PERCENT; accepted is a whole number");
+    row("item 1 Su amount=5TL", "amount=\"5TL\" is no AMOUNT; accepted is lira, up to two decimals");
+    row("item 1 Su type=kg", "type=\"kg\" is no TYPE; accepted is a whole number; a register knows 0 to 7");
+    row("item 1 Su type=1 type=1", "item: \"type=1\": type= is given twice");
+    row("item 1 Su colour=red",
+        "item: \"colour=red\": accepted are section=SECTION, quantity=QUANTITY, percent=PERCENT, ");
+    row("item 1 Tam Ekmek", "\"Ekmek\" is no command");
+    row("item 1 Su + 1 Su", "\"+\" is no command");
+    row("items 1 Su + ", "items: PRICE is missing");
+    row("items 1 Su + 1", "items: NAME is missing");
+    row("items 1 Su 1 Su", "\"1\" is no command");
+    row("items 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su",
+        "items: \"+\" is one too many; accepted are up to 10");
+    row("medical", "medical: AMOUNT is missing");
+    row("medical 5 person", "medical: \"person\" is no IDENTITY; accepted is a whole number");
+    row("medical 5 -1", "medical: \"-1\" is no IDENTITY");
+    row("delete", "delete: LINE is missing; accepted is last, or a whole number");
+    row("delete first", "delete: \"first\" is no LINE; accepted is last, or a whole number");
+    row("pay", "pay: MEANS is missing; accepted is cash (the key F10) or card (the key F11)");
+    row("pay cheque 5", "pay: \"cheque\" is no MEANS; accepted is cash (the key F10) or card");
+    row("pay cash", "pay: AMOUNT is missing");
+    row("pay cash 5.005", "pay: \"5.005\" is no AMOUNT; accepted is lira, up to two decimals");
+    row("end-sale", "end-sale: MEANS is missing");
+    row("end-invoice 1", "\"1\" is no command");
+    row("end-invoice type=-1", "type=\"-1\" is no INVOICE; accepted is a whole number from 0 on");
+    row("end-invoice type=4294967296", "type=\"4294967296\" is no INVOICE");
+    row("end-invoice kind=x", "kind=\"x\" is no KIND");
+    row("end-invoice id=1234567890123", "id=\"1234567890123\" is no ID; accepted is up to 12 bytes");
+    row("end-invoice reference=123456789012345678",
+        "reference=\"123456789012345678\" is no REFERENCE; accepted is up to 17 bytes");
+    row("end-invoice mode=cash", "mode=\"cash\" is no MODE; accepted is a whole number");
+    row("end-invoice flag=1", "flag=\"1\" is no FLAG; accepted is yes or no");
+    row("receipt 12", "receipt: \"12\" is no RECEIPT; accepted is two whole numbers with a slash");
+    row("receipt 12/", "receipt: \"12/\" is no RECEIPT");
+    row("receipt 12/1/1", "receipt: \"12/1/1\" is no RECEIPT");
+    row("section", "section: SECTION is missing");
+    row("section GIDA", "section: \"GIDA\" is no SECTION");
+    row("encoding", "encoding: ENCODING is missing; accepted is the name of an encoding");
+    row("text", "text: TEXT is missing");
+    row("text EMPTY", "text: \"\" is no TEXT");
+    row("text a size=big", "size=\"big\" is no SIZE; accepted is a whole number; a register knows");
+    row("text a style=bold", "style=\"bold\" is no STYLE; accepted is a, b or ab");
+    row("justified Masa", "justified: RIGHT is missing");
+    row("justified a b size=1", "justified: \"size=1\": accepted are style=STYLE");
+    row("feed", "feed: COUNT is missing; accepted is a whole number from 0 on");
+    row("feed -1", "feed: \"-1\" is no COUNT");
+    row("print now", "\"now\" is no command");
+    row("print flag=on", "flag=\"on\" is no FLAG");
+    row("send", "send: HEX is missing; accepted is two hexadecimal digits for each byte");
+    row("send 0", "send: \"0\" is no HEX");
+    row("send 0x00", "send: \"0x00\" is no HEX");
+    row("get zz", "get: \"zz\" is no HEX");
+    for (const char *const alone : {"start-sale", "start-invoice-sale", "sale-state", "cancel", "acquirers",
+                                    "sale-acquirers", "x-report", "z-report"})
+        row(qPrintable(QLatin1String(alone) + u" 1"_s), "\"1\" is no command");
+}
+
+void TestVelnoctlSale::wrongArgumentsSendNothing()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QByteArray, complaint);
+    Device device;
+    device.meet();
+    Client client(
+        target(device.port) + QStringList{u"login"_s} +
+        (line.contains("12.5 0"_L1) ? QStringList{u"item"_s, u"12.5 0"_s, u"Su"_s} : wordsOf(line)));
+    QCOMPARE(client.exitCode(), 64);
+    QVERIFY2(client.err.contains(complaint), client.err.constData());
+    QCOMPARE(client.out, QByteArray());
+    QCOMPARE(device.contacts, 0);
+}
+
+void TestVelnoctlSale::wrongArgumentsInAScriptSendNothing()
+{
+    const QTemporaryDir folder;
+    Device device;
+    device.meet();
+    const QString file = fileWith(folder, "start-sale\nitem 12.50 Tam Ekmek\n");
+    Client client(target(device.port) + QStringList{u"run"_s, file});
+    QCOMPARE(client.exitCode(), 64);
+    QVERIFY2(client.err.contains(":2: \"Ekmek\" is one word too many: item PRICE NAME [KEY=VALUE]... is the"),
+             client.err.constData());
+    QCOMPARE(device.contacts, 0);
+}
+
+void TestVelnoctlSale::commandsBehindEachOtherTakeTheirOwnWords()
+{
+    Device device;
+    device.answers = {
+        {4, yes + openSale + totals}, {9, yes + openSale}, {13, yes}, {7, no}, {16, yes + openSale + totals}};
+    device.meet();
+    Client client(target(device.port) +
+                  wordsOf(u"item 1 Su section=3 medical 5 print items 2 Simit + 3 Poğaça "
+                          "quantity=2 medical 6 11111111111 receipt 1/2 print"_s));
+    QCOMPARE(client.exitCode(), 8);
+    QCOMPARE(device.codes(), (QList{4, 9, 13, 16, 9, 7}));
+    QCOMPARE(device.commands().at(3),
+             plain(16, qint16(2)) + itemBytes(200, "Simit") + itemBytes(300, "Poğaça", 2000));
+}
+
+void TestVelnoctlSale::receiptIsRemembered()
+{
+    Device device;
+    device.answers = {{6, plain(true, 5, QVector<int>{1}, 0) + totals + plain(12, 7)}, {7, yes + totals}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"sale-state"_s, u"receipt"_s, u"receipt"_s, u"3/4"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(device.commands(), (QList{plain(6), plain(7, 12, 7), plain(7, 3, 4)}));
+    QVERIFY(client.out.contains("\nreceipt 12/7: "));
+}
+
+void TestVelnoctlSale::slipIsPrintedInItsEncoding_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("text");
+
+    QTest::newRow("UTF-8") << u"UTF-8"_s << QByteArray("A\u00C7I\u011EIZ");
+    QTest::newRow("Windows") << u"windows-1254"_s << QByteArray("A\xC7I\xD0IZ");
+    QTest::newRow("DOS") << u"IBM857"_s << QByteArray("A\x80I\xA6IZ");
+}
+
+void TestVelnoctlSale::slipIsPrintedInItsEncoding()
+{
+    QFETCH(const QString, name);
+    QFETCH(const QByteArray, text);
+    Device device;
+    device.answers = {{13, yes}};
+    device.meet();
+    Client client(
+        target(device.port) +
+        QStringList{u"encoding"_s, name, u"text"_s, u"A\u00C7I\u011EIZ"_s, u"size=1"_s, u"style=ab"_s} +
+        QStringList{u"text"_s, u"a"_s, u"justified"_s, u"Masa no"_s, u"A\u00C7I\u011EIZ"_s, u"style=b"_s,
+                    u"feed"_s, u"6"_s, u"print"_s, u"flag=yes"_s});
+    QVERIFY2(client.exitCode() == 0, client.err.constData());
+    QCOMPARE(client.out, "texts of the slip in " + name.toLatin1() + "\n" +
+                             QByteArray("added to the slip\n").repeated(4) + "slip printed\n");
+    const QByteArray separator("__@\u00A3#$__");
+    const QByteArray lines = plain(6, '@' + name.toLatin1(), QByteArray("\x0B") + text,
+                                   QByteArray("\x04"
+                                              "a"),
+                                   "\x16" + QByteArray("Masa no") + separator + text,
+                                   QByteArray("\x06\n\n\n\n\n"), QByteArray("\x06\n"));
+    QCOMPARE(device.commands(), QList{plain(13, true, lines)});
+}
+
+void TestVelnoctlSale::textsThatAnEncodingLacksAreRefused_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::newRow("a letter") << QStringList{u"ISO-8859-1"_s, u"text"_s, u"5 \u20BA"_s};
+    QTest::newRow("at the left") << QStringList{u"ISO-8859-1"_s, u"justified"_s, u"5 \u20BA"_s, u"b"_s};
+    QTest::newRow("at the right") << QStringList{u"ISO-8859-1"_s, u"justified"_s, u"b"_s, u"5 \u20BA"_s};
+    QTest::newRow("zero bytes") << QStringList{u"UTF-16"_s, u"text"_s, u"5 \u20BA"_s};
+}
+
+void TestVelnoctlSale::textsThatAnEncodingLacksAreRefused()
+{
+    QFETCH(const QStringList, words);
+    for (const bool isJson : {false, true}) {
+        Device device;
+        device.meet();
+        Client client(target(device.port) + (isJson ? QStringList{u"--json"_s} : QStringList()) +
+                      QStringList{u"encoding"_s} + words + QStringList{u"print"_s});
+        QCOMPARE(client.exitCode(), 64);
+        QVERIFY2(client.err.contains("\"5 \u20BA\" cannot be written in " + words.first().toLatin1()),
+                 client.err.constData());
+        QCOMPARE(device.contacts, 0);
+        if (isJson)
+            QCOMPARE(object(client.out.split('\n').at(1)).value(u"result"_s).toString(), u"wrong-usage"_s);
+    }
+}
+
+void TestVelnoctlSale::slipNeedsNoRegisterBeforeItIsPrinted()
+{
+    Client client(target(freePort()) + wordsOf(u"encoding UTF-8 text a justified a b feed 20 feed 21"_s));
+    QCOMPARE(client.exitCode(), 4);
+    QVERIFY2(client.err.contains(velnoext_detail_text(0x413)), client.err.constData());
+    QVERIFY(!client.err.contains("waiting"));
+}
+
+void TestVelnoctlSale::rawBytesGoThere()
+{
+    Device device;
+    device.answers = {{12, plain(true, 4)}};
+    device.meet();
+    Client client(target(device.port) + wordsOf(u"--app 14242 send 0000000Cff"_s));
+    QVERIFY2(client.exitCode() == 0, client.err.constData());
+    QCOMPARE(client.out, "sent 5 bytes\n");
+    QTRY_COMPARE_WITH_TIMEOUT(device.commands(), QList{QByteArray::fromHex("0000000CFF")}, longestWait);
+}
+
+void TestVelnoctlSale::rawBytesComeBack()
+{
+    Device device;
+    device.answers = {{12, plain(true, 4)}};
+    device.meet();
+    Client client(target(device.port) + wordsOf(u"--app 14242 --json run -"_s));
+    client.say("z\n"); // the keys are there now
+    QVERIFY(client.printed("\n"));
+    const QByteArray frame = device.sealed(QByteArray::fromHex("00AB12"));
+    client.say("get " + frame.toHex() + "\n");
+    QVERIFY(client.printed("{\"code\":0,\"command\":\"get\",\"hex\":\"00AB12\",\"result\":\"success\"}\n"));
+    client.say("get " + device.sealed("x").replace(20, 1, "~").toHex() + "\n");
+    QCOMPARE(client.exitCode(), 12);
+}
+
+void TestVelnoctlSale::scriptsQuoteNames()
+{
+    const QTemporaryDir folder;
+    Device device;
+    device.answers = {{4, yes + openSale + totals}, {16, yes + openSale + totals}};
+    device.meet();
+    const QString file = fileWith(folder, "item 12.50 \"Tam Ekmek\" section=1 # the bread\n"
+                                          "item 12.50 'Tam \"Ekmek\"'\n"
+                                          "item 12.50 Tam\\ Ekmek\n"
+                                          "item 12.50 \"#1 \\\"Su\\\"\"\n"
+                                          "items 1 'A B' + 2 \"C\"\n");
+    Client client(target(device.port) + QStringList{u"run"_s, file});
+    QVERIFY2(client.exitCode() == 0, client.err.constData());
+    QCOMPARE(device.commands(),
+             (QList{plain(4) + itemBytes(1250, "Tam Ekmek"), plain(4) + itemBytes(1250, "Tam \"Ekmek\""),
+                    plain(4) + itemBytes(1250, "Tam Ekmek"), plain(4) + itemBytes(1250, "#1 \"Su\""),
+                    plain(16, qint16(2)) + itemBytes(100, "A B") + itemBytes(200, "C")}));
+}
+
+void TestVelnoctlSale::everyCommandHasHelpWhoseExampleIsUnderstood()
+{
+    const QTemporaryDir folder;
+    Client list({u"commands"_s});
+    QCOMPARE(list.exitCode(), 0);
+    QByteArray script;
+    int count = 0;
+    for (const QByteArray &line : list.out.split('\n')) {
+        if (!line.startsWith("  ") || line.startsWith("   "))
+            continue; // a group's name, or the second line of a command
+        const QString name = QString::fromUtf8(line).simplified().section(u' ', 0, 0);
+        ++count;
+        Client help({u"help"_s, name});
+        QCOMPARE(help.exitCode(), 0);
+        QVERIFY2(help.out.startsWith("Usage: " + name.toUtf8()), help.out.constData());
+        QVERIFY2(help.out.contains("\nPrints: "), help.out.constData());
+        const QByteArray example = help.out.split('\n').at(help.out.count('\n') - 1);
+        QVERIFY2(example.startsWith("Example: " + name.toUtf8()), example.constData());
+        if (name != "run"_L1 && name != "shell"_L1 && name != "quit"_L1) // they have no place in a script
+            script += example.sliced(9) + '\n';
+    }
+    QVERIFY(count >= 39);
+    const QString file = fileWith(folder, script + "no-such-command\n");
+    Client client(target(freePort()) + QStringList{u"run"_s, file});
+    QCOMPARE(client.exitCode(), 64);
+    const QByteArray last = QByteArray::number(script.count('\n') + 1);
+    QVERIFY2(client.err.contains(":" + last + ": \"no-such-command\" is no command"), client.err.constData());
+}
+
+QTEST_GUILESS_MAIN(TestVelnoctlSale)
+#include "tst_velnoctl_sale.moc"

@@ -1,0 +1,30 @@
+#include "velnoctl/raw_commands.h"
+
+#include "velnoctl/answers.h"
+#include "velnoctl/numbers.h"
+#include "velnoctl/session.h"
+
+using namespace Qt::StringLiterals;
+
+namespace VelnoCtl {
+
+Answer sendRaw(Session &session, const QStringList &arguments)
+{
+    const QByteArray bytes = bytesFrom(arguments.first()).value_or(QByteArray());
+    const int size = int(bytes.size());
+    const int code = session.device().ask(velnoext_send_data, bytes.constData(), size);
+    return answer(code, u"sent %1 bytes"_s.arg(size), {{u"bytes"_s, size}});
+}
+
+Answer getRaw(Session &session, const QStringList &arguments)
+{
+    const QByteArray frame = bytesFrom(arguments.first()).value_or(QByteArray());
+    QByteArray plain(frame.size(), '\0'); // never longer than what holds it
+    int size = int(plain.size());
+    const int code =
+        session.device().ask(velnoext_get_data, frame.constData(), int(frame.size()), plain.data(), &size);
+    const QString hex = QString::fromLatin1(plain.first(code == 0 ? size : 0).toHex().toUpper());
+    return answer(code, hex, {{u"hex"_s, hex}});
+}
+
+} // namespace VelnoCtl
