@@ -1,6 +1,7 @@
 #include "tests/simulated_register.h"
 #include "tests/velnoctl_client.h"
 
+#include <QJsonArray>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -27,6 +28,12 @@ private slots:
     void pairingFails();
     void otherRegisterConnects();
     void eachRunPairs();
+    void marketsDay();
+    void marketsDayAsJson();
+    void aNewRegisterNeverMadeAReport();
+    void whatASaleContainsEndsTheScript_data();
+    void whatASaleContainsEndsTheScript();
+    void lostAnswerIsLookedUp();
 };
 
 namespace {
@@ -174,6 +181,106 @@ void TestVelnoctlRegister::eachRunPairs()
         QCOMPARE(client.exitCode(), 0);
         QVERIFY(!reg.waitFor(u"paired"_s).isEmpty());
     }
+}
+
+void TestVelnoctlRegister::marketsDay()
+{
+    const quint16 port = freePort();
+    SimulatedRegister reg(port, {u"--clock"_s, u"1795276800"_s});
+    for (const QByteArray z : {"1", "2"}) {
+        Client client(target(port) + QStringList{u"run"_s, QStringLiteral(VELNO_MARKET)});
+        QVERIFY2(client.exitCode() == 0, client.err.constData());
+        QVERIFY2(client.out.startsWith("logged in\nstate 1 (idle)\npaper present\nsection 1 \"GIDA\", "),
+                 client.out.constData());
+        QVERIFY2(client.out.contains("receipt " + z +
+                                     "/1: total 115.38 TL, tax 4.42 TL, cash 200.00 TL, card 0.00 TL, "
+                                     "change 84.62 TL, items 3\n"),
+                 client.out.constData());
+        QVERIFY2(client.out.contains("receipt " + z +
+                                     "/2: total 142.40 TL, tax 17.93 TL, cash 50.00 TL, card 92.40 TL, "
+                                     "change 0.00 TL, items 3\n"),
+                 client.out.constData());
+        QVERIFY2(client.out.contains("Z " + z + "\nZ report printed\nZ " + QByteArray::number(z.toInt() + 1) +
+                                     "\nlast Z 2026-11-21 19:00:"),
+                 client.out.constData());
+        QVERIFY(client.out.endsWith("\nlogged out\n"));
+        for (const char *const kind :
+             {"receipt", "receipt", "cancelled", "invoice", "slip", "x-report", "z-report"}) {
+            const QJsonObject printed = reg.waitFor(u"printed"_s);
+            QCOMPARE(printed.value(u"kind"_s).toString(), QLatin1String(kind));
+            QCOMPARE(printed.value(u"z"_s).toInt(), z.toInt());
+        }
+    }
+}
+
+void TestVelnoctlRegister::marketsDayAsJson()
+{
+    const quint16 port = freePort();
+    SimulatedRegister reg(port);
+    Client client(target(port) + QStringList{u"--json"_s, u"run"_s, QStringLiteral(VELNO_MARKET)});
+    QCOMPARE(client.exitCode(), 0);
+    QList<int> changes;
+    for (const QByteArray &line : client.out.trimmed().split('\n')) {
+        const QJsonObject result = object(line);
+        QVERIFY2(result.value(u"code"_s).toInt(-1) == 0, line.constData());
+        if (result.value(u"command"_s) == u"receipt"_s)
+            changes << result.value(u"totals"_s).toArray().last().toInt();
+    }
+    QCOMPARE(changes, (QList{8462, 0}));
+}
+
+void TestVelnoctlRegister::aNewRegisterNeverMadeAReport()
+{
+    const quint16 port = freePort();
+    SimulatedRegister reg(port);
+    Client client(target(port) + QStringList{u"last-z"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, "last Z never\n");
+}
+
+void TestVelnoctlRegister::whatASaleContainsEndsTheScript_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<int>("code");
+    QTest::newRow("item refused") << QByteArray("item 11111.01 Su\n") << 8;
+    QTest::newRow("items refused") << QByteArray("items 11111.02 Su + 1 Simit\n") << 8;
+    QTest::newRow("medical refused") << QByteArray("item 1 !refuse=medical\nmedical 5\n") << 8;
+    QTest::newRow("answer lost") << QByteArray("item 11111.20 Su\n") << 2;
+    QTest::newRow("wrong MAC") << QByteArray("item 11111.17 Su\n") << 11;
+    QTest::newRow("over the limit") << QByteArray("item 20000 Su\n") << 8;
+    QTest::newRow("sale still open") << QByteArray("z-report\n") << 8;
+    QTest::newRow("too much by card") << QByteArray("item 1 Su\npay card 2\nend-sale card\n") << 8;
+    QTest::newRow("second sale") << QByteArray("start-sale\n") << 6;
+    QTest::newRow("receipt still open") << QByteArray("sale-state\nreceipt\n") << 8;
+}
+
+void TestVelnoctlRegister::whatASaleContainsEndsTheScript()
+{
+    QFETCH(const QByteArray, line);
+    QFETCH(const int, code);
+    const QTemporaryDir folder;
+    const quint16 port = freePort();
+    SimulatedRegister reg(port);
+    const QString file = fileWith(folder, "start-sale\n" + line + "logout\n");
+    Client client(target(port) + QStringList{u"run"_s, file});
+    QVERIFY2(client.exitCode() == code, client.err.constData());
+    const QByteArray where = ":" + QByteArray::number(1 + line.count('\n')) + ": ";
+    QVERIFY2(client.err.contains(file.toUtf8() + where), client.err.constData());
+    QVERIFY(!client.out.contains("logged out"));
+}
+
+void TestVelnoctlRegister::lostAnswerIsLookedUp()
+{
+    const quint16 port = freePort();
+    SimulatedRegister reg(port);
+    Client selling(target(port) + QStringList{u"start-sale"_s, u"item"_s, u"11111.20"_s, u"Su"_s});
+    QCOMPARE(selling.exitCode(), 2);
+    QCOMPARE(selling.out, "sale started\n");
+    Client looking(target(port) + QStringList{u"sale-state"_s, u"cancel"_s, u"state"_s});
+    QCOMPARE(looking.exitCode(), 0);
+    QVERIFY2(looking.out.startsWith("receipt 1/1, register shows 1: total 11111.20 TL,"),
+             looking.out.constData());
+    QVERIFY(looking.out.endsWith(", items 1\nsale cancelled\nstate 1 (idle)\n"));
 }
 
 QTEST_GUILESS_MAIN(TestVelnoctlRegister)
