@@ -26,7 +26,7 @@ Till::Till(const QByteArray &serial, Clock clock)
 
 QString Till::open(const QString &journalFile)
 {
-    const QString problem = m_journal.open(journalFile);
+    QString problem = m_journal.open(journalFile);
     if (problem.isEmpty())
         m_day = m_journal.day();
     return problem;
