@@ -1,5 +1,6 @@
 #include "tests/test_support.h"
 
+#include <QNetworkProxy>
 #include <QRandomGenerator>
 #include <QTcpServer>
 
@@ -15,9 +16,11 @@ constexpr quint16 highest = 30'000;
 quint16 TestSupport::freePort()
 {
     constexpr int attempts = 1000;
+    QTcpServer server;
+    server.setProxy(QNetworkProxy::NoProxy);
     for (int i = 0; i < attempts; ++i) {
         const auto port = quint16(QRandomGenerator::system()->bounded(lowest, highest));
-        if (QTcpServer().listen(QHostAddress::Any, port))
+        if (server.listen(QHostAddress::Any, port))
             return port;
     }
     qFatal("no free port");
