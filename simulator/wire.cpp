@@ -175,7 +175,8 @@ void Wire::takeState(QAbstractSocket::SocketState state)
 void Wire::send(const QByteArray &bytes, int segment)
 {
     const qsizetype step = segment > 0 ? segment : bytes.size();
-    const qint64 gone = segment > 0 ? 0 : Velno::sendDirectly(m_socket, bytes.constData(), bytes.size());
+    const auto gone =
+        segment > 0 ? 0 : qsizetype(Velno::sendDirectly(m_socket, bytes.constData(), bytes.size()));
     for (qsizetype offset = gone; offset < bytes.size(); offset += step) {
         m_socket.write(bytes.mid(offset, step));
         m_socket.flush();

@@ -113,7 +113,7 @@ bool takeWholeFrame(const QTcpSocket &socket, QByteArray *payload)
     if (length > there - lengthSize)
         return false;
     receiveDirectly(socket, bytes.data(), lengthSize + length);
-    *payload = QByteArray(bytes.data() + lengthSize, length);
+    *payload = QByteArray(bytes.data() + lengthSize, qsizetype(length));
     return true;
 }
 
