@@ -27,6 +27,10 @@ private slots:
     void posFindsOutAboutItsReport_data();
     void posFindsOutAboutItsReport();
     void posOutlivesARegisterWithoutItsKeys();
+    void posCancelsASaleItNeverNoted();
+    void posLeavesASaleOfSomebodyElse();
+    void posLeavesPrintingToTheCashier_data();
+    void posLeavesPrintingToTheCashier();
     void posTakesATornLineOffItsBooks();
     void posRefusesBooksThatAreNone();
 };
@@ -346,6 +350,66 @@ void TestExamples::posOutlivesARegisterWithoutItsKeys()
                         "Ending: lines 1, total 10.00, cash 10.00, card 0.00, change 0.00\n"
                         "Sold: receipt 2 of Z 1\n"));
     QCOMPARE(shop.prints(), QStringList{u"receipt 2"_s});
+}
+
+void TestExamples::posCancelsASaleItNeverNoted()
+{
+    Shop shop;
+    shop.open();
+    QVERIFY(shop.says("Ready\n"));
+    QVERIFY(shop.reg->setFault(u"mute=sale-state"_s));
+    shop.type("item 10 1 1 Ekmek\n");
+    QVERIFY(shop.waitForCommand(u"sale-state"_s));
+    shop.kill();
+    QVERIFY(shop.reg->setFault(u"none"_s));
+    QCOMPARE(shop.books(), QByteArray());
+    QCOMPARE(shop.day("item 10 1 1 Ekmek\nend\n").exitCode, 0);
+    QCOMPARE(shop.books(), QByteArray("open 1 2\nclosed 1 2 1000 1000 0 0\n"));
+    QCOMPARE(shop.prints(), (QStringList{u"cancelled 1"_s, u"receipt 2"_s}));
+}
+
+void TestExamples::posLeavesASaleOfSomebodyElse()
+{
+    Shop shop;
+    QCOMPARE(shop.day("item 10 1 1 Ekmek\n").exitCode, 0);
+    QVERIFY(QFile::remove(shop.booksFile()));
+    const Outcome outcome = shop.day("cancel\n");
+    QCOMPARE(outcome.errors,
+             QByteArray("A sale is open that is none of this till: end it on the register.\n"));
+    QCOMPARE(outcome.exitCode, 6);
+    QCOMPARE(shop.prints(), QStringList());
+}
+
+void TestExamples::posLeavesPrintingToTheCashier_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<int>("printed"); // by the command and by the same once more
+    for (const char *fault : {"lost-answer", "power-cut", "close"}) {
+        const int first = qstrcmp(fault, "close") == 0 ? 0 : 1;
+        const QString name = QString::fromLatin1(fault);
+        QTest::addRow("slip, %s", fault)
+            << name + u"=print"_s << QByteArray("slip Afiyet olsun\n") << first + 1;
+        QTest::addRow("X report, %s", fault) << name + u"=report"_s << QByteArray("x\n") << first + 1;
+    }
+}
+
+void TestExamples::posLeavesPrintingToTheCashier()
+{
+    QFETCH(const QString, fault);
+    QFETCH(const QByteArray, line);
+    Shop shop;
+    shop.open();
+    QVERIFY(shop.says("Ready\n"));
+    QVERIFY(shop.reg->setFault(fault));
+    shop.type(line);
+    QVERIFY(shop.waitForCommand(u"login"_s)); // it has connected again
+    QVERIFY(shop.reg->setFault(u"none"_s));
+    shop.type(line);
+    const Outcome outcome = shop.close();
+    QCOMPARE(outcome.errors.count("Look whether it is printed"), 1);
+    QCOMPARE(outcome.output.count(": printed\n"), 1);
+    QTEST(int(shop.prints().size()), "printed");
 }
 
 void TestExamples::posTakesATornLineOffItsBooks()
