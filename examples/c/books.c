@@ -91,9 +91,9 @@ int noteOpen(Books *books, const VelnoReceiptRef *receipt)
 
 int noteClosed(Books *books, const VelnoReceiptRef *receipt, const VelnoEcrSaleTotals *totals)
 {
-    const long long *const values = totals->values;
     if (writeLine(books, "closed %d %d %lld %lld %lld %lld\n", receipt->first, receipt->second,
-                  values[totalToPay], values[paidInCash], values[paidByCard], values[changeGiven]) != 0)
+                  totals->values[totalToPay], totals->values[paidInCash], totals->values[paidByCard],
+                  totals->values[changeGiven]) != 0)
         return -1;
     books->open = none;
     books->closed = *receipt;
