@@ -85,6 +85,7 @@ private slots:
     void textsThatAnEncodingLacksAreRefused_data();
     void textsThatAnEncodingLacksAreRefused();
     void slipNeedsNoRegisterBeforeItIsPrinted();
+    void nextSlipBeginsWithItsOwnEncoding();
     void rawBytesGoThere();
     void rawBytesComeBack();
     void scriptsQuoteNames();
@@ -572,6 +573,16 @@ void TestVelnoctlSale::slipNeedsNoRegisterBeforeItIsPrinted()
     QCOMPARE(client.exitCode(), 4);
     QVERIFY2(client.err.contains(velnoext_detail_text(0x413)), client.err.constData());
     QVERIFY(!client.err.contains("waiting"));
+}
+
+void TestVelnoctlSale::nextSlipBeginsWithItsOwnEncoding()
+{
+    Device device;
+    device.answers = {{13, yes}};
+    device.meet();
+    Client client(target(device.port) + wordsOf(u"encoding ISO-8859-1 text a print text \u20BA"_s));
+    QCOMPARE(client.exitCode(), 8); // not that the letter cannot be written
+    QCOMPARE(device.codes(), QList{13});
 }
 
 void TestVelnoctlSale::rawBytesGoThere()

@@ -85,7 +85,10 @@ Answer feed(Session &session, const QStringList &arguments)
 Answer printSlip(Session &session, const QStringList &arguments)
 {
     const bool flag = arguments.first() == "yes"_L1;
-    return answer(session.device().command(velnoext_print_slip, flag), u"slip printed"_s);
+    const int code = session.device().command(velnoext_print_slip, flag);
+    if (code == 0)
+        session.remembered().encoding.clear(); // the next slip begins with its own
+    return answer(code, u"slip printed"_s);
 }
 
 Answer xReport(Session &session, const QStringList &)
