@@ -2,6 +2,7 @@
 
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3_util.h"
+#include "simulator/foreign_certificate.h"
 #include "simulator/frame_faults.h"
 #include "simulator/message_body.h"
 
@@ -152,12 +153,8 @@ void PairingResponder::prepareSession()
 QByteArray PairingResponder::bodyUnderFaults(MessageTag kind)
 {
     MessageBody body(GMP3::prepare(kind, true, m_serial.constData()));
-    if (m_faults.has(Fault::WrongAuthority)) {
-        const QByteArray publicKey = body.value(fieldTag(ResponderPublicKey));
-        body.replace(fieldTag(Certificate), foreignCredentials().certificate);
-        body.replace(fieldTag(Signature),
-                     GMP3::rsassa_pkcs1v15_sha256_sign(publicKey, foreignCredentials().privateKey));
-    }
+    if (m_faults.has(Fault::WrongAuthority) && body.contains(fieldTag(Certificate)))
+        body.replace(fieldTag(Certificate), underForeignAuthority(body.value(fieldTag(Certificate))));
     if (m_faults.has(Fault::BadSignature))
         body.replace(fieldTag(Signature), withOneBitWrong(body.value(fieldTag(Signature))));
     if (m_faults.has(Fault::SmallDhKey))
@@ -165,13 +162,6 @@ QByteArray PairingResponder::bodyUnderFaults(MessageTag kind)
     if (const QByteArray code = m_faults.resultCode(stepOf(kind)); !code.isEmpty())
         body.replace(fieldTag(ResultCode), code);
     return body.toBytes();
-}
-
-const Credentials &PairingResponder::foreignCredentials()
-{
-    if (m_foreign.certificate.isEmpty())
-        m_foreign = makeForeignCredentials();
-    return m_foreign;
 }
 
 QByteArray PairingResponder::frame(bool response, MessageTag kind, const QByteArray &body) const

@@ -3,7 +3,6 @@
 #include "ExtDevice/gmp3/match_ext.h"
 #include "ExtDevice/gmp3/tags.h"
 #include "simulator/faults.h"
-#include "simulator/foreign_credentials.h"
 
 #include <QString>
 
@@ -59,14 +58,12 @@ private:
     std::optional<QByteArray> misleadingFrame(Velno::GMP::MessageTag kind);
     void prepareSession();
     QByteArray bodyUnderFaults(Velno::GMP::MessageTag kind);
-    const Credentials &foreignCredentials();
     QByteArray frame(bool response, Velno::GMP::MessageTag kind, const QByteArray &body) const;
 
     QByteArray m_serial;
     QString m_credentialsFolder;
     QByteArray m_appHash;
     const Faults &m_faults;
-    Credentials m_foreign; ///< made when first needed
     int m_answeredStep = 0;
     int m_misleadingFrames = 0;
 };

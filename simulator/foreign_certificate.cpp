@@ -1,4 +1,4 @@
-#include "simulator/foreign_credentials.h"
+#include "simulator/foreign_certificate.h"
 
 #include "ExtDevice/openssl_ptr.h"
 
@@ -12,9 +12,10 @@ namespace {
 
 constexpr long validity = 365L * 24 * 60 * 60; // seconds
 
-PkeyPtr makeKey()
+X509Ptr parse(const QByteArray &certificate)
 {
-    return PkeyPtr{EVP_PKEY_Q_keygen(nullptr, nullptr, "RSA", size_t(2048))};
+    const BioPtr bio{BIO_new_mem_buf(certificate.constData(), int(certificate.size()))};
+    return X509Ptr{bio ? PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr) : nullptr};
 }
 
 bool addCommonName(X509_NAME *name, const QByteArray &text)
@@ -36,31 +37,27 @@ X509Ptr issueCertificate(EVP_PKEY *key, EVP_PKEY *issuerKey)
     return made ? std::move(certificate) : nullptr;
 }
 
-template <typename Write>
-QByteArray pem(Write write)
+QByteArray pem(X509 *certificate)
 {
     const BioPtr bio{BIO_new(BIO_s_mem())};
-    if (!bio || write(bio.get()) != 1)
+    if (!bio || PEM_write_bio_X509(bio.get(), certificate) != 1)
         return {};
     char *data = nullptr;
     const long size = BIO_get_mem_data(bio.get(), &data);
-    return QByteArray(data, size);
+    return QByteArray(data, qsizetype(size));
 }
 
 } // namespace
 
-Credentials makeForeignCredentials()
+QByteArray underForeignAuthority(const QByteArray &certificate)
 {
-    const PkeyPtr issuerKey = makeKey();
-    const PkeyPtr key = makeKey();
-    if (!issuerKey || !key)
+    const X509Ptr own = parse(certificate);
+    EVP_PKEY *key = own ? X509_get0_pubkey(own.get()) : nullptr; // lent
+    const PkeyPtr issuerKey{EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", "P-256")};
+    if (!key || !issuerKey)
         return {};
-    const X509Ptr certificate = issueCertificate(key.get(), issuerKey.get());
-    if (!certificate)
-        return {};
-    return {pem([&](BIO *bio) { return PEM_write_bio_X509(bio, certificate.get()); }), pem([&](BIO *bio) {
-                return PEM_write_bio_PrivateKey(bio, key.get(), nullptr, nullptr, 0, nullptr, nullptr);
-            })};
+    const X509Ptr foreign = issueCertificate(key, issuerKey.get());
+    return foreign ? pem(foreign.get()) : QByteArray();
 }
 
 } // namespace Simulator
