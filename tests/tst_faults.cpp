@@ -2,7 +2,9 @@
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "pairing/gmp3ui.h"
 #include "simulator/faults.h"
+#include "simulator/foreign_certificate.h"
 #include "tests/simulated_register.h"
+#include "tests/test_authority.h"
 #include "tests/test_support.h"
 
 #include <QComboBox>
@@ -29,6 +31,7 @@ class TestFaults : public QObject
 private slots:
     void initTestCase();
     void everyFaultHasARow();
+    void theForeignAuthorityKeepsTheKey();
     void theToolAnswersWithTheFaultsCode_data() { addRows(); }
     void theToolAnswersWithTheFaultsCode();
     void oneByteSegmentsDoNoHarm();
@@ -150,6 +153,18 @@ void TestFaults::everyFaultHasARow()
             rows, [&](const Row &row) { return QByteArray(row.fault).split('=').first() == fault.name; });
         QVERIFY2(tested, fault.name);
     }
+}
+
+// The signature stays right, so that nothing but the authority is wrong.
+void TestFaults::theForeignAuthorityKeepsTheKey()
+{
+    const auto [certificate, key] = TestSupport::developmentRegister();
+    const QByteArray foreign = Simulator::underForeignAuthority(certificate);
+    QVERIFY(foreign != certificate);
+    const QByteArray signature = GMP3::rsassa_pkcs1v15_sha256_sign("signed", key);
+    QVERIFY(GMP3::rsassa_pkcs1v15_sha256_verify(foreign, "signed", signature));
+    QVERIFY(!GMP3::rsassa_pkcs1v15_sha256_verify(foreign, "forged", signature));
+    QVERIFY(Simulator::underForeignAuthority("no certificate").isEmpty());
 }
 
 void TestFaults::theToolAnswersWithTheFaultsCode()
