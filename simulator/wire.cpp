@@ -3,6 +3,7 @@
 #include "ExtDevice/network/direct_io.h"
 
 #include <QNetworkProxy>
+#include <QThread>
 #include <QtEndian>
 
 #include <algorithm>
@@ -18,10 +19,7 @@ namespace Simulator {
 
 namespace {
 
-constexpr int attemptsAtOnce = 8; // to connect again where somebody has just listened
-constexpr int shortestWait = 1;   // ms between two attempts to connect
-constexpr int longestWait = 100;  // ms
-constexpr int lengthSize = 2;     // a frame begins with the number of bytes that follow
+constexpr int lengthSize = 2; // a frame begins with the number of bytes that follow
 constexpr int longestFrame = 4096;
 constexpr int commandLengthSize = 4;
 constexpr int longestCommandFrame = lengthSize + 65535;
@@ -57,6 +55,19 @@ void watchForVanishing(qintptr descriptor)
     set(IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledged);
 }
 
+constexpr int attemptsAtOnce = 8;
+constexpr int mostCounted = 1000; // attempts to connect; from then on nothing changes
+
+/** ms between two attempts to connect: where somebody has just listened, somebody will listen again soon. */
+int waitBefore(int attempt)
+{
+    constexpr int quickAttempts = 100;
+    constexpr int longestWait = 100;
+    if (attempt < attemptsAtOnce)
+        return 0;
+    return std::clamp(attempt - quickAttempts, 1, longestWait);
+}
+
 } // namespace
 
 Wire::Wire(QObject *parent)
@@ -65,7 +76,8 @@ Wire::Wire(QObject *parent)
     m_socket.setProxy(QNetworkProxy::NoProxy);
     m_socket.setReadBufferSize(mostUnread);
     m_retry.setSingleShot(true);
-    connect(&m_retry, &QTimer::timeout, this, &Wire::connectNow);
+    m_retry.setTimerType(Qt::PreciseTimer);
+    connect(&m_retry, &QTimer::timeout, this, &Wire::connectAgain);
     connect(&m_socket, &QTcpSocket::connected, this, &Wire::takeConnection);
     connect(&m_socket, &QTcpSocket::readyRead, this, &Wire::takeBytes);
     connect(&m_socket, &QTcpSocket::stateChanged, this, &Wire::takeState);
@@ -76,7 +88,7 @@ void Wire::start(const QString &host, quint16 port, const QByteArray &greeting)
     m_greeting = greeting;
     m_host = host;
     m_port = port;
-    m_wait = shortestWait;
+    m_attempt = 0;
     m_stopped = false;
     connectNow();
 }
@@ -86,6 +98,15 @@ void Wire::stop()
     m_stopped = true;
     m_retry.stop();
     drop(u"stopped"_s);
+}
+
+void Wire::connectAgain()
+{
+    // Shorter than a timer can be: on a busy core it lets the other side come to listen.
+    constexpr int nap = 100; // µs
+    if (m_attempt > 1 && m_attempt <= attemptsAtOnce)
+        QThread::usleep(nap);
+    connectNow();
 }
 
 void Wire::connectNow()
@@ -141,7 +162,7 @@ bool Wire::takeFrame()
         return false;
     const QByteArray frame = m_received.first(prefix + length);
     m_received.remove(0, frame.size());
-    m_wait = -attemptsAtOnce; // the other side is there, and a pairing needs more connections than one
+    m_attempt = 0; // the other side is there, and a pairing needs more connections than one
     emit frameReceived(command ? frame.sliced(prefix) : frame);
     return true;
 }
@@ -164,10 +185,8 @@ void Wire::takeState(QAbstractSocket::SocketState state)
     if (state != QAbstractSocket::UnconnectedState)
         return;
     // Scheduled first: whoever hears of the end may stop the wire.
-    if (!m_stopped) {
-        m_retry.start(std::max(m_wait, 0));
-        m_wait = m_wait < 0 ? m_wait + 1 : std::clamp(2 * m_wait, shortestWait, longestWait);
-    }
+    if (!m_stopped)
+        m_retry.start(waitBefore(std::exchange(m_attempt, std::min(m_attempt + 1, mostCounted))));
     if (std::exchange(m_connected, false))
         emit disconnected(m_reason);
 }

@@ -25,7 +25,7 @@ public:
     explicit Wire(QObject *parent = nullptr);
 
     /**
-     * Connects, and again after every end of a connection: at once at first, then up to 100 ms later.
+     * Connects, and again after every end of a connection: after 0.1 ms at first, then up to 100 ms later.
      *
      * @param greeting  what this side says first on every connection; may be empty
      */
@@ -59,6 +59,7 @@ signals:
 
 private:
     void connectNow();
+    void connectAgain();
     void takeConnection();
     void takeBytes();
     bool takeFrame();
@@ -73,7 +74,7 @@ private:
     Purpose m_purpose = Purpose::Unknown;
     bool m_paused = false;
     QString m_reason;
-    int m_wait = 0;
+    int m_attempt = 0; ///< to connect, since the other side was last heard
     bool m_connected = false;
     bool m_stopped = true;
 };
