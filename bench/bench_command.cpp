@@ -5,11 +5,11 @@
 #include "bench/hop_client.h"
 #include "bench/pin_to_core.h"
 #include "bench/ratio_reporter.h"
+#include "bench/register_process.h"
 #include "bench/tls_echo.h"
 
 #include <QCoreApplication>
 #include <QProcess>
-#include <QTcpServer>
 
 #include <chrono>
 #include <cstdlib>
@@ -76,13 +76,6 @@ bool countAllocations()
     return allocations <= mostAllocations;
 }
 
-quint16 freePort()
-{
-    QTcpServer server;
-    require(server.listen(QHostAddress::LocalHost, 0), "no free port");
-    return server.serverPort();
-}
-
 void startTlsEcho(QProcess &process)
 {
     const quint16 port = freePort();
@@ -92,46 +85,6 @@ void startTlsEcho(QProcess &process)
     BareSocket::connectTo(port); // returns when it listens
     tlsClient = std::make_unique<TlsEchoClient>(port, authority);
 }
-
-/** A simulated register that looks for the application on a port of this machine. */
-class SimulatedRegister
-{
-public:
-    explicit SimulatedRegister(const char *serialNo)
-        : m_serialNo(serialNo)
-        , m_port(freePort())
-    {
-        m_process.setStandardOutputFile(QProcess::nullDevice());
-        m_process.setStandardErrorFile(QProcess::nullDevice());
-        m_process.start(QStringLiteral(VELNO_REGISTER),
-                        {QStringLiteral("--serial"), QString::fromLatin1(serialNo),
-                         QStringLiteral("--connect"), QStringLiteral("127.0.0.1:%1").arg(m_port)});
-        require(m_process.waitForStarted(), "velno-register did not start");
-    }
-
-    ~SimulatedRegister()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-    SimulatedRegister(const SimulatedRegister &) = delete;
-    SimulatedRegister &operator=(const SimulatedRegister &) = delete;
-
-    /** Connects the library to it and pairs. */
-    void connectLibrary() const
-    {
-        require(velnoext_initialize(5, m_serialNo, "127.0.0.1", m_port, timeout) == 0,
-                "velno-register did not connect");
-    }
-
-    quint16 port() const { return m_port; }
-
-private:
-    const char *m_serialNo;
-    quint16 m_port;
-    QProcess m_process;
-};
 
 } // namespace
 
@@ -144,13 +97,13 @@ int main(int argc, char **argv)
 
     QProcess tls;
     startTlsEcho(tls);
-    const SimulatedRegister forHops("UB0000000002");
-    forHops.connectLibrary(); // which pairs; the two hops go on with its keys
+    const RegisterProcess forHops("UB0000000002");
+    forHops.connectLibrary(5); // which pairs; the two hops go on with its keys
     const Velno::GMP::MatchExt record = Velno::Ext::activeRecord();
     velnoext_close();
     hopClient = std::make_unique<HopClient>(record, forHops.port());
-    const SimulatedRegister forLibrary("UB0000000001");
-    forLibrary.connectLibrary();
+    const RegisterProcess forLibrary("UB0000000001");
+    forLibrary.connectLibrary(5);
 
     const bool frugal = countAllocations();
     const int result =
