@@ -1,11 +1,13 @@
 #pragma once
 
+#include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/velnoext.h"
 #include "tests/hand_made_device.h"
 
 #include <QDataStream>
 #include <QIODevice>
 #include <QObject>
+#include <QTest>
 
 QT_FORWARD_DECLARE_CLASS(QTcpSocket)
 
@@ -34,6 +36,28 @@ int connectPaired(HandMadeDevice &device, const char *name = serial, unsigned in
 
 /** The active register's; touch it on its own thread alone. */
 QTcpSocket *connection();
+
+/**
+ * A call that needs a register gives 1 without keys for it and 2 without a connection; it sends and writes
+ * nothing.
+ *
+ * @param run  makes the call, with `out` for what it may write
+ */
+template <typename Run, typename Outputs>
+void checkNothingWorksUnprepared(const Run &run, Outputs out)
+{
+    QCOMPARE(run(out), 1);
+    HandMadeDevice device;
+    QCOMPARE(connectPaired(device), 0);
+    Velno::Ext::library().activeDevice = otherSerial;
+    QCOMPARE(run(out), 1);
+    Velno::Ext::library().activeDevice = serial;
+    Velno::Ext::closeConnection(); // and stays active
+    QCOMPARE(run(out), 2);
+    QCOMPARE(velnoext_error_detail(), 0);
+    QVERIFY(out.untouched());
+    QVERIFY(device.commands().isEmpty());
+}
 
 /** Tests that use the library in this process: each leaves it as if it had never been used. */
 class LibraryTest : public QObject

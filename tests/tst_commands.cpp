@@ -8,6 +8,7 @@
 #include "simulator/faults.h"
 #include "simulator/fiscal_model.h"
 #include "tests/peer.h"
+#include "tests/refusal_check.h"
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
 
@@ -680,14 +681,7 @@ void TestCommands::hostileFramesAreRefused()
 {
     QFETCH(const QByteArray, bytes);
     QFETCH(const QString, reason);
-    Peer peer;
-    SimulatedRegister reg(peer.port());
-    QVERIFY(peer.accept());
-    QVERIFY(peer.send(bytes));
-    const QString given = reg.waitFor(u"refused"_s).value(u"reason"_s).toString();
-    QVERIFY2(given.contains(reason), qPrintable(given));
-    QVERIFY(peer.waitForClose());
-    QVERIFY(peer.accept()); // it goes on
+    TestSupport::checkRefused(bytes, reason);
 }
 
 void TestCommands::hostileCommandsAreRefused_data()

@@ -232,19 +232,7 @@ void TestPayment::nothingWorksUnprepared_data()
 void TestPayment::nothingWorksUnprepared()
 {
     QFETCH(const QString, name);
-    const Call call = callNamed(name);
-    Outputs out;
-    QCOMPARE(call.run(out), 1);
-    HandMadeDevice device;
-    QCOMPARE(connectPaired(device), 0);
-    library().activeDevice = otherSerial;
-    QCOMPARE(call.run(out), 1);
-    library().activeDevice = serial;
-    closeConnection(); // and stays active
-    QCOMPARE(call.run(out), 2);
-    QCOMPARE(velnoext_error_detail(), 0);
-    QVERIFY(out.untouched());
-    QVERIFY(device.commands().isEmpty());
+    TestSupport::checkNothingWorksUnprepared(callNamed(name).run, Outputs());
 }
 
 void TestPayment::goodCallsReachTheRegister_data()

@@ -3,6 +3,7 @@
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "simulator/faults.h"
 #include "tests/peer.h"
+#include "tests/refusal_check.h"
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
 
@@ -412,14 +413,7 @@ void TestRegister::hostilePeersAreRefused()
 {
     QFETCH(const QByteArray, bytes);
     QFETCH(const QString, reason);
-    Peer peer;
-    SimulatedRegister reg(peer.port());
-    QVERIFY(peer.accept());
-    QVERIFY(peer.send(bytes));
-    const QString given = reg.waitFor(u"refused"_s).value(u"reason"_s).toString();
-    QVERIFY2(given.contains(reason), qPrintable(given));
-    QVERIFY(peer.waitForClose());
-    QVERIFY(peer.accept()); // it goes on
+    TestSupport::checkRefused(bytes, reason);
 }
 
 void TestRegister::ipv6TargetsWork()

@@ -242,19 +242,7 @@ void TestSale::nothingWorksUnprepared_data()
 void TestSale::nothingWorksUnprepared()
 {
     QFETCH(const QString, name);
-    const Call call = callNamed(name);
-    Outputs out;
-    QCOMPARE(call.run(out), 1);
-    HandMadeDevice device;
-    QCOMPARE(connectPaired(device), 0);
-    library().activeDevice = otherSerial;
-    QCOMPARE(call.run(out), 1);
-    library().activeDevice = serial;
-    closeConnection(); // and stays active
-    QCOMPARE(call.run(out), 2);
-    QCOMPARE(velnoext_error_detail(), 0);
-    QVERIFY(out.untouched());
-    QVERIFY(device.commands().isEmpty());
+    TestSupport::checkNothingWorksUnprepared(callNamed(name).run, Outputs());
 }
 
 void TestSale::goodCallsReachTheRegister_data()
