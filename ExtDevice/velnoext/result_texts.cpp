@@ -38,7 +38,8 @@ constexpr std::array results{
         "A value that was passed is not valid.\n"
         "Cause: it is outside what the function takes; velnoext_error_detail() names it. With detail 0 "
         "the address is no IP address, a length is negative, or the room for the result is too small.\n"
-        "Cure: correct the value and call again; nothing was changed."},
+        "Cure: correct the value, or make the room larger, and call again; the register has changed "
+        "nothing."},
     ResultText{ReplyUnreadable, "reply-unreadable",
                "The register's answer cannot be read.\n"
                "Cause: it is authentic but holds less than the command promises: the register's software "
