@@ -59,6 +59,21 @@ void checkNothingWorksUnprepared(const Run &run, Outputs out)
     QVERIFY(device.commands().isEmpty());
 }
 
+/** A call with a missing pointer gives 3 and the detail, but only behind the checks that give 1 and 2. */
+template <typename Run>
+void checkMissingPointerIsNamed(const Run &run, int detail)
+{
+    QCOMPARE(run(), 1); // not paired comes first
+    HandMadeDevice device;
+    QCOMPARE(connectPaired(device), 0);
+    QCOMPARE(run(), 3);
+    QCOMPARE(velnoext_error_detail(), detail);
+    QVERIFY(device.commands().isEmpty());
+    Velno::Ext::closeConnection();
+    QCOMPARE(run(), 2); // and so does the connection
+    QCOMPARE(velnoext_error_detail(), 0);
+}
+
 /** Tests that use the library in this process: each leaves it as if it had never been used. */
 class LibraryTest : public QObject
 {
