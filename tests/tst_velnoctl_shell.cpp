@@ -26,6 +26,7 @@ private slots:
     void connectsAgain();
     void ends_data();
     void ends();
+    void endsAfterTheCommandUnderWay();
     void isInterruptedWhileARegisterIsSilent();
 };
 
@@ -149,6 +150,20 @@ void TestVelnoctlShell::ends()
     QVERIFY(terminal.waitFor("velnoctl> "));
     terminal.type(keys);
     QCOMPARE(terminal.waitForExit(), code);
+    QVERIFY(terminal.isAsBefore());
+}
+
+void TestVelnoctlShell::endsAfterTheCommandUnderWay()
+{
+    Device device;
+    device.answers = {{12, plain(true, 4)}};
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("waiting for UB1234567890"));
+    terminal.type("\x04"); // Ctrl-D
+    device.meet();
+    QCOMPARE(terminal.waitForExit(), 0);
+    QVERIFY(terminal.shown().contains("Z 4"));
     QVERIFY(terminal.isAsBefore());
 }
 

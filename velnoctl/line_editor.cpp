@@ -50,6 +50,8 @@ LineEditor::LineEditor(int stop, const QStringList &names)
     // The narrow twin of this call never frees its copies of the two texts.
     el_wset(editLine, EL_ADDFN, L"velnoctl-complete", L"Completes the name of a command", complete);
     el_set(editLine, EL_BIND, "^I", "velnoctl-complete", nullptr);
+    // What Ctrl-D becomes when it is typed while a command is under way, before keys are read one by one.
+    el_set(editLine, EL_BIND, "^@", "em-delete-or-list", nullptr);
     el_set(editLine, EL_GETCFN, readCharacter);
     el_source(editLine, nullptr);
 }
