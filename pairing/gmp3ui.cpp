@@ -65,6 +65,18 @@ void closeSession()
     velno_network_disconnect(std::exchange(Velno::GMP::connection_handle, 0U));
 }
 
+/**
+ * While it lives, the pool may start one thread more than it has: this one does little but wait. Qt paints
+ * with threads of the same pool, and on a computer with one core it would have none left for the window.
+ */
+class WaitingThread
+{
+public:
+    WaitingThread() { QThreadPool::globalInstance()->releaseThread(); }
+    ~WaitingThread() { QThreadPool::globalInstance()->reserveThread(); }
+    Q_DISABLE_COPY_MOVE(WaitingThread)
+};
+
 } // namespace
 
 Gmp3UI::Gmp3UI(QWidget *parent)
@@ -221,6 +233,7 @@ void Gmp3UI::end()
 void Gmp3UI::exchangeKey(Device device, QString serialNo, QString applicationNo, QString terminalId,
                          QByteArray applicationHash)
 {
+    const WaitingThread waiting;
     setButtonsEnabled(false);
 
     Velno::GMP::MatchExt record;
@@ -241,6 +254,7 @@ void Gmp3UI::exchangeKey(Device device, QString serialNo, QString applicationNo,
 /** Runs on a thread of the global pool. The register must come to the address that the form names. */
 void Gmp3UI::testDevice(Device device, QString serialNo, QString applicationNo, QString terminalId)
 {
+    const WaitingThread waiting;
     setButtonsEnabled(false);
     if (terminalId.endsWith(tsmSuffix))
         device.first = tsmAddress;

@@ -7,6 +7,7 @@
 #include <QNetworkInterface>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSemaphore>
 #include <QSettings>
 #include <QSignalSpy>
@@ -14,6 +15,7 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <thread>
@@ -119,6 +121,7 @@ private slots:
 
     void failedPairingShowsItsCode();
     void secondClickIsPartOfTheFirst();
+    void paintsWhileAPairingWaits();
     void closingWaitsForTheRunningPairing();
     void pairsWithARegister_data();
     void pairsWithARegister();
@@ -692,6 +695,25 @@ void TestWindow::secondClickIsPartOfTheFirst()
     peer.join();
     window.pair(); // the next one counts again
     QCOMPARE(window.status(), u"Port geçerli değil."_s);
+}
+
+void TestWindow::paintsWhileAPairingWaits()
+{
+    QThreadPool *const pool = QThreadPool::globalInstance();
+    const auto restore =
+        qScopeGuard([pool, count = pool->maxThreadCount()] { pool->setMaxThreadCount(count); });
+    pool->setMaxThreadCount(1); // as on a computer with one core; Qt paints with the same threads
+    Window window;
+    window.fill(m_application);
+    const quint16 port = window.port();
+    window.show();
+    window.pair();
+    QTRY_VERIFY(window.buttonsDisabled());
+    window.grab();
+    QCoreApplication::processEvents();
+    QCOMPARE(window.status(), u"Cihazda eşlemeyi başlatabilirsiniz."_s);
+    connectAndLeave(port);
+    QTRY_VERIFY(window.buttonsEnabled());
 }
 
 void TestWindow::closingWaitsForTheRunningPairing()
