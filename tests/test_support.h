@@ -15,7 +15,7 @@ inline QByteArray hex(const char *digits)
     return QByteArray::fromHex(digits);
 }
 
-/** A TCP port that nobody listens on at this moment. */
+/** A TCP port that nobody listens on at this moment, and that no other test program is given. */
 quint16 freePort();
 
 /** Collects what the engine logs on standard output while it lives. */
