@@ -1,6 +1,7 @@
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
 
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -22,6 +23,7 @@ private slots:
     void posSellsAndReports();
     void posExplainsWhatItIsRefused();
     void posEntersTheSaleAgainAfterACut();
+    void posPaysOnceWhatItCannotSee();
     void posFindsOutHowItsLastSaleEnded_data();
     void posFindsOutHowItsLastSaleEnded();
     void posFindsOutAboutItsReport_data();
@@ -263,6 +265,21 @@ void TestExamples::posEntersTheSaleAgainAfterACut()
                                       "closed 1 3 3000 3000 0 0\n"));
 }
 
+/** The look behind the payment is refused, once. */
+void TestExamples::posPaysOnceWhatItCannotSee()
+{
+    Shop shop;
+    const Outcome outcome = shop.day("item 20 1 1 !refuse=sale-state\ncash 5\nagain\nend card\n");
+    QVERIFY2(outcome.errors.startsWith("Looking what became of it failed: refused (8)\n"),
+             outcome.errors.constData());
+    QCOMPARE(outcome.errors.count("Type: again"), 1);
+    QCOMPARE(outcome.output, QByteArray("Ready\n"
+                                        "Item: lines 1, total 20.00, cash 0.00, card 0.00, change 0.00\n"
+                                        "Going on: lines 1, total 20.00, cash 5.00, card 0.00, change 0.00\n"
+                                        "Ending: lines 1, total 20.00, cash 5.00, card 15.00, change 0.00\n"
+                                        "Sold: receipt 1 of Z 1\n"));
+}
+
 void TestExamples::posFindsOutHowItsLastSaleEnded_data()
 {
     QTest::addColumn<QString>("command");
@@ -437,6 +454,11 @@ void TestExamples::posRefusesBooksThatAreNone()
     QCOMPARE(outcome.exitCode, 64);
     QVERIFY2(outcome.errors.endsWith("line 2: not a line of the books\n"), outcome.errors.constData());
     QCOMPARE(shop.books(), QByteArray("open 1 1\nDear diary\n"));
+
+    QVERIFY(file.remove() && QDir().mkdir(shop.booksFile()));
+    const Outcome folder = shop.day("quit\n");
+    QCOMPARE(folder.exitCode, 64);
+    QVERIFY2(folder.errors.endsWith(": cannot be used: Is a directory\n"), folder.errors.constData());
 }
 
 QTEST_GUILESS_MAIN(TestExamples)

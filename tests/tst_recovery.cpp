@@ -31,6 +31,9 @@ private slots:
     void busyRegisterIsWaitedFor();
     void refusalLeavesTheSaleAsItWas();
     void refusedReceiptIsNotTakenForCancelled();
+    void stepIsNotRepeatedUnseen_data();
+    void stepIsNotRepeatedUnseen();
+    void refusedStepIsNotRepeatedUnseen();
     void dyingRegisterIsGivenUpAndComesBack();
     void absentRegisterIsGivenUp();
     void paymentBySomebodyElseIsNoticed();
@@ -454,6 +457,61 @@ void TestRecovery::refusedReceiptIsNotTakenForCancelled()
     shop.close();
     QCOMPARE(shop.receipts.size(), 2);
     QCOMPARE(shop.closed().size(), 2);
+}
+
+void TestRecovery::stepIsNotRepeatedUnseen_data()
+{
+    QTest::addColumn<QStringList>("faults");
+    QTest::addColumn<bool>("isPayment");
+    QTest::addColumn<int>("code"); // of the look
+    const QString silence = u"refuse=sale-state"_s;
+    QTest::newRow("payment") << QStringList{silence} << true << 8;
+    QTest::newRow("item, answer lost") << QStringList{silence, u"lost-answer=item"_s} << false << 8;
+    QTest::newRow("item, no look authentic") << QStringList{u"bad-mac"_s} << false << 11;
+}
+
+/** What became of it nobody can see for a while. */
+void TestRecovery::stepIsNotRepeatedUnseen()
+{
+    QFETCH(const QStringList, faults);
+    QFETCH(const bool, isPayment);
+    QFETCH(const int, code);
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QCOMPARE(addOne<1250>(sale), 0);
+    for (const QString &fault : faults)
+        QVERIFY(shop.reg.setFault(fault));
+    QCOMPARE(isPayment ? salePay(sale, 0, 500) : addOne<2000>(sale), code);
+    QCOMPARE(saleGoOn(sale), code);
+    QCOMPARE(sale->sent, 1);
+    QVERIFY(shop.reg.setFault(u"none"_s));
+    QCOMPARE(saleGoOn(sale), 0);
+    QCOMPARE(sale->sent, 0);
+    QCOMPARE(told(sale->totals, paidInCash), isPayment ? 500 : 0);
+    QCOMPARE(saleEnd(sale, 0), 0);
+    shop.close();
+    QCOMPARE(shop.closed().size(), 1);
+    QCOMPARE(shop.closed().first().lines,
+             isPayment ? QStringList{u"Ekmek"_s} : (QStringList{u"Ekmek"_s, u"Ayran"_s}));
+}
+
+void TestRecovery::refusedStepIsNotRepeatedUnseen()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QCOMPARE(addOne<1250>(sale), 0);
+    QVERIFY(shop.reg.setFault(u"refuse=sale-state"_s));
+    QCOMPARE(salePay(sale, 1, 1251), 8); // by card, more than there is to pay
+    QCOMPARE(sale->sent, 1);             // the look was refused, too
+    QVERIFY(shop.reg.setFault(u"none"_s));
+    QCOMPARE(saleGoOn(sale), 8);
+    QCOMPARE(sale->sent, 0);
+    QCOMPARE(sale->count, sale->taken);
+    QCOMPARE(saleEnd(sale, 0), 0);
 }
 
 void TestRecovery::dyingRegisterIsGivenUpAndComesBack()

@@ -165,8 +165,8 @@ static int noteEnd(Till *till)
 static int settle(Till *till, const char *what, int code)
 {
     const Sale *const sale = &till->sale;
-    explain(what, code);
-    if (leavesOpen(code))
+    explain(sale->sent && !leavesOpen(code) ? "Looking what became of it" : what, code);
+    if (sale->sent || leavesOpen(code))
         fprintf(stderr, "It is not known whether the register did it. Type: again\n"
                         "If that does not help, quit and start this program anew.\n");
     if (code == 0 && sale->status != SaleCancelled)
@@ -496,8 +496,10 @@ int main(int argc, char **argv)
     }
     code = openBooks(&till.books, argv[4]);
     if (code != 0) {
-        fprintf(stderr, code > 0 ? "%s, line %d: not a line of the books\n" : "%s: cannot be used (%d)\n",
-                argv[4], code > 0 ? code : errno);
+        if (code > 0)
+            fprintf(stderr, "%s, line %d: not a line of the books\n", argv[4], code);
+        else
+            fprintf(stderr, "%s: cannot be used: %s\n", argv[4], strerror(errno));
         return wrongUsage;
     }
     till.reg.serial = argv[1];

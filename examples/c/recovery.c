@@ -245,24 +245,34 @@ static int conclude(Sale *sale, const View *view, int code, int sameConnection)
 
 /* Steps ------------------------------------------------------------------------------------------------- */
 
-/* Sends the next step. @return 0: it is taken, or to be sent again */
+/* Looks what became of the step that was sent. @return 0: it is taken, or to be sent again */
+static int settleStep(Sale *sale, int *failures)
+{
+    View view;
+    const int code = look(sale, &view, failures);
+    if (code != 0)
+        return code; /* still not known: sent once more, it could be done twice */
+    sale->sent = 0;
+    return conclude(sale, &view, sale->answer, sale->sentOn == sale->reg->connections);
+}
+
+/* Sends the next step, unless that has been done. @return 0: it is taken, or to be sent again */
 static int takeStep(Sale *sale, int *failures)
 {
-    Step *const step = &sale->steps[sale->taken];
     VelnoEcrSaleTotals totals = sale->totals;
-    const int connection = sale->reg->connections;
-    View view;
-    int problem = 0;
-    const int code = sendStep(step, &totals);
-    if (code == 0 && answersWithTotals(step->kind))
+    int code;
+    if (sale->sent)
+        return settleStep(sale, failures);
+    sale->sentOn = sale->reg->connections;
+    sale->answer = code = sendStep(&sale->steps[sale->taken], &totals);
+    if (code == 0 && answersWithTotals(sale->steps[sale->taken].kind))
         return stepTaken(sale, &totals);
     if (code == 3 || code == 4)
         return stepRefused(sale, code); /* nothing was sent */
-    if (code == 1 || leavesOpen(code))
-        problem = prepareToRepeat(sale->reg, code, failures);
-    if (problem == 0)
-        problem = look(sale, &view, failures);
-    return problem != 0 ? problem : conclude(sale, &view, code, connection == sale->reg->connections);
+    sale->sent = 1;
+    if ((code == 1 || leavesOpen(code)) && (code = prepareToRepeat(sale->reg, code, failures)) != 0)
+        return code;
+    return settleStep(sale, failures);
 }
 
 static int isEmpty(const VelnoEcrSaleTotals *totals)
@@ -330,7 +340,7 @@ static void forget(Sale *sale)
 {
     sale->status = SaleWanted;
     sale->receipt.first = sale->receipt.second = 0;
-    sale->count = sale->taken = sale->startSent = sale->paymentsLost = 0;
+    sale->count = sale->taken = sale->startSent = sale->paymentsLost = sale->sent = 0;
 }
 
 static int want(Sale *sale, const Step *step)

@@ -74,6 +74,9 @@ typedef struct Sale
     Step steps[mostSteps];
     int count;        /**< of the steps that are wanted */
     int taken;        /**< how many of them the register has taken */
+    int sent;         /**< the one behind them has been sent, and it is not known yet what became of it */
+    int answer;       /**< the code that it ended with */
+    int sentOn;       /**< over which of the register's connections it went */
     int withInvoice;  /**< begun as a sale with invoice */
     int startSent;    /**< an open sale without items may be this one */
     int paymentsLost; /**< what had been paid was cancelled with the sale */
@@ -81,8 +84,9 @@ typedef struct Sale
 
 /*
  * Each of these returns 0 when the register has done it and the code when it has refused it, which leaves the
- * sale as it was; besides: saleBegunAgain, when payments have to be taken anew, and saleNotOurs. After any
- * other result (2, most of all) it is not known yet: saleGoOn() or the next step goes on with it.
+ * sale as it was; besides: saleBegunAgain, when payments have to be taken anew, and saleNotOurs. After 2, 5,
+ * 11 and 12, and whenever `sent` is set, it is not known yet: saleGoOn() or the next step looks, and goes on.
+ * With `sent` the code is that of a look, not of the step: a register may be busy, or refuse to tell.
  */
 
 /** Starts a sale. `sale` holds reg, known, note and context, all else is set here. 6: another sale is open */
