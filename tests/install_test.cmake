@@ -71,7 +71,7 @@ expect("the library's SONAME has its major version" output MATCHES "SONAME[^\n]*
 file(GLOB_RECURSE texts ${lib}/cmake/*.cmake ${lib}/pkgconfig/*.pc)
 foreach(file ${texts})
     file(READ ${file} output)
-    string(FIND "${output}" "${SOURCE}" found)
+    string(FIND "${output}" "${SOURCE}/" found)
     expect("${file} names no folder of the build" found LESS 0 AND NOT output MATCHES "extdevice")
 endforeach()
 
