@@ -53,7 +53,8 @@ QString ReceiptWriter::write(const Print &print)
 QString ReceiptWriter::nextFile(const Print &print)
 {
     const QString number = QString::number(++m_prints).rightJustified(numberWidth, u'0');
-    const QString name = u"%1/%2-%3-Z%4"_s.arg(m_folder, number, QLatin1StringView(print.kind)).arg(print.z);
+    const QString name =
+        u"%1/%2-%3-Z%4"_s.arg(m_folder, number, QLatin1StringView(print.kind), QString::number(print.z));
     return name + (print.number == 0 ? QString() : u'-' + QString::number(print.number)) + u".txt"_s;
 }
 

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utmp.h>
@@ -64,6 +65,13 @@ void Terminal::type(const QByteArray &keys)
 {
     if (::write(m_terminal, keys.constData(), size_t(keys.size())) != keys.size())
         qWarning("the terminal took no keys");
+}
+
+void Terminal::resize(int columns)
+{
+    const winsize size{24, static_cast<unsigned short>(columns), 0, 0};
+    if (ioctl(m_terminal, TIOCSWINSZ, &size) != 0)
+        qWarning("the terminal keeps its size");
 }
 
 bool Terminal::readMore()

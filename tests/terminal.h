@@ -17,6 +17,8 @@ public:
 
     void type(const QByteArray &keys);
 
+    void resize(int columns);
+
     /** Reads until `text` has been shown behind what was waited for before. @return whether it came in time
      */
     bool waitFor(const QByteArray &text);

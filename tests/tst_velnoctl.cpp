@@ -54,6 +54,9 @@ private slots:
     void helpFitsAScreen();
     void helpOfOneCommand();
     void scriptRuns();
+    void scriptMayBeginWithAByteOrderMark_data();
+    void scriptMayBeginWithAByteOrderMark();
+    void scriptNamesItsFileWhateverItIsCalled();
     void scriptStopsAtTheFirstFailure();
     void wrongScriptsSendNothing_data();
     void wrongScriptsSendNothing();
@@ -443,6 +446,39 @@ void TestVelnoctl::scriptRuns()
     Client client(target(device.port) + QStringList{u"run"_s, file, u"z"_s});
     QCOMPARE(client.exitCode(), 0);
     QCOMPARE(client.out, "logged in\nZ 4\nlogged out\nZ 4\n");
+}
+
+void TestVelnoctl::scriptMayBeginWithAByteOrderMark_data()
+{
+    QTest::addColumn<QByteArray>("first");
+    QTest::newRow("comment") << QByteArray("# morning\n");
+    QTest::newRow("command") << QByteArray("explain 1\n");
+    QTest::newRow("nothing") << QByteArray("\n");
+}
+
+void TestVelnoctl::scriptMayBeginWithAByteOrderMark()
+{
+    QFETCH(const QByteArray, first);
+    const QTemporaryDir folder;
+    const QByteArray script = "\xEF\xBB\xBF" + first + "explain 2\n";
+    Client file(target(4100) + QStringList{u"run"_s, fileWith(folder, script)});
+    QCOMPARE(file.exitCode(), 0);
+    Client input(target(4100) + QStringList{u"run"_s, u"-"_s});
+    input.say(script);
+    QCOMPARE(input.exitCode(), 0);
+    QCOMPARE(input.out, file.out);
+    QVERIFY(file.out.contains("(code 2, "));
+}
+
+void TestVelnoctl::scriptNamesItsFileWhateverItIsCalled()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"a %1 %2 day"_s);
+    QVERIFY(QFile::rename(fileWith(folder, "\nstat\n"), file));
+    Client client(target(4100) + QStringList{u"run"_s, file});
+    QCOMPARE(client.exitCode(), 64);
+    QVERIFY2(client.err.contains("velnoctl: " + file.toUtf8() + ":2: \"stat\" is no command"),
+             client.err.constData());
 }
 
 void TestVelnoctl::scriptStopsAtTheFirstFailure()

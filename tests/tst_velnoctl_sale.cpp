@@ -73,6 +73,7 @@ private slots:
     void numbersAreExact();
     void totalsOfAnySizeArePrinted();
     void sectionNamesCannotSteerATerminal();
+    void sectionNamesMayHoldAPerCentSign();
     void failuresEndWithTheirCode_data();
     void failuresEndWithTheirCode();
     void wrongArgumentsSendNothing_data();
@@ -80,6 +81,7 @@ private slots:
     void wrongArgumentsInAScriptSendNothing();
     void commandsBehindEachOtherTakeTheirOwnWords();
     void receiptIsRemembered();
+    void receiptThatNobodyHasNamed();
     void slipIsPrintedInItsEncoding_data();
     void slipIsPrintedInItsEncoding();
     void textsThatAnEncodingLacksAreRefused_data();
@@ -276,6 +278,16 @@ void TestVelnoctlSale::sectionNamesCannotSteerATerminal()
     QCOMPARE(client.out, "section 1 \"A?[2J?\u00C7?\", number 10\n");
 }
 
+void TestVelnoctlSale::sectionNamesMayHoldAPerCentSign()
+{
+    Device device;
+    device.answers = {{10, plain(QByteArray("KDV %1 %2 %3"), 10)}};
+    device.meet();
+    Client client(target(device.port) + QStringList{u"section"_s, u"4"_s});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, "section 4 \"KDV %1 %2 %3\", number 10\n");
+}
+
 void TestVelnoctlSale::failuresEndWithTheirCode_data()
 {
     QTest::addColumn<QString>("line");
@@ -341,7 +353,6 @@ void TestVelnoctlSale::failuresEndWithTheirCode_data()
     wrong("end-invoice type=1 kind=1", 0x404);
     wrong("receipt 0/7", 0x40F);
     wrong("receipt 7/0", 0x410);
-    wrong("receipt", 0x40F); // no sale-state has told one
     wrong("section 0", 0x406);
     wrong("pay cash 0", 0x412);
     wrong("pay card -1", 0x412);
@@ -505,6 +516,17 @@ void TestVelnoctlSale::receiptIsRemembered()
     QCOMPARE(client.exitCode(), 0);
     QCOMPARE(device.commands(), (QList{plain(6), plain(7, 12, 7), plain(7, 3, 4)}));
     QVERIFY(client.out.contains("\nreceipt 12/7: "));
+}
+
+void TestVelnoctlSale::receiptThatNobodyHasNamed()
+{
+    Device device;
+    device.meet();
+    Client client(target(device.port) + QStringList{u"receipt"_s});
+    QCOMPARE(client.exitCode(), 64);
+    QVERIFY2(client.err.contains("velnoctl: receipt: RECEIPT is missing, and no sale-state has told one"),
+             client.err.constData());
+    QCOMPARE(device.commands(), QList<QByteArray>());
 }
 
 void TestVelnoctlSale::slipIsPrintedInItsEncoding_data()

@@ -22,6 +22,7 @@ private slots:
     void completesNames();
     void remembersLines();
     void takesTurkishLetters();
+    void followsTheSizeOfTheTerminal();
     void goesOnAfterFailures();
     void connectsAgain();
     void ends_data();
@@ -83,6 +84,22 @@ void TestVelnoctlShell::takesTurkishLetters()
     const QList<QByteArray> sold = device.commands();
     QCOMPARE(sold.size(), 1);
     QVERIFY2(sold.first().contains(plain(QByteArray("Çay Şekeri ğı"))), sold.first().toHex(' ').constData());
+}
+
+void TestVelnoctlShell::followsTheSizeOfTheTerminal()
+{
+    Terminal terminal(Client::program(), target(4100) + QStringList{u"shell"_s});
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("expl");
+    QVERIFY(terminal.waitFor("expl"));
+    terminal.resize(40);
+    QVERIFY(terminal.waitFor("velnoctl> expl"));           // drawn anew
+    terminal.type("ain 1" + QByteArray(30, ' ') + "\x01"); // wraps now; Ctrl-A: to its beginning
+    QVERIFY(terminal.waitFor("\x1b[A"));                   // which is a row above
+    terminal.type("\n");
+    QVERIFY(terminal.waitFor("(code 1, not-ready)"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
 }
 
 void TestVelnoctlShell::goesOnAfterFailures()

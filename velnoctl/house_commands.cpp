@@ -115,7 +115,7 @@ Answer shell(Session &session, const QStringList &)
     if (isatty(STDIN_FILENO) == 0)
         return runInput(session, {});
     session.setInteractive();
-    LineEditor editor(session.interrupts().descriptor(), commandNames(Shell));
+    LineEditor editor(session.interrupts().descriptor(), session.interrupts().resized(), commandNames(Shell));
     QByteArray line;
     while (!session.hasQuit() && editor.readLine(&line)) {
         const int code = runLine(session, line, {});

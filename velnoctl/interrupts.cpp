@@ -5,6 +5,7 @@
 #include <array>
 #include <csignal>
 #include <cstring>
+#include <initializer_list>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
@@ -14,13 +15,13 @@ namespace VelnoCtl {
 
 namespace {
 
-int openSignals()
+/** Holds these signals back, to be read. */
+int openSignals(std::initializer_list<int> signals)
 {
-    std::signal(SIGPIPE, SIG_IGN); // a reader that went away is noticed when results are written
     sigset_t set;
     sigemptyset(&set);
-    sigaddset(&set, SIGINT);
-    sigaddset(&set, SIGTERM);
+    for (const int signal : signals)
+        sigaddset(&set, signal);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     return signalfd(-1, &set, SFD_CLOEXEC);
 }
@@ -47,18 +48,20 @@ void say(const char *text)
 } // namespace
 
 Interrupts::Interrupts()
-    : m_signals(openSignals())
+    : m_signals(openSignals({SIGINT, SIGTERM}))
+    , m_resized(openSignals({SIGWINCH}))
     , m_stop(eventfd(0, EFD_CLOEXEC))
     , m_end(eventfd(0, EFD_CLOEXEC))
     , m_thread([this] { watch(); })
 {
+    std::signal(SIGPIPE, SIG_IGN); // a reader that went away is noticed when results are written
 }
 
 Interrupts::~Interrupts()
 {
     wake(m_end);
     m_thread.join();
-    for (const int descriptor : {m_signals, m_stop, m_end})
+    for (const int descriptor : {m_signals, m_resized, m_stop, m_end})
         ::close(descriptor);
 }
 

@@ -29,6 +29,9 @@ public:
     /** Readable from the first signal on; for poll(). */
     int descriptor() const { return m_stop; }
 
+    /** A signalfd, readable when the terminal has got another size. Nobody reads it here. */
+    int resized() const { return m_resized; }
+
     /** The time of something that blocks and cannot be left. */
     class Call
     {
@@ -55,6 +58,7 @@ private:
     const char *m_call = nullptr;
     bool m_requested = false;
     int m_signals;
+    int m_resized;
     int m_stop;
     int m_end; // written when the watching thread is to end
     std::thread m_thread;

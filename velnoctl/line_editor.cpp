@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cwchar>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -33,8 +34,9 @@ QString commonBeginning(const QStringList &names)
 
 } // namespace
 
-LineEditor::LineEditor(int stop, const QStringList &names)
+LineEditor::LineEditor(int stop, int resized, const QStringList &names)
     : m_stop(stop)
+    , m_resized(resized)
     , m_names(names)
     , m_history(history_init())
     , m_editLine(el_init("velnoctl", stdin, stderr, stderr))
@@ -86,8 +88,14 @@ int LineEditor::readCharacter(EditLine *editLine, wchar_t *character)
 {
     std::mbstate_t state{};
     for (;;) {
+        LineEditor &self = of(editLine);
+        const Waited waited = waitForInput(STDIN_FILENO, self.m_stop, self.m_resized);
+        if (waited == Waited::Resized) {
+            self.redraw();
+            continue;
+        }
         char byte = 0;
-        if (!waitForInput(STDIN_FILENO, of(editLine).m_stop) || ::read(STDIN_FILENO, &byte, 1) != 1)
+        if (waited == Waited::Stop || ::read(STDIN_FILENO, &byte, 1) != 1)
             return 0;
         const size_t used = std::mbrtowc(character, &byte, 1, &state);
         if (used == size_t(-1))
@@ -95,6 +103,16 @@ int LineEditor::readCharacter(EditLine *editLine, wchar_t *character)
         else if (used != size_t(-2))
             return 1;
     }
+}
+
+void LineEditor::redraw()
+{
+    signalfd_siginfo info;
+    if (::read(m_resized, &info, sizeof info) != ssize_t(sizeof info))
+        return;
+    std::fputc('\r', stderr); // where the prompt is taken to begin
+    el_resize(m_editLine.get());
+    el_set(m_editLine.get(), EL_REFRESH);
 }
 
 QStringList LineEditor::candidates(const QString &beginning) const

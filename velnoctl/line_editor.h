@@ -16,8 +16,11 @@ namespace VelnoCtl {
 class LineEditor
 {
 public:
-    /** @param stop  a descriptor that, once readable, ends readLine() */
-    LineEditor(int stop, const QStringList &names);
+    /**
+     * @param stop     a descriptor that, once readable, ends readLine()
+     * @param resized  a signalfd that is readable when the terminal has got another size
+     */
+    LineEditor(int stop, int resized, const QStringList &names);
     Q_DISABLE_COPY_MOVE(LineEditor)
     ~LineEditor();
 
@@ -29,6 +32,9 @@ private:
     static int readCharacter(EditLine *editLine, wchar_t *character);
     static unsigned char complete(EditLine *editLine, int);
 
+    /** Draws the line for the terminal's new size. */
+    void redraw();
+
     /** Of the names, those that begin so. */
     QStringList candidates(const QString &beginning) const;
 
@@ -39,6 +45,7 @@ private:
     };
 
     int m_stop;
+    int m_resized;
     QStringList m_names;
     std::unique_ptr<History, End> m_history;
     std::unique_ptr<EditLine, End> m_editLine;

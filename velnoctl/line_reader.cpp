@@ -7,6 +7,12 @@
 
 namespace VelnoCtl {
 
+namespace {
+
+constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // some editors begin UTF-8 with it
+
+} // namespace
+
 LineReader::LineReader(int input, int stop)
     : m_input(input)
     , m_stop(stop)
@@ -22,6 +28,8 @@ bool LineReader::takeLine(QByteArray *line)
         return false;
     *line = m_buffer.first(end);
     m_buffer.remove(0, end + 1);
+    if (m_lineNumber == 1 && line->startsWith(byteOrderMark))
+        line->remove(0, byteOrderMark.size());
     if (line->endsWith('\r'))
         line->chop(1);
     return true;
@@ -37,7 +45,7 @@ LineReader::Outcome LineReader::next(QByteArray *line)
             return End;
         if (m_buffer.size() > longestLine)
             return TooLong;
-        if (!waitForInput(m_input, m_stop))
+        if (waitForInput(m_input, m_stop) == Waited::Stop)
             return Interrupted;
         char bytes[longestLine];
         const ssize_t count = ::read(m_input, bytes, sizeof bytes);

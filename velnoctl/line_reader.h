@@ -15,7 +15,7 @@ public:
     /** @param stop  a descriptor that, once readable, ends the wait for input; -1 for none */
     explicit LineReader(int input, int stop = -1);
 
-    /** The next line without its end; only for Line. */
+    /** The next line without its end, the first one also without UTF-8's byte order mark; only for Line. */
     Outcome next(QByteArray *line);
 
     int lineNumber() const { return m_lineNumber; } ///< of the line that next() spoke of, from 1

@@ -29,6 +29,12 @@ QString unknownCommand(const QString &word, Place place)
     return u"\"%1\" is no command; accepted are %2"_s.arg(word, commandNames(place).join(", "_L1));
 }
 
+/** FILE:LINE, whatever signs the file's name consists of. */
+QString placeOf(const QString &path, const LineReader &reader)
+{
+    return path + u':' + QString::number(reader.lineNumber());
+}
+
 /** Every line of the file, none of them run. */
 Parsed loadScript(const QString &path)
 {
@@ -40,21 +46,20 @@ Parsed loadScript(const QString &path)
     QByteArray line;
     LineReader::Outcome outcome{};
     while ((outcome = reader.next(&line)) == LineReader::Line) {
-        const QString where = u"%1:%2"_s.arg(path).arg(reader.lineNumber());
+        const QString where = placeOf(path, reader);
         const Parsed parsed = parseLine(line, Script, where);
         if (!parsed.problem.isEmpty())
             return parsed;
         script.steps << parsed.steps;
         if (script.steps.size() > mostSteps)
-            return problem(u"%1: more than %2 commands"_s.arg(where).arg(mostSteps));
+            return problem(u"%1: more than %2 commands"_s.arg(where, QString::number(mostSteps)));
     }
     if (outcome == LineReader::End)
         return script;
-    return problem(u"%1:%2: %3"_s.arg(path)
-                       .arg(reader.lineNumber())
-                       .arg(outcome == LineReader::TooLong
-                                ? u"the line is longer than %1 bytes"_s.arg(LineReader::longestLine)
-                                : QString::fromLocal8Bit(std::strerror(errno))));
+    return problem(placeOf(path, reader) + u": "_s +
+                   (outcome == LineReader::TooLong
+                        ? u"the line is longer than %1 bytes"_s.arg(LineReader::longestLine)
+                        : QString::fromLocal8Bit(std::strerror(errno))));
 }
 
 /** The command in front of `words` and its arguments, taken away from them. */

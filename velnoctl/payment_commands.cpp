@@ -1,6 +1,7 @@
 #include "velnoctl/payment_commands.h"
 
 #include "velnoctl/answers.h"
+#include "velnoctl/exit_status.h"
 #include "velnoctl/numbers.h"
 #include "velnoctl/session.h"
 #include "velnoctl/values.h"
@@ -38,6 +39,14 @@ VelnoInvoice invoiceFrom(const QStringList &arguments)
     return invoice;
 }
 
+Answer unnamedReceipt()
+{
+    Answer answer;
+    answer.code = WrongUsage;
+    answer.text = u"RECEIPT is missing, and no sale-state has told one; accepted is 12/1, for example"_s;
+    return answer;
+}
+
 } // namespace
 
 Answer pay(Session &session, const QStringList &arguments)
@@ -71,6 +80,8 @@ Answer cancel(Session &session, const QStringList &)
 Answer receipt(Session &session, const QStringList &arguments)
 {
     const auto [first, second] = pairFrom(arguments.first()).value_or(session.remembered().receipt);
+    if (arguments.first().isNull() && first == 0 && second == 0)
+        return unnamedReceipt();
     VelnoReceiptRef reference{first, second};
     VelnoEcrSaleTotals totals{};
     const int code = session.device().command(velnoext_receipt_data, &reference, &totals);

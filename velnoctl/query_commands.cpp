@@ -118,8 +118,11 @@ Answer section(Session &session, const QStringList &arguments)
     const int code = session.device().command(velnoext_section_data, &item);
     const QString name = printable(item.name);
     const int number = item.quantity;
-    return answer(code, u"section %1 \"%2\", number %3"_s.arg(item.section).arg(name).arg(number),
-                  {{u"section"_s, item.section}, {u"name"_s, name}, {u"number"_s, number}});
+    // All at once: a name may well hold a %1, the rate of its tax.
+    return answer(
+        code,
+        u"section %1 \"%2\", number %3"_s.arg(QString::number(item.section), name, QString::number(number)),
+        {{u"section"_s, item.section}, {u"name"_s, name}, {u"number"_s, number}});
 }
 
 Answer acquirers(Session &session, const QStringList &)
