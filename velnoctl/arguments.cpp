@@ -91,7 +91,7 @@ constexpr std::array kinds{
     ArgumentKind{"ID", "up to 12 bytes; 11 digits of a person, 10 of a tax number", fits<longestIdNumber>},
     ArgumentKind{"REFERENCE", "up to 17 bytes; 6 to 16 with type 0", fits<longestReference>},
     ArgumentKind{"MODE", "a whole number; a register knows 1 and 2", isNumber<int>},
-    ArgumentKind{"FLAG", "yes or no", isFlag},
+    ArgumentKind{"FLAG", "yes or no; the register defines what it means", isFlag},
     ArgumentKind{"RECEIPT", "two whole numbers with a slash between, as sale-state told them: 12/1",
                  parses<pairFrom>},
     ArgumentKind{"ENCODING", "the name of an encoding, for example UTF-8 or windows-1254", isAnything},

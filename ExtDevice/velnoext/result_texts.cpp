@@ -23,12 +23,15 @@ constexpr std::array results{
                "result; the raw pass-through is for the applications 999999 and 14242 alone."},
     ResultText{ConnectionFailed, "connection-failed",
                "There is no connection to the register, or it failed.\n"
-               "Cause: nobody connected in time, the port is in use or not permitted, the relay is down or "
-               "does not know the register, or the connection was lost or silent while a command ran.\n"
+               "Cause: nobody connected in time, the address is not one of this computer's, the port is in "
+               "use or not permitted, the relay is down or does not know the register, or the connection was "
+               "lost or silent while a command ran: a register that holds other keys, because it has lost "
+               "them or was paired again elsewhere, ends it at every command.\n"
                "Cure: check that the register is switched on and set to this computer's address and port (or "
                "to the relay), that no other program holds the port, and the firewall; then call "
-               "velnoext_initialize() again. Whether a command whose answer was lost has been carried out "
-               "must be asked of the register."},
+               "velnoext_initialize() again. If that succeeds and every command still ends so, end the "
+               "process: the next one pairs afresh. Whether a command whose answer was lost has been carried "
+               "out must be asked of the register."},
     ResultText{NullArgument, "null-argument",
                "A pointer that the function needs is NULL.\n"
                "Cause: the application passed NULL; velnoext_error_detail() names the argument.\n"
@@ -69,9 +72,11 @@ constexpr std::array results{
     ResultText{PairingFailed, "pairing-failed",
                "The register and this computer could not be paired.\n"
                "Cause: the register's certificate is of an authority that is not trusted or has expired, the "
-               "register expects another application file, or it left during the exchange of keys.\n"
-               "Cure: check the computer's clock, the trust anchors of this build and the application that "
-               "the register was told to expect; then start again."},
+               "register expects another application file, it has another serial number than the one named, "
+               "or it left during the exchange of keys.\n"
+               "Cure: compare the serial number with the register's label, check the computer's clock, the "
+               "trust anchors of this build and the application that the register was told to expect; then "
+               "start again."},
     ResultText{NotAuthentic, "not-authentic",
                "The answer is not authentic, or nothing could be encrypted.\n"
                "Cause: both sides hold different keys, the answer was changed on its way, or the bytes to "
