@@ -76,7 +76,9 @@ void TestCommandExchange::damagedReplies()
     static HandMadeDevice device;
     QCOMPARE(connectPaired(device), 0);
     device.setAnswer([frame](const QByteArray &) { return QList{HandMadeDevice::framed(frame)}; });
+    const auto format = std::cout.flags();
     QCOMPARE(velnoext_login(patience), result);
+    QCOMPARE(std::cout.flags(), format); // the stream is the application's
     device.answerPlain(plain(true, 3));
     QCOMPARE(velnoext_login(patience), 0); // nothing is broken for the next command
     velnoext_close_all();

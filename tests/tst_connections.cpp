@@ -170,7 +170,11 @@ void TestConnections::registerThatLeavesDuringPairing()
     device.pairAndServe(port, 1, [](HandMadeRegister &, const Request &request, int) {
         return QList{HandMadeRegister::frameOf(request.kind, {}).chopped(3) + "xyz"};
     });
+    const LogCapture capture;
+    const auto format = std::cout.flags();
     QCOMPARE(velnoext_initialize(5, serial, "127.0.0.1", port, patience), 10);
+    QVERIFY(capture.text().startsWith("CRC is not equal: "));
+    QCOMPARE(std::cout.flags(), format); // the stream is the application's
     QVERIFY(library().connections.isEmpty());
 }
 

@@ -4,6 +4,7 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/velnoext/connections.h"
+#include "ExtDevice/velnoext/number_format.h"
 
 #include <QCoreApplication>
 
@@ -84,7 +85,10 @@ QByteArray prepareTlvElements(const QByteArray &plaintext)
 int parseTlvElements(const QByteArray &frame, QByteArray *plaintext)
 {
     const MatchExt &record = activeRecord();
-    if (GMP3::check(frame.constData(), int(frame.size()), record.registerData.constData(), false) != 0)
+    const auto check = [&] {
+        return GMP3::check(frame.constData(), int(frame.size()), record.registerData.constData(), false);
+    };
+    if (keepingNumberFormat(check) != 0)
         return MalformedReply;
     Envelope envelope;
     if (!readEnvelope(QByteArrayView(frame).sliced(headerSize).chopped(crcSize), &envelope))

@@ -8,6 +8,7 @@
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/network/wait_time.h"
 #include "ExtDevice/velnoext/connections.h"
+#include "ExtDevice/velnoext/number_format.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -182,9 +183,14 @@ bool announceUnpaired(const QByteArray &serialNo)
 int exchangeKeys(const Route &route, const QByteArray &hash)
 {
     const QByteArray terminalId = macAddress();
+    const auto pairOver = [&](auto connection) {
+        return keepingNumberFormat([&] {
+            return GMP3_KeyExchange_Server(activeRecord(), connection, route.serialNo.constData(),
+                                           terminalId.constData(), hash);
+        });
+    };
     if (!route.throughRelay) {
-        const int result = GMP3_KeyExchange_Server(activeRecord(), route.port, route.serialNo.constData(),
-                                                   terminalId.constData(), hash);
+        const int result = pairOver(route.port);
         // The session keeps the connection that it accepted; it must end on the thread that it began on.
         if (connection_handle != 0)
             velno_network_disconnect(connection_handle);
@@ -194,9 +200,7 @@ int exchangeKeys(const Route &route, const QByteArray &hash)
     unsigned int handle = 0;
     if (route.connect(&handle) != Success)
         return ConnectionFailed;
-    const int result = GMP3_KeyExchange_Server(activeRecord(), quint32(handle), route.serialNo.constData(),
-                                               terminalId.constData(), hash);
-    return result == 0 ? Success : PairingFailed;
+    return pairOver(quint32(handle)) == 0 ? Success : PairingFailed;
 }
 
 /** Gives the active register its connection; one that nobody takes is closed. */
