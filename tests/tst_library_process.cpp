@@ -10,12 +10,16 @@
 #include <QTest>
 
 #include <atomic>
+#include <future>
+#include <limits>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
+using Velno::Ext::library;
 
 namespace {
 
@@ -58,6 +62,22 @@ QByteArray fileText(const char *name)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+/** Connects and closes the register again and again while others use the library. @return how often it worked
+ */
+int connectOften(HandMadeDevice &device, const char *name)
+{
+    const quint16 port = freePort();
+    device.answerPlain(plain(true));
+    device.serve(port, std::numeric_limits<int>::max());
+    int connected = 0;
+    for (int i = 0; i < 40; ++i) {
+        connected += velnoext_initialize(5, name, "127.0.0.1", port, patience) == 0;
+        velnoext_login(patience);
+        i % 2 == 0 ? velnoext_close() : velnoext_close_all();
+    }
+    return connected;
+}
+
 } // namespace
 
 class TestLibraryProcess : public LibraryTest
@@ -66,10 +86,12 @@ class TestLibraryProcess : public LibraryTest
 
 private slots:
     void callsFromManyThreadsQueue();
+    void threadsMayCloseWhatOthersUse();
     void cyclesLeakNothing();
     void programsOfEveryKind_data();
     void programsOfEveryKind();
     void programWithoutItsFileCannotPair();
+    void programWithoutThreadsIsToldSo();
     void libraryShowsItsFunctionsAlone();
 };
 
@@ -94,6 +116,36 @@ void TestLibraryProcess::callsFromManyThreadsQueue()
     for (std::thread &caller : callers)
         caller.join();
     QCOMPARE(int(sum), 100 * 101 / 2);
+}
+
+void TestLibraryProcess::threadsMayCloseWhatOthersUse()
+{
+    HandMadeDevice first;
+    HandMadeDevice second{otherSerial};
+    library().pairingRecords = {{serial, first.record}, {otherSerial, second.record}};
+    std::atomic<bool> done = false;
+    std::atomic<int> surprises = 0;
+    std::vector<std::thread> users;
+    for (const char *const name : {serial, otherSerial})
+        users.emplace_back([&, name] {
+            char buffer[17];
+            while (!done) {
+                velnoext_set_active_device(name);
+                velnoext_active_device(buffer);
+                velnoext_ecr_serialno(buffer);
+                surprises += velnoext_login(patience) > 2;
+                surprises += velnoext_error_detail() != 0;
+            }
+        });
+    auto connecting = std::async(std::launch::async, [&] { return connectOften(second, otherSerial); });
+    const int connected = connectOften(first, serial);
+    const int alsoConnected = connecting.get();
+    done = true;
+    for (std::thread &user : users)
+        user.join();
+    QCOMPARE(connected, 40);
+    QCOMPARE(alsoConnected, 40);
+    QCOMPARE(int(surprises), 0);
 }
 
 void TestLibraryProcess::cyclesLeakNothing()
@@ -136,6 +188,9 @@ void TestLibraryProcess::programsOfEveryKind_data()
     QTest::newRow("C++ with a Qt application of its own")
         << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}} << 2
         << QByteArray("code 0 state 7\ncode 0 state 7\napplication kept\n");
+    QTest::newRow("C++ that outlives its Qt application")
+        << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}, u"outlive"_s} << 2
+        << QByteArray("code 0 state 7\nafterwards 1\ncode 0 state 7\napplication gone\n");
     QTest::newRow("Python") << QStringList{QStringLiteral(VELNO_PYTHON),
                                            QStringLiteral(VELNO_PYTHON_PROGRAM),
                                            QStringLiteral(VELNO_LIBRARY),
@@ -193,6 +248,25 @@ void TestLibraryProcess::programWithoutItsFileCannotPair()
     QCOMPARE(program.exitCode(), 13);
     device.stop();
     QVERIFY(device.announcement.isEmpty());
+}
+
+void TestLibraryProcess::programWithoutThreadsIsToldSo()
+{
+#ifdef __SANITIZE_THREAD__
+    QSKIP("NOT TESTED: ThreadSanitizer starts a thread of its own first");
+#endif
+    QProcess program;
+    program.setChildProcessModifier([] {
+        // No thread can have a stack of this size, the C library's default.
+        const rlim_t tooLarge = sizeof(void *) == 8 ? rlim_t(1) << 62 : rlim_t(3) << 30;
+        const rlimit limit{tooLarge, RLIM_INFINITY};
+        setrlimit(RLIMIT_STACK, &limit);
+    });
+    program.start(QStringLiteral(VELNO_PLAIN_C_PROGRAM), {QString::number(freePort())});
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.readAllStandardOutput(), QByteArray("code 1 state -1 locale C\n"));
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), 1);
 }
 
 void TestLibraryProcess::libraryShowsItsFunctionsAlone()

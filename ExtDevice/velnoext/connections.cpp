@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <memory>
 #include <string>
 
 namespace Velno::Ext {
@@ -79,17 +80,25 @@ bool namedToRelay(unsigned int handle, const QByteArray &serialNo)
            readAnswer(handle, size) == serialNo;
 }
 
-void startWorker()
+/** False, and nothing is kept, when the process may not have another thread. */
+bool startWorker()
 {
     LibraryState &state = library();
     if (state.helper)
-        return;
+        return true;
     velno_network_set_receiver([](QTcpSocket *socket) { setConnection(socket); });
-    state.connectionThread = new QThread;
-    state.connectionThread->setEventDispatcher(new QuietDispatcher);
-    state.connectionThread->start();
+    auto thread = std::make_unique<QThread>();
+    auto *const dispatcher = new QuietDispatcher;
+    thread->setEventDispatcher(dispatcher);
+    thread->start();
+    if (!thread->isRunning()) { // a call to it would wait for ever
+        delete dispatcher;      // as the thread would at its end
+        return false;
+    }
+    state.connectionThread = thread.release();
     state.helper = new ConnectionHelper;
     state.helper->moveToThread(state.connectionThread);
+    return true;
 }
 
 void stopWorker()
@@ -109,19 +118,6 @@ void stopWorker()
     state.application = nullptr;
 }
 
-/** velnoext_close() under the lock. */
-void closeActive()
-{
-    LibraryState &state = library();
-    state.errorDetail = 0;
-    closeConnection();
-    if (isSpecialApplication())
-        state.pairingRecords.remove(state.activeDevice);
-    if (state.connections.isEmpty())
-        stopWorker();
-    state.activeDevice.clear();
-}
-
 void ensureApplication()
 {
     static int argumentCount = 0;
@@ -131,6 +127,21 @@ void ensureApplication()
     const std::string before = std::setlocale(LC_ALL, nullptr);
     library().application = new QCoreApplication(argumentCount, nullptr);
     std::setlocale(LC_ALL, before.c_str());
+}
+
+/** velnoext_close() under the lock. */
+void closeActive()
+{
+    LibraryState &state = library();
+    state.errorDetail = 0;
+    if (state.helper)
+        ensureApplication(); // the host's may be gone by now, and no thread takes calls without one
+    closeConnection();
+    if (isSpecialApplication())
+        state.pairingRecords.remove(state.activeDevice);
+    if (state.connections.isEmpty())
+        stopWorker();
+    state.activeDevice.clear();
 }
 
 } // namespace
@@ -259,7 +270,8 @@ int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *ad
         return result;
     ensureApplication();
     state.appNo = appNo;
-    startWorker();
+    if (!startWorker())
+        return NotReady;
     return onConnectionThread([&] { return state.helper->connectToDevice(serialNo, address, port, timeout); },
                               int(NotReady));
 }
