@@ -18,7 +18,8 @@ constexpr std::array results{
     ResultText{NotReady, "not-ready",
                "The library is not ready for this command.\n"
                "Cause: it is not initialised, no register is active, the register named is not connected or "
-               "not paired, or this application number may not use the raw pass-through.\n"
+               "not paired, this application number may not use the raw pass-through, or the system gives "
+               "the process no further thread.\n"
                "Cure: call velnoext_initialize() with the register's serial number first and look at its "
                "result; the raw pass-through is for the applications 999999 and 14242 alone."},
     ResultText{ConnectionFailed, "connection-failed",
@@ -73,7 +74,7 @@ constexpr std::array results{
                "The register and this computer could not be paired.\n"
                "Cause: the register's certificate is of an authority that is not trusted or has expired, the "
                "register expects another application file, it has another serial number than the one named, "
-               "or it left during the exchange of keys.\n"
+               "or it left or did not come back during the exchange of keys, which needs IPv4.\n"
                "Cure: compare the serial number with the register's label, check the computer's clock, the "
                "trust anchors of this build and the application that the register was told to expect; then "
                "start again."},

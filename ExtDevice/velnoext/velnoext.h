@@ -14,13 +14,15 @@
  * The process: it needs no Qt of its own. Without a Qt application object velnoext_initialize() makes one,
  * which the closing of the last connection deletes: make both calls on the same thread, every time the same
  * one. In a process that has a Qt application object the library uses that and leaves it alone; its window
- * stands still while a call on its thread blocks. The locale stays as it was (Qt sets it for a moment while
- * the object is made, and says on standard error when it is not UTF-8), and a proxy that the application has
- * set is not used for registers. Once loaded the library stays loaded.
+ * stands still while a call on its thread blocks. When that object ends first, commands return 1 from then
+ * on, and connections can still be closed. The locale stays as it was (Qt sets it for a moment while an
+ * object is made, and says on standard error when it is not UTF-8), and a proxy that the application has set
+ * is not used for registers. What goes wrong in a pairing, or with the frame of an answer, is also told in a
+ * line on standard output. Once loaded the library stays loaded.
  *
  * Time-outs are milliseconds; 0xFFFFFFFF means no limit. Waiting for the first byte of a register's answer
  * has no limit of its own: a cashier may have to act first. It ends when the connection does, at the latest
- * about a minute after the register vanished from the network.
+ * about a minute after the register, or the relay between, vanished from the network.
  *
  * Pointers are borrowed for the call only and belong to the caller; what a function returns as text belongs
  * to the library. Outputs are written on success alone unless a function says otherwise. Text is plain bytes
@@ -29,8 +31,8 @@
  * Every function that returns int returns one of these codes:
  *
  *    0  done
- *    1  the library is not initialised, the register is unknown or not paired, or (raw pass-through) the
- *       application number is not one that may use it
+ *    1  the library is not or cannot be initialised, the register is unknown or not paired, or (raw
+ *       pass-through) the application number is not one that may use it
  *    2  there is no connection, or connecting, sending or receiving failed, time-outs included
  *    3  a pointer is NULL; velnoext_error_detail() is 0x300 + a number that names it
  *    4  a value is not valid; velnoext_error_detail() is 0x400 + a number that names it, or 0
@@ -136,15 +138,16 @@ VELNOEXT_API const char *velnoext_version(void);
  *                  999999 and 14242 velnoext_close() forgets the keys, and the raw pass-through is open.
  *                  The last call's number holds for all registers
  * @param serialNo  12 characters
- * @param address   local IPv4 or IPv6 address to listen on, "0.0.0.0" for all; "255.255.255.255" for the
- *                  relay
+ * @param address   local address to listen on, "0.0.0.0" for all; "255.255.255.255" for the relay. A register
+ *                  that is not yet paired must come over IPv4: keys are agreed on at the port of every local
+ *                  IPv4 address, whatever is named here. Afterwards an IPv6 address will do, too
  * @param port      TCP port to listen on; ignored with the relay
  * @param timeout   ms to wait for each direct connection of the register but that of the key exchange, which
  *                  may take 30 s; not used with the relay, which has 2 s to accept and 5 s to answer
- * @return 0; 1: the worker cannot be reached; 2: nobody connected in time, the port cannot be listened on,
- *         the relay refused or does not know the register, the register left; 3: NULL (detail 0x300
- *         serialNo, 0x301 address); 4: serialNo is not 12 characters long (0x400), port is 0 (0x402), the
- *         address is none (0); 10: pairing failed; 13: the executable cannot be read
+ * @return 0; 1: the library's thread cannot be started; 2: nobody connected in time, the port cannot be
+ *         listened on, the relay refused or does not know the register, the register left; 3: NULL (detail
+ *         0x300 serialNo, 0x301 address); 4: serialNo is not 12 characters long (0x400), port is 0 (0x402),
+ *         the address is none (0); 10: pairing failed; 13: the executable cannot be read
  */
 VELNOEXT_API int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *address,
                                      unsigned short port, unsigned int timeout);
@@ -179,7 +182,10 @@ VELNOEXT_API int velnoext_error_detail(void);
  */
 VELNOEXT_API void velnoext_close(void);
 
-/** Closes every connection as velnoext_close() does. Does nothing when there is none. */
+/**
+ * Closes every connection as velnoext_close() does. Does nothing when there is none: what a first
+ * velnoext_initialize() that failed has left is ended by velnoext_close().
+ */
 VELNOEXT_API void velnoext_close_all(void);
 
 /* Results in words -------------------------------------------------------------------------------------- */

@@ -512,7 +512,7 @@ int main(int argc, char **argv)
     till.sale.context = &till.books;
     till.sale.known = till.books.closed;
     code = sell(&till);
-    velnoext_close_all(); /* also after a failure: ends the library's thread */
+    velnoext_close(); /* also after a failure: ends the library's thread */
     closeBooks(&till.books);
     return code;
 }

@@ -20,7 +20,7 @@ static int report(const char *step, int code)
             velnoext_result_text(code));
     if (detail != 0)
         fprintf(stderr, "%s\n", velnoext_detail_text(detail));
-    velnoext_close_all(); /* also after a failure: ends the library's thread */
+    velnoext_close(); /* also after a failure: ends the library's thread */
     return code;
 }
 
