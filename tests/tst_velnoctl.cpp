@@ -297,7 +297,7 @@ void TestVelnoctl::wrongUsageSendsNothing_data()
     const char *const listen = "--serial UB1234567890 --app 5 --listen";
     const auto place = [&row, listen](const char *name, const char *where) {
         row(name, qPrintable(u"%1 %2 state"_s.arg(QLatin1String(listen), QLatin1String(where))),
-            "accepted is a local IP address and a port");
+            "accepted is a local IPv4 address and a port");
     };
     row("nothing", "", "no command is given; accepted are state, z,");
     row("no command", "--serial UB1234567890 --listen 127.0.0.1:PORT --app 5", "no command is given");
@@ -330,6 +330,7 @@ void TestVelnoctl::wrongUsageSendsNothing_data()
     place("a name", "localhost:4100");
     place("half an address", "127.0.0:4100");
     place("number above 255", "127.0.0.256:4100");
+    place("IPv6, which cannot pair", "[::1]:4100");
     place("IPv6 without brackets", "::1:4100");
     place("IPv4 in brackets", "[127.0.0.1]:4100");
     place("the relay's address", "255.255.255.255:4100");

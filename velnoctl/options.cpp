@@ -43,24 +43,17 @@ bool takeSerial(const QString &text, Options &options)
     return text.size() == serialSize && rule.match(text).hasMatch();
 }
 
-bool isAddress(const QByteArray &text, int family)
-{
-    in6_addr room;
-    return inet_pton(family, text.constData(), &room) == 1;
-}
-
 bool takeListen(const QString &text, Options &options)
 {
-    static const QRegularExpression rule(u"\\A(?:\\[([0-9A-Fa-f:.]+)\\]|([0-9.]+)):([0-9]{1,5})\\z"_s);
+    // Not of IPv6: every run pairs first, which takes IPv4.
+    static const QRegularExpression rule(u"\\A([0-9.]+):([0-9]{1,5})\\z"_s);
     const QRegularExpressionMatch match = rule.match(text);
-    const QByteArray bracketed = match.captured(1).toLatin1();
-    const QByteArray plain = match.captured(2).toLatin1();
-    const uint port = match.captured(3).toUInt();
-    if (!match.hasMatch() || port < 1 || port > 65535 || plain == relayAddress)
-        return false;
-    options.address = bracketed.isEmpty() ? plain : bracketed;
+    const uint port = match.captured(2).toUInt();
+    options.address = match.captured(1).toLatin1();
     options.port = quint16(port);
-    return bracketed.isEmpty() ? isAddress(plain, AF_INET) : isAddress(bracketed, AF_INET6);
+    in_addr room;
+    return port >= 1 && port <= 65535 && options.address != relayAddress &&
+           inet_pton(AF_INET, options.address.constData(), &room) == 1;
 }
 
 bool takeApp(const QString &text, Options &options)
@@ -95,7 +88,7 @@ constexpr std::array rows{
     OptionRow{"serial", "NO", "the register's 12 characters", "exactly 12 characters without a blank",
               takeSerial},
     OptionRow{"listen", "ADDR:PORT", "where the register connects",
-              "a local IP address and a port of 1 to 65535, 0.0.0.0:4100 or [::]:4100", takeListen},
+              "a local IPv4 address and a port of 1 to 65535, for example 0.0.0.0:4100", takeListen},
     OptionRow{"app", "N", "number of the application", "1 to 4294967295", takeApp},
     OptionRow{"relay", "", "meet it at the relay server", "one of --listen and --relay", takeRelay},
     OptionRow{"timeout", "MS", "default 30000", "0 to 4294967295 ms, where 4294967295 means no limit",
@@ -147,8 +140,7 @@ QString Options::place() const
 {
     if (isRelay)
         return u"the relay"_s;
-    const QString host = QString::fromLatin1(address);
-    return (address.contains(':') ? u"[%1]:%2"_s : u"%1:%2"_s).arg(host).arg(port);
+    return u"%1:%2"_s.arg(QString::fromLatin1(address)).arg(port);
 }
 
 QString parseOptions(const QStringList &arguments, Options *options)
