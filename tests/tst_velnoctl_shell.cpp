@@ -1,6 +1,7 @@
 #include "tests/terminal.h"
 #include "tests/velnoctl_client.h"
 
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -21,6 +22,7 @@ class TestVelnoctlShell : public QObject
 private slots:
     void completesNames();
     void remembersLines();
+    void takesTurkishLetters_data();
     void takesTurkishLetters();
     void followsTheSizeOfTheTerminal();
     void goesOnAfterFailures();
@@ -70,8 +72,20 @@ void TestVelnoctlShell::remembersLines()
     QCOMPARE(device.codes(), (QList{12, 15, 12, 15}));
 }
 
+void TestVelnoctlShell::takesTurkishLetters_data()
+{
+    QTest::addColumn<QByteArray>("locale");
+    QTest::newRow("UTF-8") << QByteArray("C.UTF-8");
+    QTest::newRow("of a bare system") << QByteArray("C");
+    QTest::newRow("not installed") << QByteArray("xx_XX.UTF-8");
+}
+
 void TestVelnoctlShell::takesTurkishLetters()
 {
+    QFETCH(const QByteArray, locale);
+    const QByteArray before = qgetenv("LC_ALL");
+    const auto restore = qScopeGuard([&before] { qputenv("LC_ALL", before); });
+    qputenv("LC_ALL", locale); // which the program inherits
     Device device;
     device.answers = {{4, no}};
     device.meet();

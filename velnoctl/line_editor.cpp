@@ -2,8 +2,11 @@
 
 #include "velnoctl/wait_for_input.h"
 
+#include <clocale>
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
+#include <langinfo.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -19,6 +22,14 @@ char *prompt(EditLine *)
 {
     static char text[] = "velnoctl> ";
     return text;
+}
+
+/** For UTF-8, as all words are. A bare system has set no such locale, and letters would get lost. */
+EditLine *openEditLine()
+{
+    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+    return el_init("velnoctl", stdin, stderr, stderr);
 }
 
 /** What all of these begin with. */
@@ -39,7 +50,7 @@ LineEditor::LineEditor(int stop, int resized, const QStringList &names)
     , m_resized(resized)
     , m_names(names)
     , m_history(history_init())
-    , m_editLine(el_init("velnoctl", stdin, stderr, stderr))
+    , m_editLine(openEditLine())
 {
     EditLine *const editLine = m_editLine.get();
     HistEvent event;
