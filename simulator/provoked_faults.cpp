@@ -73,6 +73,14 @@ QStringList provokedBy(const QList<ItemRequest> &items)
     return faults;
 }
 
+void ProvokedFaults::add(const QStringList &faults)
+{
+    for (const QString &fault : faults) {
+        m_faults.removeOne(fault);
+        m_faults << fault;
+    }
+}
+
 Faults ProvokedFaults::beside(Faults standing) const
 {
     for (const QString &fault : m_faults)

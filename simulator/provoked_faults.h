@@ -28,7 +28,8 @@ QStringList provokedBy(const QList<ItemRequest> &items);
 class ProvokedFaults
 {
 public:
-    void add(const QStringList &faults) { m_faults += faults; }
+    /** One that waits already is not added a second time, but counts as the newest. */
+    void add(const QStringList &faults);
     void clear() { m_faults.clear(); }
 
     /** These faults, and what was provoked. */
@@ -36,6 +37,9 @@ public:
 
     /** The command comes: what goes off at it is off from now on. */
     void spend(const CommandRow &command);
+
+    /** Those that have not gone off, the newest last. */
+    const QStringList &waiting() const { return m_faults; }
 
 private:
     QStringList m_faults;

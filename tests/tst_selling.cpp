@@ -43,6 +43,7 @@ private slots:
     void theSaleProvokesItsFaults();
     void theManualListsWhatProvokes();
     void whatWasProvokedIsForgotten();
+    void whatIsProvokedAgainWaitsOnce();
     void aKilledRegisterRemembers_data();
     void aKilledRegisterRemembers();
     void aCutOfThePowerKeepsWhatWasClosed();
@@ -685,6 +686,18 @@ void TestSelling::whatWasProvokedIsForgotten()
     for (const QJsonObject &event : shop.reg.events())
         provocations += event.value(u"event"_s) == u"provoked"_s;
     QCOMPARE(provocations, 1);
+}
+
+void TestSelling::whatIsProvokedAgainWaitsOnce()
+{
+    // An application may ask for items without end, and none of what they provoke may come to go off.
+    Simulator::ProvokedFaults provoked;
+    for (int i = 0; i < 1000; ++i)
+        provoked.add({u"refuse=print"_s, u"mute=report"_s});
+    provoked.add({u"refuse=print"_s});
+    QCOMPARE(provoked.waiting(), QStringList({u"mute=report"_s, u"refuse=print"_s}));
+    provoked.spend(*Simulator::commandByName(u"print"_s));
+    QCOMPARE(provoked.waiting(), QStringList{u"mute=report"_s});
 }
 
 void TestSelling::aKilledRegisterRemembers_data()
