@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <limits>
 #include <sys/resource.h>
 
 using namespace Simulator;
@@ -28,6 +29,9 @@ private slots:
     void unknownReceiptsAreNotFound();
     void foreignFilesAreRefused_data();
     void foreignFilesAreRefused();
+    void damagedJournalsAreRefused_data();
+    void damagedJournalsAreRefused();
+    void theLargestSumsAreStillAdded();
     void aJournalServesOneRegister();
     void whatCannotBeWrittenDoesNotHappen();
 };
@@ -294,6 +298,76 @@ void TestJournal::foreignFilesAreRefused()
         path = folder.filePath(u"no/such/file"_s);
     const QString problem = Life(path).problem;
     QVERIFY2(problem.startsWith(u"the journal %1 cannot be used: "_s.arg(path)), qPrintable(problem));
+}
+
+void TestJournal::damagedJournalsAreRefused_data()
+{
+    QTest::addColumn<QString>("damage");
+    const auto counter = [](const char *row, const char *name, const char *value) {
+        QTest::newRow(row) << u"REPLACE INTO counters VALUES ('%1', %2)"_s.arg(QLatin1StringView(name),
+                                                                               QLatin1StringView(value));
+    };
+    counter("Z 0", "z", "0");
+    counter("Z below 0", "z", "-5");
+    counter("Z over 32 bits", "z", "4294967299");
+    counter("Z no number", "z", "'many'");
+    counter("Z of a report that has been made", "z", "1");
+    counter("last Z below 0", "last_z", "-1");
+    counter("last Z over 32 bits", "last_z", "1099511627776");
+    counter("grand total below 0", "grand_total", "-1");
+    counter("grand total at the end of 64 bits", "grand_total", "9223372036854775807");
+    counter("grand total over 64 bits", "grand_total", "1e300");
+    QTest::newRow("no counters") << u"DROP TABLE counters"_s;
+    QTest::newRow("no receipts") << u"DROP TABLE receipts"_s;
+    QTest::newRow("no reports") << u"DROP TABLE z_reports"_s;
+    QTest::newRow("no taxes") << u"DROP TABLE taxes"_s;
+    QTest::newRow("receipts without tax") << u"ALTER TABLE receipts DROP COLUMN tax"_s;
+    for (const char *sum : {"total", "tax", "cash", "card", "contribution"}) {
+        const QString update = u"UPDATE receipts SET %1 = %2 WHERE z = 2"_s.arg(QLatin1StringView(sum));
+        QTest::addRow("%s below 0", sum) << update.arg(u"-1 - change"_s);
+        QTest::addRow("%s at the end of 64 bits", sum) << update.arg(u"9223372036854775807"_s);
+    }
+    QTest::newRow("totals over 64 bits")
+        << u"INSERT INTO receipts (z, number, status, opened, with_invoice, total)"
+           " VALUES (2, 7, 1, 1, 0, 9223372036854775807), (2, 8, 1, 1, 0, 9223372036854775807)"_s;
+    QTest::newRow("tax group below 0") << u"UPDATE taxes SET total = -1 WHERE z = 2"_s;
+    QTest::newRow("tax at the end of 64 bits") << u"UPDATE taxes SET tax = 9223372036854775807"_s;
+    QTest::newRow("taxes over 64 bits")
+        << u"INSERT INTO taxes VALUES (2, 7, 1, 9223372036854775807, 1), (2, 8, 1, 9223372036854775807, 1)"_s;
+}
+
+void TestJournal::damagedJournalsAreRefused()
+{
+    QFETCH(const QString, damage);
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file);
+        life.sell(bread, keyF10);
+        QCOMPARE(life.printZ(), NoError);
+        life.sell(water, keyF10);
+    }
+    QCOMPARE(Life(file).problem, QString());
+    row(file, damage);
+    QCOMPARE(Life(file).problem, u"the journal %1 cannot be used: it is damaged"_s.arg(file));
+}
+
+void TestJournal::theLargestSumsAreStillAdded()
+{
+    constexpr qint64 most = std::numeric_limits<qint64>::max() / 4;
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    Life(file).sell(bread, keyF10);
+    row(file, u"REPLACE INTO counters VALUES ('grand_total', %1)"_s.arg(most));
+    row(file, u"UPDATE receipts SET total = %1"_s.arg(most));
+    {
+        Life life(file);
+        QCOMPARE(life.problem, QString());
+        life.sell(water, keyF10);
+        QCOMPARE(life.day().total, most + 500);
+        QCOMPARE(life.printZ(), NoError);
+    }
+    QCOMPARE(row(file, u"SELECT grand_total FROM z_reports"_s), QVariantList{most + most + 500});
 }
 
 void TestJournal::aJournalServesOneRegister()

@@ -6,6 +6,7 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -17,6 +18,10 @@ constexpr int applicationId = 0x564C4E4F; // "VLNO" in the file's header
 constexpr int layoutVersion = 1;
 
 enum Status { Open = 0, Closed = 1, Cancelled = 2 };
+
+constexpr qint64 mostInt = std::numeric_limits<qint32>::max();
+// More money than any shop takes, and room above it for two such sums and every receipt to come.
+constexpr qint64 mostMoney = std::numeric_limits<qint64>::max() / 4;
 
 const QStringList &layout()
 {
@@ -49,6 +54,14 @@ bool run(QSqlQuery &query, const QVariantList &values = {})
     for (int i = 0; i < values.size(); ++i)
         query.bindValue(i, values.at(i));
     return query.exec();
+}
+
+/** @return false for what no sum of this program's can be */
+bool readMoney(const QVariant &value, qint64 &money)
+{
+    bool isNumber = false;
+    money = value.toLongLong(&isNumber);
+    return isNumber && money >= 0 && money <= mostMoney;
 }
 
 /** The one number that a question has for an answer; nothing when the database cannot be read. */
@@ -115,9 +128,11 @@ QString Journal::open(const QString &file)
         return u"the journal %1 cannot be used: %2"_s.arg(file, problem);
     m_statements = std::make_unique<Statements>(m_database);
     // A sale that was open when the program ended is nobody's any more.
-    if (!readCounters() || !execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s}))
-        return u"the journal %1 cannot be used: %2"_s.arg(file, m_database.lastError().text());
-    return {};
+    if (readCounters() && day(m_z) &&
+        execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s}))
+        return {};
+    const QString text = m_database.lastError().text();
+    return u"the journal %1 cannot be used: %2"_s.arg(file, text.isEmpty() ? u"it is damaged"_s : text);
 }
 
 /** Returns what was wrong, or nothing. */
@@ -165,16 +180,21 @@ bool Journal::inTransaction(Change change)
     return false;
 }
 
+/** @return false also when a counter is what this program never writes */
 bool Journal::readCounters()
 {
-    const auto counter = [this](const char *name, qint64 otherwise) {
-        return number(m_database, u"SELECT coalesce((SELECT value FROM counters WHERE name = '%1'), %2)"_s
-                                      .arg(QLatin1StringView(name))
-                                      .arg(otherwise));
+    const auto counter = [this](const char *name, qint64 least, qint64 most) {
+        auto value =
+            number(m_database, u"SELECT coalesce((SELECT value FROM counters WHERE name = '%1'), %2)"_s
+                                   .arg(QLatin1StringView(name))
+                                   .arg(least));
+        if (value && (*value < least || *value > most))
+            value.reset();
+        return value;
     };
-    const auto z = counter("z", 1);
-    const auto lastZ = counter("last_z", 0);
-    const auto grandTotal = counter("grand_total", 0);
+    const auto z = counter("z", 1, mostInt);
+    const auto lastZ = counter("last_z", 0, mostInt);
+    const auto grandTotal = counter("grand_total", 0, mostMoney);
     if (!z || !lastZ || !grandTotal)
         return false;
     m_lastZ = *lastZ;
@@ -282,30 +302,39 @@ bool Journal::writeReport(const ZReport &report)
            writeCounter("grand_total", report.grandTotal);
 }
 
-DayTotals Journal::day() const
+std::optional<DayTotals> Journal::day(qint32 z) const
 {
-    DayTotals day;
     QSqlQuery sums(m_database);
-    sums.exec(u"SELECT count(*), count(invoice_type), coalesce(sum(total), 0), coalesce(sum(tax), 0),"
-              " coalesce(sum(cash - change), 0), coalesce(sum(card), 0), coalesce(sum(contribution), 0)"
-              " FROM receipts WHERE status = 1 AND z = %1"_s.arg(m_z));
-    if (sums.next()) {
-        day.receipts = sums.value(0).toInt();
-        day.invoices = sums.value(1).toInt();
-        day.total = sums.value(2).toLongLong();
-        day.tax = sums.value(3).toLongLong();
-        day.cash = sums.value(4).toLongLong();
-        day.card = sums.value(5).toLongLong();
-        day.contributions = sums.value(6).toLongLong();
-    }
-    day.cancelled =
-        qint32(number(m_database, u"SELECT count(*) FROM receipts WHERE status = 2 AND z = %1"_s.arg(m_z))
-                   .value_or(0));
+    const auto cancelled =
+        number(m_database, u"SELECT count(*) FROM receipts WHERE status = 2 AND z = %1"_s.arg(z));
+    if (!cancelled ||
+        !sums.exec(u"SELECT count(*), count(invoice_type), coalesce(sum(total), 0), coalesce(sum(tax), 0),"
+                   " coalesce(sum(cash - change), 0), coalesce(sum(card), 0), coalesce(sum(contribution), 0)"
+                   " FROM receipts WHERE status = 1 AND z = %1"_s.arg(z)) ||
+        !sums.next())
+        return std::nullopt;
+    DayTotals day;
+    day.receipts = sums.value(0).toInt();
+    day.invoices = sums.value(1).toInt();
+    day.cancelled = qint32(*cancelled);
+    bool good = true;
+    int column = 2;
+    for (qint64 *sum : {&day.total, &day.tax, &day.cash, &day.card, &day.contributions})
+        good = readMoney(sums.value(column++), *sum) && good;
+    return good && readTaxes(z, day.taxGroups) ? std::optional(day) : std::nullopt;
+}
+
+bool Journal::readTaxes(qint32 z, TaxGroups &groups) const
+{
     QSqlQuery taxes(m_database);
-    taxes.exec(u"SELECT rate, sum(total), sum(tax) FROM taxes WHERE z = %1 GROUP BY rate"_s.arg(m_z));
-    while (taxes.next())
-        day.taxGroups[taxes.value(0).toInt()] = {taxes.value(1).toLongLong(), taxes.value(2).toLongLong()};
-    return day;
+    if (!taxes.exec(u"SELECT rate, sum(total), sum(tax) FROM taxes WHERE z = %1 GROUP BY rate"_s.arg(z)))
+        return false;
+    while (taxes.next()) {
+        TaxGroup &group = groups[taxes.value(0).toInt()];
+        if (!readMoney(taxes.value(1), group.total) || !readMoney(taxes.value(2), group.tax))
+            return false;
+    }
+    return !taxes.lastError().isValid();
 }
 
 std::optional<SaleTotals> Journal::find(const ReceiptRef &ref) const

@@ -22,7 +22,8 @@ public:
     Q_DISABLE_COPY_MOVE(Journal)
 
     /**
-     * Opens the file, or makes it; receipts that were open are cancelled then.
+     * Opens the file, or makes it; receipts that were open are cancelled then. One whose counters or day
+     * cannot be read is not used: a register that took them for 0 would make a wrong report.
      *
      * @param file  empty: kept in memory
      * @return an empty text, or what was wrong
@@ -37,8 +38,8 @@ public:
     qint64 lastZ() const { return m_lastZ; } ///< when the last Z report was made; 0: never
     qint64 grandTotal() const { return m_grandTotal; }
 
-    /** The receipts of the Z report being collected, from what is on record. */
-    DayTotals day() const;
+    /** The receipts of a Z report, from what is on record; nothing when that is damaged. */
+    std::optional<DayTotals> day(qint32 z) const;
 
     // Each of these is on record when it returns true, and has changed nothing otherwise. ------------------
 
@@ -61,6 +62,7 @@ private:
     QString connect(const QString &file);
     bool execute(const QStringList &statements);
     bool readCounters();
+    bool readTaxes(qint32 z, TaxGroups &groups) const;
     bool writeCounter(const char *name, qint64 value);
     bool writeReceipt(const Receipt &receipt);
     bool writeReport(const ZReport &report);

@@ -28,7 +28,7 @@ QString Till::open(const QString &journalFile)
 {
     QString problem = m_journal.open(journalFile);
     if (problem.isEmpty())
-        m_day = m_journal.day();
+        m_day = m_journal.day(z()).value_or(DayTotals());
     return problem;
 }
 
@@ -308,9 +308,10 @@ bool Till::goTo(Screen screen)
 
 bool Till::setZ(qint32 z)
 {
-    if (m_open || z < 1 || !m_journal.setZ(z))
+    const auto day = m_journal.day(z);
+    if (m_open || z < 1 || !day || !m_journal.setZ(z))
         return false;
-    m_day = m_journal.day();
+    m_day = *day;
     return true;
 }
 
