@@ -91,9 +91,10 @@ void CashRegister::takePairingRequest(const QByteArray &frame)
     m_conversed = true;
     if (m_delay.isActive())
         return refuse(u"a frame came before the last was answered"_s);
-    const auto [kind, refusal] = m_pairing.read(frame);
-    if (!refusal.isEmpty())
-        return refuse(refusal);
+    const PairingResponder::Request request = m_pairing.read(frame);
+    if (!request.refusal.isEmpty())
+        return refuse(request.refusal);
+    const MessageTag kind = request.kind;
     m_events.write("request", {{"kind", kindName(kind)}});
     const int step = stepOf(kind);
     m_mute = m_options.faults.hitsStep(Fault::Mute, step);
