@@ -682,6 +682,10 @@ void TestSale::extremeItems_data()
     row("smallest price, as its amount", smallestPrice, 1000, smallestPrice, false);
     row("negative total", 100, -1000, 1, false);
     row("negative total, negative amount", 100, -1000, -150, false);
+    // Read without their signs these amounts fit.
+    row("2^64 - 2, negative amount", largestPrice, 2000, -2, false);
+    row("far beyond 2^64, negative amount", largestPrice, largestInt, -1, false);
+    row("far beyond 2^64, smallest amount", smallestPrice, smallestInt, smallestPrice, false);
     row("no quantity", largestPrice, 0, 1, false);
     row("less than half", 1, 499, 1, false);
     row("half", 1, 500, 1, true);

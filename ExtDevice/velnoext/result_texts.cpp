@@ -145,7 +145,7 @@ constexpr std::array details{
                       "velnoext_add_multiple_sale_items, velnoext_section_data)."},
     DetailText{0x407, "Bad value: the percentage of an item is below -100 (velnoext_add_sale_item, "
                       "velnoext_add_multiple_sale_items)."},
-    DetailText{0x408, "Bad value: the amount adjustment of an item exceeds its line total "
+    DetailText{0x408, "Bad value: the amount adjustment of an item is negative or exceeds its line total "
                       "(velnoext_add_sale_item, velnoext_add_multiple_sale_items)."},
     DetailText{0x409, "Bad value: the type of an item is not 0 to 7 (velnoext_add_sale_item, "
                       "velnoext_add_multiple_sale_items)."},

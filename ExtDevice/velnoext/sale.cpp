@@ -25,8 +25,9 @@ int itemFault(const VelnoSaleItem &item)
         return 0x406;
     if (item.percentage < lowestPercentage)
         return 0x407;
-    // Compared without signs: a negative amount exceeds every total that money can have.
-    if (item.price != 0 && item.percentage == 0 && quint64(item.amount) > lineTotal(item))
+    // Without its sign a negative amount would fit into the largest totals.
+    if (item.price != 0 && item.percentage == 0 &&
+        (item.amount < 0 || quint64(item.amount) > lineTotal(item)))
         return 0x408;
     return unsigned(item.type) > highestType ? 0x409 : 0;
 }
