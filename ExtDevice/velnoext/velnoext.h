@@ -447,8 +447,9 @@ VELNOEXT_API int velnoext_delete_sale_item(unsigned int timeout, int index, Veln
 /* Payments and the plain end of a sale are keys that the register is made to press. The functions that send
  * them return once the keys have left; whether the register took them is seen from velnoext_sale_state() or
  * velnoext_ecr_state() afterwards. Besides what it names, each function can return 1, 2, 5, 11 and 12 as for
- * the queries, and nothing of a payment, an end or a cancellation is sent with 1, 3, 4, 6, 7 and 8. Those
- * without a time-out of their own allow 2000 ms of silence in the rest of an answer.
+ * the queries. With 1, 3, 4, 7 and 8 the register has changed nothing; with 6 neither, unless
+ * velnoext_cancel_sale() had its keys pressed and found another state than 1 behind them. Functions without a
+ * time-out of their own allow 2000 ms of silence in the rest of an answer.
  *
  * Example:
  *
@@ -540,8 +541,8 @@ VELNOEXT_API int velnoext_acquirers_of_sale(unsigned int timeout, int *list, int
 /**
  * What the register knows of a section (department).
  *
- * @param item  in: section, 1 to 8; out: name, ended with a zero, and in quantity the section's number as the
- *              register defines it; nothing else is written
+ * @param item  in: section, 1 to 8; out: name, ended with a zero, and in quantity a number that the register
+ *              defines, the simulated one as the section's tax rate in per cent; nothing else is written
  * @return 0; 3: NULL (0x306); 4: section is not 1 to 8 (0x406); 5 also: the name is longer than 52 bytes
  */
 VELNOEXT_API int velnoext_section_data(unsigned int timeout, VelnoSaleItem *item);
