@@ -18,6 +18,16 @@ int connectPaired(HandMadeDevice &device, const char *name, unsigned int appNo)
     return velnoext_initialize(appNo, name, "127.0.0.1", port, patience);
 }
 
+QList<BrokenAnswer> brokenAnswers(const QByteArray &reply)
+{
+    const HandMadeDevice device;
+    HandMadeDevice stranger;
+    stranger.record.hmacKey = QByteArray(32, 's');
+    return {{"it closes", {}, 2},
+            {"other MAC", {HandMadeDevice::framed(stranger.sealed(reply))}, 11},
+            {"no elements", {HandMadeDevice::framed(device.withElements({}))}, 12}};
+}
+
 QTcpSocket *connection()
 {
     return static_cast<QTcpSocket *>(library().connections.value(library().activeDevice).data());

@@ -34,6 +34,17 @@ QByteArray plain(const Items &...items)
 /** Connects with keys that both sides hold already. @return of velnoext_initialize() */
 int connectPaired(HandMadeDevice &device, const char *name = serial, unsigned int appNo = 5);
 
+/** An answer from which no command gets its items, and the code that every one returns then. */
+struct BrokenAnswer
+{
+    const char *name;
+    QList<QByteArray> frames; ///< as they are written; the connection closes when there are none
+    int result;
+};
+
+/** One for each code, as a HandMadeDevice gives it; `reply` is in the one that somebody else has sealed. */
+QList<BrokenAnswer> brokenAnswers(const QByteArray &reply);
+
 /** The active register's; touch it on its own thread alone. */
 QTcpSocket *connection();
 
