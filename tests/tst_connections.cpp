@@ -37,12 +37,16 @@ private slots:
     void failedPairingLeavesNoRecord();
     void registerThatLeavesDuringPairing();
     void registerThatStaysAwayAfterPairing();
+    void closingForgetsTheDetail_data();
     void closingForgetsTheDetail();
     void keysSurviveClosing_data();
     void keysSurviveClosing();
     void activeDeviceIsChosen();
     void failedInitialiseKeepsTheActiveDevice();
     void connectionThatNobodyTakesForgetsTheKeys();
+    void connectionWithoutARegisterIsClosed();
+    void connectionOfTheApplicationsThreadIsItsChild();
+    void connectionThatIsGoneIsReported();
     void reconnectingReplacesTheConnection();
     void closingWithNothingOpen();
     void closeAllClosesEveryRegister();
@@ -191,11 +195,20 @@ void TestConnections::registerThatStaysAwayAfterPairing()
     QVERIFY(library().connections.isEmpty());
 }
 
+void TestConnections::closingForgetsTheDetail_data()
+{
+    QTest::addColumn<bool>("all");
+
+    QTest::newRow("one") << false;
+    QTest::newRow("all") << true;
+}
+
 void TestConnections::closingForgetsTheDetail()
 {
+    QFETCH(const bool, all);
     QCOMPARE(velnoext_initialize(5, "UB", "127.0.0.1", 4100, brief), 4);
     QCOMPARE(velnoext_error_detail(), 0x400);
-    velnoext_close();
+    all ? velnoext_close_all() : velnoext_close();
     QCOMPARE(velnoext_error_detail(), 0);
 }
 
@@ -228,7 +241,9 @@ void TestConnections::activeDeviceIsChosen()
     HandMadeDevice first;
     HandMadeDevice second{otherSerial};
     QCOMPARE(connectPaired(first), 0);
+    const QThread *const thread = library().connectionThread;
     QCOMPARE(connectPaired(second, otherSerial), 0);
+    QCOMPARE(library().connectionThread, thread); // one for all connections
     char buffer[13] = {};
     QCOMPARE(velnoext_active_device(buffer), 0);
     QCOMPARE(buffer, otherSerial);
@@ -280,6 +295,46 @@ void TestConnections::connectionThatNobodyTakesForgetsTheKeys()
     stranger.pairAndServe(port);
     QCOMPARE(velnoext_initialize(5, "UB0000000002", "127.0.0.1", port, patience), 2);
     QCOMPARE(library().activeDevice, QByteArray(serial));
+}
+
+void TestConnections::connectionWithoutARegisterIsClosed()
+{
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    const QPointer<QTcpSocket> stray = new QTcpSocket;
+    stray->connectToHost(server.serverAddress(), server.serverPort());
+    QVERIFY(stray->waitForConnected());
+    setConnection(stray);
+    QCOMPARE(stray->state(), QAbstractSocket::UnconnectedState);
+    QVERIFY(library().connections.isEmpty());
+    QTRY_VERIFY(!stray);
+}
+
+void TestConnections::connectionOfTheApplicationsThreadIsItsChild()
+{
+    QTcpSocket socket;
+    library().activeDevice = serial;
+    setConnection(&socket);
+    QCOMPARE(library().connections.take(serial), &socket);
+    library().activeDevice.clear();
+    QCOMPARE(socket.parent(), QCoreApplication::instance());
+    socket.setParent(nullptr);
+}
+
+void TestConnections::connectionThatIsGoneIsReported()
+{
+    HandMadeDevice device;
+    QCOMPARE(connectPaired(device), 0);
+    onConnectionThread(
+        [] {
+            delete connection();
+            return true;
+        },
+        false);
+    QCOMPARE(velnoext_login(patience), 2);
+    QCOMPARE(velnoext_set_active_device(serial), 0); // it is still listed
+    velnoext_close();
+    QVERIFY(!library().helper);
 }
 
 void TestConnections::reconnectingReplacesTheConnection()

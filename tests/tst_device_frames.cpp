@@ -3,9 +3,12 @@
 #include "tests/test_support.h"
 
 #include <QBuffer>
+#include <QDeadlineTimer>
 #include <QSemaphore>
 #include <QTcpSocket>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace Velno::Ext;
 using namespace TestSupport;
@@ -17,6 +20,32 @@ QByteArray unread()
 {
     return onConnectionThread([] { return connection()->peek(1 << 20); }, QByteArray());
 }
+
+/** A device that always has more to say, for a time that a test can wait. */
+class Talker : public QIODevice
+{
+public:
+    Talker() { open(QIODevice::ReadWrite); }
+    bool isSequential() const override { return true; }
+    qint64 bytesAvailable() const override { return m_end.hasExpired() ? 0 : 1000; }
+
+    bool isSpokenTo = false;
+
+protected:
+    qint64 readData(char *data, qint64 size) override
+    {
+        std::fill_n(data, size, 'w');
+        return size;
+    }
+    qint64 writeData(const char *, qint64 size) override
+    {
+        isSpokenTo = true;
+        return size;
+    }
+
+private:
+    QDeadlineTimer m_end{qint64(patience)};
+};
 
 } // namespace
 
@@ -32,6 +61,7 @@ private slots:
     void deadDevicesAreRefused();
     void lateRepliesAreDropped();
     void sendingEndsWhenNobodyReads();
+    void sendingEndsWhenTheRegisterNeverStopsTalking();
 };
 
 void TestDeviceFrames::framesAreReceived_data()
@@ -137,6 +167,15 @@ void TestDeviceFrames::sendingEndsWhenNobodyReads()
     const bool sent = send_to_device(connection(), QByteArray(32 << 20, 'x')); // more than the kernel holds
     readsOn.release();
     QVERIFY(!sent);
+}
+
+void TestDeviceFrames::sendingEndsWhenTheRegisterNeverStopsTalking()
+{
+    HandMadeDevice device;
+    QCOMPARE(connectPaired(device), 0);
+    Talker talker;
+    QVERIFY(!send_to_device(&talker, "x"));
+    QVERIFY(!talker.isSpokenTo);
 }
 
 QTEST_GUILESS_MAIN(TestDeviceFrames)

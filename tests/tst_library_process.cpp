@@ -258,8 +258,7 @@ void TestLibraryProcess::programWithoutThreadsIsToldSo()
     QProcess program;
     program.setChildProcessModifier([] {
         // No thread can have a stack of this size, the C library's default.
-        const rlim_t tooLarge = sizeof(void *) == 8 ? rlim_t(1) << 62 : rlim_t(3) << 30;
-        const rlimit limit{tooLarge, RLIM_INFINITY};
+        const rlimit limit{std::numeric_limits<size_t>::max() / 4 * 3, RLIM_INFINITY};
         setrlimit(RLIMIT_STACK, &limit);
     });
     program.start(QStringLiteral(VELNO_PLAIN_C_PROGRAM), {QString::number(freePort())});

@@ -314,6 +314,7 @@ void velnoext_close_all(void)
     // One register per turn of the lock, so that calls of other threads can pass in between.
     for (;;) {
         const QMutexLocker lock(&state.connectionMutex);
+        state.errorDetail = 0;
         if (state.connections.isEmpty())
             return;
         state.activeDevice = state.connections.constBegin().key();

@@ -178,7 +178,7 @@ VELNOEXT_API int velnoext_error_detail(void);
 /**
  * Closes the active register's connection; afterwards no register is active. When it was the last
  * connection, the library returns to the state before velnoext_initialize(), keys apart. Harmless when
- * nothing is open. Blocks until the register has taken what was sent, at most 30 s.
+ * nothing is open. Blocks until what was sent has left this computer's buffers, at most 30 s.
  */
 VELNOEXT_API void velnoext_close(void);
 
