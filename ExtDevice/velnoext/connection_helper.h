@@ -31,7 +31,7 @@ public:
     Q_INVOKABLE bool send(QIODevice *s, QByteArray data);
 
     /**
-     * Receives one payload, skipping keep-alives. Nothing is consumed on false.
+     * Receives one payload, skipping keep-alives. Nothing but those is consumed on false.
      *
      * @param timeout  ms for each wait behind the frame's first byte; that one is waited for without limit
      */
