@@ -14,15 +14,16 @@
  * The process: it needs no Qt of its own. Without a Qt application object velnoext_initialize() makes one,
  * which the closing of the last connection deletes: make both calls on the same thread, every time the same
  * one. In a process that has a Qt application object the library uses that and leaves it alone; its window
- * stands still while a call on its thread blocks. When that object ends first, commands return 1 from then
- * on, and connections can still be closed. The locale stays as it was (Qt sets it for a moment while an
- * object is made, and says on standard error when it is not UTF-8), and a proxy that the application has set
- * is not used for registers. What goes wrong in a pairing, or with the frame of an answer, is also told in a
- * line on standard output. Once loaded the library stays loaded.
+ * stands still while a call on its thread blocks. When that object has ended, commands return 1 until there
+ * is another, and connections can still be closed. The locale stays as it was (Qt sets it for a moment while
+ * an object is made, and says on standard error when it is not UTF-8), and a proxy that the application has
+ * set is not used for registers. What goes wrong in a pairing, or with the frame of an answer, is also told
+ * in a line on standard output. Once loaded the library stays loaded.
  *
  * Time-outs are milliseconds; 0xFFFFFFFF means no limit. Waiting for the first byte of a register's answer
  * has no limit of its own: a cashier may have to act first. It ends when the connection does, at the latest
- * about a minute after the register, or the relay between, vanished from the network.
+ * about a minute after its other end vanished from the network. With the relay that end is the relay, which
+ * has to notice when the register is gone.
  *
  * Pointers are borrowed for the call only and belong to the caller; what a function returns as text belongs
  * to the library. Outputs are written on success alone unless a function says otherwise. Text is plain bytes
