@@ -261,6 +261,8 @@ private slots:
     void writeTimesOutAndKeepsTheConnection();
     void writeIsCutShortByThePeersClose();
     void writeGoesOnUntilTheLastByte();
+    void writeToAPeerThatOnlyTalksFillsNoMemory_data();
+    void writeToAPeerThatOnlyTalksFillsNoMemory();
     void readChecksItsArgumentsInOrder();
     void readTakesWhatFits();
     void readWaitsForBytes_data();
@@ -582,6 +584,47 @@ void TestNetwork::writeGoesOnUntilTheLastByte()
     }
     QCOMPARE(arrived.size(), data.size());
     QVERIFY(arrived == data);
+}
+
+void TestNetwork::writeToAPeerThatOnlyTalksFillsNoMemory_data()
+{
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("connected") << false;
+    QTest::newRow("accepted") << true;
+}
+
+void TestNetwork::writeToAPeerThatOnlyTalksFillsNoMemory()
+{
+    QFETCH(const bool, accepted);
+    const QByteArray tooMuch(64 << 20, 'w');
+    std::promise<void> done;
+    const auto talk = [&](QTcpSocket &socket) {
+        socket.setReadBufferSize(1);
+        socket.write(tooMuch);
+        while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(int(patience))) {
+        }
+        done.get_future().wait();
+    };
+    const Receiver receiver;
+    std::unique_ptr<ServingPeer> server;
+    std::unique_ptr<CallingPeer> client;
+    const auto letGo = qScopeGuard([&done] { done.set_value(); });
+    unsigned int handle = 0;
+    if (accepted) {
+        const quint16 port = freePort();
+        client = std::make_unique<CallingPeer>(QHostAddress(QHostAddress::LocalHost), port, talk);
+        QCOMPARE(velno_network_accept("127.0.0.1", port, int(patience), &handle), 0);
+    } else {
+        server = std::make_unique<ServingPeer>(talk);
+        handle = server->connect();
+    }
+    // While it waits for room it also takes in what has come.
+    QCOMPARE(velno_network_write(handle, 200, tooMuch.constData(), int(tooMuch.size())), 7);
+    QCOMPARE(readBytes(handle, 100'000), tooMuch.first(100'000)); // nothing of it is lost
+    QCOMPARE(velno_set_connection(handle), 0);
+    const qint64 held = received->bytesAvailable();
+    received->abort();
+    QVERIFY2(held <= 64 * 1024, qPrintable(QString::number(held)));
 }
 
 void TestNetwork::readChecksItsArgumentsInOrder()

@@ -21,6 +21,7 @@ namespace {
 
 constexpr int disconnectTimeout = 10'000;
 constexpr unsigned int largestHandle = 0x7FFFFFFF;
+constexpr qint64 mostUnread = 64 * 1024; // a peer that talks without being asked cannot fill the memory
 
 // A connected socket may delete itself when the peer closes it: the pointer is then null, its entry stale.
 QHash<unsigned int, QPointer<QTcpSocket>> sockets;
@@ -32,6 +33,7 @@ unsigned int enter(QTcpSocket *socket)
     do {
         handle = handle == largestHandle ? 1 : handle + 1;
     } while (sockets.contains(handle));
+    socket->setReadBufferSize(mostUnread);
     sockets.insert(handle, socket);
     return handle;
 }

@@ -10,7 +10,8 @@ QT_FORWARD_DECLARE_CLASS(QTcpSocket)
  * Every function returns 0 for success, else a status of its own table; on failure outputs are untouched.
  * A handle is never 0. Time-outs are milliseconds; FFFFFFFF waits without limit, anything else above
  * 2,147,483,647 counts as that. "Open" means that the peer has not closed the connection. A socket found
- * closed is deleted at once and its handle forgotten. Nothing is logged.
+ * closed is deleted at once and its handle forgotten. Of what a peer sends and nobody reads at most 64 KiB
+ * are taken from the system. Nothing is logged.
  *
  * No lock: all calls that share a handle must come from the thread that created it.
  */
