@@ -60,7 +60,7 @@ void CashRegister::start()
 {
     const QString host = m_options.host.contains(u':') ? u'[' + m_options.host + u']' : m_options.host;
     m_events.write("ready", {{"serial", QString::fromLatin1(m_options.serial)},
-                             {"target", u"%1:%2"_s.arg(host).arg(m_options.port)},
+                             {"target", u"%1:%2"_s.arg(host, QString::number(m_options.port))},
                              {"faults", m_options.faults.names()}});
     m_wire.start(m_options.host, m_options.port, m_options.throughRelay ? m_options.serial : QByteArray());
 }

@@ -54,7 +54,7 @@ QString printable(const QByteArray &name)
 QString place(const QHostAddress &address, quint16 port)
 {
     const bool ipv6 = address.protocol() == QAbstractSocket::IPv6Protocol;
-    return (ipv6 ? u"[%1]:%2"_s : u"%1:%2"_s).arg(address.toString()).arg(port);
+    return (ipv6 ? u"[%1]:%2"_s : u"%1:%2"_s).arg(address.toString(), QString::number(port));
 }
 
 QString progressOf(const RelayConnection &connection)

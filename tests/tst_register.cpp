@@ -45,6 +45,7 @@ private slots:
     void hostilePeersAreRefused_data();
     void hostilePeersAreRefused();
     void ipv6TargetsWork();
+    void targetsAreToldAsTheyWereTyped();
 };
 
 namespace {
@@ -429,6 +430,17 @@ void TestRegister::ipv6TargetsWork()
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 0);
     QVERIFY(process.readLine().startsWith("ready UB1234567890 [::1]:"));
+}
+
+void TestRegister::targetsAreToldAsTheyWereTyped()
+{
+    QProcess process;
+    process.start(SimulatedRegister::program(),
+                  {u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"[fe80::1%1]:4100"_s});
+    QVERIFY(process.waitForReadyRead());
+    QCOMPARE(process.readLine(), "ready UB1234567890 [fe80::1%1]:4100 none\n");
+    process.write("quit\n");
+    QVERIFY(process.waitForFinished());
 }
 
 QTEST_GUILESS_MAIN(TestRegister)

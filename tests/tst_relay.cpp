@@ -31,6 +31,7 @@ private slots:
     void wrongUsageIsRefused();
     void takenPortIsReported_data();
     void takenPortIsReported();
+    void foreignAddressIsReported();
     void eventsAreWordsWithoutJson();
     void itListensOnIpv6();
     void applicationAndRegisterAreJoined_data();
@@ -305,6 +306,13 @@ void TestRelay::takenPortIsReported()
     const QByteArray place = "cannot listen on 127.0.0.1:" + QByteArray::number(holder.serverPort());
     QVERIFY2(refused.errors.contains(place), refused.errors);
     QVERIFY2(refused.errors.contains("in use"), refused.errors);
+}
+
+void TestRelay::foreignAddressIsReported()
+{
+    const Run refused = run({u"--listen"_s, u"fe80::1%1"_s});
+    QCOMPARE(refused.code, 69);
+    QVERIFY2(refused.errors.contains("cannot listen on [fe80::1%1]:50900: "), refused.errors);
 }
 
 void TestRelay::eventsAreWordsWithoutJson()
