@@ -1,3 +1,4 @@
+#include "simulator/fiscal/money.h"
 #include "simulator/fiscal/paper.h"
 #include "simulator/fiscal/receipt_text.h"
 #include "simulator/fiscal/slip.h"
@@ -38,6 +39,8 @@ private slots:
     void brokenSlipLinesAreRefused();
     void paperRunsOutAfterSoManyPrints();
     void nothingIsWiderThanThePaper();
+    void noAmountIsCut_data();
+    void noAmountIsCut();
 };
 
 namespace {
@@ -423,6 +426,31 @@ void TestReceipts::nothingIsWiderThanThePaper()
     for (const Print &print : std::as_const(till.prints))
         for (const QString &line : print.lines)
             QVERIFY2(line.size() <= paperWidth, qPrintable(line));
+}
+
+void TestReceipts::noAmountIsCut_data()
+{
+    QTest::addColumn<qint64>("price");
+    QTest::addColumn<QString>("lines");
+
+    QTest::newRow("the longest line")
+        << qint64(99'999'999) << u"KDV %10 TOPLAM *999.999,99 KDV *90.909,09\n"_s;
+    QTest::newRow("one kuruş more") << qint64(100'000'000)
+                                    << u"KDV %10 TOPLAM *1.000.000,00\nKDV *90.909,09\n"_s;
+    QTest::newRow("the largest") << largestAmount << u"KDV %10 TOPLAM *99.999.999,99\nKDV *9.090.909,09\n"_s;
+}
+
+void TestReceipts::noAmountIsCut()
+{
+    QFETCH(const qint64, price);
+    QFETCH(const QString, lines);
+    TillAtHand till;
+    till.keys("E");
+    QCOMPARE(till.add({{price, 1000, 0, 0, 3, "Su", 0}}), NoError);
+    till.keys("$");
+    QVERIFY2(squeezed(printed(till)).contains(lines), qPrintable(printed(till)));
+    QCOMPARE(till.printZ(), NoError);
+    QVERIFY2(squeezed(printed(till)).contains(lines), qPrintable(printed(till)));
 }
 
 QTEST_GUILESS_MAIN(TestReceipts)

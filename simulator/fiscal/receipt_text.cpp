@@ -93,12 +93,22 @@ QStringList sumTexts(const Sale &sale)
     return texts << rule();
 }
 
+/** In two lines when one is too short for both amounts: neither may be cut. */
+QStringList taxGroupTexts(int rate, const TaxGroup &group)
+{
+    const QString what = u"KDV %1 TOPLAM"_s.arg(rateText(rate));
+    const QString left = u"%1 *%2"_s.arg(what, moneyText(group.total));
+    const QString right = u"KDV *%1"_s.arg(moneyText(group.tax));
+    if (left.size() + 1 + right.size() <= paperWidth)
+        return {twoSided(left, right)};
+    return {withAmount(what, group.total), withAmount(u"KDV"_s, group.tax)};
+}
+
 QStringList taxTexts(const TaxGroups &groups)
 {
     QStringList texts;
     for (const auto &[rate, group] : groups)
-        texts << twoSided(u"KDV %1 TOPLAM *%2"_s.arg(rateText(rate), moneyText(group.total)),
-                          u"KDV *%1"_s.arg(moneyText(group.tax)));
+        texts << taxGroupTexts(rate, group);
     return texts;
 }
 
