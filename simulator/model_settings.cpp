@@ -38,7 +38,7 @@ constexpr std::array table{
 QString notNow(const QString &name, qint64 value)
 {
     return u"%1 %2 cannot be now: without paper no sale is opened, while one is open or for a report that has"
-           " been made the Z number stays"_s.arg(name)
+           " been made the Z number stays, and the journal must be writable"_s.arg(name)
                .arg(value);
 }
 

@@ -24,6 +24,7 @@ private slots:
     void theDayGoesOn();
     void reportsAndCountersAreStillThere();
     void aReportIsMadeOnce();
+    void aReportMadeBeforeIsPassedOver();
     void linesAndPaymentsAreOnRecord();
     void unknownReceiptsAreNotFound_data();
     void unknownReceiptsAreNotFound();
@@ -32,6 +33,8 @@ private slots:
     void damagedJournalsAreRefused_data();
     void damagedJournalsAreRefused();
     void theLargestSumsAreStillAdded();
+    void aForeignDatabaseStaysAsItIs();
+    void aFullDiskIsNoDamage();
     void aJournalServesOneRegister();
     void whatCannotBeWrittenDoesNotHappen();
 };
@@ -228,6 +231,30 @@ void TestJournal::aReportIsMadeOnce()
     QCOMPARE(life.z(), 0x7FFFFFFF);
 }
 
+void TestJournal::aReportMadeBeforeIsPassedOver()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file, 5);
+        QCOMPARE(life.printZ(), NoError);
+        QCOMPARE(life.printZ(), NoError);
+        life.sell(water, keyF10);
+        QVERIFY(life.setZ(4));
+        life.sell(bread, keyF10);
+        QCOMPARE(life.printZ(), NoError);
+        QCOMPARE(life.z(), 7);
+        QCOMPARE(life.day().total, 500);
+    }
+    Life life(file);
+    QCOMPARE(life.problem, QString());
+    QCOMPARE(life.z(), 7);
+    QCOMPARE(life.day().total, 500);
+    QCOMPARE(life.printZ(), NoError);
+    QCOMPARE(life.z(), 8);
+    QCOMPARE(life.day(), DayTotals());
+}
+
 void TestJournal::linesAndPaymentsAreOnRecord()
 {
     const QTemporaryDir folder;
@@ -368,6 +395,40 @@ void TestJournal::theLargestSumsAreStillAdded()
         QCOMPARE(life.printZ(), NoError);
     }
     QCOMPARE(row(file, u"SELECT grand_total FROM z_reports"_s), QVariantList{most + most + 500});
+}
+
+void TestJournal::aForeignDatabaseStaysAsItIs()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(u"file"_s));
+    row(file.fileName(), u"CREATE TABLE mine (a)"_s);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    QVERIFY(!before.isEmpty());
+    QVERIFY(!Life(file.fileName()).problem.isEmpty());
+    QVERIFY(file.seek(0));
+    QCOMPARE(file.readAll(), before);
+}
+
+void TestJournal::aFullDiskIsNoDamage()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"journal"_s);
+    {
+        Life life(file);
+        life.sell(bread, keyF10);
+    }
+    {
+        const FullDisk full(0);
+        QCOMPARE(Life(file).problem, QString()); // nothing needs to be written yet
+    }
+    Life(file).press({'E'});
+    {
+        const FullDisk full(0);
+        const QString problem = Life(file).problem;
+        QVERIFY2(problem.contains(u" I/O "_s) || problem.contains(u" full"_s), qPrintable(problem));
+    }
+    QCOMPARE(Life(file).problem, QString());
 }
 
 void TestJournal::aJournalServesOneRegister()

@@ -124,15 +124,20 @@ Journal::~Journal()
 
 QString Journal::open(const QString &file)
 {
-    if (const QString problem = connect(file); !problem.isEmpty())
-        return u"the journal %1 cannot be used: %2"_s.arg(file, problem);
+    QString problem = connect(file);
+    if (problem.isEmpty())
+        problem = resume();
+    return problem.isEmpty() ? QString() : u"the journal %1 cannot be used: %2"_s.arg(file, problem);
+}
+
+/** Takes up what an earlier program left. Returns what was wrong, or nothing. */
+QString Journal::resume()
+{
     m_statements = std::make_unique<Statements>(m_database);
+    if (!readCounters() || isMade(m_z) || !day(m_z))
+        return u"it is damaged"_s;
     // A sale that was open when the program ended is nobody's any more.
-    if (readCounters() && day(m_z) &&
-        execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s}))
-        return {};
-    const QString text = m_database.lastError().text();
-    return u"the journal %1 cannot be used: %2"_s.arg(file, text.isEmpty() ? u"it is damaged"_s : text);
+    return execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s});
 }
 
 /** Returns what was wrong, or nothing. */
@@ -143,30 +148,39 @@ QString Journal::connect(const QString &file)
     m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=0"_s);
     if (!m_database.open())
         return m_database.lastError().text();
-    // In this mode what a transaction wrote survives the program's end without waiting for the disk.
-    QSqlQuery query(m_database);
-    for (const QString &mode : {u"PRAGMA locking_mode = EXCLUSIVE"_s, u"PRAGMA journal_mode = WAL"_s,
-                                u"PRAGMA synchronous = NORMAL"_s, u"BEGIN EXCLUSIVE"_s, u"COMMIT"_s})
-        if (!query.exec(mode))
-            return query.lastError().text();
-    query.finish();
+    if (const QString problem =
+            set({u"PRAGMA locking_mode = EXCLUSIVE"_s, u"BEGIN EXCLUSIVE"_s, u"COMMIT"_s});
+        !problem.isEmpty())
+        return problem;
     const auto id = number(m_database, u"PRAGMA application_id"_s);
     const auto version = number(m_database, u"PRAGMA user_version"_s);
     const auto tables = number(m_database, u"SELECT count(*) FROM sqlite_master"_s);
-    if (id == applicationId && version == layoutVersion)
-        return {};
-    if (id != 0 || tables != 0)
+    const bool ours = id == applicationId && version == layoutVersion;
+    if (!ours && (id != 0 || tables != 0))
         return u"it is no journal of this program"_s;
-    return execute(layout()) ? QString() : m_database.lastError().text();
+    // Not sooner: the mode is written into the file. In it what a transaction wrote survives the program's
+    // end without waiting for the disk.
+    const QString problem = set({u"PRAGMA journal_mode = WAL"_s, u"PRAGMA synchronous = NORMAL"_s});
+    return ours || !problem.isEmpty() ? problem : execute(layout());
 }
 
-/** All or nothing. */
-bool Journal::execute(const QStringList &statements)
+/** One after the other. Returns what was wrong, or nothing. */
+QString Journal::set(const QStringList &statements)
 {
-    return inTransaction([&] {
-        QSqlQuery query(m_database);
-        return std::ranges::all_of(statements, [&query](const QString &text) { return query.exec(text); });
-    });
+    QSqlQuery query(m_database);
+    for (const QString &text : statements)
+        if (!query.exec(text))
+            return query.lastError().text();
+    return {};
+}
+
+/** All or nothing. Returns what was wrong, or nothing. */
+QString Journal::execute(const QStringList &statements)
+{
+    const QString problem = set(QStringList{u"BEGIN"_s} + statements + QStringList{u"COMMIT"_s});
+    if (!problem.isEmpty())
+        m_database.rollback();
+    return problem;
 }
 
 template <typename Change>
@@ -197,9 +211,10 @@ bool Journal::readCounters()
     const auto grandTotal = counter("grand_total", 0, mostMoney);
     if (!z || !lastZ || !grandTotal)
         return false;
+    m_z = qint32(*z);
     m_lastZ = *lastZ;
     m_grandTotal = *grandTotal;
-    return setZ(qint32(*z));
+    return true;
 }
 
 bool Journal::isNew() const
@@ -213,11 +228,15 @@ bool Journal::writeCounter(const char *name, qint64 value)
     return run(m_statements->counter, {QString::fromLatin1(name), value});
 }
 
+/** True also when that cannot be read. */
+bool Journal::isMade(qint32 z) const
+{
+    return number(m_database, u"SELECT count(*) FROM z_reports WHERE z = %1"_s.arg(z)) != 0;
+}
+
 bool Journal::setZ(qint32 z)
 {
-    if (number(m_database, u"SELECT count(*) FROM z_reports WHERE z = %1"_s.arg(z)) != 0)
-        return false;
-    if (!writeCounter("z", z))
+    if (isMade(z) || !writeCounter("z", z))
         return false;
     m_z = z;
     return true;
@@ -284,21 +303,27 @@ bool Journal::cancel(const ReceiptRef &ref, qint64 time)
 
 bool Journal::close(const ZReport &report)
 {
-    if (!inTransaction([&] { return writeReport(report); }))
+    qint32 next = 0;
+    if (!inTransaction([&] { return writeReport(report, next); }))
         return false;
-    m_z = report.z + 1;
+    m_z = next;
     m_lastZ = report.time;
     m_grandTotal = report.grandTotal;
     return true;
 }
 
-bool Journal::writeReport(const ZReport &report)
+bool Journal::writeReport(const ZReport &report, qint32 &next)
 {
     const DayTotals &day = report.day;
-    return run(m_statements->report,
-               {report.z, report.time, day.receipts, day.invoices, day.cancelled, day.total, day.tax,
-                day.cash, day.card, day.contributions, report.grandTotal}) &&
-           writeCounter("z", report.z + 1) && writeCounter("last_z", report.time) &&
+    if (!run(m_statements->report,
+             {report.z, report.time, day.receipts, day.invoices, day.cancelled, day.total, day.tax, day.cash,
+              day.card, day.contributions, report.grandTotal}))
+        return false;
+    // Where its operator has set the number back, the reports behind this one may have been made already.
+    const auto last = number(m_database, u"SELECT min(z) FROM z_reports AS made WHERE z >= %1 AND NOT EXISTS"
+                                         " (SELECT 1 FROM z_reports WHERE z = made.z + 1)"_s.arg(report.z));
+    next = qint32(last.value_or(report.z)) + 1;
+    return last && writeCounter("z", next) && writeCounter("last_z", report.time) &&
            writeCounter("grand_total", report.grandTotal);
 }
 

@@ -47,7 +47,7 @@ public:
     ReceiptRef begin(bool withInvoice, qint64 time);
     bool close(const Receipt &receipt);
     bool cancel(const ReceiptRef &ref, qint64 time);
-    bool close(const ZReport &report);
+    bool close(const ZReport &report); ///< and goes on with the next one that has not been made
 
     /** Goes on with another Z report, none that has been made; or says when the last one was made. */
     bool setZ(qint32 z);
@@ -60,12 +60,15 @@ private:
     struct Statements;
 
     QString connect(const QString &file);
-    bool execute(const QStringList &statements);
+    QString resume();
+    QString set(const QStringList &statements);
+    QString execute(const QStringList &statements);
     bool readCounters();
+    bool isMade(qint32 z) const;
     bool readTaxes(qint32 z, TaxGroups &groups) const;
     bool writeCounter(const char *name, qint64 value);
     bool writeReceipt(const Receipt &receipt);
-    bool writeReport(const ZReport &report);
+    bool writeReport(const ZReport &report, qint32 &next);
     template <typename Change>
     bool inTransaction(Change change);
 

@@ -254,7 +254,8 @@ RegisterError Till::printZ()
     const ZReport report{z(), m_clock(), m_day, m_journal.grandTotal() + m_day.total};
     if (!m_journal.close(report))
         return NoJournal;
-    m_day = {};
+    // The next report has receipts when its number was in use before.
+    m_day = m_journal.day(z()).value_or(DayTotals());
     print(zReportPrint(report, m_serial));
     return NoError;
 }
