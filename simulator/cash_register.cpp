@@ -27,7 +27,6 @@ std::chrono::milliseconds delayOf(const Faults &faults)
 CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
     : QObject(parent)
     , m_options(options)
-    , m_standing(options.faults)
     , m_model(options.serial, options.journal)
     , m_receipts(options.receipts, options.showReceipts)
     , m_events(options.json)
@@ -52,7 +51,7 @@ QString CashRegister::prepare()
     if (const QString problem = applySettings(m_options.settings, m_model); !problem.isEmpty())
         return problem;
     m_model.setPaper(m_options.paper);
-    putPaperIn(m_standing.names());
+    putPaperIn(m_options.faults.names());
     return {};
 }
 
@@ -132,7 +131,7 @@ void CashRegister::obey(const CommandResponder::Request &request)
     const ReceiptRef before = m_model.saleReference();
     const CommandResponder::Answer answer = m_commands.answer(request, faults);
     if (const ReceiptRef now = m_model.saleReference(); now != ReceiptRef() && now != before)
-        forgetProvoked();
+        m_provoked.clear();
     if (faults.hitsCommand(Fault::PowerCut, command))
         return cutPower();
     const bool lost = faults.hitsCommand(Fault::LostAnswer, command);
@@ -154,21 +153,7 @@ Faults CashRegister::takeFaultsFor(const CommandResponder::Request &request)
         m_events.write("provoked", {{"fault", fault}});
     m_provoked.add(provoked);
     putPaperIn(provoked);
-    const Faults faults = m_provoked.beside(m_standing);
-    m_provoked.spend(*request.command);
-    useFaults();
-    return faults;
-}
-
-void CashRegister::forgetProvoked()
-{
-    m_provoked.clear();
-    useFaults();
-}
-
-void CashRegister::useFaults()
-{
-    m_options.faults = m_provoked.beside(m_standing);
+    return m_provoked.take(*request.command, m_options.faults);
 }
 
 /** For as many prints as a fault among these says. */
@@ -311,7 +296,7 @@ void CashRegister::changeModel(const QString &line)
  */
 void CashRegister::changeFaults(const QString &line)
 {
-    Faults faults = m_standing;
+    Faults faults = m_options.faults;
     QString error = faults.obey(line);
     if (error.isEmpty())
         error = credentialsProblem(m_options.credentials, faults);
@@ -319,8 +304,8 @@ void CashRegister::changeFaults(const QString &line)
         m_events.write("error", {{"message", error}});
         return;
     }
-    m_standing = faults;
-    forgetProvoked();
+    m_options.faults = faults;
+    m_provoked.clear();
     if (line != u"fault none")
         putPaperIn({line.section(u' ', 1)});
     if (m_restIsDue)

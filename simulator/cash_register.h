@@ -40,8 +40,6 @@ private:
     void takeCommand(const QByteArray &frame);
     void obey(const CommandResponder::Request &request);
     Faults takeFaultsFor(const CommandResponder::Request &request);
-    void useFaults();
-    void forgetProvoked();
     void putPaperIn(const QStringList &faults);
     void cutPower();
     void takePrint(const Print &print);
@@ -57,8 +55,7 @@ private:
     void changeModel(const QString &line);
     void finish(int exitCode);
 
-    RegisterOptions m_options; ///< its faults are those in force
-    Faults m_standing;         ///< the faults that the operator has switched on
+    RegisterOptions m_options; ///< its faults are those that the operator has switched on
     ProvokedFaults m_provoked; ///< those that a sale has
     FiscalModel m_model;
     ReceiptWriter m_receipts;

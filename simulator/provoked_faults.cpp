@@ -81,19 +81,16 @@ void ProvokedFaults::add(const QStringList &faults)
     }
 }
 
-Faults ProvokedFaults::beside(Faults standing) const
+Faults ProvokedFaults::take(const CommandRow &command, Faults standing)
 {
-    for (const QString &fault : m_faults)
-        standing.switchOn(fault);
-    return standing;
-}
-
-void ProvokedFaults::spend(const CommandRow &command)
-{
-    m_faults.removeIf([&command](const QString &fault) {
+    m_faults.removeIf([&](const QString &fault) {
         const CommandRow *const named = commandByName(fault.section(u'=', 1));
-        return !named || named == &command;
+        const bool goesOff = !named || named == &command;
+        if (goesOff)
+            standing.switchOn(fault);
+        return goesOff;
     });
+    return standing;
 }
 
 } // namespace Simulator

@@ -23,7 +23,8 @@ QStringList provokedBy(const QList<ItemRequest> &items);
 
 /**
  * The faults that the open sale has provoked. Each goes off once: at its command, or at the next one when it
- * names none. What has not gone off by then is forgotten when another sale is opened.
+ * names none; until then it changes nothing. What has not gone off by then is forgotten when another sale is
+ * opened.
  */
 class ProvokedFaults
 {
@@ -32,11 +33,8 @@ public:
     void add(const QStringList &faults);
     void clear() { m_faults.clear(); }
 
-    /** These faults, and what was provoked. */
-    Faults beside(Faults standing) const;
-
-    /** The command comes: what goes off at it is off from now on. */
-    void spend(const CommandRow &command);
+    /** The command comes: what goes off at it, beside the faults that stand. It is off from now on. */
+    Faults take(const CommandRow &command, Faults standing);
 
     /** Those that have not gone off, the newest last. */
     const QStringList &waiting() const { return m_faults; }

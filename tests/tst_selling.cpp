@@ -41,6 +41,7 @@ private slots:
     void faultsOfSales();
     void theSaleProvokesItsFaults_data();
     void theSaleProvokesItsFaults();
+    void provokedFaultsWaitForTheirOwnCommands();
     void theManualListsWhatProvokes();
     void whatWasProvokedIsForgotten();
     void whatIsProvokedAgainWaitsOnce();
@@ -653,6 +654,22 @@ void TestSelling::theSaleProvokesItsFaults()
     QCOMPARE(velnoext_cancel_sale(patience), 0);
 }
 
+void TestSelling::provokedFaultsWaitForTheirOwnCommands()
+{
+    Shop shop({u"--fault"_s, u"refuse=delete"_s});
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    QCOMPARE(addItem(100, "!refuse=medical"), 0);
+    QCOMPARE(addItem(100, "!refuse=medical"), 0);
+    QCOMPARE(addItem(100, "!refuse=sale-state"), 0);
+    QCOMPARE(addItem(100, "!refuse=item"), 8);
+    QCOMPARE(deleteLast(), 8); // as the register was told before
+    QCOMPARE(medical(), 8);
+    QCOMPARE(medical(), 0);
+    QCOMPARE(saleStateCode(), 8);
+    QCOMPARE(saleStateCode(), 0);
+    QCOMPARE(deleteLast(), 8);
+}
+
 void TestSelling::theManualListsWhatProvokes()
 {
     QFile file(QFINDTESTDATA("../docs/simulated-register.md"));
@@ -696,7 +713,7 @@ void TestSelling::whatIsProvokedAgainWaitsOnce()
         provoked.add({u"refuse=print"_s, u"mute=report"_s});
     provoked.add({u"refuse=print"_s});
     QCOMPARE(provoked.waiting(), QStringList({u"mute=report"_s, u"refuse=print"_s}));
-    provoked.spend(*Simulator::commandByName(u"print"_s));
+    provoked.take(*Simulator::commandByName(u"print"_s), Simulator::Faults());
     QCOMPARE(provoked.waiting(), QStringList{u"mute=report"_s});
 }
 
