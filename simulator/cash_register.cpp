@@ -38,6 +38,7 @@ CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
     connect(&m_silence, &QTimer::timeout, this, [this] { m_wire.drop(u"the other side is silent"_s); });
     connect(&m_delay, &QTimer::timeout, this, &CashRegister::sendNow);
     connect(&m_wire, &Wire::connected, this, &CashRegister::takeConnection);
+    connect(&m_wire, &Wire::recognised, this, &CashRegister::takePurpose);
     connect(&m_wire, &Wire::frameReceived, this, &CashRegister::takeFrame);
     connect(&m_wire, &Wire::unreadable, this, &CashRegister::refuse);
     connect(&m_wire, &Wire::disconnected, this, &CashRegister::takeEnd);
@@ -75,6 +76,15 @@ void CashRegister::takeConnection()
     m_events.write("connected");
 }
 
+/** The first bytes of a key exchange oblige to the rest of it. */
+void CashRegister::takePurpose()
+{
+    if (m_wire.purpose() != Purpose::KeyExchange)
+        return;
+    m_conversed = true;
+    m_silence.start(patience);
+}
+
 void CashRegister::takeFrame(const QByteArray &frame)
 {
     if (m_mute)
@@ -87,7 +97,6 @@ void CashRegister::takeFrame(const QByteArray &frame)
 
 void CashRegister::takePairingRequest(const QByteArray &frame)
 {
-    m_conversed = true;
     if (m_delay.isActive())
         return refuse(u"a frame came before the last was answered"_s);
     const PairingResponder::Request request = m_pairing.read(frame);
@@ -246,7 +255,6 @@ void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandRes
 
 void CashRegister::refuse(const QString &reason)
 {
-    m_conversed = m_conversed || m_wire.purpose() == Purpose::KeyExchange;
     m_delay.stop();
     m_events.write("refused", {{"reason", reason}});
     close(u"refused"_s);

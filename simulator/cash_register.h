@@ -35,6 +35,7 @@ signals:
 
 private:
     void takeConnection();
+    void takePurpose();
     void takeFrame(const QByteArray &frame);
     void takePairingRequest(const QByteArray &frame);
     void takeCommand(const QByteArray &frame);

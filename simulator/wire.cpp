@@ -138,10 +138,17 @@ void Wire::takeBytes()
     while (!m_paused && m_socket.state() == QAbstractSocket::ConnectedState) {
         m_received += m_socket.readAll();
         if (m_purpose == Purpose::Unknown)
-            m_purpose = purposeOf(m_received);
+            recognise();
         if (m_purpose == Purpose::Unknown || !takeFrame())
             return;
     }
+}
+
+void Wire::recognise()
+{
+    m_purpose = purposeOf(m_received);
+    if (m_purpose != Purpose::Unknown)
+        emit recognised();
 }
 
 /** Cuts one frame off what has come; false when there is none yet, or can be none. */

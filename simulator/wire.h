@@ -52,6 +52,7 @@ public:
 
 signals:
     void connected();
+    void recognised(); ///< what the connection is for
     /** A whole frame; on a connection for commands without the length in front. */
     void frameReceived(const QByteArray &frame);
     void unreadable(const QString &why);
@@ -62,6 +63,7 @@ private:
     void connectAgain();
     void takeConnection();
     void takeBytes();
+    void recognise();
     bool takeFrame();
     void takeState(QAbstractSocket::SocketState state);
 

@@ -336,11 +336,17 @@ void TestCommands::anUnpairedContactForgetsTheKeys()
     QVERIFY(peer.waitForClose());
 }
 
-// With nothing to say it waits as long as its application does; without keys it gives up after 10 s.
+// With nothing to say it waits as long as its application does; without keys it gives up after 10 s, and so
+// it does in the middle of a key exchange.
 void TestCommands::theRegisterWaitsForAnApplicationThatHoldsKeys()
 {
     Peer strangers;
     SimulatedRegister unpaired(strangers.port());
+    Peer relay;
+    SimulatedRegister halfway({u"--relay"_s, u"127.0.0.1:%1"_s.arg(relay.port())});
+    QVERIFY(relay.accept());
+    QCOMPARE(relay.read(12), QByteArray(serial));
+    QVERIFY(relay.send("\x01\x40half a frame"));
     const quint16 port = TestSupport::freePort();
     SimulatedRegister paired(port);
     QCOMPARE(connectLibrary(port), 0);
@@ -349,6 +355,7 @@ void TestCommands::theRegisterWaitsForAnApplicationThatHoldsKeys()
 
     QVERIFY(strangers.accept());
     QCOMPARE(unpaired.waitFor(u"disconnected"_s).value(u"reason"_s), u"the other side is silent"_s);
+    QCOMPARE(halfway.waitFor(u"disconnected"_s).value(u"reason"_s), u"the other side is silent"_s);
     QCOMPARE(velnoext_login(patience), 0); // it has been silent for longer
 }
 
