@@ -44,10 +44,15 @@ QString ReceiptWriter::write(const Print &print)
     if (m_folder.isEmpty())
         return {};
     QFile file(nextFile(print));
-    if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(text) == text.size() &&
-        file.flush())
+    while (file.exists()) // another register writes to the same folder
+        file.setFileName(nextFile(print));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        return u"%1 cannot be written: %2"_s.arg(file.fileName(), file.errorString());
+    if (file.write(text) == text.size() && file.flush())
         return {};
-    return u"%1 cannot be written: %2"_s.arg(file.fileName(), file.errorString());
+    const QString problem = u"%1 cannot be written: %2"_s.arg(file.fileName(), file.errorString());
+    QFile::remove(file.fileName()); // half a print is none
+    return problem;
 }
 
 QString ReceiptWriter::nextFile(const Print &print)

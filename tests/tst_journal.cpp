@@ -1,3 +1,4 @@
+#include "tests/full_disk.h"
 #include "tests/till_at_hand.h"
 
 #include <QFile>
@@ -5,9 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
 #include <limits>
-#include <sys/resource.h>
 
 using namespace Simulator;
 using namespace Qt::StringLiterals;
@@ -81,29 +80,6 @@ QVariantList row(const QString &file, const QString &question)
     QSqlDatabase::removeDatabase(u"look"_s);
     return values;
 }
-
-/** No file of this process grows beyond so many bytes while it lives. */
-class FullDisk
-{
-public:
-    explicit FullDisk(qint64 size)
-        : m_before(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_limit);
-        const rlimit small{rlim_t(size), m_limit.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_limit);
-        std::signal(SIGXFSZ, m_before);
-    }
-    Q_DISABLE_COPY_MOVE(FullDisk)
-
-private:
-    rlimit m_limit{};
-    void (*m_before)(int);
-};
 
 } // namespace
 

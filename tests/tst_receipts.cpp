@@ -2,10 +2,14 @@
 #include "simulator/fiscal/paper.h"
 #include "simulator/fiscal/receipt_text.h"
 #include "simulator/fiscal/slip.h"
+#include "simulator/receipt_writer.h"
+#include "tests/full_disk.h"
 #include "tests/till_at_hand.h"
 
 #include <QDataStream>
 #include <QDateTime>
+#include <QDir>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Simulator;
@@ -41,6 +45,8 @@ private slots:
     void nothingIsWiderThanThePaper();
     void noAmountIsCut_data();
     void noAmountIsCut();
+    void registersMayShareAFolder();
+    void halfAPrintIsNone();
 };
 
 namespace {
@@ -451,6 +457,35 @@ void TestReceipts::noAmountIsCut()
     QVERIFY2(squeezed(printed(till)).contains(lines), qPrintable(printed(till)));
     QCOMPARE(till.printZ(), NoError);
     QVERIFY2(squeezed(printed(till)).contains(lines), qPrintable(printed(till)));
+}
+
+void TestReceipts::registersMayShareAFolder()
+{
+    const QTemporaryDir folder;
+    ReceiptWriter one(folder.path(), false);
+    ReceiptWriter other(folder.path(), false);
+    const Print print{"receipt", 1, 1, {u"abc"_s}};
+    QCOMPARE(one.write(print), QString());
+    QCOMPARE(other.write(print), QString());
+    QCOMPARE(one.write(print), QString());
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files),
+             (QStringList{u"000001-receipt-Z1-1.txt"_s, u"000002-receipt-Z1-1.txt"_s,
+                          u"000003-receipt-Z1-1.txt"_s}));
+}
+
+void TestReceipts::halfAPrintIsNone()
+{
+    const QTemporaryDir folder;
+    ReceiptWriter writer(folder.path(), false);
+    const Print print{"slip", 1, 0, QStringList(100, QString(paperWidth, u'a'))};
+    {
+        const FullDisk full(1024);
+        const QString problem = writer.write(print);
+        QVERIFY2(problem.contains(u"000001-slip-Z1.txt cannot be written"_s), qPrintable(problem));
+    }
+    QVERIFY(QDir(folder.path()).isEmpty());
+    QCOMPARE(writer.write(print), QString());
+    QVERIFY(!QDir(folder.path()).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestReceipts)
