@@ -27,6 +27,7 @@ private slots:
     void keysCloseAndCancel();
     void aRefusedPaymentLeavesTheSale();
     void withoutPaperNothingIsSold();
+    void withoutPaperASaleIsCancelledInSilence();
     void theManualShowsTheTable();
 };
 
@@ -303,6 +304,20 @@ void TestKeyboard::withoutPaperNothingIsSold()
     till.keys("$");
     QVERIFY(!till.saleIsOpen());
     QCOMPARE(till.prints.size(), 1);
+}
+
+void TestKeyboard::withoutPaperASaleIsCancelledInSilence()
+{
+    TillAtHand till;
+    till.keys("E");
+    till.add({bread});
+    till.setPaper(0);
+    till.keys("C1");
+    QCOMPARE(till.takeError(), int(NoError));
+    QVERIFY(!till.saleIsOpen());
+    QCOMPARE(till.day().cancelled, 1);
+    QVERIFY(till.prints.isEmpty());
+    QVERIFY(!till.hasPaper());
 }
 
 void TestKeyboard::theManualShowsTheTable()

@@ -273,6 +273,8 @@ RegisterError Till::printSlip(const QList<QByteArray> &lines, bool withHead)
 
 void Till::print(const Print &print)
 {
+    if (!hasPaper())
+        return; // of a sale that is cancelled
     // What was begun with paper is finished with it: the printer notices the end of the roll between two
     // prints.
     if (m_papersLeft > 0)
