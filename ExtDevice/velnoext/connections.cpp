@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <clocale>
 #include <memory>
+#include <openssl/crypto.h>
 #include <string>
 
 namespace Velno::Ext {
@@ -90,6 +91,8 @@ bool startWorker()
     auto thread = std::make_unique<QThread>();
     auto *const dispatcher = new QuietDispatcher;
     thread->setEventDispatcher(dispatcher);
+    // wait() returns before the system clears up behind the thread, and the process may be ending by then.
+    QObject::connect(thread.get(), &QThread::finished, OPENSSL_thread_stop);
     thread->start();
     if (!thread->isRunning()) { // a call to it would wait for ever
         delete dispatcher;      // as the thread would at its end

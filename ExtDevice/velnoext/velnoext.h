@@ -337,7 +337,7 @@ typedef struct VelnoSaleItem
     int quantity;    /**< in thousandths: 1000 is one unit */
     int percentage;  /**< adjustment in percent, -100 or more; 0 for none */
     /** Adjustment in kuruş; 0 for none. While percentage is 0: not negative, and at most the line total,
-     * which is price times quantity / 1000, rounded half up, and counts as 0 when that is negative. */
+     *  which is price times quantity / 1000, rounded half up, and counts as 0 when that is negative. */
     long long amount;
     char name[53];       /**< the bytes before the first zero, at most 52 of them; need not end with a zero */
     signed char section; /**< section (department) of the register, 1 to 8 */
@@ -404,7 +404,8 @@ VELNOEXT_API int velnoext_sale_state(unsigned int timeout, int *first, VelnoEcrS
  * @param totals  the running totals with this line
  * @return 0; 3: NULL (0x306 item, 0x304 totals); 4: section is not 1 to 8 (0x406), percentage is below -100
  *         (0x407), amount is negative or exceeds the line total (0x408), type is not 0 to 7 (0x409); 6: no
- * sale is open; 7: the register did not take the step; 8: refused, or the register tells an error of its own
+ *         sale is open; 7: the register did not take the step; 8: refused, or the register tells an error
+ *         of its own
  */
 VELNOEXT_API int velnoext_add_sale_item(unsigned int timeout, VelnoSaleItem *item,
                                         VelnoEcrSaleTotals *totals);
