@@ -1,5 +1,7 @@
 #include "tests/child_program.h"
 
+#include "tests/ends_with_test.h"
+
 #include <QDeadlineTimer>
 #include <QJsonDocument>
 
@@ -17,7 +19,7 @@ ChildProgram::ChildProgram(const QString &program, const QStringList &arguments,
                            const std::function<void()> &prepare)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.setChildProcessModifier(prepare);
+    m_process.setChildProcessModifier(TestSupport::endsWithTest(prepare));
     m_process.start(program, QStringList{u"--json"_s} + arguments);
     m_ready = !waitFor(u"ready"_s).isEmpty();
 }

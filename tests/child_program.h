@@ -9,7 +9,7 @@
 
 /**
  * One of the real programs that report events, as a child process: waits for its events, speaks to it on
- * standard input, and ends it when it goes out of scope.
+ * standard input, and ends it when it goes out of scope. It ends, too, when the test crashes.
  */
 class ChildProgram
 {

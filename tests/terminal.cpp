@@ -1,5 +1,7 @@
 #include "tests/terminal.h"
 
+#include "tests/ends_with_test.h"
+
 #include <QDeadlineTimer>
 #include <QList>
 
@@ -44,8 +46,10 @@ Terminal::Terminal(const QString &program, const QStringList &arguments)
         qFatal("no terminal: %s", std::strerror(errno));
     fcntl(m_terminal, F_SETFD, FD_CLOEXEC);
     tcgetattr(m_keeper, &m_before); // before the program can change it
+    const auto prepare = endsWithTest();
     m_process = fork();
     if (m_process == 0) {
+        prepare();
         login_tty(m_keeper);
         become(words);
     }

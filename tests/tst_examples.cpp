@@ -1,3 +1,4 @@
+#include "tests/ends_with_test.h"
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
 
@@ -80,6 +81,7 @@ public:
     void open()
     {
         m_till = std::make_unique<QProcess>();
+        m_till->setChildProcessModifier(TestSupport::endsWithTest());
         m_till->start(QStringLiteral(VELNO_EXAMPLES "/pos"),
                       {serialNo, u"127.0.0.1"_s, QString::number(m_port), booksFile()});
     }

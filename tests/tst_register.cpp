@@ -14,6 +14,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <cstdio>
 
 using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
@@ -46,9 +47,13 @@ private slots:
     void hostilePeersAreRefused();
     void ipv6TargetsWork();
     void targetsAreToldAsTheyWereTyped();
+    void itEndsWithATestThatCrashes();
 };
 
 namespace {
+
+// Set in the process of itEndsWithATestThatCrashes() that crashes.
+constexpr const char *insideVariable = "VELNO_TEST_CRASH";
 
 const QByteArray appHash(32, '\x5A');
 
@@ -441,6 +446,34 @@ void TestRegister::targetsAreToldAsTheyWereTyped()
     QCOMPARE(process.readLine(), "ready UB1234567890 [fe80::1%1]:4100 none\n");
     process.write("quit\n");
     QVERIFY(process.waitForFinished());
+}
+
+void TestRegister::itEndsWithATestThatCrashes()
+{
+    if (qEnvironmentVariableIsSet(insideVariable)) {
+        const SimulatedRegister reg(TestSupport::freePort());
+        std::printf("register %lld\n", reg.processId());
+        std::fflush(stdout);
+        ::raise(SIGKILL);
+    }
+
+    QProcess inside;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QLatin1String(insideVariable), u"1"_s);
+    inside.setProcessEnvironment(environment);
+    inside.start(QCoreApplication::applicationFilePath(), {QLatin1String(QTest::currentTestFunction())});
+    QVERIFY(inside.waitForFinished());
+    QCOMPARE(inside.exitStatus(), QProcess::CrashExit);
+    const QString output = QString::fromUtf8(inside.readAllStandardOutput());
+    const auto said =
+        QRegularExpression(u"^register (\\d+)$"_s, QRegularExpression::MultilineOption).match(output);
+    QVERIFY2(said.hasMatch(), qPrintable(output));
+    // One that has ended may be listed still, but without a command line.
+    const auto isAlive = [file = u"/proc/%1/cmdline"_s.arg(said.captured(1))] {
+        QFile commandLine(file);
+        return commandLine.open(QIODevice::ReadOnly) && !commandLine.readAll().isEmpty();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(!isAlive(), 30'000);
 }
 
 QTEST_GUILESS_MAIN(TestRegister)

@@ -1,5 +1,7 @@
 #include "tests/velnoctl_client.h"
 
+#include "tests/ends_with_test.h"
+
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QJsonDocument>
@@ -51,6 +53,7 @@ Client::Client(const QStringList &arguments, const QString &redirection)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"TZ"_s, u"TRT-3"_s);
     m_process.setProcessEnvironment(environment);
+    m_process.setChildProcessModifier(endsWithTest());
     if (redirection.isEmpty())
         m_process.start(program(), arguments);
     else
