@@ -13,6 +13,7 @@ using namespace Velno::GMP;
 namespace {
 
 constexpr char serial[] = "UB1234567890";
+constexpr qsizetype headerSize = 14; // of a frame: its length and the serial number
 
 Fields fieldsOf(const QByteArray &run)
 {
@@ -33,12 +34,12 @@ Request requestOf(const QByteArray &frame)
     QByteArray body;
     unsigned short size = 0;
     bool isResponse = true;
-    extractTlvElement(frame.sliced(14), &tag, &body, &size);
+    extractTlvElement(frame.sliced(headerSize), &tag, &body, &size);
     const MessageTag kind = message(tag, &isResponse);
     return {isResponse ? None : kind, fieldsOf(body)};
 }
 
-/** A whole frame from the stream; empty when the peer has gone. */
+/** A whole frame from the stream; empty when the peer has gone, or is none that exchanges keys. */
 QByteArray readFrame(QTcpSocket &socket, const std::atomic<bool> &stop)
 {
     const auto await = [&](qsizetype count) {
@@ -52,7 +53,7 @@ QByteArray readFrame(QTcpSocket &socket, const std::atomic<bool> &stop)
         return {};
     const QByteArray length = socket.peek(2);
     const int size = quint8(length.at(0)) * 256 + quint8(length.at(1)) + 2;
-    return await(size) ? socket.read(size) : QByteArray();
+    return size >= headerSize && await(size) ? socket.read(size) : QByteArray();
 }
 
 } // namespace
