@@ -28,7 +28,6 @@ constexpr int hardwareIdLength = 12;
 
 constexpr unsigned int deviceTimeout = 10'000; // ms
 constexpr int noPaper = 9;
-constexpr int graceOfATest = 1000; // ms
 
 const auto tsmSuffix = QLatin1String(":tsm");
 const auto tsmAddress = QByteArrayLiteral("255.255.255.255"); // stands for the relay

@@ -48,8 +48,8 @@ public:
 
     /**
      * For the end of the program, once the window has been closed: ends a device test at its next pause. A
-     * register may leave it without an answer for ever; after a second this ends the process with the exit
-     * status. Returns when no device test runs.
+     * register may leave it without an answer for ever; after graceOfATest this ends the process with the
+     * exit status. Returns when no device test runs.
      */
     void endTest(int status);
 
@@ -88,6 +88,9 @@ protected:
 
     /** How long each text of a device test stays, ms. */
     std::atomic_int testPause = 2000;
+
+    /** How long endTest() waits for a device test to end, ms. */
+    int graceOfATest = 1000;
 
 private:
     QFuture<void> m_workflow;

@@ -258,7 +258,7 @@ void TestDeviceTest::failedQueryEndsTheTest()
     QVERIFY(QTest::qWaitFor([&] { return bench.record.texts().size() == texts.size() + complete.size(); },
                             longWait));
     QCOMPARE(bench.record.texts(), texts + complete);
-    QTRY_VERIFY(bench.window.buttonsEnabled());
+    QTRY_VERIFY_WITH_TIMEOUT(bench.window.buttonsEnabled(), longWait);
 }
 
 void TestDeviceTest::failedConnectionEndsTheTest_data()
@@ -336,6 +336,7 @@ void TestDeviceTest::tsmTakesTheRelay()
 void TestDeviceTest::pcApplicationIsNotTested()
 {
     Bench bench(m_application);
+    QVERIFY(QThreadPool::globalInstance()->waitForDone(longWait)); // with the tests before
     bench.window.form().applicationNoLineEdit->setText(u"14242"_s);
     bench.window.test();
     QCOMPARE(bench.record.texts(), QStringList{u"Cihaz testi velno PC uygulaması için yapılamaz."_s});
@@ -392,6 +393,7 @@ void TestDeviceTest::closingEndsTheTestInAPause()
     QFETCH(const int, lastCommand);
     QFETCH(const QStringList, texts);
     Bench bench(m_application);
+    bench.window.graceOfATest = longWait; // behind which the process would end
     if (lastCommand < 0)
         bench.window.testPause = longPause;
     bench.device.before = [&](VelnoExtMessage command) {

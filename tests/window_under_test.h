@@ -11,6 +11,7 @@
 class WindowUnderTest : public Gmp3UI
 {
 public:
+    using Gmp3UI::graceOfATest;
     using Gmp3UI::hardwareId;
     using Gmp3UI::testPause;
 
