@@ -26,8 +26,11 @@ public:
     }
     bool send(const QByteArray &bytes)
     {
-        return m_socket->write(bytes) == bytes.size() &&
-               (bytes.isEmpty() || m_socket->waitForBytesWritten(longestWait));
+        m_socket->write(bytes);
+        // Each wait ends after a part.
+        while (m_socket->bytesToWrite() > 0 && m_socket->waitForBytesWritten(longestWait)) {
+        }
+        return m_socket->bytesToWrite() == 0;
     }
     /** What has come by the time that so many bytes are there, or none will. */
     QByteArray read(qint64 count)

@@ -378,8 +378,9 @@ void TestCommands::atARelayItSaysItsName()
 // Telling a register that it is not paired is no pairing.
 void TestCommands::onceWaitsForThePairing()
 {
-    Peer peer;
-    SimulatedRegister reg(peer.port(), {u"--once"_s});
+    const quint16 port = TestSupport::freePort(); // which stays ours when the peer stops to listen
+    Peer peer(port);
+    SimulatedRegister reg(port, {u"--once"_s});
     QVERIFY(peer.accept());
     QVERIFY(peer.send(framed(tlvElement("\xDF\xE0\x05", "0"))));
     QVERIFY(!reg.waitFor(u"unpaired"_s).isEmpty());
@@ -387,7 +388,6 @@ void TestCommands::onceWaitsForThePairing()
     QVERIFY(peer.accept());
     QVERIFY(peer.send(framed({})));
     QVERIFY(!reg.waitFor(u"refused"_s).isEmpty());
-    const quint16 port = peer.port();
     peer.close();
     peer.stopListening();
     MatchExt record;
@@ -523,10 +523,11 @@ void TestCommands::aMuteRegisterKeepsItsApplicationWaiting()
 {
     QFETCH(const QByteArray, line);
     const quint16 port = TestSupport::freePort();
+    std::future<int> waiting; // waited for at its end, when the register has gone
     SimulatedRegister reg(port, {u"--fault"_s, u"mute=state"_s});
     QCOMPARE(connectLibrary(port), 0);
     QCOMPARE(velnoext_login(patience), 0);
-    auto waiting = std::async(std::launch::async, [] { return queries[0].run(1); });
+    waiting = std::async(std::launch::async, [] { return queries[0].run(1); });
     QCOMPARE(reg.waitFor(u"command"_s).value(u"command"_s), u"login"_s);
     QCOMPARE(reg.waitFor(u"command"_s).value(u"command"_s), u"state"_s);
     reg.say(line);
@@ -542,10 +543,11 @@ void TestCommands::aMuteRegisterKeepsItsApplicationWaiting()
 void TestCommands::aDelayedAnswerMayBeCalledOff()
 {
     const quint16 port = TestSupport::freePort();
+    std::future<int> waiting; // waited for at its end, when the register has gone
     SimulatedRegister reg(port);
     QCOMPARE(connectLibrary(port), 0);
     QVERIFY(reg.setFault(u"delay=600000"_s));
-    auto waiting = std::async(std::launch::async, [] { return queries[0].run(1); });
+    waiting = std::async(std::launch::async, [] { return queries[0].run(1); });
     QVERIFY(!reg.waitFor(u"command"_s).isEmpty());
     QVERIFY(reg.setFault(u"none"_s));
     QCOMPARE(waiting.get(), 2);

@@ -133,7 +133,7 @@ void TestConnections::firstContactPairs()
     const quint16 port = freePort();
     device.pairAndServe(port);
     QCOMPARE(velnoext_initialize(5, serial, "127.0.0.1", port, patience), 0);
-    QTRY_COMPARE(int(device.contacts), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 3, int(patience));
     QCOMPARE(device.announcement, GMP3::frame(false, None, hex("DFE0050130"), serial));
     QFile self(QCoreApplication::applicationFilePath());
     QVERIFY(self.open(QIODevice::ReadOnly));
@@ -228,7 +228,7 @@ void TestConnections::keysSurviveClosing()
     QFETCH(const unsigned int, appNo);
     HandMadeDevice device;
     QCOMPARE(connectPaired(device, serial, appNo), 0);
-    QTRY_COMPARE(int(device.contacts), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 1, int(patience));
     QTEST(connection()->objectName(), "objectName");
     velnoext_close();
     QVERIFY(!library().helper);

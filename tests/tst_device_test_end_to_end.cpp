@@ -136,7 +136,7 @@ void TestDeviceTestEndToEnd::testFollowsPairing()
     StatusRecord record(m_window->form().resultLabel);
     m_window->pair();
     QTRY_COMPARE_WITH_TIMEOUT(record.texts(), paired, longWait);
-    QTRY_VERIFY(m_window->buttonsEnabled());
+    QTRY_VERIFY_WITH_TIMEOUT(m_window->buttonsEnabled(), longWait);
     QCOMPARE(textsOfATest(), complete);
 }
 
@@ -197,7 +197,7 @@ void TestDeviceTestEndToEnd::newKeysEndEveryTest()
     QCOMPARE(textsOfATest(), complete);
     m_window->pair();
     QTRY_COMPARE_WITH_TIMEOUT(m_window->status(), paired.constLast(), longWait);
-    QTRY_VERIFY(m_window->buttonsEnabled());
+    QTRY_VERIFY_WITH_TIMEOUT(m_window->buttonsEnabled(), longWait);
     QCOMPARE(textsOfATest(), connected + QStringList{stateFailed.arg(2)}); // until the program's end
 }
 

@@ -233,7 +233,7 @@ void TestFaults::pressPair(Gmp3UI &window, int code)
     const auto *status = window.findChild<QLabel *>(u"resultLabel"_s);
     QTest::mouseClick(button, Qt::LeftButton);
     QTRY_COMPARE_WITH_TIMEOUT(status->text(), statusText(code), 40'000);
-    QTRY_VERIFY(button->isEnabled());
+    QTRY_VERIFY_WITH_TIMEOUT(button->isEnabled(), 40'000);
     onToolThread([] { GMP3::disconnect(); });
 }
 

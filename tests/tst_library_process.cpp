@@ -167,7 +167,7 @@ void TestLibraryProcess::cyclesLeakNothing()
     QCOMPARE(cycles(200), 0);
     QCOMPARE(entriesOf("/proc/self/fd"), sockets);
     // A thread that has ended may be listed a moment longer, also in the count before.
-    QTRY_VERIFY(entriesOf("/proc/self/task") <= threads);
+    QTRY_VERIFY_WITH_TIMEOUT(entriesOf("/proc/self/task") <= threads, int(patience));
     if (plainBuild) {
         const qint64 grown = residentBytes() - memory;
         QVERIFY2(grown < 256 * 1024, QByteArray::number(grown).constData());
@@ -230,7 +230,7 @@ void TestLibraryProcess::programsOfEveryKind()
     QTEST(program.readAllStandardOutput(), "output");
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
-    QTRY_COMPARE(int(device.contacts), 2 + visits);
+    QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 2 + visits, int(patience));
 }
 
 void TestLibraryProcess::programWithoutItsFileCannotPair()

@@ -260,7 +260,9 @@ void TestPayment::goodCallsReachTheRegister()
     QCOMPARE(call.run(out), 0);
     QCOMPARE(velnoext_error_detail(), 0);
     // Keys are not waited for: they may still be on their way.
-    QTRY_COMPARE(device.commands(), call.pressesKeys ? QList({plain(0), call.request}) : QList{call.request});
+    QTRY_COMPARE_WITH_TIMEOUT(device.commands(),
+                              call.pressesKeys ? QList({plain(0), call.request}) : QList{call.request},
+                              int(patience));
 }
 
 void TestPayment::goodCallsWriteTheirOutputs()

@@ -56,7 +56,7 @@ void TestRelayRoute::relayPairsOnFirstContact()
     device.playRelay(50902);
     device.pairAndServe(0);
     QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
-    QTRY_COMPARE(int(device.contacts), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 3, int(patience));
     device.answerPlain(plain(true));
     QCOMPARE(velnoext_login(patience), 0);
 }
@@ -146,7 +146,7 @@ void TestRelayRoute::relayThatRefusesLater()
     device.playRelay(50902);
     device.pairAndServe(0);
     QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
-    QTRY_COMPARE(int(device.contacts), contact);
+    QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), contact, int(patience));
     QVERIFY(!library().pairingRecords.contains(serial));
     QVERIFY(library().activeDevice.isEmpty());
     QVERIFY(library().connections.isEmpty());
