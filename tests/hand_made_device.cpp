@@ -209,7 +209,7 @@ std::unique_ptr<QTcpSocket> HandMadeDevice::nextContact()
 
 std::unique_ptr<QTcpSocket> HandMadeDevice::contactThroughRelay()
 {
-    while (!m_stop && !m_relay->waitForNewConnection(50)) {
+    while (!m_stop && !m_relay->hasPendingConnections() && !m_relay->waitForNewConnection(50)) {
     }
     std::unique_ptr<QTcpSocket> socket(m_relay->nextPendingConnection());
     if (!socket)

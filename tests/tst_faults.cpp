@@ -17,6 +17,8 @@
 #include <QTest>
 #include <QThreadPool>
 
+#include <openssl/crypto.h>
+
 using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
 
@@ -79,6 +81,7 @@ void onToolThread(Work work)
     QSemaphore done;
     QThreadPool::globalInstance()->start([&] {
         work();
+        OPENSSL_thread_stop(); // the thread ends with the pool, when OpenSSL may be gone
         done.release();
     });
     done.acquire();

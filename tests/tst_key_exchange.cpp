@@ -20,6 +20,7 @@ namespace {
 
 constexpr char serial[] = "UB1234567890";
 constexpr char terminal[] = "001A2B3C4D5E";
+constexpr int patience = 30'000; // ms, for a machine under load
 
 QByteArray appHash()
 {
@@ -133,7 +134,7 @@ void TestKeyExchange::heldConnectionPairsAndIsClosed()
     const quint16 port = TestSupport::freePort();
     reg.start(port);
     unsigned int handle = 0;
-    QCOMPARE(velno_network_accept("127.0.0.1", port, 5000, &handle), 0);
+    QCOMPARE(velno_network_accept("127.0.0.1", port, patience, &handle), 0);
     MatchExt record;
     QCOMPARE(GMP3_KeyExchange_Server(record, quint32(handle), serial, terminal, appHash()), 0);
     QCOMPARE(record.aesKey, reg.aesKey);
@@ -149,7 +150,7 @@ void TestKeyExchange::heldConnectionIsClosedOnFailure()
     const quint16 port = TestSupport::freePort();
     reg.start(port);
     unsigned int handle = 0;
-    QCOMPARE(velno_network_accept("127.0.0.1", port, 5000, &handle), 0);
+    QCOMPARE(velno_network_accept("127.0.0.1", port, patience, &handle), 0);
     MatchExt record;
     QCOMPARE(GMP3_KeyExchange_Server(record, quint32(handle), serial, terminal, appHash()), 5000);
     QVERIFY(isEmpty(record));
@@ -387,8 +388,8 @@ void TestKeyExchange::closedConnectionIsReported()
     auto server = std::make_unique<QTcpServer>();
     QVERIFY(server->listen(QHostAddress::LocalHost, 0));
     unsigned int handle = 0;
-    QCOMPARE(velno_network_connect("127.0.0.1", server->serverPort(), 5000, &handle), 0);
-    QVERIFY(server->waitForNewConnection(5000));
+    QCOMPARE(velno_network_connect("127.0.0.1", server->serverPort(), patience, &handle), 0);
+    QVERIFY(server->waitForNewConnection(patience));
     server.reset(); // closes the accepted connection too
     MatchExt record;
     const LogCapture capture;

@@ -90,6 +90,7 @@ private slots:
     void cyclesLeakNothing();
     void programsOfEveryKind_data();
     void programsOfEveryKind();
+    void threadLeavesNothingOfOpenSsl();
     void programWithoutItsFileCannotPair();
     void programWithoutThreadsIsToldSo();
     void libraryShowsItsFunctionsAlone();
@@ -231,6 +232,27 @@ void TestLibraryProcess::programsOfEveryKind()
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
     QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 2 + visits, int(patience));
+}
+
+/** Freed behind the thread's end, it would be freed while the process ends, too. */
+void TestLibraryProcess::threadLeavesNothingOfOpenSsl()
+{
+    if (!plainBuild)
+        QSKIP("NOT TESTED: a sanitizer must be loaded in front of all libraries, and so must the watch");
+    HandMadeDevice device;
+    const quint16 port = freePort();
+    device.setAnswer([&device](const QByteArray &) {
+        return QList{HandMadeDevice::framed(device.sealed(plain(7, QVector<int>())))};
+    });
+    device.pairAndServe(port, 2);
+    QProcess program;
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LD_PRELOAD"_s, QStringLiteral(VELNO_THREAD_END_WATCH));
+    program.setProcessEnvironment(environment);
+    program.start(QStringLiteral(VELNO_PLAIN_C_PROGRAM), {QString::number(port)});
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.readAllStandardError(), QByteArray());
+    QCOMPARE(program.exitCode(), 0);
 }
 
 void TestLibraryProcess::programWithoutItsFileCannotPair()
