@@ -96,7 +96,9 @@ bool Client::told(const QByteArray &text)
 
 void Client::raise(int signal) const
 {
-    ::kill(pid_t(m_process.processId()), signal);
+    // Of a program that has ended it is 0: this process, those beside it and whoever runs them.
+    if (const auto process = pid_t(m_process.processId()); process > 0)
+        ::kill(process, signal);
 }
 
 void Client::collect()
