@@ -147,6 +147,7 @@ QByteArray HandMadeDevice::withElements(const QByteArray &run) const
 
 QByteArray HandMadeDevice::sealed(const QByteArray &plaintext) const
 {
+    const QMutexLocker lock(&m_sealing);
     const QByteArray cipher = GMP3_cipher(record, true, plaintext);
     return withElements(tlvElement("\xDF\xE0\x02", cipher) +
                         tlvElement("\xDF\xE0\x03", GMP3_HMAC(record, cipher)));
@@ -165,6 +166,7 @@ QByteArray HandMadeDevice::opened(const QByteArray &frame) const
     unsigned short size = 0;
     extractTlvElement(elements.at(1), &tag, &mac, &size);
     extractTlvElement(elements.at(0), &tag, &cipher, &size);
+    const QMutexLocker lock(&m_sealing);
     return GMP3_HMAC(record, cipher) == mac ? GMP3_cipher(record, false, cipher) : QByteArray();
 }
 

@@ -81,7 +81,8 @@ private:
     quint16 m_port = 0;
     quint16 m_relayPort = 0;
     std::unique_ptr<QTcpServer> m_relay;
-    QMutex m_mutex; // guards the three below
+    mutable QMutex m_sealing; // guards what `record` keeps for its cipher and MAC
+    QMutex m_mutex;           // guards the three below
     Answer m_answer;
     bool m_closesBehind = false;
     QList<QByteArray> m_commands;
