@@ -1,5 +1,9 @@
 #include "simulator/control_input.h"
 
+#include <QTimer>
+
+#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -7,6 +11,8 @@
 namespace Simulator {
 
 namespace {
+
+constexpr std::chrono::milliseconds backgroundPause(300);
 
 int openSignals()
 {
@@ -49,6 +55,9 @@ void ControlInput::readLines()
     const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
     if (count <= 0) {
         m_inputNotifier.setEnabled(false);
+        // In the background of a terminal. The program may yet come to the front: nobody tells it.
+        if (count < 0 && errno == EIO)
+            QTimer::singleShot(backgroundPause, this, [this] { m_inputNotifier.setEnabled(true); });
         return;
     }
     m_input.append(buffer, count);

@@ -5,6 +5,7 @@
 #include "tests/peer.h"
 #include "tests/refusal_check.h"
 #include "tests/simulated_register.h"
+#include "tests/terminal.h"
 #include "tests/test_support.h"
 
 #include <QFile>
@@ -15,6 +16,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
@@ -41,6 +43,7 @@ private slots:
     void standardInputChangesFaults();
     void standardInputRefusesNonsense_data();
     void standardInputRefusesNonsense();
+    void standardInputIsReadAgainInFront();
     void itStopsWhateverItIsDoing_data();
     void itStopsWhateverItIsDoing();
     void hostilePeersAreRefused_data();
@@ -353,6 +356,36 @@ void TestRegister::standardInputRefusesNonsense()
     const QString answer = reg.waitFor(u"error"_s).value(u"message"_s).toString();
     QVERIFY2(answer.contains(message), qPrintable(answer));
     QCOMPARE(pairOnce(port), 0);
+}
+
+/** Job control: behind another program it cannot read the terminal, brought to the front it does. */
+void TestRegister::standardInputIsReadAgainInFront()
+{
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath(u"pipe"_s);
+    QCOMPARE(mkfifo(pipe.toUtf8().constData(), 0600), 0);
+    const quint16 port = TestSupport::freePort();
+    TestSupport::Terminal terminal(u"/bin/bash"_s, {u"--norc"_s, u"--noprofile"_s, u"-i"_s});
+    terminal.type(SimulatedRegister::program().toUtf8() +
+                  " --serial UB1234567890 --connect 127.0.0.1:" + QByteArray::number(port) + " &\n");
+    QVERIFY(terminal.waitFor("ready UB1234567890"));
+    terminal.type("echo $((1000 + 1)); cat " + pipe.toUtf8() + "\n");
+    QVERIFY(terminal.waitFor("1001"));
+    terminal.type("echo $((1000 + 2))\n"); // which nobody reads before cat has ended
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost, port));
+    QVERIFY(terminal.waitFor("connected")); // since then it has tried
+    QVERIFY(QFile(pipe).open(QIODevice::WriteOnly));
+    QVERIFY(terminal.waitFor("1002"));
+
+    terminal.type("fg; echo $((1000 + 3))\n");
+    QVERIFY(terminal.waitFor("velno-register --serial")); // what is in front now
+    terminal.type("paper off\n");
+    QVERIFY(terminal.waitFor("set paper off"));
+    terminal.type("quit\n");
+    QVERIFY(terminal.waitFor("1003"));
+    terminal.type("exit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
 }
 
 void TestRegister::itStopsWhateverItIsDoing_data()
