@@ -50,22 +50,24 @@ constexpr std::array results{
                "speaks another version.\n"
                "Cure: compare the versions of the register's software and of this library; the command may "
                "have been carried out all the same."},
-    ResultText{WrongState, "wrong-state",
-               "The register is in a state that does not allow the command.\n"
-               "Cause: a sale is to be started while one is open, continued while none is, or the register "
-               "shows another screen.\n"
-               "Cure: read the state with velnoext_ecr_state(), finish or cancel what is open, or let the "
-               "cashier leave the screen; then call again."},
+    ResultText{
+        WrongState, "wrong-state",
+        "The register is in a state that does not allow the command.\n"
+        "Cause: a sale is to be started while one is open, continued while none is, or the register "
+        "shows another screen, as it does when its paper is used up.\n"
+        "Cure: read the state with velnoext_ecr_state(), finish or cancel what is open, put in paper, or "
+        "let the cashier leave the screen; then call again."},
     ResultText{StepNotTaken, "step-not-taken",
                "The register did not take the change of state.\n"
                "Cause: it is busy with another step of the sale or reports an error of its own.\n"
                "Cure: see what the register's screen says, settle it there, and call again."},
-    ResultText{Refused, "refused",
-               "The register refused the command.\n"
-               "Cause: its rules do not allow it now, for example without a login; when text is added to a "
-               "slip: its encoding has not been set.\n"
-               "Cure: see what the register's screen says, log in with velnoext_login(), or set the encoding "
-               "of the slip first; then call again."},
+    ResultText{
+        Refused, "refused",
+        "The register refused the command.\n"
+        "Cause: its rules do not allow it now, for example without a login, without paper or while a "
+        "sale is open; when text is added to a slip: its encoding has not been set.\n"
+        "Cure: see what the register's screen says, log in with velnoext_login(), put in paper, end the "
+        "sale, or set the encoding of the slip first; then call again."},
     ResultText{NoPaper, "no-paper",
                "The printer has no paper.\n"
                "Cause: the roll is used up or its lid is open.\n"
