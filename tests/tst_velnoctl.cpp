@@ -157,6 +157,9 @@ void TestVelnoctl::commandsShareOneConnection()
     QCOMPARE(device.codes(), (QList{1, 0, 12, 2}));
     QCOMPARE(device.contacts, 3);
     QCOMPARE(client.err.count(waiting), 1);
+    QCOMPARE(
+        client.err.count("velnoctl: built for development, trusts the Velno Development authority only\n"),
+        1);
 }
 
 void TestVelnoctl::failuresEndWithTheirCode_data()

@@ -43,6 +43,8 @@ int Register::connect()
     const Interrupts::Call call(m_interrupts, "waiting for the register");
     if (!call.mayBegin())
         return Interrupted;
+    if (VELNO_TRUSTS_DEVELOPMENT_AUTHORITY && !m_isInitialised)
+        progress(u"velnoctl: built for development, trusts the Velno Development authority only"_s);
     progress(
         u"waiting for %1 %2 %3 …"_s.arg(serial, m_options.isRelay ? u"at"_s : u"on"_s, m_options.place()));
     if (!m_isInitialised)
