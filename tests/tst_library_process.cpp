@@ -247,6 +247,7 @@ void TestLibraryProcess::threadLeavesNothingOfOpenSsl()
     device.pairAndServe(port, 2);
     QProcess program;
     auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s); // Qt warns of any other
     environment.insert(u"LD_PRELOAD"_s, QStringLiteral(VELNO_THREAD_END_WATCH));
     program.setProcessEnvironment(environment);
     program.start(QStringLiteral(VELNO_PLAIN_C_PROGRAM), {QString::number(port)});
