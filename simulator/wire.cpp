@@ -38,18 +38,33 @@ Purpose purposeOf(const QByteArray &received)
     return announcedLength(received) <= 1 ? Purpose::Commands : Purpose::KeyExchange;
 }
 
-// The numbers that applications use on their side too.
-void watchForVanishing(qintptr descriptor)
+void setOption(const QTcpSocket &socket, int level, int name, int value)
 {
-    constexpr int idle = 30;     // s
+    ::setsockopt(int(socket.socketDescriptor()), level, name, &value, sizeof value);
+}
+
+/** The other side is asked whether it is there after so many seconds of silence. */
+void askAfter(const QTcpSocket &socket, int idle)
+{
+    setOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, idle);
+}
+
+// The numbers that applications use on their side too.
+constexpr int usualIdle = 30; // s
+
+/**
+ * Who stops to listen just when this side connects may know nothing of the connection, and say nothing.
+ * Without a first word from either side this one would wait for the usual time, in vain.
+ */
+constexpr int firstIdle = 1; // s
+
+void watchForVanishing(const QTcpSocket &socket)
+{
     constexpr int interval = 10; // s
     constexpr int probes = 3;
     constexpr int unacknowledged = 60'000; // ms
-    const auto set = [descriptor](int level, int name, int value) {
-        ::setsockopt(int(descriptor), level, name, &value, sizeof value);
-    };
+    const auto set = [&socket](int level, int name, int value) { setOption(socket, level, name, value); };
     set(SOL_SOCKET, SO_KEEPALIVE, 1);
-    set(IPPROTO_TCP, TCP_KEEPIDLE, idle);
     set(IPPROTO_TCP, TCP_KEEPINTVL, interval);
     set(IPPROTO_TCP, TCP_KEEPCNT, probes);
     set(IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledged);
@@ -122,7 +137,8 @@ void Wire::takeConnection()
         return;
     }
     m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    watchForVanishing(m_socket.socketDescriptor());
+    watchForVanishing(m_socket);
+    askAfter(m_socket, m_greeting.isEmpty() ? firstIdle : usualIdle);
     m_connected = true;
     m_paused = false;
     m_purpose = Purpose::Unknown;
@@ -147,8 +163,10 @@ void Wire::takeBytes()
 void Wire::recognise()
 {
     m_purpose = purposeOf(m_received);
-    if (m_purpose != Purpose::Unknown)
-        emit recognised();
+    if (m_purpose == Purpose::Unknown)
+        return;
+    askAfter(m_socket, usualIdle);
+    emit recognised();
 }
 
 /** Cuts one frame off what has come; false when there is none yet, or can be none. */

@@ -4,6 +4,9 @@
 #include <QTcpSocket>
 
 #include <memory>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
 
 namespace TestSupport {
 
@@ -42,6 +45,15 @@ public:
     /** From now on next to nothing is taken from the network. */
     void stopReading() { m_socket->setReadBufferSize(1); }
     void close() { m_socket.reset(); }
+    /** Closes without a word to the other side. @return false when the system does not let this process */
+    bool vanish()
+    {
+        const int silent = 1;
+        const bool isAllowed = setsockopt(int(m_socket->socketDescriptor()), IPPROTO_TCP, TCP_REPAIR, &silent,
+                                          sizeof silent) == 0;
+        m_socket->abort();
+        return isAllowed;
+    }
     bool waitForClose()
     {
         return m_socket->state() == QAbstractSocket::UnconnectedState ||

@@ -58,6 +58,7 @@ private slots:
     void faultsOfThePairingSpareCommands();
     void commandsAreAnsweredInTurn();
     void anApplicationThatReadsNothingIsLeft();
+    void anApplicationThatNeverTookTheConnectionIsLeft();
     void hostileFramesAreRefused_data();
     void hostileFramesAreRefused();
     void hostileCommandsAreRefused_data();
@@ -653,6 +654,22 @@ void TestCommands::anApplicationThatReadsNothingIsLeft()
         event = reg.waitForAny({u"answered"_s, u"disconnected"_s});
     } while (event.value(u"event"_s) == u"answered"_s);
     QCOMPARE(event.value(u"reason"_s), u"the other side does not read its answers"_s);
+}
+
+void TestCommands::anApplicationThatNeverTookTheConnectionIsLeft()
+{
+    const quint16 port = TestSupport::freePort();
+    SimulatedRegister reg(port);
+    QCOMPARE(connectLibrary(port), 0);
+    velnoext_close();
+    Peer peer(port);
+    QVERIFY(peer.accept());
+    peer.stopListening();
+    if (!peer.vanish())
+        QSKIP("NOT TESTED: the system does not let this process close a connection without a word");
+    constexpr unsigned int lessThanTheUsualWait = 20'000;
+    QCOMPARE(velnoext_initialize(applicationNo, serial, "127.0.0.1", port, lessThanTheUsualWait), 0);
+    QCOMPARE(velnoext_login(patience), 0);
 }
 
 void TestCommands::hostileFramesAreRefused_data()
