@@ -4,6 +4,7 @@
 
 #include <QDeadlineTimer>
 #include <QList>
+#include <QProcessEnvironment>
 
 #include <cerrno>
 #include <csignal>
@@ -22,16 +23,25 @@ namespace {
 
 constexpr int longestWait = 30'000; // ms, for a machine under load and sanitizers
 
-[[noreturn]] void become(const QByteArrayList &words)
+/** As exec() takes it; the words stay the caller's. */
+QList<char *> listed(const QByteArrayList &words)
 {
-    QList<char *> arguments;
+    QList<char *> list;
     for (const QByteArray &word : words)
-        arguments << const_cast<char *>(word.constData());
-    arguments << nullptr;
-    setenv("TERM", "xterm", 1);
-    setenv("HOME", "/nonexistent", 1); // whose settings of line editors are not those of a test
-    execv(arguments.first(), arguments.data());
-    _exit(127);
+        list << const_cast<char *>(word.constData());
+    return list << nullptr;
+}
+
+QByteArrayList environment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TERM"), QStringLiteral("xterm"));
+    // Whose settings of line editors are not those of a test.
+    environment.insert(QStringLiteral("HOME"), QStringLiteral("/nonexistent"));
+    QByteArrayList words;
+    for (const QString &word : environment.toStringList())
+        words << word.toLocal8Bit();
+    return words;
 }
 
 } // namespace
@@ -46,12 +56,17 @@ Terminal::Terminal(const QString &program, const QStringList &arguments)
         qFatal("no terminal: %s", std::strerror(errno));
     fcntl(m_terminal, F_SETFD, FD_CLOEXEC);
     tcgetattr(m_keeper, &m_before); // before the program can change it
+    // All made before: between fork and exec nothing may ask for memory, whose locks other threads may hold.
     const auto prepare = endsWithTest();
+    const QByteArrayList settings = environment();
+    const QList<char *> argumentList = listed(words);
+    const QList<char *> environmentList = listed(settings);
     m_process = fork();
     if (m_process == 0) {
         prepare();
         login_tty(m_keeper);
-        become(words);
+        execve(argumentList.first(), argumentList.constData(), environmentList.constData());
+        _exit(127);
     }
 }
 
