@@ -72,8 +72,8 @@ private slots:
     void numbersAreExact_data();
     void numbersAreExact();
     void totalsOfAnySizeArePrinted();
-    void sectionNamesCannotSteerATerminal();
-    void sectionNamesMayHoldAPerCentSign();
+    void sectionNamesAreShownAsTheyAre_data();
+    void sectionNamesAreShownAsTheyAre();
     void failuresEndWithTheirCode_data();
     void failuresEndWithTheirCode();
     void wrongArgumentsSendNothing_data();
@@ -268,24 +268,26 @@ void TestVelnoctlSale::totalsOfAnySizeArePrinted()
              "card 0.00 TL, change 0.07 TL, items -6\n");
 }
 
-void TestVelnoctlSale::sectionNamesCannotSteerATerminal()
+void TestVelnoctlSale::sectionNamesAreShownAsTheyAre_data()
 {
-    Device device;
-    device.answers = {{10, plain(QByteArray("A\x1b[2J\u202E\u00C7\n"), 10)}};
-    device.meet();
-    Client client(target(device.port) + QStringList{u"section"_s, u"1"_s});
-    QCOMPARE(client.exitCode(), 0);
-    QCOMPARE(client.out, "section 1 \"A?[2J?\u00C7?\", number 10\n");
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("shown");
+
+    QTest::newRow("but cannot steer a terminal")
+        << QByteArray("A\x1b[2J\u202E\u00C7\n") << QByteArray("A?[2J?\u00C7?");
+    QTest::newRow("also with per cent signs") << QByteArray("KDV %1 %2 %3") << QByteArray("KDV %1 %2 %3");
 }
 
-void TestVelnoctlSale::sectionNamesMayHoldAPerCentSign()
+void TestVelnoctlSale::sectionNamesAreShownAsTheyAre()
 {
+    QFETCH(const QByteArray, name);
+    QFETCH(const QByteArray, shown);
     Device device;
-    device.answers = {{10, plain(QByteArray("KDV %1 %2 %3"), 10)}};
+    device.answers = {{10, plain(name, 10)}};
     device.meet();
     Client client(target(device.port) + QStringList{u"section"_s, u"4"_s});
     QCOMPARE(client.exitCode(), 0);
-    QCOMPARE(client.out, "section 4 \"KDV %1 %2 %3\", number 10\n");
+    QCOMPARE(client.out, "section 4 \"" + shown + "\", number 10\n");
 }
 
 void TestVelnoctlSale::failuresEndWithTheirCode_data()
