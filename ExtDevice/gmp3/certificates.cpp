@@ -1,6 +1,6 @@
 #include "ExtDevice/gmp3/gmp3.h"
+#include "ExtDevice/gmp3/log.h"
 
-#include <iostream>
 #include <mutex>
 #include <openssl/pem.h>
 
@@ -116,8 +116,8 @@ bool GMP3::verifyCertificate(const QByteArray &certificate, const QByteArray &ch
         return false;
     if (X509_verify_cert(ctx.get()) == 1)
         return true;
-    std::cout << "Verificatione error: " << X509_verify_cert_error_string(X509_STORE_CTX_get_error(ctx.get()))
-              << std::endl;
+    LogLine() << "Verificatione error: "
+              << X509_verify_cert_error_string(X509_STORE_CTX_get_error(ctx.get()));
     return false;
 }
 

@@ -2,12 +2,12 @@
 
 #include "ExtDevice/encoding/crc.h"
 #include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/log.h"
 #include "ExtDevice/network/velno_network.h"
 
 #include <QtEndian>
 
 #include <cstring>
-#include <iostream>
 
 namespace Velno::GMP {
 
@@ -54,7 +54,7 @@ void append16(QByteArray &bytes, unsigned int number)
 
 int logged(const char *call, int status, int base)
 {
-    std::cout << call << ": " << status << std::endl;
+    LogLine() << call << ": " << status;
     return base + status;
 }
 
@@ -120,8 +120,7 @@ bool crcMatches(const char *data, int size)
     if (received == computed)
         return true;
     // The stream stays in upper-case hexadecimal: what reads these logs is used to it.
-    std::cout << "CRC is not equal: " << std::uppercase << std::hex << received << "!=" << computed
-              << std::endl;
+    LogLine() << "CRC is not equal: " << std::uppercase << std::hex << received << "!=" << computed;
     return false;
 }
 
@@ -130,7 +129,7 @@ bool identityMatches(const char *data, int size, const char *identity)
     // Compared up to the identity's terminator, so a short identity matches no space-padded header.
     if (size >= emptyFrameSize && (!identity || std::strncmp(data + lengthSize, identity, identitySize) == 0))
         return true;
-    std::cout << "No Serial Match!" << std::endl;
+    LogLine() << "No Serial Match!";
     return false;
 }
 

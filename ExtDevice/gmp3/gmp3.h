@@ -38,7 +38,7 @@ extern unsigned int connection_handle;
 
 /**
  * The GMP3 engine: framing and checking, message bodies, cryptography. All members are static and work on
- * gmp3_message and connection_handle. Diagnostics are single lines on standard output, each flushed.
+ * gmp3_message and connection_handle. Diagnostics are single lines, see log.h.
  *
  * A frame: 2 bytes length of what follows, 12 bytes identity padded with spaces, the body (one message
  * element, or raw bytes for kind None), CRC-16/X.25 over identity and body; numbers big-endian.

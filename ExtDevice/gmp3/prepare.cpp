@@ -1,11 +1,10 @@
 #include "ExtDevice/encoding/bcd.h"
 #include "ExtDevice/encoding/file.h"
 #include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/log.h"
 #include "ExtDevice/gmp3_util.h"
 
 #include <QScopeGuard>
-
-#include <iostream>
 
 namespace Velno::GMP {
 
@@ -180,11 +179,11 @@ QByteArray judgeConfirmation()
 {
     const QByteArray expected = GMP3::create_keys(GMP3::TLV_value(fieldTag(RequesterPublicKey)));
     if (!sameSecret(GMP3::TLV_value(fieldTag(KeyCheckValue)), expected)) {
-        std::cout << "KCV Error" << std::endl;
+        LogLine() << "KCV Error";
         return QByteArrayLiteral("02");
     }
     if (!appHashMatches()) {
-        std::cout << "App Hash Error" << std::endl;
+        LogLine() << "App Hash Error";
         return QByteArrayLiteral("03");
     }
     return QByteArrayLiteral("00");
