@@ -40,7 +40,7 @@ void LibraryTest::cleanup()
     library().pairingRecords.clear();
     library().codecSet = false;
     library().slipContent.clear();
-    QVERIFY(!library().helper);
+    QVERIFY(!library().connectionThread);
 }
 
 } // namespace TestSupport

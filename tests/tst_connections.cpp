@@ -85,7 +85,7 @@ void TestConnections::argumentsAreCheckedBeforeAnythingIsMade()
     const char *const text = name.isNull() ? nullptr : name.constData();
     QCOMPARE(velnoext_initialize(5, text, withAddress ? "127.0.0.1" : nullptr, 4100, 10), result);
     QCOMPARE(velnoext_error_detail(), detail);
-    QVERIFY(!library().helper);
+    QVERIFY(!library().connectionThread);
     if (!withAddress && text)
         return;
     QCOMPARE(velnoext_set_active_device(text), result);
@@ -112,7 +112,7 @@ void TestConnections::badPlacesToListen()
     const quint16 port = free ? freePort() : 0;
     QTEST(velnoext_initialize(5, serial, address.constData(), port, brief), "result");
     QTEST(velnoext_error_detail(), "detail");
-    QVERIFY(library().helper); // kept, until closed
+    QVERIFY(library().connectionThread); // kept, until closed
 }
 
 void TestConnections::nobodyConnectsInTime()
@@ -231,7 +231,7 @@ void TestConnections::keysSurviveClosing()
     QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 1, int(patience));
     QTEST(connection()->objectName(), "objectName");
     velnoext_close();
-    QVERIFY(!library().helper);
+    QVERIFY(!library().connectionThread);
     QVERIFY(library().activeDevice.isEmpty());
     QTEST(library().pairingRecords.contains(serial), "kept");
 }
@@ -241,9 +241,9 @@ void TestConnections::activeDeviceIsChosen()
     HandMadeDevice first;
     HandMadeDevice second{otherSerial};
     QCOMPARE(connectPaired(first), 0);
-    const QThread *const thread = library().connectionThread;
+    const ConnectionThread *const thread = library().connectionThread.get();
     QCOMPARE(connectPaired(second, otherSerial), 0);
-    QCOMPARE(library().connectionThread, thread); // one for all connections
+    QCOMPARE(library().connectionThread.get(), thread); // one for all connections
     char buffer[13] = {};
     QCOMPARE(velnoext_active_device(buffer), 0);
     QCOMPARE(buffer, otherSerial);
@@ -261,7 +261,7 @@ void TestConnections::activeDeviceIsChosen()
     QCOMPARE(first.commands().size(), 1);
     QVERIFY(second.commands().isEmpty());
     velnoext_close();
-    QVERIFY(library().helper); // the other register is still there
+    QVERIFY(library().connectionThread); // the other register is still there
     QCOMPARE(velnoext_active_device(buffer), 1);
     QCOMPARE(velnoext_set_active_device(otherSerial), 0);
 }
@@ -334,7 +334,7 @@ void TestConnections::connectionThatIsGoneIsReported()
     QCOMPARE(velnoext_login(patience), 2);
     QCOMPARE(velnoext_set_active_device(serial), 0); // it is still listed
     velnoext_close();
-    QVERIFY(!library().helper);
+    QVERIFY(!library().connectionThread);
 }
 
 void TestConnections::reconnectingReplacesTheConnection()
@@ -355,12 +355,11 @@ void TestConnections::closingWithNothingOpen()
     velnoext_close();
     velnoext_close_all();
     QCOMPARE(velnoext_initialize(5, serial, "127.0.0.1", freePort(), 10), 2);
-    QVERIFY(library().helper);
+    QVERIFY(library().connectionThread);
     velnoext_close_all(); // no connection: nothing to do
-    QVERIFY(library().helper);
+    QVERIFY(library().connectionThread);
     velnoext_close();
     velnoext_close();
-    QVERIFY(!library().helper);
     QVERIFY(!library().connectionThread);
 }
 
@@ -372,7 +371,7 @@ void TestConnections::closeAllClosesEveryRegister()
     QCOMPARE(connectPaired(second, otherSerial), 0);
     velnoext_close_all();
     QVERIFY(library().connections.isEmpty());
-    QVERIFY(!library().helper);
+    QVERIFY(!library().connectionThread);
 }
 
 void TestConnections::vanishedRegistersAreNoticed()

@@ -109,7 +109,7 @@ struct Bench
 bool libraryIsClosed()
 {
     char buffer[13] = {};
-    return velnoext_active_device(buffer) == NotReady && !library().helper &&
+    return velnoext_active_device(buffer) == NotReady && !library().connectionThread &&
            library().connections.isEmpty() && connection_handle == 0;
 }
 

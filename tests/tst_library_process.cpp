@@ -191,7 +191,10 @@ void TestLibraryProcess::programsOfEveryKind_data()
         << QByteArray("code 0 state 7\ncode 0 state 7\napplication kept\n");
     QTest::newRow("C++ that outlives its Qt application")
         << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}, u"outlive"_s} << 2
-        << QByteArray("code 0 state 7\nafterwards 1\ncode 0 state 7\napplication gone\n");
+        << QByteArray("code 0 state 7\n").repeated(3) + "application gone\n";
+    QTest::newRow("C++ whose threads and applications come and go")
+        << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}, u"pass-on"_s} << 2
+        << QByteArray("code 0 state 7\n").repeated(4);
     QTest::newRow("Python") << QStringList{QStringLiteral(VELNO_PYTHON),
                                            QStringLiteral(VELNO_PYTHON_PROGRAM),
                                            QStringLiteral(VELNO_LIBRARY),

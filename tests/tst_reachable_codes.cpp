@@ -242,6 +242,7 @@ const Argument arguments[] = {
          velnoext_printer_set_encoding("UTF-8");
          return velnoext_printer_add_line_feed(21);
      }},
+    {0x414, "an answer limit of nothing", [] { return velnoext_set_answer_limit(0); }},
 };
 
 } // namespace

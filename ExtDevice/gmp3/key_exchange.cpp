@@ -3,6 +3,8 @@
 #include "ExtDevice/encoding/bcd.h"
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
+#include "ExtDevice/network/interruption.h"
+#include "ExtDevice/network/wait_time.h"
 
 #include <array>
 
@@ -40,8 +42,9 @@ QByteArray stored(PairingFieldTag field)
 class Conversation
 {
 public:
-    Conversation(int receiveTimeout, const char *serialNo, const char *terminalId)
+    Conversation(int receiveTimeout, unsigned int answerLimit, const char *serialNo, const char *terminalId)
         : m_receiveTimeout(unsigned(receiveTimeout))
+        , m_answerLimit(answerLimit)
         , m_serialNo(serialNo)
         , m_terminalId(terminalId)
     {
@@ -50,6 +53,7 @@ public:
     int run(MatchExt &record);
 
 private:
+    int askUntilAnswered(MessageTag kind);
     int ask(MessageTag kind);
     int judge(MessageTag kind);
     int verifyCertificate();
@@ -58,6 +62,7 @@ private:
     void fill(MatchExt &record) const;
 
     unsigned int m_receiveTimeout;
+    unsigned int m_answerLimit;
     const char *m_serialNo;
     const char *m_terminalId;
     QByteArray m_verifiedCertificate;
@@ -67,18 +72,28 @@ private:
 int Conversation::run(MatchExt &record)
 {
     for (MessageTag kind = PairingStart; kind != None;) {
-        if (kind == PairingConfirm && stored(ResponderPublicKey) != m_signedKey)
-            return SignatureInvalid;
-        if (const int result = ask(kind); result != 0)
+        if (const int result = askUntilAnswered(kind); result != 0)
             return result;
-        if (!gmp3_message.isResponse || gmp3_message.message != kind)
-            continue; // not the answer: the same request goes out again
         if (const int result = judge(kind); result != 0)
             return result;
         kind = GMP3::next_state(kind);
     }
     fill(record);
     return Paired;
+}
+
+/** What comes and is not the answer makes the same request go out again. */
+int Conversation::askUntilAnswered(MessageTag kind)
+{
+    const WaitScope scope(deadlineAfter(m_answerLimit));
+    do {
+        // Each message, also one that is no answer, may have brought another key.
+        if (kind == PairingConfirm && stored(ResponderPublicKey) != m_signedKey)
+            return SignatureInvalid;
+        if (const int result = ask(kind); result != 0)
+            return result;
+    } while (!gmp3_message.isResponse || gmp3_message.message != kind);
+    return 0;
 }
 
 /** Sends the request and stores the fields of whatever message comes back. */
@@ -158,30 +173,32 @@ void Conversation::fill(MatchExt &record) const
 }
 
 int GMP3_KeyExchange_Server_Impl(MatchExt &record, int receiveTimeout, const char *serialNo,
-                                 const char *terminalId, const QByteArray &applicationHash)
+                                 const char *terminalId, const QByteArray &applicationHash,
+                                 unsigned int answerLimit)
 {
     gmp3_message.appHash = applicationHash;
-    return Conversation(receiveTimeout, serialNo, terminalId).run(record);
+    return Conversation(receiveTimeout, answerLimit, serialNo, terminalId).run(record);
 }
 
 } // namespace
 
 int GMP3_KeyExchange_Server(MatchExt &record, quint16 port, const char *serialNo, const char *terminalId,
-                            const QByteArray &applicationHash)
+                            const QByteArray &applicationHash, unsigned int answerLimit)
 {
     GMP3::init(0);
     if (const int result = GMP3::accept("0.0.0.0", port, acceptTimeout); result != 0)
         return result;
     return GMP3_KeyExchange_Server_Impl(record, listeningReceiveTimeout, serialNo, terminalId,
-                                        applicationHash);
+                                        applicationHash, answerLimit);
 }
 
 int GMP3_KeyExchange_Server(MatchExt &record, quint32 connection, const char *serialNo,
-                            const char *terminalId, const QByteArray &applicationHash)
+                            const char *terminalId, const QByteArray &applicationHash,
+                            unsigned int answerLimit)
 {
     GMP3::init(connection);
-    const int result =
-        GMP3_KeyExchange_Server_Impl(record, heldReceiveTimeout, serialNo, terminalId, applicationHash);
+    const int result = GMP3_KeyExchange_Server_Impl(record, heldReceiveTimeout, serialNo, terminalId,
+                                                    applicationHash, answerLimit);
     GMP3::disconnect();
     return result;
 }

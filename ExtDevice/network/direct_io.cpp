@@ -1,22 +1,15 @@
 #include "ExtDevice/network/direct_io.h"
 
-#include <QDeadlineTimer>
+#include "ExtDevice/network/socket_waits.h"
+
 #include <QTcpSocket>
 
 #include <algorithm>
-#include <cerrno>
-#include <limits>
-#include <poll.h>
 #include <sys/socket.h>
 
 namespace Velno {
 
 namespace {
-
-bool isConnected(const QTcpSocket &socket)
-{
-    return socket.state() == QAbstractSocket::ConnectedState;
-}
 
 qint64 receive(const QTcpSocket &socket, char *data, qint64 size, int flags)
 {
@@ -27,21 +20,6 @@ qint64 receive(const QTcpSocket &socket, char *data, qint64 size, int flags)
 }
 
 } // namespace
-
-bool waitUntilReadable(const QTcpSocket &socket, int timeout)
-{
-    if (socket.bytesAvailable() > 0)
-        return true;
-    if (!isConnected(socket))
-        return false;
-    const QDeadlineTimer deadline(timeout);
-    pollfd watched{int(socket.socketDescriptor()), POLLIN, 0};
-    for (;;) {
-        const int ready = poll(&watched, 1, int(deadline.remainingTime()));
-        if (ready >= 0 || errno != EINTR)
-            return ready > 0;
-    }
-}
 
 qint64 sendDirectly(const QTcpSocket &socket, const char *data, qint64 size)
 {

@@ -14,14 +14,6 @@ QT_FORWARD_DECLARE_CLASS(QTcpSocket)
  */
 namespace Velno {
 
-/**
- * Waits until there is something to read: bytes, or the news that the peer has closed.
- *
- * @param timeout  ms; -1 waits without limit
- * @return false after the time-out; at once when the socket is not connected and holds no bytes
- */
-bool waitUntilReadable(const QTcpSocket &socket, int timeout);
-
 /** Sends what the kernel takes at once. @return how many bytes that was, 0 for none */
 qint64 sendDirectly(const QTcpSocket &socket, const char *data, qint64 size);
 

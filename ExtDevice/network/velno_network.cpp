@@ -1,11 +1,14 @@
 #include "ExtDevice/network/velno_network.h"
 
+#include "ExtDevice/network/dial.h"
 #include "ExtDevice/network/direct_io.h"
+#include "ExtDevice/network/interruption.h"
+#include "ExtDevice/network/socket_waits.h"
 #include "ExtDevice/network/wait_time.h"
 
-#include <QDeadlineTimer>
 #include <QHash>
 #include <QHostAddress>
+#include <QHostInfo>
 #include <QNetworkProxy>
 #include <QPointer>
 #include <QTcpServer>
@@ -13,9 +16,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <memory>
+#include <poll.h>
 
-using Velno::waitTime;
+using Velno::deadlineAfter;
+using Velno::isConnected;
 
 namespace {
 
@@ -55,23 +61,18 @@ void discard(unsigned int handle)
     delete sockets.take(handle).data();
 }
 
-bool isConnected(const QTcpSocket &socket)
-{
-    return socket.state() == QAbstractSocket::ConnectedState;
-}
-
 /** Looks whether the peer has closed: without an event loop nobody else does. */
 bool isStillOpen(QTcpSocket &socket)
 {
-    if (socket.bytesAvailable() == 0 && Velno::waitUntilReadable(socket, 0))
+    if (socket.bytesAvailable() == 0 && Velno::waitUntilReadable(socket, QDeadlineTimer(0)))
         socket.waitForReadyRead(0);
     return isConnected(socket);
 }
 
 /** Waits only when nothing is there. What came together with the peer's close counts. @return bytes read */
-qint64 readWhatComes(QTcpSocket &socket, int timeout, char *buffer, qint64 size)
+qint64 readWhatComes(QTcpSocket &socket, const QDeadlineTimer &deadline, char *buffer, qint64 size)
 {
-    if (!Velno::waitUntilReadable(socket, timeout))
+    if (!Velno::waitUntilReadable(socket, deadline))
         return 0;
     if (const qint64 count = Velno::receiveDirectly(socket, buffer, size); count > 0)
         return count;
@@ -80,24 +81,28 @@ qint64 readWhatComes(QTcpSocket &socket, int timeout, char *buffer, qint64 size)
     return socket.bytesAvailable() > 0 ? socket.read(buffer, size) : 0;
 }
 
-/** Each wait of the socket ends after a part; a close meanwhile drops the bytes that are left. */
-bool waitUntilWritten(QTcpSocket &socket, int timeout)
+/** Tries each address of the host. @return as dial() */
+int dialHost(const QString &host, quint16 port, const QDeadlineTimer &deadline)
 {
-    const QDeadlineTimer deadline(timeout);
-    socket.flush();
-    while (socket.bytesToWrite() > 0) {
-        if (!socket.waitForBytesWritten(int(deadline.remainingTime())))
-            return false;
+    int result = -EHOSTUNREACH;
+    // Looking a name up asks the system, which cannot be left early; an address is none.
+    const QHostAddress literal(host);
+    const auto addresses = literal.isNull() ? QHostInfo::fromName(host).addresses() : QList{literal};
+    for (const QHostAddress &address : addresses) {
+        result = Velno::dial(address, port, deadline);
+        if (result >= 0 || Velno::isWaitOver())
+            break;
     }
-    return isConnected(socket);
+    return result;
 }
 
-/** The first peer that connects in time, owned by the server; null after the time-out or an error. */
-QTcpSocket *waitForPeer(QTcpServer &server, int timeout)
+/** The first peer that connects in time, owned by the server; null after the deadline or an error. */
+QTcpSocket *waitForPeer(QTcpServer &server, const QDeadlineTimer &deadline)
 {
-    // A peer that is gone before it is taken ends the server's wait with nothing to take.
-    const QDeadlineTimer deadline(timeout);
-    while (server.waitForNewConnection(int(deadline.remainingTime()))) {
+    const auto announced = [&] { return Velno::waitFor(int(server.socketDescriptor()), POLLIN, deadline); };
+    // A peer that is gone before it is taken leaves nothing to take, and the wait goes on.
+    while (announced() &&
+           (server.waitForNewConnection(0) || server.serverError() == QAbstractSocket::SocketTimeoutError)) {
         if (QTcpSocket *peer = server.nextPendingConnection())
             return peer;
     }
@@ -115,17 +120,12 @@ int velno_network_connect(const char *host, unsigned short port, unsigned int ti
     if (port == 0)
         return 3;
 
+    const int descriptor = dialHost(QString::fromLatin1(host), port, deadlineAfter(timeout));
+    if (descriptor < 0)
+        return descriptor == -ECONNREFUSED || descriptor == -ETIMEDOUT ? 6 : 7;
     auto socket = std::make_unique<QTcpSocket>();
     QObject::connect(socket.get(), &QTcpSocket::disconnected, socket.get(), &QObject::deleteLater);
-    socket->setProxy(QNetworkProxy::NoProxy); // the application's is for its own traffic
-    socket->connectToHost(QString::fromLatin1(host), port);
-    if (!socket->waitForConnected(waitTime(timeout))) {
-        const auto error = socket->error();
-        return error == QAbstractSocket::ConnectionRefusedError ||
-                       error == QAbstractSocket::SocketTimeoutError
-                   ? 6
-                   : 7;
-    }
+    socket->setSocketDescriptor(descriptor);
     *handle = enter(socket.release());
     return 0;
 }
@@ -146,9 +146,10 @@ int velno_network_accept(const char *address, unsigned short port, int timeout, 
     server.setProxy(QNetworkProxy::NoProxy);
     if (!server.listen(localAddress, port))
         return server.serverError() == QAbstractSocket::AddressInUseError ? 6 : 8;
-    QTcpSocket *const socket = waitForPeer(server, waitTime(unsigned(timeout)));
+    const QDeadlineTimer deadline = deadlineAfter(unsigned(timeout));
+    QTcpSocket *const socket = waitForPeer(server, deadline);
     if (!socket)
-        return server.serverError() == QAbstractSocket::SocketTimeoutError ? 7 : 8;
+        return deadline.hasExpired() ? 7 : 8;
 
     socket->setParent(nullptr);
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
@@ -178,7 +179,7 @@ int velno_network_write(unsigned int handle, unsigned int timeout, const char *d
         return 0;
     if (socket->write(data + sent, size - sent) == -1)
         return 6;
-    if (waitUntilWritten(*socket, waitTime(timeout)))
+    if (Velno::writeOut(*socket, deadlineAfter(timeout)))
         return 0;
     if (!isConnected(*socket))
         discard(handle);
@@ -197,7 +198,7 @@ int velno_network_read(unsigned int handle, unsigned int timeout, char *buffer, 
     if (!socket)
         return 5;
 
-    const qint64 count = readWhatComes(*socket, waitTime(timeout), buffer, *size);
+    const qint64 count = readWhatComes(*socket, deadlineAfter(timeout), buffer, *size);
     if (count == 0 && isConnected(*socket))
         return 6;
     if (count == 0) {
@@ -244,10 +245,7 @@ int velno_network_disconnect(unsigned int handle)
         return 3;
     }
 
-    socket->disconnectFromHost();
-    if (socket->state() != QAbstractSocket::UnconnectedState &&
-        !socket->waitForDisconnected(disconnectTimeout))
-        socket->abort();
+    Velno::closeSocket(*socket, QDeadlineTimer(disconnectTimeout));
     discard(handle);
     return 0;
 }

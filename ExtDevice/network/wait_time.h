@@ -1,16 +1,19 @@
 #pragma once
 
+#include <QDeadlineTimer>
+
 #include <algorithm>
 #include <limits>
 
 namespace Velno {
 
-/** A time-out in ms as Qt's waits take it: FFFFFFFF waits without limit, others at most 2,147,483,647. */
-inline int waitTime(unsigned int timeout)
+/** The end of a time-out in ms that begins now: FFFFFFFF is none, others count as at most 2,147,483,647. */
+inline QDeadlineTimer deadlineAfter(unsigned int timeout)
 {
     constexpr unsigned int noTimeLimit = 0xFFFFFFFF;
-    constexpr int longest = std::numeric_limits<int>::max();
-    return timeout == noTimeLimit ? -1 : int(std::min(timeout, unsigned(longest)));
+    constexpr unsigned int longest = std::numeric_limits<int>::max();
+    return timeout == noTimeLimit ? QDeadlineTimer(QDeadlineTimer::Forever)
+                                  : QDeadlineTimer(std::min(timeout, longest));
 }
 
 } // namespace Velno

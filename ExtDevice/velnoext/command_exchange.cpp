@@ -6,8 +6,6 @@
 #include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/number_format.h"
 
-#include <QCoreApplication>
-
 #include <openssl/crypto.h>
 
 #include <algorithm>
@@ -119,7 +117,7 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
 int beginCommand()
 {
     library().errorDetail = 0;
-    if (!QCoreApplication::instance() || activeRecord().aesKey.isEmpty())
+    if (!library().connectionThread || activeRecord().aesKey.isEmpty())
         return NotReady;
     return library().connections.contains(library().activeDevice) ? Success : ConnectionFailed;
 }
@@ -190,7 +188,7 @@ using namespace Velno::Ext;
 
 int velnoext_send_data(const char *data, int length)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginRaw(); result != Success)
         return result;
     if (!data)
@@ -202,7 +200,7 @@ int velnoext_send_data(const char *data, int length)
 
 int velnoext_get_data(const char *frame, int frameLength, char *output, int *outputLength)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginRaw(); result != Success)
         return result;
     if (!frame)

@@ -5,13 +5,12 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "ExtDevice/network/direct_io.h"
+#include "ExtDevice/network/socket_waits.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/network/wait_time.h"
 #include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/number_format.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QScopedValueRollback>
 #include <QTcpSocket>
@@ -19,6 +18,7 @@
 
 #include <array>
 #include <cstring>
+#include <poll.h>
 
 namespace Velno::Ext {
 
@@ -34,23 +34,36 @@ constexpr int firstBadNetworkStatus = 6; // statuses below it complain about an 
 
 // Frames ------------------------------------------------------------------------------------------------
 
-/** Whether waiting makes sense: a socket that is closed can only warn about it. */
-bool canWait(const QIODevice &device)
+/** Whether anything can be sent: a socket that is closed can only warn about it. */
+bool isOpen(const QIODevice &device)
 {
-    const auto *const socket = qobject_cast<const QAbstractSocket *>(&device);
-    return !socket || socket->state() == QAbstractSocket::ConnectedState;
+    const auto *const socket = qobject_cast<const QTcpSocket *>(&device);
+    return device.isOpen() && (!socket || isConnected(*socket));
 }
 
-bool waitForMore(QIODevice &device, int timeout)
+/** Waits until there are more bytes than were there before. */
+bool waitForMore(QIODevice &device, const QDeadlineTimer &deadline)
 {
-    return canWait(device) && device.waitForReadyRead(timeout);
+    auto *const socket = qobject_cast<QTcpSocket *>(&device);
+    if (!socket)
+        return device.waitForReadyRead(int(deadline.remainingTime()));
+    return isConnected(*socket) && waitFor(int(socket->socketDescriptor()), POLLIN, deadline) &&
+           socket->waitForReadyRead(0);
 }
 
 /** Whether unread bytes, or a close, are waiting; a look that costs less than a wait of no time. */
 bool hasNews(QIODevice &device)
 {
     const auto *const socket = qobject_cast<const QTcpSocket *>(&device);
-    return !socket || waitUntilReadable(*socket, 0);
+    return !socket || waitUntilReadable(*socket, QDeadlineTimer(0));
+}
+
+/** What nobody waits for any longer must not come in later. */
+void closeWhenGivenUp(QIODevice *device)
+{
+    auto *const socket = qobject_cast<QTcpSocket *>(device);
+    if (socket && isWaitOver())
+        socket->abort();
 }
 
 /**
@@ -61,7 +74,7 @@ bool discardUnread(QIODevice &device)
 {
     const QDeadlineTimer deadline(sendTimeout);
     while (hasNews(device)) {
-        const bool more = device.bytesAvailable() > 0 || waitForMore(device, 0);
+        const bool more = device.bytesAvailable() > 0 || waitForMore(device, QDeadlineTimer(0));
         if (!more)
             break;
         device.skip(device.bytesAvailable());
@@ -82,20 +95,15 @@ bool write(QIODevice &device, const QByteArray &frame)
 
 bool writeOut(QIODevice &device)
 {
-    const QDeadlineTimer deadline(sendTimeout);
-    if (auto *const socket = qobject_cast<QAbstractSocket *>(&device))
-        socket->flush();
-    while (device.bytesToWrite() > 0) {
-        if (!canWait(device) || !device.waitForBytesWritten(int(deadline.remainingTime())))
-            return false;
-    }
-    return canWait(device);
+    auto *const socket = qobject_cast<QTcpSocket *>(&device);
+    return socket ? Velno::writeOut(*socket, QDeadlineTimer(sendTimeout)) : device.bytesToWrite() == 0;
 }
 
-bool waitForBytes(QIODevice &device, qint64 count, int timeout)
+/** @param timeout  ms for each wait */
+bool waitForBytes(QIODevice &device, qint64 count, quint32 timeout)
 {
     while (device.bytesAvailable() < count) {
-        if (!waitForMore(device, timeout))
+        if (!waitForMore(device, deadlineAfter(timeout)))
             return device.bytesAvailable() >= count;
     }
     return true;
@@ -105,7 +113,7 @@ bool waitForBytes(QIODevice &device, qint64 count, int timeout)
 bool takeWholeFrame(const QTcpSocket &socket, QByteArray *payload)
 {
     std::array<char, 2048> bytes; // no reply of today is as long
-    if (!waitUntilReadable(socket, -1))
+    if (!waitUntilReadable(socket, deadlineAfter(noTimeLimit)))
         return false;
     const qint64 there = peekDirectly(socket, bytes.data(), qint64(bytes.size()));
     if (there < lengthSize)
@@ -119,13 +127,13 @@ bool takeWholeFrame(const QTcpSocket &socket, QByteArray *payload)
 }
 
 /** One frame's payload, keep-alives included. */
-bool receivePayload(QIODevice &device, int timeout, QByteArray *payload)
+bool receivePayload(QIODevice &device, quint32 timeout, QByteArray *payload)
 {
     const auto *const socket = qobject_cast<const QTcpSocket *>(&device);
     if (socket && takeWholeFrame(*socket, payload))
         return true;
     // The cashier may have to act before the register answers, so the first byte has all the time.
-    if (!waitForBytes(device, 1, -1) || !waitForBytes(device, lengthSize, timeout))
+    if (!waitForBytes(device, 1, noTimeLimit) || !waitForBytes(device, lengthSize, timeout))
         return false;
     const QByteArray prefix = device.peek(lengthSize);
     if (prefix.size() < lengthSize)
@@ -135,6 +143,31 @@ bool receivePayload(QIODevice &device, int timeout, QByteArray *payload)
         return false;
     device.skip(lengthSize);
     *payload = device.read(length);
+    return true;
+}
+
+bool sendFrame(QIODevice &device, const QByteArray &payload)
+{
+    if (!discardUnread(device) || !isOpen(device))
+        return false;
+    QByteArray frame;
+    frame.reserve(lengthSize + payload.size());
+    frame.resize(lengthSize);
+    qToBigEndian(quint32(payload.size()), frame.data());
+    frame += payload;
+    return write(device, frame) && writeOut(device);
+}
+
+/** One payload that is no keep-alive; written on success alone. */
+bool receiveAnswer(QIODevice &device, quint32 timeout, QByteArray *answer)
+{
+    const QByteArray keepAlive = QByteArrayLiteral("\xDE\xAD\xBE\xEF");
+    QByteArray payload;
+    do {
+        if (isWaitOver() || !device.isOpen() || !receivePayload(device, timeout, &payload))
+            return false;
+    } while (payload == keepAlive);
+    *answer = payload;
     return true;
 }
 
@@ -165,7 +198,7 @@ QByteArray applicationHash()
 {
     static QByteArray hash;
     if (hash.isEmpty()) {
-        QFile file(QCoreApplication::applicationFilePath());
+        QFile file(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
         if (file.open(QIODevice::ReadOnly))
             hash = sha256Sum(file);
     }
@@ -186,7 +219,7 @@ int exchangeKeys(const Route &route, const QByteArray &hash)
     const auto pairOver = [&](auto connection) {
         return keepingNumberFormat([&] {
             return GMP3_KeyExchange_Server(activeRecord(), connection, route.serialNo.constData(),
-                                           terminalId.constData(), hash);
+                                           terminalId.constData(), hash, library().answerLimit);
         });
     };
     if (!route.throughRelay) {
@@ -264,7 +297,8 @@ int connectOn(const Route &route)
 
 } // namespace
 
-int ConnectionHelper::connectToDevice(QByteArray serialNo, const char *address, quint16 port, quint32 timeout)
+int ConnectionHelper::connectToDevice(const QByteArray &serialNo, const char *address, quint16 port,
+                                      quint32 timeout)
 {
     const bool throughRelay = address && std::strncmp(address, relayAddress, sizeof relayAddress - 1) == 0;
     if (!throughRelay && port == 0)
@@ -273,7 +307,7 @@ int ConnectionHelper::connectToDevice(QByteArray serialNo, const char *address, 
     return connectOn({throughRelay, serialNo, address, port, timeout});
 }
 
-void ConnectionHelper::closeConnection(QByteArray serialNo)
+void ConnectionHelper::closeConnection(const QByteArray &serialNo)
 {
     const QPointer<QIODevice> device = library().connections.take(serialNo);
     if (!device)
@@ -282,28 +316,21 @@ void ConnectionHelper::closeConnection(QByteArray serialNo)
     delete device.data();
 }
 
-bool ConnectionHelper::send(QIODevice *s, QByteArray data)
+bool ConnectionHelper::send(QIODevice *s, const QByteArray &data)
 {
-    if (!s || !s->isOpen() || !discardUnread(*s) || !canWait(*s))
-        return false;
-    QByteArray frame;
-    frame.reserve(lengthSize + data.size());
-    frame.resize(lengthSize);
-    qToBigEndian(quint32(data.size()), frame.data());
-    frame += data;
-    return write(*s, frame) && writeOut(*s);
+    const bool sent = s && s->isOpen() && !isWaitOver() && sendFrame(*s, data);
+    if (!sent)
+        closeWhenGivenUp(s);
+    return sent;
 }
 
 bool ConnectionHelper::receive(quint32 timeout, QIODevice *s, QByteArray *data)
 {
-    const QByteArray keepAlive = QByteArrayLiteral("\xDE\xAD\xBE\xEF");
-    QByteArray payload;
-    do {
-        if (!s || !s->isOpen() || !receivePayload(*s, waitTime(timeout), &payload))
-            return false;
-    } while (payload == keepAlive);
-    *data = payload;
-    return true;
+    const WaitScope scope(deadlineAfter(library().answerLimit));
+    const bool received = s && receiveAnswer(*s, timeout, data);
+    if (!received)
+        closeWhenGivenUp(s);
+    return received;
 }
 
 } // namespace Velno::Ext

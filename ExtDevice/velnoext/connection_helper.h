@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QObject>
 
 QT_FORWARD_DECLARE_CLASS(QIODevice)
 
@@ -11,31 +10,34 @@ namespace Velno::Ext {
 constexpr qint64 largestPayload = 1024 * 1024;
 
 /**
- * Lives on connectionThread and does there all work on sockets. Its slots run only while the caller waits.
+ * All work on sockets, to be called on connectionThread alone while its caller waits.
  *
  * A device frame: 4 bytes payload length, big-endian, and the payload. The payload DE AD BE EF is a
  * keep-alive of the register.
+ *
+ * A send or receive whose wait was ended early, by velnoext_interrupt() or the limit of an answer, closes the
+ * connection: a late answer could be taken for that to the next command.
  */
-class ConnectionHelper : public QObject
+class ConnectionHelper
 {
-    Q_OBJECT
-
 public:
     /** velnoext_initialize() behind its checks of the arguments. @return a Result; sets errorDetail */
-    Q_INVOKABLE int connectToDevice(QByteArray serialNo, const char *address, quint16 port, quint32 timeout);
+    static int connectToDevice(const QByteArray &serialNo, const char *address, quint16 port,
+                               quint32 timeout);
 
     /** Closes and deletes a register's connection, waiting up to 30 s for its last bytes to leave. */
-    Q_INVOKABLE void closeConnection(QByteArray serialNo);
+    static void closeConnection(const QByteArray &serialNo);
 
     /** Throws away what waits unread, then sends one frame. @return whether it was written out within 2 s */
-    Q_INVOKABLE bool send(QIODevice *s, QByteArray data);
+    static bool send(QIODevice *s, const QByteArray &data);
 
     /**
      * Receives one payload, skipping keep-alives. Nothing but those is consumed on false.
      *
-     * @param timeout  ms for each wait behind the frame's first byte; that one is waited for without limit
+     * @param timeout  ms for each wait behind the frame's first byte; that one is waited for up to the limit
+     *                 of an answer, which holds for all waits together
      */
-    Q_INVOKABLE bool receive(quint32 timeout, QIODevice *s, QByteArray *data);
+    static bool receive(quint32 timeout, QIODevice *s, QByteArray *data);
 };
 
 } // namespace Velno::Ext

@@ -1,39 +1,28 @@
 #include "ExtDevice/velnoext/connections.h"
 
 #include "ExtDevice/network/local_interfaces.h"
+#include "ExtDevice/network/socket_waits.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/connection_helper.h"
-#include "ExtDevice/velnoext/quiet_dispatcher.h"
 #include "ExtDevice/velnoext/velnoext.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QTcpSocket>
+#include <QThread>
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <clocale>
-#include <memory>
-#include <openssl/crypto.h>
-#include <string>
 
 namespace Velno::Ext {
 
 namespace {
 
 constexpr int disconnectTimeout = 30'000;
-constexpr int threadTimeout = 1000;
 constexpr unsigned int relayAnswerTimeout = 5000;
 constexpr int noConnection = 6; // as the transport says it
-
-bool isTcpSocketOpen(const QTcpSocket &socket)
-{
-    return socket.state() == QAbstractSocket::ConnectedState ||
-           socket.state() == QAbstractSocket::ClosingState;
-}
 
 /** Lets the wait for a register end that vanished from the network without closing. */
 void watchForVanishedPeer(QTcpSocket &socket)
@@ -81,87 +70,54 @@ bool namedToRelay(unsigned int handle, const QByteArray &serialNo)
            readAnswer(handle, size) == serialNo;
 }
 
-/** False, and nothing is kept, when the process may not have another thread. */
+/** False when the process may not have another thread. */
 bool startWorker()
 {
     LibraryState &state = library();
-    if (state.helper)
-        return true;
-    velno_network_set_receiver([](QTcpSocket *socket) { setConnection(socket); });
-    auto thread = std::make_unique<QThread>();
-    auto *const dispatcher = new QuietDispatcher;
-    thread->setEventDispatcher(dispatcher);
-    // wait() returns before the system clears up behind the thread, and the process may be ending by then.
-    QObject::connect(thread.get(), &QThread::finished, OPENSSL_thread_stop);
-    thread->start();
-    if (!thread->isRunning()) { // a call to it would wait for ever
-        delete dispatcher;      // as the thread would at its end
-        return false;
+    if (!state.connectionThread) {
+        velno_network_set_receiver([](QTcpSocket *socket) { setConnection(socket); });
+        state.connectionThread = ConnectionThread::start();
     }
-    state.connectionThread = thread.release();
-    state.helper = new ConnectionHelper;
-    state.helper->moveToThread(state.connectionThread);
-    return true;
+    return state.connectionThread != nullptr;
 }
 
-void stopWorker()
+/** Ends a register's connection, and with the last one the library's thread. */
+void closeDevice(const QByteArray &serialNo)
 {
     LibraryState &state = library();
-    if (state.connectionThread) {
-        state.connectionThread->quit();
-        // Deleting a thread that still runs would end the process; it is idle here, so it does end.
-        const bool ended = state.connectionThread->wait(threadTimeout);
-        delete state.helper;
-        if (ended)
-            delete state.connectionThread;
-    }
-    state.helper = nullptr;
-    state.connectionThread = nullptr;
-    delete state.application;
-    state.application = nullptr;
-}
-
-void ensureApplication()
-{
-    static int argumentCount = 0;
-    if (QCoreApplication::instance())
-        return;
-    // Qt sets the process's locale from the environment, which would change how the host writes its numbers.
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    library().application = new QCoreApplication(argumentCount, nullptr);
-    std::setlocale(LC_ALL, before.c_str());
+    onConnectionThread(
+        [&serialNo] {
+            ConnectionHelper::closeConnection(serialNo);
+            return true;
+        },
+        false);
+    if (state.connections.isEmpty())
+        state.connectionThread.reset();
+    if (state.activeDevice == serialNo)
+        state.activeDevice.clear();
 }
 
 /** velnoext_close() under the lock. */
 void closeActive()
 {
     LibraryState &state = library();
+    const QByteArray serialNo = state.activeDevice;
     state.errorDetail = 0;
-    if (state.helper)
-        ensureApplication(); // the host's may be gone by now, and no thread takes calls without one
-    closeConnection();
     if (isSpecialApplication())
-        state.pairingRecords.remove(state.activeDevice);
-    if (state.connections.isEmpty())
-        stopWorker();
-    state.activeDevice.clear();
+        state.pairingRecords.remove(serialNo);
+    closeDevice(serialNo);
 }
 
 } // namespace
 
-QObject *workerObject()
-{
-    return library().helper;
-}
-
 bool send_to_device(QIODevice *connection, const QByteArray &payload)
 {
-    return onConnectionThread([&] { return library().helper->send(connection, payload); }, false);
+    return onConnectionThread([&] { return ConnectionHelper::send(connection, payload); }, false);
 }
 
 bool get_from_device(unsigned int timeout, QIODevice *connection, QByteArray *payload)
 {
-    return onConnectionThread([&] { return library().helper->receive(timeout, connection, payload); }, false);
+    return onConnectionThread([&] { return ConnectionHelper::receive(timeout, connection, payload); }, false);
 }
 
 void closeConnection()
@@ -170,7 +126,7 @@ void closeConnection()
         return;
     onConnectionThread(
         [] {
-            library().helper->closeConnection(library().activeDevice);
+            ConnectionHelper::closeConnection(library().activeDevice);
             return true;
         },
         false);
@@ -182,12 +138,7 @@ void disconnectFromDevice(QIODevice *device)
     if (!socket)
         return;
     socket->setParent(nullptr);
-    if (socket->state() == QAbstractSocket::ConnectedState)
-        socket->disconnectFromHost();
-    else if (socket->state() == QAbstractSocket::ConnectingState)
-        socket->abort();
-    if (isTcpSocketOpen(*socket) && !socket->waitForDisconnected(disconnectTimeout))
-        socket->abort();
+    closeSocket(*socket, QDeadlineTimer(disconnectTimeout));
 }
 
 void setConnection(QIODevice *device)
@@ -263,7 +214,7 @@ int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *ad
                         unsigned int timeout)
 {
     LibraryState &state = library();
-    const QMutexLocker lock(&state.connectionMutex);
+    const PublicCall call;
     state.errorDetail = 0;
     if (!serialNo)
         return failed(NullArgument, 0x300);
@@ -271,18 +222,17 @@ int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *ad
         return failed(NullArgument, 0x301);
     if (const int result = checkSerialNo(serialNo); result != Success)
         return result;
-    ensureApplication();
     state.appNo = appNo;
     if (!startWorker())
         return NotReady;
-    return onConnectionThread([&] { return state.helper->connectToDevice(serialNo, address, port, timeout); },
-                              int(NotReady));
+    return onConnectionThread(
+        [&] { return ConnectionHelper::connectToDevice(serialNo, address, port, timeout); }, int(NotReady));
 }
 
 int velnoext_set_active_device(const char *serialNo)
 {
     LibraryState &state = library();
-    const QMutexLocker lock(&state.connectionMutex);
+    const PublicCall call;
     state.errorDetail = 0;
     if (const int result = checkSerialNo(serialNo); result != Success)
         return result;
@@ -295,7 +245,7 @@ int velnoext_set_active_device(const char *serialNo)
 int velnoext_active_device(char *buffer)
 {
     LibraryState &state = library();
-    const QMutexLocker lock(&state.connectionMutex);
+    const PublicCall call;
     state.errorDetail = 0;
     if (!buffer)
         return failed(NullArgument, 0x300);
@@ -305,9 +255,24 @@ int velnoext_active_device(char *buffer)
     return Success;
 }
 
+int velnoext_forget_device(const char *serialNo)
+{
+    LibraryState &state = library();
+    const PublicCall call;
+    state.errorDetail = 0;
+    if (const int result = checkSerialNo(serialNo); result != Success)
+        return result;
+    const bool connected = state.connections.contains(serialNo);
+    const bool paired = !state.pairingRecords.take(serialNo).aesKey.isEmpty();
+    if (!connected && !paired)
+        return NotReady;
+    closeDevice(serialNo);
+    return Success;
+}
+
 void velnoext_close(void)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     closeActive();
 }
 
@@ -316,7 +281,7 @@ void velnoext_close_all(void)
     LibraryState &state = library();
     // One register per turn of the lock, so that calls of other threads can pass in between.
     for (;;) {
-        const QMutexLocker lock(&state.connectionMutex);
+        const PublicCall call;
         state.errorDetail = 0;
         if (state.connections.isEmpty())
             return;

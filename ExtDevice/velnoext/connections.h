@@ -1,42 +1,30 @@
 #pragma once
 
 #include "ExtDevice/velnoext/library_state.h"
-#include "ExtDevice/velnoext/thread_handover.h"
 
-#include <QMetaObject>
-#include <QThread>
+#include <functional>
 
 /** Who is connected and active, and the way to the thread that owns the sockets. */
 namespace Velno::Ext {
 
-/** A thread's object to invoke on, or null while not initialised. */
-QObject *workerObject();
-
 /**
- * Runs a function on connectionThread and waits for its result: at once when this is that thread, since
- * waiting for oneself would never end.
+ * Runs a function on connectionThread and waits for its result. velnoext_interrupt() ends its waits.
  *
- * @return `otherwise` when the library is not initialised or the thread cannot be reached
+ * @return `otherwise` while the library is not initialised
  */
 template <typename Function, typename Value>
 Value onConnectionThread(Function function, Value otherwise)
 {
-    QObject *const worker = workerObject();
-    if (!worker)
+    ConnectionThread *const thread = library().connectionThread.get();
+    if (!thread)
         return otherwise;
-    if (QThread::currentThread() == worker->thread())
-        return function();
     Value result = otherwise;
     const auto work = [&] {
-        takeFrom(&library());
+        const WaitScope scope(library().interruption);
         result = function();
-        giveTo(&library());
     };
-    giveTo(&library());
-    const bool invoked =
-        QMetaObject::invokeMethod(worker, HandedOver<decltype(work)>{&work}, Qt::BlockingQueuedConnection);
-    takeFrom(&library());
-    return invoked ? result : otherwise;
+    thread->run(std::ref(work));
+    return result;
 }
 
 /** Sends one frame. @return false also while not initialised */

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "ExtDevice/gmp3/match_ext.h"
+#include "ExtDevice/network/interruption.h"
+#include "ExtDevice/velnoext/connection_thread.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -11,13 +13,8 @@
 
 #include <atomic>
 
-QT_FORWARD_DECLARE_CLASS(QCoreApplication)
-QT_FORWARD_DECLARE_CLASS(QThread)
-
 /** The inside of the device library. */
 namespace Velno::Ext {
-
-class ConnectionHelper;
 
 /** What a public function answers; velnoext.h tells each code's meaning. */
 enum Result {
@@ -38,6 +35,7 @@ enum Result {
 };
 
 constexpr qsizetype serialNoSize = 12;
+constexpr unsigned int noTimeLimit = 0xFFFFFFFF;
 
 /**
  * The process-wide state. Everything but errorDetail is guarded by connectionMutex, which each public
@@ -52,15 +50,30 @@ struct LibraryState
     QByteArray activeDevice;                                ///< serial number; empty for none
     QHash<QByteArray, QPointer<QIODevice>> connections;     ///< by serial number; owned, see closeConnection
     QHash<QByteArray, Velno::GMP::MatchExt> pairingRecords; ///< by serial number
-    ConnectionHelper *helper = nullptr;                     ///< null while not initialised
-    QThread *connectionThread = nullptr;                    ///< where helper and all sockets live
-    QCoreApplication *application = nullptr;                ///< only when this library made it
-    bool codecSet = false;                                  ///< whether the slip has an encoding
-    QVector<QByteArray> slipContent;                        ///< lines to be printed
+    std::unique_ptr<ConnectionThread>
+        connectionThread;                   ///< where all sockets live; null while not initialised
+    Interruption interruption;              ///< of the public function under way
+    unsigned int answerLimit = noTimeLimit; ///< ms for all of an answer
+    bool codecSet = false;                  ///< whether the slip has an encoding
+    QVector<QByteArray> slipContent;        ///< lines to be printed
 };
 
 /** The one state; it lives until the process ends, also for threads that outlast static destruction. */
 LibraryState &library();
+
+/** The time of a public function: it holds the lock, and velnoext_interrupt() ends its waits. */
+class PublicCall
+{
+public:
+    PublicCall();
+
+private:
+    QMutexLocker<QMutex> m_lock;
+    Interruption::Call m_call;
+};
+
+/** For a signal handler: what ends the waits of the function under way. Null before the first one. */
+Interruption *interruptionOfCalls();
 
 /** Sets errorDetail. @return `result` */
 int failed(Result result, int detail);

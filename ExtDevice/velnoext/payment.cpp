@@ -40,7 +40,7 @@ int pressKeys(const QVector<int> &keys)
 
 int askAcquirers(VelnoExtMessage code, unsigned int timeout, int *list, int *count)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!list)
@@ -106,7 +106,7 @@ using namespace Velno::Ext;
 
 int velnoext_add_payment(int type, long long amount)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (amount <= 0)
         return failed(BadValue, 0x412);
     return pressKeys(paymentKeys(type, quint64(amount)));
@@ -114,13 +114,13 @@ int velnoext_add_payment(int type, long long amount)
 
 int velnoext_end_sale(int type)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     return pressKeys({paymentKey(type)});
 }
 
 int velnoext_cancel_sale(unsigned int timeout)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = checkReadyForKeys(timeout, 0); result != Success)
         return result;
     qint32 state = -1;
@@ -133,7 +133,7 @@ int velnoext_cancel_sale(unsigned int timeout)
 
 int velnoext_end_sale_with_invoice(VelnoInvoice *invoice)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!invoice)
@@ -145,7 +145,7 @@ int velnoext_end_sale_with_invoice(VelnoInvoice *invoice)
 
 int velnoext_receipt_data(unsigned int timeout, VelnoReceiptRef *receipt, VelnoEcrSaleTotals *totals)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!receipt)
@@ -178,7 +178,7 @@ int velnoext_acquirers_of_sale(unsigned int timeout, int *list, int *count)
 
 int velnoext_section_data(unsigned int timeout, VelnoSaleItem *item)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!item)

@@ -59,7 +59,7 @@ QByteArray slipBytes()
 
 int printReport(bool z)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     int state = -1;
     QVector<int> list;
     if (const int result = velnoext_ecr_state_impl(fixedTimeout, &state, &list, nullptr); result != Success)
@@ -88,7 +88,7 @@ using namespace Velno::Ext;
 
 int velnoext_printer_set_encoding(const char *name)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     library().errorDetail = 0;
     if (!name)
         return failed(NullArgument, 0x30D);
@@ -100,14 +100,14 @@ int velnoext_printer_set_encoding(const char *name)
 
 int velnoext_printer_add_text(const char *text, VelnoTextStyle *style)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     library().errorDetail = 0;
     return addText(text, style);
 }
 
 int velnoext_printer_add_line_feed(unsigned int count)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     library().errorDetail = 0;
     if (!library().codecSet)
         return Refused;
@@ -125,7 +125,7 @@ int velnoext_printer_add_line_feed(unsigned int count)
 
 int velnoext_printer_add_justified_text(const char *left, const char *right, VelnoTextStyle *style)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     library().errorDetail = 0;
     if (isEmpty(left) || isEmpty(right))
         return failed(NullArgument, 0x30E);
@@ -136,7 +136,7 @@ int velnoext_printer_add_justified_text(const char *left, const char *right, Vel
 
 int velnoext_print_slip(unsigned int timeout, bool flag)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     const QByteArray request = requestOf(VelnoExtMessage_PrintSlip, flag, slipBytes());

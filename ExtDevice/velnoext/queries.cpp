@@ -2,8 +2,6 @@
 
 #include "ExtDevice/velnoext/command_exchange.h"
 
-#include <QCoreApplication>
-
 #include <algorithm>
 
 namespace Velno::Ext {
@@ -15,7 +13,7 @@ constexpr qsizetype serialBufferSize = 17; // what callers of velnoext_ecr_seria
 /** A command whose reply is a flag. */
 int askFlag(VelnoExtMessage code, unsigned int timeout, Result otherwise)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     return runFlagCommand(timeout, requestOf(code), otherwise);
@@ -25,7 +23,7 @@ int askFlag(VelnoExtMessage code, unsigned int timeout, Result otherwise)
 template <typename Number>
 int askNumber(VelnoExtMessage code, unsigned int timeout, Number *output, int nullDetail)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!output)
@@ -86,17 +84,17 @@ int velnoext_check_printer_paper(unsigned int timeout)
 
 int velnoext_ecr_state(unsigned int timeout, int *state)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     QVector<int> list;
     return velnoext_ecr_state_impl(timeout, state, &list, nullptr);
 }
 
 int velnoext_ecr_serialno(char *buffer)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     library().errorDetail = 0;
     const Velno::GMP::MatchExt &record = activeRecord();
-    if (!QCoreApplication::instance() || record.registerData.isEmpty())
+    if (!library().connectionThread || record.registerData.isEmpty())
         return NotReady;
     if (!buffer)
         return failed(NullArgument, 0x300);
@@ -110,7 +108,7 @@ int velnoext_ecr_serialno(char *buffer)
 
 int velnoext_current_z(unsigned int timeout, int *z)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!z)

@@ -110,7 +110,8 @@ static_assert(codesAreIndexes(), "a code's text is found by its index");
 
 constexpr std::array details{
     DetailText{0, "No argument is named."},
-    DetailText{0x300, "NULL: the serial number (velnoext_initialize, velnoext_set_active_device), the buffer "
+    DetailText{0x300, "NULL: the serial number (velnoext_initialize, velnoext_set_active_device, "
+                      "velnoext_forget_device), the buffer "
                       "(velnoext_active_device, velnoext_ecr_serialno), the data (velnoext_send_data) or the "
                       "frame (velnoext_get_data)."},
     DetailText{0x301, "NULL: the address (velnoext_initialize) or the output (velnoext_get_data)."},
@@ -135,7 +136,7 @@ constexpr std::array details{
     DetailText{0x310, "NULL: the limit (velnoext_sale_limit)."},
     DetailText{0x400,
                "Bad value: the serial number does not have exactly 12 characters (velnoext_initialize, "
-               "velnoext_set_active_device)."},
+               "velnoext_set_active_device, velnoext_forget_device)."},
     DetailText{0x402, "Bad value: the port is 0; 1 to 65535 is accepted (velnoext_initialize)."},
     DetailText{0x403,
                "Bad value: the 11-digit identity number fails its check digits; 11111111111 stands for "
@@ -163,6 +164,7 @@ constexpr std::array details{
     DetailText{0x411, "Bad value: no encoding of this name is known (velnoext_printer_set_encoding)."},
     DetailText{0x412, "Bad value: the amount of the payment is 0 or negative (velnoext_add_payment)."},
     DetailText{0x413, "Bad value: more than 20 line feeds (velnoext_printer_add_line_feed)."},
+    DetailText{0x414, "Bad value: the limit is 0 ms (velnoext_set_answer_limit)."},
 };
 static_assert(std::ranges::is_sorted(details, {}, &DetailText::detail), "a detail is found by halving");
 

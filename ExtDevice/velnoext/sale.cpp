@@ -109,7 +109,7 @@ int runItemStep(unsigned int timeout, const QByteArray &request, VelnoEcrSaleTot
 
 int startSale(unsigned int timeout, QVector<int> (*keysFrom)(int state))
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     int state = -1;
     QVector<int> list;
     if (const int result = velnoext_ecr_state_impl(timeout, &state, &list, nullptr); result != Success)
@@ -122,7 +122,7 @@ int startSale(unsigned int timeout, QVector<int> (*keysFrom)(int state))
 /** Deletes the line of an index, or the last one with null. */
 int deleteItem(unsigned int timeout, const int *index, VelnoEcrSaleTotals *totals)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!totals)
@@ -218,7 +218,7 @@ int velnoext_start_sale_with_invoice(unsigned int timeout)
 int velnoext_sale_state(unsigned int timeout, int *first, VelnoEcrSaleTotals *totals,
                         VelnoReceiptRef *receipt)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!first)
@@ -237,7 +237,7 @@ int velnoext_sale_state(unsigned int timeout, int *first, VelnoEcrSaleTotals *to
 
 int velnoext_add_sale_item(unsigned int timeout, VelnoSaleItem *item, VelnoEcrSaleTotals *totals)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!item)
@@ -252,7 +252,7 @@ int velnoext_add_sale_item(unsigned int timeout, VelnoSaleItem *item, VelnoEcrSa
 int velnoext_add_multiple_sale_items(unsigned int timeout, VelnoSaleItemList *list,
                                      VelnoEcrSaleTotals *totals)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     if (!list)
@@ -269,7 +269,7 @@ int velnoext_add_multiple_sale_items(unsigned int timeout, VelnoSaleItemList *li
 
 int velnoext_add_medical_contribution(unsigned int timeout, long long amount, unsigned long long identityNo)
 {
-    const QMutexLocker lock(&library().connectionMutex);
+    const PublicCall call;
     if (const int result = beginCommand(); result != Success)
         return result;
     const VelnoExtMessage code = VelnoExtMessage_MedicalContribution;

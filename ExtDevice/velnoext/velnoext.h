@@ -6,24 +6,22 @@
  * server, when the address is "255.255.255.255". On first contact the library pairs with it by itself; the
  * keys stay in memory until the process ends or velnoext_close() forgets them.
  *
- * Threads: every function may be called from any thread. Calls queue behind one lock, so at most one is at
- * work in a process; a call blocks until it is done. The library works on a thread of its own from the first
- * velnoext_initialize() until the last connection is closed. Do not call from a signal handler or an exit
- * handler, and not in a child after fork().
+ * Threads: every function may be called from any thread, at any time. Calls queue behind one lock, so at most
+ * one is at work in a process; a call blocks until it is done. velnoext_interrupt() alone passes by the lock
+ * and ends the call under way. The library works on a thread of its own from the first velnoext_initialize()
+ * until the last connection is closed. Do not call from an exit handler, not from a signal handler but for
+ * velnoext_interrupt(), and not in a child after fork().
  *
- * The process: it needs no Qt of its own. Without a Qt application object velnoext_initialize() makes one,
- * which the closing of the last connection deletes: make both calls on the same thread, every time the same
- * one. In a process that has a Qt application object the library uses that and leaves it alone; its window
- * stands still while a call on its thread blocks. When that object has ended, commands return 1 until there
- * is another, and connections can still be closed. The locale stays as it was (Qt sets it for a moment while
- * an object is made, and says on standard error when it is not UTF-8), and a proxy that the application has
- * set is not used for registers. What goes wrong in a pairing, or with the frame of an answer, is also told
- * in a line on standard output. Once loaded the library stays loaded.
+ * The process: it needs no Qt of its own, and a Qt application object may come and go, on whatever thread;
+ * its window stands still while a call on its thread blocks. The locale stays as it is, and a proxy that the
+ * application has set is not used for registers. What goes wrong in a pairing, or with the frame of an
+ * answer, is also told in a line, see velnoext_set_log(). Once loaded the library stays loaded.
  *
  * Time-outs are milliseconds; 0xFFFFFFFF means no limit. Waiting for the first byte of a register's answer
  * has no limit of its own: a cashier may have to act first. It ends when the connection does, at the latest
- * about a minute after its other end vanished from the network. With the relay that end is the relay, which
- * has to notice when the register is gone.
+ * about a minute after its other end vanished from the network (with the relay that end is the relay, which
+ * has to notice when the register is gone), when somebody calls velnoext_interrupt(), or at the limit that
+ * velnoext_set_answer_limit() has set.
  *
  * Pointers are borrowed for the call only and belong to the caller; what a function returns as text belongs
  * to the library. Outputs are written on success alone unless a function says otherwise. Text is plain bytes
@@ -188,6 +186,64 @@ VELNOEXT_API void velnoext_close(void);
  * velnoext_initialize() that failed has left is ended by velnoext_close().
  */
 VELNOEXT_API void velnoext_close_all(void);
+
+/**
+ * Forgets a register: closes its connection as velnoext_close() does and drops its keys, so that the next
+ * velnoext_initialize() pairs with it anew. For a register that has lost its keys, or was paired elsewhere
+ * since: it ends the connection at every command. Other registers stay as they are; when it was the active
+ * one, none is.
+ *
+ * @param serialNo  12 characters
+ * @return 0; 1: neither connected nor paired; 3: NULL (0x300); 4: not 12 characters (0x400)
+ */
+VELNOEXT_API int velnoext_forget_device(const char *serialNo);
+
+/* A way out of every wait ------------------------------------------------------------------------------- */
+
+/* A call can wait long: for a register to connect, for a cashier who has to act. Example, with Ctrl-C:
+ *
+ *     static void onInterrupt(int signal) { velnoext_interrupt(); }
+ *     ...
+ *     signal(SIGINT, onInterrupt);
+ *     int code = velnoext_login(5000);      // 2 soon after Ctrl-C
+ *
+ * A language whose handlers run between its own instructions (Python, Java) makes the call on a second thread
+ * and interrupts it from the first.
+ */
+
+/**
+ * Ends the call that is under way on another thread, or was when the signal came, whatever it waits for: a
+ * register to connect, a pairing, bytes to leave, an answer. That call returns within 100 ms, with 2, or with
+ * 10 when it was exchanging keys, and the register's connection is closed: a late answer could be taken for
+ * that to the next command. What the register has done must be asked of it, as after every lost answer. A
+ * call that was just done returns what it would have.
+ *
+ * From any thread, and from a signal handler. Never blocks. Without a call under way it does nothing; it
+ * touches no later call, nor one that still waits for its turn.
+ */
+VELNOEXT_API void velnoext_interrupt(void);
+
+/**
+ * Limits the whole wait for an answer: keep-alives, pauses between its bytes and all. When the limit has
+ * passed the call returns 2 and the register's connection is closed, as after velnoext_interrupt(). It holds
+ * for each of the three answers of a key exchange, too, with all that comes in its place; the call then
+ * returns 10.
+ *
+ * @param ms  for all answers from now on; 0xFFFFFFFF, no limit, at the start
+ * @return 0; 4: 0 ms (0x414)
+ */
+VELNOEXT_API int velnoext_set_answer_limit(unsigned int ms);
+
+/**
+ * Sends the lines that tell what goes wrong in a pairing, or with the frame of an answer, to a function in
+ * place of standard output.
+ *
+ * @param line     called with one line without its line feed, on a thread of the library, while a call is
+ * under way: it must not call the library, velnoext_interrupt() apart. The text lives until it returns. NULL:
+ * standard output, as at the start
+ * @param context  handed to it; borrowed until another function is set
+ */
+VELNOEXT_API void velnoext_set_log(void (*line)(const char *text, void *context), void *context);
 
 /* Results in words -------------------------------------------------------------------------------------- */
 
