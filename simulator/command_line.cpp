@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace Simulator {
 
 namespace {
@@ -10,7 +12,12 @@ constexpr int wrongUsage = 64;
 
 } // namespace
 
-int showHelp(const QString &text)
+QString versionText(const char *program, const QString &anchors)
+{
+    return QLatin1StringView(program) + u" " VELNO_VERSION "\n"_s + anchors;
+}
+
+int showText(const QString &text)
 {
     std::fputs(qPrintable(text), stdout);
     return 0;

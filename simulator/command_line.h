@@ -10,15 +10,18 @@ namespace Simulator {
 template <typename Options>
 struct ParsedCommandLine
 {
-    enum Outcome { Run, Help, WrongUsage };
+    enum Outcome { Run, Shown, WrongUsage };
 
     Outcome outcome = Run;
     Options options; ///< for Run
-    QString text;    ///< the help, or what was wrong and what is accepted
+    QString text;    ///< the help or the version, or what was wrong and what is accepted
 };
 
+/** What --version shows: the program with its version, and whom it trusts. */
+QString versionText(const char *program, const QString &anchors);
+
 /** Prints the text and returns 0. */
-int showHelp(const QString &text);
+int showText(const QString &text);
 
 /** Prints what was wrong and where to find more on standard error and returns 64. */
 int showWrongUsage(const char *program, const QString &text);
@@ -29,7 +32,7 @@ std::optional<int> shownInstead(const char *program, const ParsedCommandLine<Opt
 {
     if (line.outcome == line.Run)
         return std::nullopt;
-    return line.outcome == line.Help ? showHelp(line.text) : showWrongUsage(program, line.text);
+    return line.outcome == line.Shown ? showText(line.text) : showWrongUsage(program, line.text);
 }
 
 } // namespace Simulator

@@ -1,5 +1,6 @@
 #include "simulator/register_options.h"
 
+#include "ExtDevice/gmp3/trust_anchors.h"
 #include "simulator/fiscal/paper.h"
 #include "simulator/model_settings.h"
 #include "simulator/pairing_responder.h"
@@ -31,6 +32,7 @@ QList<QCommandLineOption> settingOptions()
 struct Names
 {
     QCommandLineOption help{{u"h"_s, u"help"_s}, u"This text."_s};
+    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Version and trust anchors."_s};
     QCommandLineOption serial{
         u"serial"_s, u"Serial number: 12 characters, beginning with UB or VELNO. Required."_s, u"NO"_s};
     QCommandLineOption connect{u"connect"_s,
@@ -182,14 +184,16 @@ QString helpText(const QCommandLineParser &parser, const QString &program)
     text.replace(u"  -z <N> "_s, u"  --z <N>"_s); // Qt writes a name of one letter with one dash
     const QString words = u"Faults; a STEP of a pairing is 1 (start), 2 (key exchange) or 3 (confirmation), "
                           u"a COMMAND is %1; WHEN"
-                          " is one of both:"_s.arg(commandNames(false).join(", "_L1));
+                          " is one of both; with *N behind it a COMMAND is disturbed N times only:"_s.arg(
+                              commandNames(false).join(", "_L1));
     return text + u'\n' + wrapped(words, helpWidth).join(u'\n') + u'\n' + faultHelp() +
            u"Items provoke faults, too: by the name !NAME[=VALUE], or by their price.\n"
            "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
            settingLines().join(", "_L1) +
            u".\n"
-           "Exit status: 0 told to stop, 64 wrong usage; with --once 0 paired, 1 not.\n"
-           "Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
+           "Exit status: 0 told to stop, 64 wrong usage; with --once 0 paired, 1 not.\n"_s +
+           Velno::GMP::trustAnchorsInWords() +
+           u"Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
 }
 
 } // namespace
@@ -200,16 +204,21 @@ CommandLine parseCommandLine(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         u"A simulated cash register: connects again and again, pairs, and obeys the application."_s);
-    parser.addOptions({names.help, names.serial, names.connect, names.relay, names.credentials, names.appHash,
-                       names.noPaper});
+    parser.addOptions({names.help, names.version, names.serial, names.connect, names.relay, names.credentials,
+                       names.appHash, names.noPaper});
     parser.addOptions(names.settings);
     parser.addOptions(
         {names.journal, names.receipts, names.showReceipts, names.json, names.once, names.fault});
     CommandLine line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {
-        line.outcome = CommandLine::Help;
+        line.outcome = CommandLine::Shown;
         line.text = helpText(parser, arguments.first());
+        return line;
+    }
+    if (parsed && parser.isSet(names.version)) {
+        line.outcome = CommandLine::Shown;
+        line.text = versionText("velno-register", Velno::GMP::trustAnchorsInWords());
         return line;
     }
     line.text = parsed ? fill(parser, names, line.options) : parser.errorText();

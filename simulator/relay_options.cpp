@@ -14,6 +14,7 @@ namespace {
 struct Names
 {
     QCommandLineOption help{{u"h"_s, u"help"_s}, u"This text."_s};
+    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Version and trust anchors."_s};
     QCommandLineOption listen{u"listen"_s, u"Address to listen on; 127.0.0.1 without it."_s, u"ADDR"_s,
                               u"127.0.0.1"_s};
     QCommandLineOption applications{
@@ -75,14 +76,16 @@ QString fill(const QCommandLineParser &parser, const Names &names, RelayOptions 
     return {};
 }
 
+const QString anchors = u"Trust anchors: none; it passes on what others say and believes nobody.\n"_s;
+
 QString helpText(const QCommandLineParser &parser, const QString &program)
 {
     QString text = parser.helpText();
     text.replace(program, u"velno-relay"_s);
     return text + u"\nFaults:\n"_s + faultHelp(relayFaultTable()) +
            u"\nOn standard input: fault NAME[=VALUE], fault none, quit.\n"
-           "Exit status: 0 told to stop, 64 wrong usage, 69 a port cannot be had.\n"
-           "Example: velno-relay --listen 127.0.0.1 --json\n"_s;
+           "Exit status: 0 told to stop, 64 wrong usage, 69 a port cannot be had.\n"_s +
+           anchors + u"Example: velno-relay --listen 127.0.0.1 --json\n"_s;
 }
 
 } // namespace
@@ -93,13 +96,18 @@ ParsedCommandLine<RelayOptions> parseRelayCommandLine(const QStringList &argumen
     QCommandLineParser parser;
     parser.setApplicationDescription(
         u"A relay: registers wait at it, and applications that name one by its serial number are joined to it."_s);
-    parser.addOptions(
-        {names.help, names.listen, names.applications, names.registers, names.json, names.fault});
+    parser.addOptions({names.help, names.version, names.listen, names.applications, names.registers,
+                       names.json, names.fault});
     ParsedCommandLine<RelayOptions> line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {
-        line.outcome = line.Help;
+        line.outcome = line.Shown;
         line.text = helpText(parser, arguments.first());
+        return line;
+    }
+    if (parsed && parser.isSet(names.version)) {
+        line.outcome = line.Shown;
+        line.text = versionText("velno-relay", anchors);
         return line;
     }
     line.text = parsed ? fill(parser, names, line.options) : parser.errorText();

@@ -1,6 +1,7 @@
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
+#include "ExtDevice/gmp3/trust_anchors.h"
 #include "simulator/faults.h"
 #include "tests/peer.h"
 #include "tests/refusal_check.h"
@@ -10,6 +11,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QSslCertificate>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -31,6 +33,8 @@ private slots:
     void faultValuesAreStrict_data();
     void faultValuesAreStrict();
     void helpAndManualListTheSameFaults();
+    void helpAndVersionNameTheAnchors_data();
+    void helpAndVersionNameTheAnchors();
     void wrongUsageIsRefused_data();
     void wrongUsageIsRefused();
     void missingCredentialsAreRefused();
@@ -106,10 +110,14 @@ void TestRegister::faultValuesAreStrict_data()
         for (const char *text : texts)
             QTest::newRow(*text ? text : "nothing") << QString::fromLatin1(text) << accepted;
     };
-    rows(true, {"garbage", "mute=1", "mute=3", "segments=1", "segments=4096", "delay=600000",
-                "result-code=00", "result-code=99@3", "wrong-kind=1", "mute=state", "close=datetime",
-                "mute=sale-limit", "refuse=login", "refuse=logout", "refuse=paper", "refuse=z",
-                "keep-alives=1", "keep-alives=1000", "stale-reply"});
+    rows(true, {"garbage",        "mute=1",           "mute=3",
+                "segments=1",     "segments=4096",    "delay=600000",
+                "result-code=00", "result-code=99@3", "wrong-kind=1",
+                "mute=state",     "close=datetime",   "mute=sale-limit",
+                "refuse=login",   "refuse=logout",    "refuse=paper",
+                "refuse=z",       "keep-alives=1",    "keep-alives=1000",
+                "stale-reply",    "refuse=receipt*1", "lost-answer=item*1000",
+                "close=state*2"});
     rows(false, {"",
                  "=",
                  "nonsense",
@@ -130,6 +138,12 @@ void TestRegister::faultValuesAreStrict_data()
                  "refuse=1",
                  "refuse=state",
                  "refuse=sale-limit",
+                 "refuse=receipt*",
+                 "refuse=receipt*0",
+                 "refuse=receipt*1001",
+                 "refuse=receipt*2*2",
+                 "refuse=*2",
+                 "mute=1*2",
                  "keep-alives=0",
                  "keep-alives=1001",
                  "stale-reply=5",
@@ -178,6 +192,28 @@ void TestRegister::helpAndManualListTheSameFaults()
     QCOMPARE(listed, Simulator::faultHelp());
     QVERIFY2(help.output.contains(listed.toUtf8()), help.output);
     QVERIFY(help.output.endsWith("velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"));
+}
+
+void TestRegister::helpAndVersionNameTheAnchors_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::newRow("help") << u"--help"_s;
+    QTest::newRow("version") << u"--version"_s;
+}
+
+void TestRegister::helpAndVersionNameTheAnchors()
+{
+    QFETCH(const QString, option);
+    const Run shown = run({option});
+    QCOMPARE(shown.code, 0);
+    if (option == u"--version")
+        QVERIFY2(shown.output.startsWith("velno-register " VELNO_VERSION "\n"), shown.output);
+    QVERIFY2(shown.output.contains(trustAnchorsInWords().toUtf8()), shown.output);
+    const auto certificates = QSslCertificate::fromData(trustAnchors());
+    QVERIFY(!certificates.isEmpty());
+    for (const QSslCertificate &certificate : certificates)
+        for (const QString &name : certificate.subjectInfo(QSslCertificate::CommonName))
+            QVERIFY2(shown.output.contains("CN=" + name.toUtf8()), shown.output);
 }
 
 void TestRegister::wrongUsageIsRefused_data()

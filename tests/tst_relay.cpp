@@ -27,6 +27,7 @@ private slots:
     void bookKnowsWhoIsExpected();
     void bookIsBounded();
     void helpAndManualListTheSameFaults();
+    void helpAndVersionSayThatItTrustsNobody();
     void wrongUsageIsRefused_data();
     void wrongUsageIsRefused();
     void takenPortIsReported_data();
@@ -227,6 +228,16 @@ void TestRelay::bookIsBounded()
     book.wait("third", 3);
     QVERIFY(book.hasRoom("first"));
     QVERIFY(!book.hasRoom("second"));
+}
+
+void TestRelay::helpAndVersionSayThatItTrustsNobody()
+{
+    const Run version = run({u"--version"_s});
+    QCOMPARE(version.code, 0);
+    QCOMPARE(version.output, "velno-relay " VELNO_VERSION "\n"
+                             "Trust anchors: none; it passes on what others say and believes nobody.\n"_ba);
+    const Run help = run({u"--help"_s});
+    QVERIFY2(help.output.contains("\nTrust anchors: none;"), help.output);
 }
 
 void TestRelay::helpAndManualListTheSameFaults()

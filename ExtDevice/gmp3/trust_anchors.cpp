@@ -1,10 +1,30 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
 
+#include "ExtDevice/openssl_ptr.h"
 #include "trust_anchors_data.h"
 
 #include <cstdio>
+#include <openssl/pem.h>
+
+using namespace Qt::StringLiterals;
 
 namespace Velno::GMP {
+
+namespace {
+
+/** As RFC 2253 writes it, in UTF-8. */
+QString subjectOf(const X509 *certificate)
+{
+    constexpr unsigned long style = XN_FLAG_RFC2253 & ~static_cast<unsigned long>(ASN1_STRFLGS_ESC_MSB);
+    const BioPtr text{BIO_new(BIO_s_mem())};
+    if (!text || X509_NAME_print_ex(text.get(), X509_get_subject_name(certificate), 0, style) < 0)
+        return {};
+    const char *bytes = nullptr;
+    const long size = BIO_get_mem_data(text.get(), &bytes);
+    return QString::fromUtf8(bytes, size);
+}
+
+} // namespace
 
 const QByteArray &trustAnchors()
 {
@@ -15,6 +35,17 @@ const QByteArray &trustAnchors()
 bool trustsDevelopmentAuthority()
 {
     return velnoDevelopmentAuthority;
+}
+
+QString trustAnchorsInWords()
+{
+    QString words = trustsDevelopmentAuthority()
+                        ? u"Trust anchors (this build's own development authority):\n"_s
+                        : u"Trust anchors:\n"_s;
+    const BioPtr chain{BIO_new_mem_buf(trustAnchors().constData(), int(trustAnchors().size()))};
+    while (const X509Ptr anchor{chain ? PEM_read_bio_X509(chain.get(), nullptr, nullptr, nullptr) : nullptr})
+        words += u"  "_s + subjectOf(anchor.get()) + u'\n';
+    return words;
 }
 
 void warnOfDevelopmentAuthority(const char *program)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 namespace Velno::GMP {
 
@@ -11,7 +12,12 @@ const QByteArray &trustAnchors();
 /** Whether the chain is the one that the build made for itself, not one of a real authority. */
 bool trustsDevelopmentAuthority();
 
-/** Says so in one line on standard error, when it is so. Every program calls this first. */
+/** Whom the program trusts, for its --help and --version: a line, and the subject of each certificate in a
+ * line. */
+QString trustAnchorsInWords();
+
+/** Says in one line on standard error that the chain is the build's own, when it is so. Every program calls
+ * this first. */
 void warnOfDevelopmentAuthority(const char *program);
 
 } // namespace Velno::GMP
