@@ -162,7 +162,10 @@ Faults CashRegister::takeFaultsFor(const CommandResponder::Request &request)
         m_events.write("provoked", {{"fault", fault}});
     m_provoked.add(provoked);
     putPaperIn(provoked);
-    return m_provoked.take(*request.command, m_options.faults);
+    Faults inForce = m_provoked.take(*request.command, m_options.faults);
+    for (const QString &fault : m_options.faults.spend(*request.command))
+        m_events.write("spent", {{"fault", fault}});
+    return inForce;
 }
 
 /** For as many prints as a fault among these says. */

@@ -88,6 +88,7 @@ constexpr std::array relayFaults{
 
 constexpr int firstStep = 1;
 constexpr int lastStep = 3;
+constexpr int mostTimes = 1000;
 
 QString valueRule(const FaultRow &row)
 {
@@ -95,11 +96,11 @@ QString valueRule(const FaultRow &row)
     case Takes::ResultCode:
         return u"NN[@STEP]: two digits, STEP 1 to 3"_s;
     case Takes::StepOrCommand:
-        return u"WHEN: a step, 1 to 3, or a command: "_s + commandNames(false).join(", "_L1);
+        return u"WHEN: a step, 1 to 3, or COMMAND or COMMAND*N: "_s + commandNames(false).join(", "_L1);
     case Takes::Command:
-        return u"COMMAND: "_s + commandNames(false).join(", "_L1);
+        return u"COMMAND or COMMAND*N: "_s + commandNames(false).join(", "_L1);
     case Takes::RefusableCommand:
-        return u"COMMAND: "_s + commandNames(true).join(", "_L1);
+        return u"COMMAND or COMMAND*N: "_s + commandNames(true).join(", "_L1);
     default:
         return u"%1: %2 to %3"_s.arg(QLatin1StringView(row.value)).arg(row.least).arg(row.most);
     }
@@ -108,7 +109,7 @@ QString valueRule(const FaultRow &row)
 std::optional<FaultValue> readNumber(const FaultRow &row, const QString &written)
 {
     const auto number = numberBetween(written, row.least, row.most);
-    return number ? std::optional(FaultValue{int(*number), 0, nullptr, {}}) : std::nullopt;
+    return number ? std::optional(FaultValue{.number = int(*number)}) : std::nullopt;
 }
 
 std::optional<FaultValue> readResultCode(const FaultRow &row, const QString &written)
@@ -125,10 +126,12 @@ std::optional<FaultValue> readResultCode(const FaultRow &row, const QString &wri
 
 std::optional<FaultValue> readCommand(const QString &written, bool refusableOnly)
 {
-    const CommandRow *const command = commandByName(written);
-    if (!command || (refusableOnly && !command->refusable))
+    const qsizetype star = written.indexOf(u'*');
+    const auto times = star < 0 ? std::optional(0LL) : numberBetween(written.mid(star + 1), 1, mostTimes);
+    const CommandRow *const command = commandByName(written.left(star));
+    if (!command || !times || (refusableOnly && !command->refusable))
         return std::nullopt;
-    return FaultValue{0, 0, command, {}};
+    return FaultValue{.command = command, .times = int(*times)};
 }
 
 /** The value that was typed; none when it is not accepted. */
@@ -226,6 +229,19 @@ bool Faults::hitsCommand(Fault fault, const CommandRow &command) const
 {
     const auto found = m_active.constFind(fault);
     return found != m_active.constEnd() && found->command == &command;
+}
+
+QStringList Faults::spend(const CommandRow &command)
+{
+    QStringList spent;
+    for (const FaultRow &row : m_table) {
+        const auto found = m_active.find(row.fault);
+        if (found == m_active.end() || found->command != &command || found->times == 0 || --found->times > 0)
+            continue;
+        spent << found->text;
+        m_active.erase(found);
+    }
+    return spent;
 }
 
 QByteArray Faults::resultCode(int step) const

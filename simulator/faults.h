@@ -68,7 +68,7 @@ enum class Fault {
 /** Which of a register's conversations a fault disturbs. */
 enum class Disturbs { All, KeyExchange, Commands };
 
-/** What is accepted as the value of a fault that has one. */
+/** What is accepted as the value of a fault that has one. Behind a command *N may stand: for N times. */
 enum class Takes { Number, ResultCode, StepOrCommand, Command, RefusableCommand };
 
 struct FaultRow
@@ -99,7 +99,8 @@ struct FaultValue
     int number = 0;
     int step = 0; ///< of result-code; 0: every step
     const CommandRow *command = nullptr;
-    QString text; ///< the fault as it was typed
+    int times = 0;     ///< how often the command is still disturbed; 0: always
+    QString text = {}; ///< the fault as it was typed
 };
 
 /** The faults of one program that are switched on, each with its value. */
@@ -135,6 +136,9 @@ public:
 
     /** Whether the fault is on for this command. */
     bool hitsCommand(Fault fault, const CommandRow &command) const;
+
+    /** The command has come. @return the faults that were on for so many times and are off now, as typed */
+    QStringList spend(const CommandRow &command);
 
     /** The two digits of result-code for this step; empty when it does not apply. */
     QByteArray resultCode(int step) const;

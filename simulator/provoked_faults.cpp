@@ -83,13 +83,20 @@ void ProvokedFaults::add(const QStringList &faults)
 
 Faults ProvokedFaults::take(const CommandRow &command, Faults standing)
 {
-    m_faults.removeIf([&](const QString &fault) {
+    QStringList waiting;
+    for (const QString &text : std::as_const(m_faults)) {
+        const QString fault = text.section(u'*', 0, 0);
+        const int times = text.section(u'*', 1).toInt();
         const CommandRow *const named = commandByName(fault.section(u'=', 1));
         const bool goesOff = !named || named == &command;
         if (goesOff)
             standing.switchOn(fault);
-        return goesOff;
-    });
+        if (!goesOff)
+            waiting << text;
+        else if (times > 1)
+            waiting << fault + u'*' + QString::number(times - 1);
+    }
+    m_faults = waiting;
     return standing;
 }
 

@@ -22,9 +22,9 @@ std::span<const ProvocationRow> provocationTable();
 QStringList provokedBy(const QList<ItemRequest> &items);
 
 /**
- * The faults that the open sale has provoked. Each goes off once: at its command, or at the next one when it
- * names none; until then it changes nothing. What has not gone off by then is forgotten when another sale is
- * opened.
+ * The faults that the open sale has provoked. Each goes off once, one with *N behind its command N times: at
+ * its command, or at the next one when it names none; until then it changes nothing. What has not gone off by
+ * then is forgotten when another sale is opened.
  */
 class ProvokedFaults
 {

@@ -42,6 +42,7 @@ private slots:
     void theSaleProvokesItsFaults_data();
     void theSaleProvokesItsFaults();
     void provokedFaultsWaitForTheirOwnCommands();
+    void aFaultMayBeForSoManyTimes();
     void theManualListsWhatProvokes();
     void whatWasProvokedIsForgotten();
     void whatIsProvokedAgainWaitsOnce();
@@ -668,6 +669,25 @@ void TestSelling::provokedFaultsWaitForTheirOwnCommands()
     QCOMPARE(saleStateCode(), 8);
     QCOMPARE(saleStateCode(), 0);
     QCOMPARE(deleteLast(), 8);
+}
+
+void TestSelling::aFaultMayBeForSoManyTimes()
+{
+    Shop shop({u"--fault"_s, u"refuse=receipt*2"_s});
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    QCOMPARE(addItem(100, "!refuse=sale-state*2"), 0);
+    QCOMPARE(saleStateCode(), 8);
+    QCOMPARE(saleStateCode(), 8);
+    const VelnoReceiptRef ref = saleState().ref;
+    QCOMPARE(velnoext_end_sale(cash), 0);
+    QCOMPARE(receipt(ref), 8);
+    QCOMPARE(receipt(ref), 8);
+    QCOMPARE(shop.reg.waitFor(u"spent"_s).value(u"fault"_s), u"refuse=receipt*2"_s);
+    QCOMPARE(receipt(ref), 0);
+    QVERIFY(shop.reg.setFault(u"lost-answer=receipt*1"_s));
+    QCOMPARE(receipt(ref), 2);
+    QCOMPARE(shop.connect(), 0);
+    QCOMPARE(receipt(ref), 0);
 }
 
 void TestSelling::theManualListsWhatProvokes()
