@@ -145,7 +145,7 @@ void CashRegister::obey(const CommandResponder::Request &request)
         return cutPower();
     const bool lost = faults.hitsCommand(Fault::LostAnswer, command);
     if (lost || answer.frame.isEmpty())
-        m_events.write("done", {{"command", name}, {"accepted", answer.accepted}});
+        tellOutcome("done", command, answer.refusal);
     if (lost)
         return m_wire.drop(u"the answer was lost"_s);
     if (answer.frame.isEmpty())
@@ -235,6 +235,18 @@ void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::An
         close(u"said everything"_s);
 }
 
+void CashRegister::tellOutcome(const char *event, const CommandRow &command, Refusal refusal)
+{
+    const QLatin1StringView name(command.name);
+    if (refusal == NotRefused)
+        return m_events.write(event, {{"command", name}, {"accepted", true}});
+    const RefusalRow &reason = rowOf(refusal);
+    m_events.write(event, {{"command", name},
+                           {"accepted", false},
+                           {"reason", QLatin1StringView(reason.name)},
+                           {"text", QLatin1StringView(reason.text)}});
+}
+
 void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer,
                                      const Faults &faults)
 {
@@ -244,12 +256,12 @@ void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandRes
     if (!m_wire.isConnected())
         return; // it does not read
     m_restIsDue = !bytes.later.isEmpty();
-    const auto finish = [=, this, rest = bytes.later, name = command.name, accepted = answer.accepted,
+    const auto finish = [=, this, &command, rest = bytes.later, refusal = answer.refusal,
                          closes = faults.has(Fault::BadLength)] {
         m_restIsDue = false;
         m_wire.send(rest, segment);
         m_wire.resume();
-        m_events.write("answered", {{"command", QLatin1StringView(name)}, {"accepted", accepted}});
+        tellOutcome("answered", command, refusal);
         if (closes)
             close(u"said everything"_s);
     };

@@ -50,6 +50,7 @@ private:
     void sendAfter(std::chrono::milliseconds wait, std::function<void()> send);
     void sendNow();
     void sendPairingAnswer(Velno::GMP::MessageTag kind, const PairingResponder::Answer &answer);
+    void tellOutcome(const char *event, const CommandRow &command, Refusal refusal);
     void sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer,
                            const Faults &faults);
     void changeFaults(const QString &line);

@@ -117,12 +117,12 @@ CommandResponder::Answer CommandResponder::answer(const Request &request, const 
     QByteArray plaintext;
     QDataStream reply(&plaintext, QIODevice::WriteOnly);
     reply.setVersion(streamVersion);
-    const bool accepted = request.decoded.run({m_model, reply, disturbanceOf(*request.command, faults)});
+    const Refusal refusal = request.decoded.run({m_model, reply, disturbanceOf(*request.command, faults)});
     if (plaintext.isEmpty())
-        return {{}, accepted};
+        return {{}, refusal};
     if (faults.has(Fault::ShortReply))
         plaintext.chop(1);
-    return {seal(plaintext, faults), accepted};
+    return {seal(plaintext, faults), refusal};
 }
 
 QByteArray CommandResponder::seal(const QByteArray &plaintext, const Faults &faults) const

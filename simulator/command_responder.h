@@ -29,8 +29,8 @@ public:
 
     struct Answer
     {
-        QByteArray frame;      ///< empty for a command that is not answered
-        bool accepted = false; ///< what the register says; true for an answer that cannot say no
+        QByteArray frame;             ///< empty for a command that is not answered
+        Refusal refusal = NotRefused; ///< why the register says no
     };
 
     /** @param faults  looked at for every request; must outlive the responder, like the model */

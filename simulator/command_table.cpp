@@ -9,64 +9,73 @@ namespace Simulator {
 
 namespace {
 
-bool answerFlag(const CommandCall &call, bool (*ask)(FiscalModel &))
+/** Answers by yes, or by no for this reason. */
+Refusal answerFlag(const CommandCall &call, Refusal refusal)
 {
-    const bool accepted = !call.wrong.refuse && ask(call.model);
-    call.reply << accepted;
-    return accepted;
+    if (call.wrong.refuse)
+        refusal = FaultRefuses;
+    call.reply << (refusal == NotRefused);
+    return refusal;
 }
 
-bool state(const CommandCall &call)
+/**
+ * Tells what stands, not what the last keys came to: applications ask before they have keys pressed, and an
+ * error of others would keep the keys away that cancel the sale.
+ */
+Refusal state(const CommandCall &call)
 {
     writeState(call);
-    const qint32 error = call.model.takeError();
-    if (toldState(call) == State::SaleOpen)
-        call.reply << call.wrong.error.value_or(error);
-    return true;
+    if (toldState(call) != State::SaleOpen)
+        return NotRefused;
+    call.reply << call.wrong.error.value_or(call.model.standingError());
+    return madeUpError(call);
 }
 
-bool login(const CommandCall &call)
+Refusal login(const CommandCall &call)
 {
-    return answerFlag(call, [](FiscalModel &model) { return model.login(); });
+    const bool refused = call.wrong.refuse || !call.model.login();
+    return answerFlag(call, refused ? StateForbids : NotRefused);
 }
 
-bool logout(const CommandCall &call)
+Refusal logout(const CommandCall &call)
 {
-    return answerFlag(call, [](FiscalModel &model) { return model.logout(); });
+    const bool open = call.model.saleReference() != ReceiptRef();
+    const bool refused = call.wrong.refuse || !call.model.logout();
+    return answerFlag(call, !refused ? NotRefused : open ? SaleStillOpen : StateForbids);
 }
 
-bool paper(const CommandCall &call)
+Refusal paper(const CommandCall &call)
 {
-    return answerFlag(call, [](FiscalModel &model) { return model.hasPaper(); });
+    return answerFlag(call, call.model.hasPaper() ? NotRefused : PaperOut);
 }
 
-bool currentZ(const CommandCall &call)
+Refusal currentZ(const CommandCall &call)
 {
-    const bool told = answerFlag(call, [](FiscalModel &model) { return model.tellsZ(); });
+    const Refusal refusal = answerFlag(call, call.model.tellsZ() ? NotRefused : StateForbids);
     call.reply << call.model.zNumber();
-    return told;
+    return refusal;
 }
 
-bool saleLimit(const CommandCall &call)
+Refusal saleLimit(const CommandCall &call)
 {
     call.reply << qint64(call.model.saleLimit());
-    return true;
+    return NotRefused;
 }
 
-bool lastZ(const CommandCall &call)
+Refusal lastZ(const CommandCall &call)
 {
     call.reply << call.model.lastZ();
-    return true;
+    return NotRefused;
 }
 
-bool dateTime(const CommandCall &call)
+Refusal dateTime(const CommandCall &call)
 {
     call.reply << call.model.now();
-    return true;
+    return NotRefused;
 }
 
 /** A command that is nothing but its number. */
-template <bool (*run)(const CommandCall &)>
+template <Refusal (*run)(const CommandCall &)>
 DecodedCommand alone(QDataStream &)
 {
     return {run};

@@ -13,10 +13,10 @@ namespace Simulator {
 /** What the register is told to do wrong with a command. */
 struct Disturbance
 {
-    bool refuse = false;         ///< not to do it
-    bool overLimit = false;      ///< to find every sale over its limit
-    std::optional<qint32> state; ///< to be in this state as far as anybody asks
-    std::optional<qint32> error; ///< to have this error; what would change the sale's items is not done then
+    bool refuse = false;              ///< not to do it
+    bool overLimit = false;           ///< to find every sale over its limit
+    std::optional<qint32> state = {}; ///< to be in this state as far as anybody asks
+    std::optional<qint32> error = {}; ///< to have this error, and to leave the sale's items as they are
 };
 
 /** A command in progress. */
@@ -27,8 +27,9 @@ struct CommandCall
     const Disturbance &wrong;
 };
 
-/** Does a command and writes the answer. @return whether the register accepted */
-using Execution = std::function<bool(const CommandCall &call)>;
+/** Does a command and writes the answer. @return why it is not done, or that it tells an error made up by a
+ * fault */
+using Execution = std::function<Refusal(const CommandCall &call)>;
 
 /** A request whose items have been read. */
 struct DecodedCommand

@@ -65,9 +65,9 @@ public:
      */
     std::vector<std::int32_t> saleSteps() const;
 
-    /** What went wrong in the open sale, as bits of RegisterError; 0 for nothing. To be told once. */
-    std::int32_t takeError() { return m_till.takeError(); }
+    /** What went wrong with the last keys, and what stands in the open sale: bits of RegisterError. */
     std::int32_t error() const { return m_till.error(); }
+    std::int32_t standingError() const { return m_till.standingError(); }
 
     /** The till; null in a state in which nothing is sold or printed. */
     Till *seller() { return m_elsewhere ? nullptr : &m_till; }

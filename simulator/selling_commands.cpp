@@ -35,54 +35,72 @@ bool isMeantForNow(const KeyRequest &request, State state)
     return request.display == qint32(state) && request.mode == 0 && request.extra == 0;
 }
 
-bool pressKeys(const CommandCall &call, const KeyRequest &request)
+/** Presses the keys, or says why not. */
+Refusal tryKeys(const CommandCall &call, const KeyRequest &request)
 {
     Till *const till = call.model.seller();
-    if (till && !call.wrong.refuse && isMeantForNow(request, call.model.state()))
-        till->press(request.keys);
-    else if (till)
-        till->refuseKeys();
-    const qint32 error = call.wrong.error.value_or(call.model.error());
-    if (request.answer) {
-        writeState(call);
-        call.model.takeError();
-        if (toldState(call) == State::SaleOpen)
-            call.reply << error;
-    }
-    return (error & ~PaymentBegun) == NoError;
+    if (!till)
+        return call.wrong.refuse ? FaultRefuses : StateForbids;
+    if (call.wrong.refuse)
+        return till->refuseKeys(FaultRefuses);
+    const bool meant = isMeantForNow(request, call.model.state());
+    return meant ? till->press(request.keys) : till->refuseKeys(OtherDisplay);
 }
 
-/** Changes the open sale unless something is wrong. @return the error to be told */
-template <typename Change>
-qint32 changeSale(const CommandCall &call, Change change)
+Refusal pressKeys(const CommandCall &call, const KeyRequest &request)
 {
+    const Refusal refusal = tryKeys(call, request);
+    if (request.answer) {
+        writeState(call);
+        if (toldState(call) == State::SaleOpen)
+            call.reply << call.wrong.error.value_or(call.model.error());
+    }
+    return refusal == NotRefused ? madeUpError(call) : refusal;
+}
+
+/** Changes the open sale unless something is wrong. */
+template <typename Change>
+Refusal changeSale(const CommandCall &call, Change change)
+{
+    if (call.wrong.refuse)
+        return FaultRefuses;
     if (call.wrong.error)
-        return *call.wrong.error;
+        return FaultError;
     if (call.wrong.overLimit)
-        return OverLimit;
+        return FaultSaleLimit;
     Till *const till = call.model.seller();
-    return till ? change(*till) : NothingThere;
+    return till ? change(*till) : StateForbids;
 }
 
 /** How all that changes the items of a sale is answered. */
 template <typename Change>
-bool answerChange(const CommandCall &call, Change change)
+Refusal answerChange(const CommandCall &call, Change change)
 {
-    const qint32 error = call.wrong.refuse ? WrongValue : changeSale(call, change);
-    call.reply << !call.wrong.refuse;
+    const Refusal refusal = changeSale(call, change);
+    const qint32 error = refusal == FaultRefuses ? WrongValue : errorOf(refusal);
+    call.reply << (refusal != FaultRefuses);
     writeState(call);
-    call.reply << error;
-    return error == NoError;
+    call.reply << (refusal == FaultError ? *call.wrong.error : error);
+    return refusal;
 }
 
 template <typename Change>
 Execution itemChange(Change change)
 {
     return [change](const CommandCall &call) {
-        const bool done = answerChange(call, change);
+        const Refusal refusal = answerChange(call, change);
         call.reply << call.model.saleTotals();
-        return done;
+        return refusal;
     };
+}
+
+template <typename Work>
+Refusal tryWork(const CommandCall &call, Work work)
+{
+    if (call.wrong.refuse)
+        return FaultRefuses;
+    Till *const till = call.model.seller();
+    return till ? work(*till) : StateForbids;
 }
 
 /** Printing and closing, which are answered by yes or no. */
@@ -90,10 +108,9 @@ template <typename Work>
 Execution work(Work work)
 {
     return [work](const CommandCall &call) {
-        Till *const till = call.model.seller();
-        const bool done = !call.wrong.refuse && till && work(*till) == NoError;
-        call.reply << done;
-        return done;
+        const Refusal refusal = tryWork(call, work);
+        call.reply << (refusal == NotRefused);
+        return refusal;
     };
 }
 
@@ -125,22 +142,28 @@ constexpr qsizetype longestReference = 17;
 constexpr qint32 restInCash = 1;
 constexpr qint32 restByCard = 2;
 
-/** Nothing when it does not look like an invoice; whether the customer exists the register cannot know. */
-std::optional<Invoice> readInvoice(const InvoiceRequest &request)
+/** Why it does not look like an invoice; whether the customer exists the register cannot know. */
+Refusal faultOf(const InvoiceRequest &request)
 {
     const bool onPaper = request.type == Invoice::OnPaper;
-    if (request.type < Invoice::OnPaper || request.type > Invoice::Archived ||
-        request.idKind < Invoice::Person || request.idKind > Invoice::Company || request.mode < restInCash ||
-        request.mode > restByCard)
-        return std::nullopt;
+    if (request.type < Invoice::OnPaper || request.type > Invoice::Archived)
+        return BadInvoiceType;
+    if (request.mode < restInCash || request.mode > restByCard)
+        return BadInvoiceMode;
     if (!isPrintable(request.reference) || request.reference.size() > longestReference ||
         (onPaper && request.reference.size() < shortestReference))
-        return std::nullopt;
-    if (!areDigits(request.idNumber, request.idKind == Invoice::Person ? personDigits : companyDigits))
-        return std::nullopt;
-    return Invoice{Invoice::Type(request.type), Invoice::IdKind(request.idKind),
-                   QString::fromLatin1(request.reference), QString::fromLatin1(request.idNumber),
-                   request.delivers};
+        return BadReference;
+    const bool person = request.idKind == Invoice::Person;
+    if (!person && request.idKind != Invoice::Company)
+        return BadIdNumber;
+    return areDigits(request.idNumber, person ? personDigits : companyDigits) ? NotRefused : BadIdNumber;
+}
+
+/** Of a request without a fault. */
+Invoice invoiceOf(const InvoiceRequest &request)
+{
+    return {Invoice::Type(request.type), Invoice::IdKind(request.idKind),
+            QString::fromLatin1(request.reference), QString::fromLatin1(request.idNumber), request.delivers};
 }
 
 } // namespace
@@ -148,6 +171,11 @@ std::optional<Invoice> readInvoice(const InvoiceRequest &request)
 State toldState(const CommandCall &call)
 {
     return call.wrong.state ? State(*call.wrong.state) : call.model.state();
+}
+
+Refusal madeUpError(const CommandCall &call)
+{
+    return (call.wrong.error.value_or(NoError) & ~PaymentBegun) == NoError ? NotRefused : FaultError;
 }
 
 void writeState(const CommandCall &call)
@@ -206,7 +234,7 @@ DecodedCommand saleState(QDataStream &)
         const ReceiptRef ref = call.model.saleReference();
         call.reply << call.wrong.error.value_or(call.model.error()) << call.model.saleTotals() << ref.z
                    << ref.number;
-        return !call.wrong.refuse;
+        return call.wrong.refuse ? FaultRefuses : madeUpError(call);
     }};
 }
 
@@ -217,7 +245,11 @@ DecodedCommand receiptData(QDataStream &items)
     return {[ref](const CommandCall &call) {
         const auto totals = call.wrong.refuse ? std::nullopt : call.model.receipt(ref);
         call.reply << totals.has_value() << totals.value_or(SaleTotals());
-        return totals.has_value();
+        if (totals)
+            return NotRefused;
+        if (call.wrong.refuse)
+            return FaultRefuses;
+        return ref == call.model.saleReference() ? ReceiptStillOpen : ReceiptNotClosed;
     }};
 }
 
@@ -229,7 +261,7 @@ DecodedCommand sectionData(QDataStream &items)
         const Section *const section = findSection(number);
         call.reply << (section ? QString::fromUtf16(section->name).toUtf8() : QByteArray())
                    << qint32(section ? section->taxRate : 0);
-        return section != nullptr;
+        return section ? NotRefused : BadSection;
     }};
 }
 
@@ -257,8 +289,9 @@ DecodedCommand endWithInvoice(QDataStream &items)
     items >> request.type >> request.idKind >> request.reference >> request.idNumber >> request.mode >>
         request.delivers;
     const auto rest = request.mode == restByCard ? PaymentKind::Card : PaymentKind::Cash;
-    return {work([invoice = readInvoice(request), rest](Till &till) {
-        return invoice ? till.closeWithInvoice(*invoice, rest) : WrongValue;
+    return {work([request, rest](Till &till) {
+        const Refusal fault = faultOf(request);
+        return fault == NotRefused ? till.closeWithInvoice(invoiceOf(request), rest) : fault;
     })};
 }
 
@@ -266,7 +299,7 @@ DecodedCommand listAcquirers(QDataStream &)
 {
     return {[](const CommandCall &call) {
         call.reply << QVector<qint32>(activeAcquirers());
-        return true;
+        return NotRefused;
     }};
 }
 
@@ -274,7 +307,7 @@ DecodedCommand listSaleAcquirers(QDataStream &)
 {
     return {[](const CommandCall &call) {
         call.reply << QVector<qint32>(call.model.saleAcquirers());
-        return true;
+        return NotRefused;
     }};
 }
 

@@ -11,6 +11,9 @@ void writeState(const CommandCall &call);
 /** The state that an answer tells. */
 State toldState(const CommandCall &call);
 
+/** FaultError when an error that is told is none of the register's, and none that stands in every sale. */
+Refusal madeUpError(const CommandCall &call);
+
 DecodedCommand changeState(QDataStream &items);
 DecodedCommand addItem(QDataStream &items);
 DecodedCommand addItems(QDataStream &items);

@@ -89,18 +89,18 @@ QString RandomShop::changeSale()
     if (dice < 7 || m_lines.isEmpty()) {
         const ItemRequest item = anyItem();
         const bool refused = item.price != 0 && isTooMuch(item);
-        if (m_till.add({item}) != (refused ? WrongValue : NoError))
+        if ((m_till.add({item}) != NotRefused) != refused)
             return u"an item was not judged by its amount"_s;
         if (!refused)
             m_lines << (item.price == 0 ? 0 : expectedTotal(item));
     } else if (dice < 9) {
         const int index = m_random.bounded(int(m_lines.size()));
-        if (m_till.remove(index) != (m_lines[index] < 0 ? NothingThere : NoError))
+        if (m_till.remove(index) != (m_lines[index] < 0 ? NoItem : NotRefused))
             return u"a line was not deleted once"_s;
         m_lines[index] = -1;
     } else {
         m_contribution = m_random.bounded(3) * 250;
-        if (m_till.setMedicalContribution(m_contribution, patient) != NoError)
+        if (m_till.setMedicalContribution(m_contribution, patient) != NotRefused)
             return u"a contribution was refused"_s;
     }
     return {};
@@ -137,7 +137,6 @@ QString RandomShop::payAndClose()
         const QByteArray amount = QByteArray::number(m_random.bounded(1, 1000));
         m_till.keys((amount + ",5" + (m_random.bounded(2) ? "$" : "#")).constData());
     }
-    m_till.takeError();
     const bool cancels = nothing || m_random.bounded(6) == 0;
     m_till.keys(cancels ? "C1" : m_random.bounded(2) ? "$" : "#");
     if (m_till.saleIsOpen())

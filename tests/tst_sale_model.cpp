@@ -247,7 +247,7 @@ void TestSaleModel::itemsAreAdjusted()
     item.percentage = percentage;
     item.amount = amount;
     Sale sale;
-    QCOMPARE(sale.add({item}), NoError);
+    QCOMPARE(sale.add({item}), NotRefused);
     QCOMPARE(sale.totals().total, total);
     QCOMPARE(sale.totals().tax, taxWithin(total, 1));
     QCOMPARE(sale.totals().items, 1);
@@ -256,40 +256,40 @@ void TestSaleModel::itemsAreAdjusted()
 void TestSaleModel::itemsAreRefusedAndChangeNothing_data()
 {
     QTest::addColumn<ItemRequest>("item");
-    QTest::addColumn<int>("error");
+    QTest::addColumn<int>("refusal");
 
-    const auto row = [](const char *name, int error, auto change) {
+    const auto row = [](const char *name, Refusal refusal, auto change) {
         ItemRequest item = bread();
         change(item);
-        QTest::newRow(name) << item << error;
+        QTest::newRow(name) << item << int(refusal);
     };
-    row("negative price", WrongValue, [](ItemRequest &i) { i.price = -1; });
-    row("lowest price", WrongValue, [](ItemRequest &i) { i.price = lowest; });
-    row("highest price", WrongValue, [](ItemRequest &i) { i.price = longest; });
-    row("no quantity", WrongValue, [](ItemRequest &i) { i.quantity = 0; });
-    row("lowest quantity", WrongValue, [](ItemRequest &i) { i.quantity = leastInt; });
-    row("section 0", WrongValue, [](ItemRequest &i) { i.section = 0; });
-    row("section 9", WrongValue, [](ItemRequest &i) { i.section = 9; });
-    row("section -128", WrongValue, [](ItemRequest &i) { i.section = -128; });
-    row("discount above all", WrongValue, [](ItemRequest &i) { i.percentage = -101; });
-    row("surcharge too high", WrongValue, [](ItemRequest &i) { i.percentage = 101; });
-    row("lowest percentage", WrongValue, [](ItemRequest &i) { i.percentage = leastInt; });
-    row("amount above the total", WrongValue, [](ItemRequest &i) { i.amount = 2501; });
-    row("negative amount", WrongValue, [](ItemRequest &i) { i.amount = -1; });
-    row("lowest amount", WrongValue, [](ItemRequest &i) { i.amount = lowest; });
-    row("type 8", WrongValue, [](ItemRequest &i) { i.type = 8; });
-    row("type -1", WrongValue, [](ItemRequest &i) { i.type = -1; });
-    row("more than a receipt holds", OverLimit,
+    row("negative price", BadPrice, [](ItemRequest &i) { i.price = -1; });
+    row("lowest price", BadPrice, [](ItemRequest &i) { i.price = lowest; });
+    row("highest price", BadPrice, [](ItemRequest &i) { i.price = longest; });
+    row("no quantity", BadPrice, [](ItemRequest &i) { i.quantity = 0; });
+    row("lowest quantity", BadPrice, [](ItemRequest &i) { i.quantity = leastInt; });
+    row("section 0", BadSection, [](ItemRequest &i) { i.section = 0; });
+    row("section 9", BadSection, [](ItemRequest &i) { i.section = 9; });
+    row("section -128", BadSection, [](ItemRequest &i) { i.section = -128; });
+    row("discount above all", BadPercentage, [](ItemRequest &i) { i.percentage = -101; });
+    row("surcharge too high", BadPercentage, [](ItemRequest &i) { i.percentage = 101; });
+    row("lowest percentage", BadPercentage, [](ItemRequest &i) { i.percentage = leastInt; });
+    row("amount above the total", BadDiscount, [](ItemRequest &i) { i.amount = 2501; });
+    row("negative amount", BadDiscount, [](ItemRequest &i) { i.amount = -1; });
+    row("lowest amount", BadDiscount, [](ItemRequest &i) { i.amount = lowest; });
+    row("type 8", BadUnit, [](ItemRequest &i) { i.type = 8; });
+    row("type -1", BadUnit, [](ItemRequest &i) { i.type = -1; });
+    row("more than a receipt holds", OverLargestAmount,
         [](ItemRequest &i) { i = {largestAmount, 1000, 0, 0, 1, "Villa", 0}; });
 }
 
 void TestSaleModel::itemsAreRefusedAndChangeNothing()
 {
     QFETCH(const ItemRequest, item);
-    QFETCH(const int, error);
+    QFETCH(const int, refusal);
     Sale sale = saleOf(700);
     const SaleTotals before = sale.totals();
-    QCOMPARE(int(sale.add({item})), error);
+    QCOMPARE(int(sale.add({item})), refusal);
     QCOMPARE(sale.totals(), before);
     QCOMPARE(sale.lines().size(), 1);
 }
@@ -297,12 +297,12 @@ void TestSaleModel::itemsAreRefusedAndChangeNothing()
 void TestSaleModel::severalItemsAreAllOrNothing()
 {
     Sale sale;
-    QCOMPARE(sale.add({}), NothingThere);
+    QCOMPARE(sale.add({}), NoItem);
     ItemRequest wrong = bread();
     wrong.section = 9;
-    QCOMPARE(sale.add({bread(), wrong}), WrongValue);
+    QCOMPARE(sale.add({bread(), wrong}), BadSection);
     QCOMPARE(sale.totals(), SaleTotals());
-    QCOMPARE(sale.add({bread(), {0, 0, 0, 0, 0, "ikram", 0}}), NoError);
+    QCOMPARE(sale.add({bread(), {0, 0, 0, 0, 0, "ikram", 0}}), NotRefused);
     QCOMPARE(sale.totals().items, 2);
     QCOMPARE(sale.totals().total, 2500);
 }
@@ -311,8 +311,8 @@ void TestSaleModel::linesAreBounded()
 {
     Sale sale;
     for (int i = 0; i < Sale::mostLines; ++i)
-        QCOMPARE(sale.add({bread()}), NoError);
-    QCOMPARE(sale.add({bread()}), OverLimit);
+        QCOMPARE(sale.add({bread()}), NotRefused);
+    QCOMPARE(sale.add({bread()}), ReceiptFull);
     QCOMPARE(sale.totals().items, Sale::mostLines);
 }
 
@@ -338,40 +338,40 @@ void TestSaleModel::namesAreReadAsTheyWereMeant()
     Sale sale;
     ItemRequest item = bread();
     item.name = bytes;
-    QCOMPARE(sale.add({item}), NoError);
+    QCOMPARE(sale.add({item}), NotRefused);
     QCOMPARE(sale.lines().first().name, name);
 }
 
 void TestSaleModel::deletedLinesKeepTheirPlace()
 {
     Sale sale;
-    QCOMPARE(sale.removeLast(), NothingThere);
+    QCOMPARE(sale.removeLast(), NoItem);
     for (qint64 price : {100, 200, 300})
         sale.add({{price, 1000, 0, 0, 1, "a", 0}});
-    QCOMPARE(sale.remove(0), NoError);
+    QCOMPARE(sale.remove(0), NotRefused);
     QCOMPARE(sale.totals().total, 500);
     QCOMPARE(sale.totals().items, 2);
-    QCOMPARE(sale.remove(0), NothingThere);
-    QCOMPARE(sale.removeLast(), NoError);
+    QCOMPARE(sale.remove(0), NoItem);
+    QCOMPARE(sale.removeLast(), NotRefused);
     QCOMPARE(sale.totals().total, 200);
-    QCOMPARE(sale.removeLast(), NoError);
+    QCOMPARE(sale.removeLast(), NotRefused);
     QVERIFY(sale.isEmpty());
-    QCOMPARE(sale.removeLast(), NothingThere);
+    QCOMPARE(sale.removeLast(), NoItem);
     for (int index : {-1, 3, mostInt, leastInt})
-        QCOMPARE(sale.remove(index), NothingThere);
+        QCOMPARE(sale.remove(index), NoItem);
     QCOMPARE(sale.lines().size(), 3);
 }
 
 void TestSaleModel::theMedicalContributionIsTaxFree()
 {
     Sale sale = saleOf(1100);
-    QCOMPARE(sale.setMedicalContribution(500, patient), NoError);
+    QCOMPARE(sale.setMedicalContribution(500, patient), NotRefused);
     QCOMPARE(sale.totals().total, 1600);
     QCOMPARE(sale.totals().tax, 100);
-    QCOMPARE(sale.setMedicalContribution(700, patient), NoError);
+    QCOMPARE(sale.setMedicalContribution(700, patient), NotRefused);
     QCOMPARE(sale.totals().total, 1800);
     QCOMPARE(sale.patient(), patient);
-    QCOMPARE(sale.setMedicalContribution(0, -1), NoError);
+    QCOMPARE(sale.setMedicalContribution(0, -1), NotRefused);
     QCOMPARE(sale.totals().total, 1100);
     QCOMPARE(sale.patient(), 0);
 }
@@ -380,24 +380,24 @@ void TestSaleModel::theMedicalContributionIsChecked_data()
 {
     QTest::addColumn<qint64>("amount");
     QTest::addColumn<qint64>("identity");
-    QTest::addColumn<int>("error");
+    QTest::addColumn<int>("refusal");
 
-    QTest::newRow("negative") << qint64(-1) << patient << int(WrongValue);
-    QTest::newRow("lowest") << lowest << patient << int(WrongValue);
-    QTest::newRow("too much") << largestAmount + 1 << patient << int(WrongValue);
-    QTest::newRow("too much with the items") << largestAmount << patient << int(OverLimit);
-    QTest::newRow("ten digits") << qint64(1) << qint64(9'999'999'999) << int(WrongValue);
-    QTest::newRow("twelve digits") << qint64(1) << qint64(100'000'000'000) << int(WrongValue);
-    QTest::newRow("negative identity") << qint64(1) << lowest << int(WrongValue);
+    QTest::newRow("negative") << qint64(-1) << patient << int(BadContribution);
+    QTest::newRow("lowest") << lowest << patient << int(BadContribution);
+    QTest::newRow("too much") << largestAmount + 1 << patient << int(BadContribution);
+    QTest::newRow("too much with the items") << largestAmount << patient << int(OverLargestAmount);
+    QTest::newRow("ten digits") << qint64(1) << qint64(9'999'999'999) << int(BadPatient);
+    QTest::newRow("twelve digits") << qint64(1) << qint64(100'000'000'000) << int(BadPatient);
+    QTest::newRow("negative identity") << qint64(1) << lowest << int(BadPatient);
 }
 
 void TestSaleModel::theMedicalContributionIsChecked()
 {
     QFETCH(const qint64, amount);
     QFETCH(const qint64, identity);
-    QFETCH(const int, error);
+    QFETCH(const int, refusal);
     Sale sale = saleOf(1100);
-    QCOMPARE(int(sale.setMedicalContribution(amount, identity)), error);
+    QCOMPARE(int(sale.setMedicalContribution(amount, identity)), refusal);
     QCOMPARE(sale.totals(), saleOf(1100).totals());
 }
 
@@ -405,43 +405,43 @@ void TestSaleModel::paymentsAreChecked_data()
 {
     QTest::addColumn<bool>("card");
     QTest::addColumn<qint64>("amount");
-    QTest::addColumn<int>("error");
+    QTest::addColumn<int>("refusal");
     QTest::addColumn<qint64>("change");
 
-    QTest::newRow("part in cash") << false << qint64(400) << int(NoError) << qint64(0);
-    QTest::newRow("all in cash") << false << qint64(1000) << int(NoError) << qint64(0);
-    QTest::newRow("more in cash") << false << qint64(1500) << int(NoError) << qint64(500);
-    QTest::newRow("all by card") << true << qint64(1000) << int(NoError) << qint64(0);
-    QTest::newRow("more by card") << true << qint64(1001) << int(WrongValue) << qint64(0);
-    QTest::newRow("nothing") << false << qint64(0) << int(WrongValue) << qint64(0);
-    QTest::newRow("negative") << false << qint64(-1) << int(WrongValue) << qint64(0);
-    QTest::newRow("highest") << false << longest << int(WrongValue) << qint64(0);
+    QTest::newRow("part in cash") << false << qint64(400) << int(NotRefused) << qint64(0);
+    QTest::newRow("all in cash") << false << qint64(1000) << int(NotRefused) << qint64(0);
+    QTest::newRow("more in cash") << false << qint64(1500) << int(NotRefused) << qint64(500);
+    QTest::newRow("all by card") << true << qint64(1000) << int(NotRefused) << qint64(0);
+    QTest::newRow("more by card") << true << qint64(1001) << int(CardOverRest) << qint64(0);
+    QTest::newRow("nothing") << false << qint64(0) << int(BadPayment) << qint64(0);
+    QTest::newRow("negative") << false << qint64(-1) << int(BadPayment) << qint64(0);
+    QTest::newRow("highest") << false << longest << int(BadPayment) << qint64(0);
 }
 
 void TestSaleModel::paymentsAreChecked()
 {
     QFETCH(const bool, card);
     QFETCH(const qint64, amount);
-    QFETCH(const int, error);
+    QFETCH(const int, refusal);
     QFETCH(const qint64, change);
     Sale sale = saleOf(1000);
     const auto kind = card ? PaymentKind::Card : PaymentKind::Cash;
-    QCOMPARE(int(sale.pay(kind, amount, 11)), error);
+    QCOMPARE(int(sale.pay(kind, amount, 11)), refusal);
     QCOMPARE(sale.totals().change, change);
-    QCOMPARE(sale.payments().size(), error == NoError ? 1 : 0);
-    if (error == NoError && amount >= 1000)
-        QCOMPARE(sale.pay(PaymentKind::Cash, 1, 0), WrongValue);
-    QCOMPARE(Sale().pay(kind, 1, 11), NothingThere);
-    QCOMPARE(Sale().settle(kind, 11), NothingThere);
+    QCOMPARE(sale.payments().size(), refusal == NotRefused ? 1 : 0);
+    if (refusal == NotRefused && amount >= 1000)
+        QCOMPARE(sale.pay(PaymentKind::Cash, 1, 0), NothingLeft);
+    QCOMPARE(Sale().pay(kind, 1, 11), NothingSold);
+    QCOMPARE(Sale().settle(kind, 11), NothingSold);
 }
 
 void TestSaleModel::paymentsAreBoundedButTheRestIsTaken()
 {
     Sale sale = saleOf(1000);
     for (int i = 0; i < Sale::mostPayments; ++i)
-        QCOMPARE(sale.pay(PaymentKind::Cash, 1, 0), NoError);
-    QCOMPARE(sale.pay(PaymentKind::Cash, 1, 0), OverLimit);
-    QCOMPARE(sale.settle(PaymentKind::Card, 11), NoError);
+        QCOMPARE(sale.pay(PaymentKind::Cash, 1, 0), NotRefused);
+    QCOMPARE(sale.pay(PaymentKind::Cash, 1, 0), TooManyPayments);
+    QCOMPARE(sale.settle(PaymentKind::Card, 11), NotRefused);
     QCOMPARE(sale.remaining(), 0);
     QCOMPARE(sale.totals().card, 1000 - Sale::mostPayments);
 }
@@ -450,19 +450,19 @@ void TestSaleModel::itemsStayAsTheyAreOncePaid()
 {
     Sale sale = saleOf(1000);
     sale.pay(PaymentKind::Cash, 1, 0);
-    QCOMPARE(sale.add({bread()}), PaymentBegun);
-    QCOMPARE(sale.removeLast(), PaymentBegun);
-    QCOMPARE(sale.remove(0), PaymentBegun);
-    QCOMPARE(sale.setMedicalContribution(1, patient), PaymentBegun);
+    QCOMPARE(sale.add({bread()}), ItemsStay);
+    QCOMPARE(sale.removeLast(), ItemsStay);
+    QCOMPARE(sale.remove(0), ItemsStay);
+    QCOMPARE(sale.setMedicalContribution(1, patient), ItemsStay);
     QCOMPARE(sale.totals().total, 1000);
 }
 
 void TestSaleModel::theSaleLimitHolds()
 {
     Sale sale = saleOf(1000, 3500);
-    QCOMPARE(sale.add({bread()}), NoError);
-    QCOMPARE(sale.add({{1, 1000, 0, 0, 1, "a", 0}}), OverLimit);
-    QCOMPARE(sale.setMedicalContribution(1, patient), OverLimit);
+    QCOMPARE(sale.add({bread()}), NotRefused);
+    QCOMPARE(sale.add({{1, 1000, 0, 0, 1, "a", 0}}), OverSaleLimit);
+    QCOMPARE(sale.setMedicalContribution(1, patient), OverSaleLimit);
     QCOMPARE(sale.totals().total, 3500);
 }
 

@@ -29,7 +29,11 @@ private slots:
     void aSaleWithInvoice();
     void aSaleIsCancelled();
     void paymentsInParts();
-    void whatIsRefusedIsToldAtTheNextState();
+    void refusedKeysAreInTheEventsAndInNobodysWay();
+    void aSaleIsCancelledWhateverWasRefused_data();
+    void aSaleIsCancelledWhateverWasRefused();
+    void aSaleIsCancelledWithoutPaper();
+    void refusalsAreNamedInWordsToo();
     void withoutASaleThereIsNone();
     void sectionsAreTold();
     void slipsAreTypeset();
@@ -179,6 +183,11 @@ QList<int> listed(int (*ask)(unsigned int, int *, int *))
     QList<int> list(10);
     int count = int(list.size());
     return ask(patience, list.data(), &count) == 0 ? list.first(count) : QList<int>{-1};
+}
+
+int medical()
+{
+    return velnoext_add_medical_contribution(patience, 100, patient);
 }
 
 QString squeezed(const QString &text)
@@ -332,15 +341,30 @@ void TestSelling::paymentsInParts()
     QCOMPARE(listed(velnoext_acquirers_of_sale), (QList<int>{11, 23, 35}));
 }
 
-void TestSelling::whatIsRefusedIsToldAtTheNextState()
+namespace {
+
+/** The next outcome of keys that were refused. */
+QString refusedKeys(Shop &shop)
+{
+    QJsonObject done;
+    do
+        done = shop.reg.waitFor(u"done"_s);
+    while (done.value(u"accepted"_s).toBool());
+    return done.value(u"reason"_s).toString();
+}
+
+} // namespace
+
+void TestSelling::refusedKeysAreInTheEventsAndInNobodysWay()
 {
     Shop shop;
     QCOMPARE(velnoext_start_sale(patience), 0);
-    QCOMPARE(velnoext_end_sale(cash), 0);        // sent; nothing is on the receipt
-    QCOMPARE(velnoext_cancel_sale(patience), 8); // told
+    QCOMPARE(velnoext_end_sale(cash), 0); // sent; nothing is on the receipt
+    QCOMPARE(refusedKeys(shop), u"nothing-sold"_s);
     QCOMPARE(addItem(100), 0);
     QCOMPARE(velnoext_add_payment(card, 101), 0); // sent; more than is left
-    QCOMPARE(velnoext_add_payment(card, 100), 8); // told
+    QCOMPARE(refusedKeys(shop), u"card-over-rest"_s);
+    QCOMPARE(saleState().totals.at(3), 0);
     QCOMPARE(velnoext_add_payment(card, 100), 0);
     QCOMPARE(saleState().totals.at(3), 100);
     QCOMPARE(velnoext_end_sale(card), 0);
@@ -348,8 +372,66 @@ void TestSelling::whatIsRefusedIsToldAtTheNextState()
     QCOMPARE(velnoext_start_sale_with_invoice(patience), 0);
     QCOMPARE(addItem(100), 0);
     QCOMPARE(velnoext_end_sale(cash), 0); // sent; an invoice is needed
-    QCOMPARE(velnoext_end_sale(cash), 8);
+    QCOMPARE(refusedKeys(shop), u"invoice-needed"_s);
     QCOMPARE(endWithInvoice(), 0);
+}
+
+void TestSelling::aSaleIsCancelledWhateverWasRefused_data()
+{
+    QTest::addColumn<QByteArray>("line"); ///< said to the register
+    QTest::addColumn<int>("paid");        ///< before
+    QTest::addColumn<int>("refused");     ///< by card
+    QTest::addColumn<QString>("reason");
+
+    QTest::newRow("too much for a card") << "z 0"_ba << 0 << 101 << u"card-over-rest"_s;
+    QTest::newRow("too much behind a payment") << "z 0"_ba << 40 << 61 << u"card-over-rest"_s;
+    QTest::newRow("without paper") << "paper off"_ba << 0 << 100 << u"no-paper"_s;
+    QTest::newRow("without paper, partly paid") << "paper off"_ba << 40 << 1 << u"no-paper"_s;
+    QTest::newRow("by a fault") << "fault refuse=change-state*1"_ba << 0 << 100 << u"fault-refuse"_s;
+}
+
+void TestSelling::aSaleIsCancelledWhateverWasRefused()
+{
+    QFETCH(const QByteArray, line);
+    QFETCH(const int, paid);
+    QFETCH(const int, refused);
+    Shop shop;
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    QCOMPARE(addItem(100), 0);
+    if (paid > 0)
+        QCOMPARE(velnoext_add_payment(card, paid), 0);
+    QCOMPARE(saleState().totals.at(3), paid); // the keys have been pressed
+    shop.reg.say(line);
+    QVERIFY(!shop.reg.waitForAny({u"set"_s, u"fault"_s, u"error"_s}).isEmpty());
+    QCOMPARE(velnoext_add_payment(card, refused), 0);
+    QTEST(refusedKeys(shop), "reason");
+    QCOMPARE(velnoext_cancel_sale(patience), 0);
+    QCOMPARE(state(), 1);
+}
+
+void TestSelling::aSaleIsCancelledWithoutPaper()
+{
+    Shop shop;
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    QCOMPARE(addItem(100), 0);
+    shop.reg.say("paper off");
+    QVERIFY(!shop.reg.waitFor(u"set"_s).isEmpty());
+    QCOMPARE(velnoext_cancel_sale(patience), 0);
+    QCOMPARE(state(), 1);
+}
+
+void TestSelling::refusalsAreNamedInWordsToo()
+{
+    const quint16 port = TestSupport::freePort();
+    QProcess process;
+    process.start(SimulatedRegister::program(), {u"--serial"_s, QLatin1StringView(SimulatedRegister::serial),
+                                                 u"--connect"_s, u"127.0.0.1:%1"_s.arg(port)});
+    QCOMPARE(velnoext_initialize(5, SimulatedRegister::serial, "127.0.0.1", port, patience), 0);
+    QCOMPARE(addItem(100), 6);
+    process.write("quit\n");
+    QVERIFY(process.waitForFinished());
+    const QByteArray output = process.readAllStandardOutput();
+    QVERIFY2(output.contains("\nanswered item false no-sale no sale is open\n"), output);
 }
 
 void TestSelling::withoutASaleThereIsNone()
@@ -460,8 +542,10 @@ void TestSelling::withoutPaperNothingIsSold()
     QCOMPARE(velnoext_start_sale(patience), 0);
     QCOMPARE(addItem(100), 0);
     QVERIFY(say("paper off"));
-    QCOMPARE(addItem(100), 7);
-    QCOMPARE(velnoext_end_sale(cash), 7);
+    QCOMPARE(addItem(100), 8);
+    QCOMPARE(medical(), 7);
+    QCOMPARE(velnoext_end_sale(cash), 0); // sent
+    QCOMPARE(state(), 5);
     QVERIFY(say("paper on"));
     QCOMPARE(velnoext_end_sale(cash), 0);
     QCOMPARE(state(), 1);
@@ -500,8 +584,8 @@ void TestSelling::faultsOfSales_data()
     QTest::newRow("out of service") << u"state=8"_s << QList<int>{6, 6, 6, 6, 6, 6};
     QTest::newRow("error") << u"error=3"_s << QList<int>{7, 8, 7, 0, 8, 8};
     QTest::newRow("paid") << u"error=8"_s << QList<int>{7, 8, 7, 0, 0, 0};
-    QTest::newRow("over the limit") << u"sale-limit"_s << QList<int>{0, 8, 7, 0, 0, 8};
-    QTest::newRow("no start, no payment") << u"refuse=change-state"_s << QList<int>{6, 0, 0, 0, 0, 8};
+    QTest::newRow("over the limit") << u"sale-limit"_s << QList<int>{0, 8, 7, 0, 0, 0};
+    QTest::newRow("no start, no payment") << u"refuse=change-state"_s << QList<int>{6, 0, 0, 0, 0, 6};
 }
 
 void TestSelling::faultsOfSales()
@@ -559,11 +643,6 @@ int paperAfterTheSale()
 {
     velnoext_end_sale(cash);
     return velnoext_check_printer_paper(patience);
-}
-
-int medical()
-{
-    return velnoext_add_medical_contribution(patience, 100, patient);
 }
 
 int cancel()

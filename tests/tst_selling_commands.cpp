@@ -8,6 +8,9 @@
 #include <QTest>
 #include <QVector>
 
+#include <algorithm>
+#include <limits>
+
 using namespace Simulator;
 using namespace Qt::StringLiterals;
 
@@ -30,6 +33,9 @@ private slots:
     void theDisplayStandsBesideTheState();
     void invoicesAreJudgedByTheirLook_data();
     void invoicesAreJudgedByTheirLook();
+    void refusalsNameTheirReason_data();
+    void refusalsNameTheirReason();
+    void theManualListsTheReasons();
     void filesThatCannotBeWrittenAreTold();
     void damagedSalesStillAddUp();
 };
@@ -254,8 +260,9 @@ void TestSellingCommands::theDisplayStandsBesideTheState()
     model.setState(State::SaleOpen);
     answer(model, "change-state", keys(4, 1, -1, {'1'}));
     QCOMPARE(model.saleSteps(), std::vector<qint32>{2});
+    answer(model, "change-state", keys(4, 1, -1, {'C'}));
     model.setPaper(false);
-    QCOMPARE(model.saleSteps(), std::vector<qint32>{0});
+    QCOMPARE(model.saleSteps(), std::vector<qint32>{1}); // the keys that cancel are taken without paper, too
     model.setState(State::Locked);
     QVERIFY(model.saleSteps().empty());
 }
@@ -293,6 +300,183 @@ void TestSellingCommands::invoicesAreJudgedByTheirLook()
     answer(model, "item", bread);
     QCOMPARE(answer(model, "end-invoice", request), packed(good));
     QCOMPARE(model.state(), good ? State::Idle : State::SaleOpen);
+}
+
+namespace {
+
+/** One command, and what was done before it, to come to a refusal. */
+struct Refused
+{
+    Refusal refusal;
+    const char *command;
+    QByteArray items;
+    void (*before)(FiscalModel &model) = [](FiscalModel &) {};
+    Disturbance wrong = {};
+};
+
+void openSale(FiscalModel &model)
+{
+    model.setState(State::SaleOpen);
+}
+
+void sellBread(FiscalModel &model)
+{
+    openSale(model);
+    answer(model, "item", bread);
+}
+
+void payALira(FiscalModel &model)
+{
+    sellBread(model);
+    answer(model, "change-state", keys(4, 1, -1, {'1', keyF10}));
+}
+
+void sellWithInvoice(FiscalModel &model)
+{
+    answer(model, "change-state", keys(1, 0, 0, {'M', '3'}));
+    answer(model, "item", bread);
+}
+
+void withoutPaper(FiscalModel &model)
+{
+    model.setPaper(false);
+}
+
+void withoutLimit(FiscalModel &model)
+{
+    model.setSaleLimit(0);
+    sellBread(model);
+}
+
+QByteArray item(qint64 price, qint32 percentage, qint64 amount, qint8 section, qint32 type)
+{
+    return packed(price, qint32(1000), percentage, amount, section, "Ekmek"_ba, type);
+}
+
+QByteArray saleKeys(const QVector<qint32> &pressed)
+{
+    return keys(4, 1, -1, pressed, false);
+}
+
+const Refused refusals[] = {
+    {MeaninglessKey, "change-state", keys(1, 0, 0, {'X'})},
+    {OtherDisplay, "change-state", saleKeys({keyF10})},
+    {InvoiceNeeded, "change-state", saleKeys({keyF10}), sellWithInvoice},
+    {NoSale, "item", bread},
+    {ItemsStay, "delete", {}, payALira},
+    {BadPrice, "item", item(-1, 0, 0, 1, 0), openSale},
+    {BadSection, "item", item(100, 0, 0, 9, 0), openSale},
+    {BadSection, "section", packed(qint8(9))},
+    {BadPercentage, "item", item(100, 101, 0, 1, 0), openSale},
+    {BadDiscount, "item", item(100, 0, 101, 1, 0), openSale},
+    {BadUnit, "item", item(100, 0, 0, 1, 8), openSale},
+    {OverSaleLimit, "item", item(1'200'001, 0, 0, 1, 0), openSale},
+    {OverLargestAmount, "item", item(9'999'999'999, 0, 0, 1, 0), withoutLimit},
+    {ReceiptFull, "item", bread,
+     [](FiscalModel &model) {
+         openSale(model);
+         for (int i = 0; i < Sale::mostLines; ++i)
+             answer(model, "item", item(0, 0, 0, 1, 0));
+     }},
+    {NoItem, "delete", packed(qint32(1)), sellBread},
+    {BadContribution, "medical", packed(qint64(-1), qint64(11'111'111'111)), openSale},
+    {BadPatient, "medical", packed(qint64(1), qint64(1)), openSale},
+    {NothingSold, "change-state", saleKeys({keyF10}), openSale},
+    {BadPayment, "change-state", saleKeys({'0', keyF10}), sellBread},
+    {NothingLeft, "change-state", saleKeys({'1', keyF10}),
+     [](FiscalModel &model) {
+         sellBread(model);
+         answer(model, "change-state", saleKeys({'2', '5', keyF10}));
+     }},
+    {CardOverRest, "change-state", saleKeys({'2', '6', keyF11}), sellBread},
+    {TooManyPayments, "change-state", saleKeys({'1', keyF10}),
+     [](FiscalModel &model) {
+         sellBread(model);
+         for (int i = 0; i < Sale::mostPayments; ++i)
+             answer(model, "change-state", saleKeys({'0', ',', '0', '1', keyF10}));
+     }},
+    {NoInvoiceSale, "end-invoice", goodInvoice, sellBread},
+    {BadInvoiceType, "end-invoice", invoice(3, 0, "A12345", "11111111111", 1), sellWithInvoice},
+    {BadInvoiceMode, "end-invoice", invoice(0, 0, "A12345", "11111111111", 3), sellWithInvoice},
+    {BadReference, "end-invoice", invoice(0, 0, "A1", "11111111111", 1), sellWithInvoice},
+    {BadIdNumber, "end-invoice", invoice(0, 0, "A12345", "1", 1), sellWithInvoice},
+    {PaperOut, "paper", {}, withoutPaper},
+    {PaperOut, "report", packed(false), withoutPaper},
+    {PaperOut, "change-state", keys(1, 0, 0, {'E'}), withoutPaper},
+    {SaleStillOpen, "logout", {}, openSale},
+    {SaleStillOpen, "report", packed(true), openSale},
+    {SlipTooLong, "print", packed(true, packed(qint32(1), "\x04"_ba + QByteArray(1001, '\n')))},
+    {ZNumbersUsedUp, "report", packed(true),
+     [](FiscalModel &model) { model.setZNumber(std::numeric_limits<qint32>::max()); }},
+    {ReceiptStillOpen, "receipt", packed(qint32(1), qint32(1)), openSale},
+    {ReceiptNotClosed, "receipt", packed(qint32(1), qint32(1))},
+    {StateForbids, "login", {}, [](FiscalModel &model) { model.setState(State::Starting); }},
+    {StateForbids, "logout", {}, [](FiscalModel &model) { model.setState(State::Paying); }},
+    {StateForbids, "z", {}, [](FiscalModel &model) { model.setState(State::OutOfService); }},
+    {StateForbids, "item", bread, [](FiscalModel &model) { model.setState(State::Locked); }},
+    {StateForbids, "change-state", keys(2, 0, 0, {'E'}),
+     [](FiscalModel &model) { model.setState(State::Locked); }},
+    {StateForbids, "print", packed(true, packed(qint32(0))),
+     [](FiscalModel &model) { model.setState(State::Reporting); }},
+    {FaultRefuses, "login", {}, sellBread, {.refuse = true}},
+    {FaultRefuses, "item", bread, sellBread, {.refuse = true}},
+    {FaultRefuses, "change-state", saleKeys({keyF10}), sellBread, {.refuse = true}},
+    {FaultRefuses, "sale-state", {}, sellBread, {.refuse = true}},
+    {FaultRefuses, "receipt", packed(qint32(1), qint32(1)), sellBread, {.refuse = true}},
+    {FaultRefuses, "print", packed(true, packed(qint32(0))), sellBread, {.refuse = true}},
+    {FaultError, "item", bread, sellBread, {.error = 64}},
+    {FaultError, "state", {}, sellBread, {.error = 64}},
+    {FaultError, "sale-state", {}, sellBread, {.error = 64}},
+    {FaultError, "change-state", keys(1, 0, 0, {'E'}), [](FiscalModel &) {}, {.error = 64}},
+    {FaultSaleLimit, "item", bread, sellBread, {.overLimit = true}},
+    {NotRefused, "state", {}, payALira, {.error = 8}},
+    {NotRefused, "sale-state", {}, payALira},
+};
+
+} // namespace
+
+void TestSellingCommands::refusalsNameTheirReason_data()
+{
+    QTest::addColumn<int>("index");
+    for (const RefusalRow &row : refusalTable()) {
+        const bool listed = std::ranges::count(refusals, row.refusal, &Refused::refusal) > 0;
+        const bool inTheJournalsTests = row.refusal == JournalUnwritable;
+        QVERIFY2(listed || inTheJournalsTests, row.name);
+    }
+    for (int i = 0; i < int(std::size(refusals)); ++i) {
+        const Refusal refusal = refusals[i].refusal;
+        QTest::addRow("%s of %s", refusal == NotRefused ? "nothing" : rowOf(refusal).name,
+                      refusals[i].command)
+            << i;
+    }
+}
+
+void TestSellingCommands::refusalsNameTheirReason()
+{
+    QFETCH(const int, index);
+    const Refused &row = refusals[index];
+    FiscalModel model;
+    row.before(model);
+    QDataStream request(row.items);
+    request.setVersion(QDataStream::Qt_4_6);
+    const DecodedCommand decoded = commandByName(QString::fromLatin1(row.command))->decode(request);
+    QVERIFY(request.status() == QDataStream::Ok && request.atEnd());
+    QByteArray bytes;
+    QDataStream reply(&bytes, QIODevice::WriteOnly);
+    const Refusal refusal = decoded.run({model, reply, row.wrong});
+    QCOMPARE(int(refusal), int(row.refusal));
+}
+
+void TestSellingCommands::theManualListsTheReasons()
+{
+    QFile file(QFINDTESTDATA("../docs/simulated-register.md"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QString listed;
+    for (const RefusalRow &row : refusalTable())
+        listed += u"| `%1` | %2 | %3 |\n"_s.arg(QLatin1StringView(row.name), QString::number(row.error),
+                                                QLatin1StringView(row.text));
+    QVERIFY2(QString::fromUtf8(file.readAll()).contains(u"|---|---|---|\n"_s + listed + u'\n'),
+             qPrintable(listed));
 }
 
 void TestSellingCommands::filesThatCannotBeWrittenAreTold()

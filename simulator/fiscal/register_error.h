@@ -2,7 +2,7 @@
 
 namespace Simulator {
 
-/** Why the register did not do something: bits of the integer that its answers carry, 0 when it did. */
+/** What an answer tells of why the register did not do something: bits of an integer, 0 when it did. */
 enum RegisterError {
     NoError = 0,
     WrongKey = 1,     ///< a key that means nothing where it was pressed

@@ -13,26 +13,28 @@ namespace {
 constexpr qint64 smallestIdentity = 10'000'000'000; // 11 digits, the first of them not 0
 constexpr qint64 largestIdentity = 99'999'999'999;
 
-RegisterError adjust(const ItemRequest &item, SaleLine &line)
+Refusal adjust(const ItemRequest &item, SaleLine &line)
 {
     if (item.percentage < -largestPercentage || item.percentage > largestPercentage)
-        return WrongValue;
+        return BadPercentage;
     line.percentage = item.percentage;
     line.adjustment = percentageOf(line.gross, item.percentage);
     if (item.percentage != 0)
-        return NoError;
+        return NotRefused;
     if (item.amount < 0 || item.amount > line.gross)
-        return WrongValue;
+        return BadDiscount;
     line.adjustment = -item.amount;
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError price(const ItemRequest &item, SaleLine &line)
+Refusal price(const ItemRequest &item, SaleLine &line)
 {
     const Section *section = findSection(item.section);
     const auto gross = lineTotal(item.price, item.quantity);
-    if (!section || !gross)
-        return WrongValue;
+    if (!section)
+        return BadSection;
+    if (!gross)
+        return BadPrice;
     line.price = item.price;
     line.quantity = item.quantity;
     line.section = section->number;
@@ -41,92 +43,96 @@ RegisterError price(const ItemRequest &item, SaleLine &line)
     return adjust(item, line);
 }
 
-RegisterError makeLine(const ItemRequest &item, SaleLine &line)
+Refusal makeLine(const ItemRequest &item, SaleLine &line)
 {
     if (!unitName(item.type))
-        return WrongValue;
+        return BadUnit;
     line.name = itemName(item.name);
     line.type = item.type;
-    return item.price == 0 ? NoError : price(item, line);
+    return item.price == 0 ? NotRefused : price(item, line);
 }
 
 } // namespace
 
-RegisterError Sale::add(const QList<ItemRequest> &items)
+Refusal Sale::add(const QList<ItemRequest> &items)
 {
-    if (const RegisterError error = mayChange())
-        return error;
+    if (const Refusal refusal = mayChange())
+        return refusal;
     if (items.isEmpty())
-        return NothingThere;
+        return NoItem;
     if (items.size() > mostLines - m_lines.size())
-        return OverLimit;
+        return ReceiptFull;
     QList<SaleLine> lines = m_lines;
     qint64 total = totals().total;
     for (const ItemRequest &item : items) {
         SaleLine line;
-        if (const RegisterError error = makeLine(item, line))
-            return error;
+        if (const Refusal refusal = makeLine(item, line))
+            return refusal;
         total += line.total();
-        if (exceedsLimit(total))
-            return OverLimit;
+        if (const Refusal refusal = mayReach(total))
+            return refusal;
         lines << line;
     }
     m_lines = lines;
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Sale::removeLast()
+Refusal Sale::removeLast()
 {
     const auto last =
         std::find_if(m_lines.crbegin(), m_lines.crend(), [](const SaleLine &l) { return !l.deleted; });
     return remove(int(m_lines.crend() - last) - 1);
 }
 
-RegisterError Sale::remove(int index)
+Refusal Sale::remove(int index)
 {
-    if (const RegisterError error = mayChange())
-        return error;
+    if (const Refusal refusal = mayChange())
+        return refusal;
     if (index < 0 || index >= m_lines.size() || m_lines.at(index).deleted)
-        return NothingThere;
+        return NoItem;
     m_lines[index].deleted = true;
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Sale::setMedicalContribution(qint64 amount, qint64 identity)
+Refusal Sale::setMedicalContribution(qint64 amount, qint64 identity)
 {
-    if (const RegisterError error = mayChange())
-        return error;
+    if (const Refusal refusal = mayChange())
+        return refusal;
     if (amount < 0 || amount > largestAmount)
-        return WrongValue;
+        return BadContribution;
     if (amount != 0 && (identity < smallestIdentity || identity > largestIdentity))
-        return WrongValue;
-    if (exceedsLimit(itemsTotal() + amount))
-        return OverLimit;
+        return BadPatient;
+    if (const Refusal refusal = mayReach(itemsTotal() + amount))
+        return refusal;
     m_contribution = amount;
     m_patient = amount == 0 ? 0 : identity;
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Sale::pay(PaymentKind kind, qint64 amount, int acquirer)
+Refusal Sale::pay(PaymentKind kind, qint64 amount, int acquirer)
 {
     if (isEmpty())
-        return NothingThere;
+        return NothingSold;
     if (m_payments.size() >= mostPayments)
-        return OverLimit;
+        return TooManyPayments;
+    if (amount <= 0 || amount > largestAmount)
+        return BadPayment;
     const qint64 left = remaining();
-    if (amount <= 0 || amount > largestAmount || left == 0 || (kind == PaymentKind::Card && amount > left))
-        return WrongValue;
+    if (left == 0)
+        return NothingLeft;
+    if (kind == PaymentKind::Card && amount > left)
+        return CardOverRest;
     take(kind, amount, acquirer);
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Sale::settle(PaymentKind kind, int acquirer)
+Refusal Sale::settle(PaymentKind kind, int acquirer)
 {
     if (isEmpty())
-        return NothingThere;
+        return NothingSold;
     if (const qint64 left = remaining(); left > 0)
         take(kind, left, acquirer);
-    return NoError;
+    return NotRefused;
 }
 
 void Sale::take(PaymentKind kind, qint64 amount, int acquirer)
@@ -173,9 +179,11 @@ qint64 Sale::itemsTotal() const
     return total;
 }
 
-bool Sale::exceedsLimit(qint64 total) const
+Refusal Sale::mayReach(qint64 total) const
 {
-    return total > largestAmount || (m_limit > 0 && total > m_limit);
+    if (total > largestAmount)
+        return OverLargestAmount;
+    return m_limit > 0 && total > m_limit ? OverSaleLimit : NotRefused;
 }
 
 } // namespace Simulator

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/fiscal/register_error.h"
+#include "simulator/fiscal/refusal.h"
 
 #include <QByteArray>
 #include <QList>
@@ -74,8 +74,8 @@ struct TaxGroup
 using TaxGroups = std::map<int, TaxGroup>; ///< by rate in per cent
 
 /**
- * A sale: its lines, what was paid, and the sums of both. Every change either happens and gives NoError, or
- * gives the reason as a RegisterError and changes nothing. Knows nothing of keys, paper, or numbers.
+ * A sale: its lines, what was paid, and the sums of both. Every change either happens and gives NotRefused,
+ * or gives the reason and changes nothing. Knows nothing of keys, paper, or numbers.
  */
 class Sale
 {
@@ -90,22 +90,22 @@ public:
     }
 
     /** All of them or none. */
-    RegisterError add(const QList<ItemRequest> &items);
+    Refusal add(const QList<ItemRequest> &items);
 
     /** The last line that is not deleted. */
-    RegisterError removeLast();
+    Refusal removeLast();
 
     /** Lines count from 0 in the order of their coming; a deleted one keeps its place. */
-    RegisterError remove(int index);
+    Refusal remove(int index);
 
     /** What a patient pays towards a medicine; 0 takes it back. @param identity  11 digits as a number */
-    RegisterError setMedicalContribution(qint64 amount, qint64 identity);
+    Refusal setMedicalContribution(qint64 amount, qint64 identity);
 
     /** Cash may be more than what is left to pay, a card not. */
-    RegisterError pay(PaymentKind kind, qint64 amount, int acquirer);
+    Refusal pay(PaymentKind kind, qint64 amount, int acquirer);
 
     /** Pays what is left, if anything is. After it the sale is as it will stand on the receipt. */
-    RegisterError settle(PaymentKind kind, int acquirer);
+    Refusal settle(PaymentKind kind, int acquirer);
 
     const QList<SaleLine> &lines() const { return m_lines; }
     const QList<Payment> &payments() const { return m_payments; }
@@ -119,10 +119,10 @@ public:
     qint64 remaining() const;
 
 private:
-    RegisterError mayChange() const { return m_payments.isEmpty() ? NoError : PaymentBegun; }
+    Refusal mayChange() const { return m_payments.isEmpty() ? NotRefused : ItemsStay; }
     void take(PaymentKind kind, qint64 amount, int acquirer);
     qint64 itemsTotal() const;
-    bool exceedsLimit(qint64 total) const;
+    Refusal mayReach(qint64 total) const;
 
     qint64 m_limit;
     QList<SaleLine> m_lines;

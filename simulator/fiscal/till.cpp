@@ -32,27 +32,31 @@ QString Till::open(const QString &journalFile)
     return problem;
 }
 
-void Till::press(const QList<qint32> &keys)
+Refusal Till::press(const QList<qint32> &keys)
 {
-    for (const qint32 key : keys) {
-        const RegisterError error = pressOne(key);
-        if (error == NoError)
-            continue;
-        m_keyError = error;
-        m_typed.clear();
-        if (m_open)
-            m_screen = Screen::Sale;
-        return;
-    }
+    m_keysRefused = NotRefused;
+    for (const qint32 key : keys)
+        if (const Refusal refusal = pressOne(key))
+            return refuseKeys(refusal);
+    return NotRefused;
 }
 
-RegisterError Till::pressOne(qint32 key)
+Refusal Till::refuseKeys(Refusal refusal)
+{
+    m_keysRefused = refusal;
+    m_typed.clear();
+    if (m_open)
+        m_screen = Screen::Sale;
+    return refusal;
+}
+
+Refusal Till::pressOne(qint32 key)
 {
     const auto action = actionOf(m_screen, key);
-    return action ? perform(*action, key) : WrongKey;
+    return action ? perform(*action, key) : MeaninglessKey;
 }
 
-RegisterError Till::perform(KeyAction action, qint32 key)
+Refusal Till::perform(KeyAction action, qint32 key)
 {
     switch (action) {
     case KeyAction::OpenSale:
@@ -81,144 +85,137 @@ RegisterError Till::perform(KeyAction action, qint32 key)
     case KeyAction::Cancel:
         return cancel();
     }
-    return WrongKey;
+    return MeaninglessKey;
 }
 
-RegisterError Till::show(Screen screen)
+Refusal Till::show(Screen screen)
 {
     m_screen = screen;
     m_typed.clear();
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Till::begin(bool withInvoice)
+Refusal Till::begin(bool withInvoice)
 {
     if (!hasPaper())
-        return NoPaper;
+        return PaperOut;
     const qint64 now = m_clock();
     const ReceiptRef ref = m_journal.begin(withInvoice, now);
     if (ref == ReceiptRef())
-        return NoJournal;
+        return JournalUnwritable;
     m_open = Receipt{ref, Sale(m_saleLimit), now, 0, withInvoice, {}};
     return show(Screen::Sale);
 }
 
-RegisterError Till::type(qint32 key)
+Refusal Till::type(qint32 key)
 {
     if (!m_typed.type(key))
-        return WrongKey;
+        return MeaninglessKey;
     m_screen = Screen::Amount;
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Till::pay(PaymentKind kind)
+Refusal Till::pay(PaymentKind kind)
 {
-    if (const RegisterError error = mayWork())
-        return error;
+    if (const Refusal refusal = mayWork())
+        return refusal;
     Sale &sale = m_open->sale;
-    const RegisterError error = sale.pay(kind, m_typed.value(), nextAcquirer(sale));
-    return error == NoError ? show(Screen::Sale) : error;
+    const Refusal refusal = sale.pay(kind, m_typed.value(), nextAcquirer(sale));
+    return refusal == NotRefused ? show(Screen::Sale) : refusal;
 }
 
-RegisterError Till::closeByKey(PaymentKind rest)
+Refusal Till::closeByKey(PaymentKind rest)
 {
     // What was begun as an invoice needs one: its customer stands on it.
-    return m_open->withInvoice ? WrongKey : close(rest, {});
+    return m_open->withInvoice ? InvoiceNeeded : close(rest, {});
 }
 
-RegisterError Till::closeWithInvoice(const Invoice &invoice, PaymentKind rest)
+Refusal Till::closeWithInvoice(const Invoice &invoice, PaymentKind rest)
 {
-    if (!m_open || !m_open->withInvoice)
-        return NothingThere;
+    if (!m_open)
+        return NoSale;
+    if (!m_open->withInvoice)
+        return NoInvoiceSale;
     return close(rest, invoice);
 }
 
-RegisterError Till::close(PaymentKind rest, const std::optional<Invoice> &invoice)
+Refusal Till::close(PaymentKind rest, const std::optional<Invoice> &invoice)
 {
-    if (const RegisterError error = mayWork())
-        return error;
+    if (const Refusal refusal = mayWork())
+        return refusal;
     Receipt receipt = *m_open;
-    if (const RegisterError error = receipt.sale.settle(rest, nextAcquirer(receipt.sale)))
-        return error;
+    if (const Refusal refusal = receipt.sale.settle(rest, nextAcquirer(receipt.sale)))
+        return refusal;
     receipt.closed = m_clock();
     receipt.invoice = invoice;
     if (!m_journal.close(receipt))
-        return NoJournal;
+        return JournalUnwritable;
     m_day.add(receipt);
     m_lastPayments = receipt.sale.payments();
     leaveSale();
     print(receiptPrint(receipt, m_serial));
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Till::cancel()
+Refusal Till::cancel()
 {
     Receipt receipt = *m_open;
     receipt.closed = m_clock();
     if (!m_journal.cancel(receipt.ref, receipt.closed))
-        return NoJournal;
+        return JournalUnwritable;
     ++m_day.cancelled;
     leaveSale();
     print(cancelledPrint(receipt, m_serial));
-    return NoError;
+    return NotRefused;
 }
 
 void Till::leaveSale()
 {
     m_open.reset();
-    m_keyError = NoError;
+    m_keysRefused = NotRefused;
     show(Screen::Idle);
 }
 
-qint32 Till::error() const
+qint32 Till::standingError() const
 {
-    const bool begun = m_open && !m_open->sale.payments().isEmpty();
-    return m_keyError | (begun ? PaymentBegun : NoError);
+    return m_open && !m_open->sale.payments().isEmpty() ? PaymentBegun : NoError;
 }
 
-qint32 Till::takeError()
-{
-    const qint32 taken = error();
-    m_keyError = NoError;
-    return taken;
-}
-
+// Without paper it still takes the keys that cancel, so paper is no matter of the display.
 qint32 Till::display() const
 {
-    if (!hasPaper())
-        return 0;
     return m_screen == Screen::Amount || m_screen == Screen::CancelQuestion ? 2 : 1;
 }
 
-RegisterError Till::mayWork() const
+Refusal Till::mayWork() const
 {
     if (!m_open)
-        return NothingThere;
-    return hasPaper() ? NoError : NoPaper;
+        return NoSale;
+    return hasPaper() ? NotRefused : PaperOut;
 }
 
-RegisterError Till::add(const QList<ItemRequest> &items)
+Refusal Till::add(const QList<ItemRequest> &items)
 {
-    const RegisterError error = mayWork();
-    return error == NoError ? m_open->sale.add(items) : error;
+    const Refusal refusal = mayWork();
+    return refusal == NotRefused ? m_open->sale.add(items) : refusal;
 }
 
-RegisterError Till::removeLast()
+Refusal Till::removeLast()
 {
-    const RegisterError error = mayWork();
-    return error == NoError ? m_open->sale.removeLast() : error;
+    const Refusal refusal = mayWork();
+    return refusal == NotRefused ? m_open->sale.removeLast() : refusal;
 }
 
-RegisterError Till::remove(qint32 index)
+Refusal Till::remove(qint32 index)
 {
-    const RegisterError error = mayWork();
-    return error == NoError ? m_open->sale.remove(index) : error;
+    const Refusal refusal = mayWork();
+    return refusal == NotRefused ? m_open->sale.remove(index) : refusal;
 }
 
-RegisterError Till::setMedicalContribution(qint64 amount, qint64 identity)
+Refusal Till::setMedicalContribution(qint64 amount, qint64 identity)
 {
-    const RegisterError error = mayWork();
-    return error == NoError ? m_open->sale.setMedicalContribution(amount, identity) : error;
+    const Refusal refusal = mayWork();
+    return refusal == NotRefused ? m_open->sale.setMedicalContribution(amount, identity) : refusal;
 }
 
 QList<qint32> Till::saleAcquirers() const
@@ -230,45 +227,45 @@ QList<qint32> Till::saleAcquirers() const
     return acquirers;
 }
 
-RegisterError Till::mayReport() const
+Refusal Till::mayReport() const
 {
     if (m_open)
-        return WrongKey;
-    return hasPaper() ? NoError : NoPaper;
+        return SaleStillOpen;
+    return hasPaper() ? NotRefused : PaperOut;
 }
 
-RegisterError Till::printX()
+Refusal Till::printX()
 {
-    if (const RegisterError error = mayReport())
-        return error;
+    if (const Refusal refusal = mayReport())
+        return refusal;
     print(xReportPrint(m_day, z(), m_clock(), m_journal.grandTotal(), m_serial));
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Till::printZ()
+Refusal Till::printZ()
 {
-    if (const RegisterError error = mayReport())
-        return error;
+    if (const Refusal refusal = mayReport())
+        return refusal;
     if (z() == std::numeric_limits<qint32>::max())
-        return OverLimit;
+        return ZNumbersUsedUp;
     const ZReport report{z(), m_clock(), m_day, m_journal.grandTotal() + m_day.total};
     if (!m_journal.close(report))
-        return NoJournal;
+        return JournalUnwritable;
     // The next report has receipts when its number was in use before.
     m_day = m_journal.day(z()).value_or(DayTotals());
     print(zReportPrint(report, m_serial));
-    return NoError;
+    return NotRefused;
 }
 
-RegisterError Till::printSlip(const QList<QByteArray> &lines, bool withHead)
+Refusal Till::printSlip(const QList<QByteArray> &lines, bool withHead)
 {
-    if (const RegisterError error = mayReport())
-        return error;
+    if (const Refusal refusal = mayReport())
+        return refusal;
     const QStringList text = slipText(lines, withHead);
     if (text.isEmpty())
-        return OverLimit;
+        return SlipTooLong;
     print({"slip", z(), 0, text});
-    return NoError;
+    return NotRefused;
 }
 
 void Till::print(const Print &print)
@@ -295,18 +292,19 @@ bool Till::goTo(Screen screen)
 {
     if (screen == Screen::Sale && !m_open && !hasPaper())
         return false;
+    QList<qint32> keys;
     if (m_open) {
-        m_keyError = NoError;
+        m_keysRefused = NotRefused;
         show(Screen::Sale);
         if (screen == Screen::Sale)
             return true;
-        press(QList<qint32>{'C', '1'});
+        keys << 'C' << '1';
     }
     if (m_screen == Screen::Menu)
-        press(QList<qint32>{'C'});
+        keys << 'C';
     if (screen != Screen::Idle)
-        press(QList<qint32>{screen == Screen::Menu ? 'M' : 'E'});
-    return takeError() == NoError;
+        keys << (screen == Screen::Menu ? 'M' : 'E');
+    return press(keys) == NotRefused;
 }
 
 bool Till::setZ(qint32 z)

@@ -10,7 +10,7 @@ namespace Simulator {
 
 /**
  * The selling half of the register: keyboard, open sale, printer, journal, reports. Says why it does not do
- * something as a RegisterError; whatever it refuses leaves everything as it was.
+ * something; whatever it refuses leaves everything as it was.
  */
 class Till
 {
@@ -31,18 +31,19 @@ public:
 
     Screen screen() const { return m_screen; }
 
-    /** Presses the keys one after the other, up to the first that is refused; its error stays until taken. */
-    void press(const QList<qint32> &keys);
+    /** Presses the keys one after the other, up to the first that is refused. */
+    Refusal press(const QList<qint32> &keys);
 
-    /** Keys that are meant for another display: sets the error as a key without a meaning does. */
-    void refuseKeys() { press({-1}); }
+    /** Keys that are not pressed, for this reason: what was typed is forgotten as behind a wrong key. */
+    Refusal refuseKeys(Refusal refusal);
 
-    /** The error of the last keys and PaymentBegun, as they stand; the former is forgotten by it. */
-    qint32 takeError();
-    qint32 error() const; ///< the same, and it stays
+    /** The error of the last keys, until others are pressed or the sale ends, and what stands. */
+    qint32 error() const { return errorOf(m_keysRefused) | standingError(); }
 
-    /** What the display says beside the state: 1 the sale takes input, 2 something is typed or asked, 0 the
-     * printer has no paper. */
+    /** PaymentBegun once something has been paid: it is no failure, and no key changes it. */
+    qint32 standingError() const;
+
+    /** What the display says beside the state: 1 it takes input, 2 something is typed or asked. */
     qint32 display() const;
 
     // The open sale --------------------------------------------------------------------------------------
@@ -53,13 +54,13 @@ public:
     /** Of the open sale; empty without one. */
     ReceiptRef reference() const { return m_open ? m_open->ref : ReceiptRef(); }
 
-    RegisterError add(const QList<ItemRequest> &items);
-    RegisterError removeLast();
-    RegisterError remove(qint32 index);
-    RegisterError setMedicalContribution(qint64 amount, qint64 identity);
+    Refusal add(const QList<ItemRequest> &items);
+    Refusal removeLast();
+    Refusal remove(qint32 index);
+    Refusal setMedicalContribution(qint64 amount, qint64 identity);
 
     /** Takes what is left to pay and closes the receipt, which must have been opened with invoice. */
-    RegisterError closeWithInvoice(const Invoice &invoice, PaymentKind rest);
+    Refusal closeWithInvoice(const Invoice &invoice, PaymentKind rest);
 
     /** The acquirers of the open sale's card payments, or without one of the last receipt's; each once. */
     QList<qint32> saleAcquirers() const;
@@ -73,9 +74,9 @@ public:
 
     // The printer ----------------------------------------------------------------------------------------
 
-    RegisterError printX();
-    RegisterError printZ();
-    RegisterError printSlip(const QList<QByteArray> &lines, bool withHead);
+    Refusal printX();
+    Refusal printZ();
+    Refusal printSlip(const QList<QByteArray> &lines, bool withHead);
     bool hasPaper() const { return m_papersLeft != 0; }
 
     // The operator ---------------------------------------------------------------------------------------
@@ -105,17 +106,17 @@ public:
     bool setLastZ(qint64 time) { return m_journal.setLastZ(time); }
 
 private:
-    RegisterError pressOne(qint32 key);
-    RegisterError perform(KeyAction action, qint32 key);
-    RegisterError show(Screen screen);
-    RegisterError begin(bool withInvoice);
-    RegisterError type(qint32 key);
-    RegisterError pay(PaymentKind kind);
-    RegisterError closeByKey(PaymentKind rest);
-    RegisterError close(PaymentKind rest, const std::optional<Invoice> &invoice);
-    RegisterError cancel();
-    RegisterError mayWork() const;   ///< on the open sale
-    RegisterError mayReport() const; ///< between sales
+    Refusal pressOne(qint32 key);
+    Refusal perform(KeyAction action, qint32 key);
+    Refusal show(Screen screen);
+    Refusal begin(bool withInvoice);
+    Refusal type(qint32 key);
+    Refusal pay(PaymentKind kind);
+    Refusal closeByKey(PaymentKind rest);
+    Refusal close(PaymentKind rest, const std::optional<Invoice> &invoice);
+    Refusal cancel();
+    Refusal mayWork() const;   ///< on the open sale
+    Refusal mayReport() const; ///< between sales
     void print(const Print &print);
     void leaveSale();
 
@@ -128,7 +129,7 @@ private:
     QList<Payment> m_lastPayments; ///< of the receipt closed last
     Screen m_screen = Screen::Idle;
     TypedAmount m_typed;
-    qint32 m_keyError = NoError;
+    Refusal m_keysRefused = NotRefused;
     qint64 m_saleLimit = 0;
     int m_papersLeft = endlessPaper;
 };
