@@ -1,5 +1,6 @@
 #include "simulator/cash_register.h"
 
+#include "simulator/credentials.h"
 #include "simulator/frame_faults.h"
 #include "simulator/model_settings.h"
 
@@ -37,6 +38,9 @@ CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
     m_delay.setSingleShot(true);
     connect(&m_silence, &QTimer::timeout, this, [this] { m_wire.drop(u"the other side is silent"_s); });
     connect(&m_delay, &QTimer::timeout, this, &CashRegister::sendNow);
+    connect(&m_wire, &Wire::unreachable, this, [this](const QString &reason) {
+        m_events.write("unreachable", {{"reason", reason}});
+    });
     connect(&m_wire, &Wire::connected, this, &CashRegister::takeConnection);
     connect(&m_wire, &Wire::recognised, this, &CashRegister::takePurpose);
     connect(&m_wire, &Wire::frameReceived, this, &CashRegister::takeFrame);
@@ -62,6 +66,8 @@ void CashRegister::start()
     m_events.write("ready", {{"serial", QString::fromLatin1(m_options.serial)},
                              {"target", u"%1:%2"_s.arg(host, QString::number(m_options.port))},
                              {"faults", m_options.faults.names()}});
+    if (!m_model.journalWarning().isEmpty())
+        m_events.write("warning", {{"message", m_model.journalWarning()}});
     m_wire.start(m_options.host, m_options.port, m_options.throughRelay ? m_options.serial : QByteArray());
 }
 
@@ -157,6 +163,8 @@ void CashRegister::obey(const CommandResponder::Request &request)
 /** The faults in force for a request; those that its items provoke are among them, and may be spent by it. */
 Faults CashRegister::takeFaultsFor(const CommandResponder::Request &request)
 {
+    for (const QString &message : misnamedAmong(request.decoded.items))
+        m_events.write("warning", {{"message", message}});
     const QStringList provoked = provokedBy(request.decoded.items);
     for (const QString &fault : provoked)
         m_events.write("provoked", {{"fault", fault}});

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <iostream>
 
+using namespace Qt::StringLiterals;
+
 namespace Simulator {
 
 namespace {
@@ -26,6 +28,17 @@ QByteArray plainValue(const QVariant &value)
 }
 
 } // namespace
+
+QString printable(const QByteArray &bytes)
+{
+    QString text;
+    for (const char byte : bytes) {
+        const bool visible = byte > ' ' && byte <= '~' && byte != '\\';
+        text +=
+            visible ? QString(QLatin1Char(byte)) : u"\\x%1"_s.arg(uint(uchar(byte)), 2, 16, QLatin1Char('0'));
+    }
+    return text;
+}
 
 void EventWriter::write(const char *event, std::initializer_list<Field> fields) const
 {

@@ -9,6 +9,10 @@
 
 namespace Simulator {
 
+/** Foreign bytes as one word: what is no visible ASCII character, and the backslash, as \\x and two digits.
+ */
+QString printable(const QByteArray &bytes);
+
 /**
  * Writes events on standard output, one a line, flushed: words for people, or one JSON object each.
  * docs/simulated-register.md and docs/relay.md describe them.

@@ -50,6 +50,9 @@ public:
     /** What is wrong with the journal; nothing may be asked then. Empty when nothing is wrong. */
     const QString &journalProblem() const { return m_journalProblem; }
 
+    /** What the operator should know of it; usually empty. */
+    const QString &journalWarning() const { return m_till.journalWarning(); }
+
     // An application asks -----------------------------------------------------------------------------
 
     /** Opens the application's session; again is the same as once. @return false: refused */

@@ -6,8 +6,6 @@
 #include "simulator/frame_faults.h"
 #include "simulator/message_body.h"
 
-#include <QFileInfo>
-
 using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
 
@@ -50,19 +48,6 @@ QString kindName(MessageTag kind)
 int stepOf(MessageTag kind)
 {
     return int(kind) - int(PairingStart) + 1;
-}
-
-QString credentialsProblem(const QString &folder, const Faults &faults)
-{
-    QStringList files{u"client.crt"_s, u"client.key"_s};
-    if (faults.has(Fault::ExpiredCertificate))
-        files << u"expired.crt"_s << u"expired.key"_s;
-    for (const QString &file : std::as_const(files)) {
-        const QString path = folder + u'/' + file;
-        if (!QFileInfo(path).isReadable())
-            return u"the credentials folder must hold a readable %1; there is no %2"_s.arg(file, path);
-    }
-    return {};
 }
 
 PairingResponder::PairingResponder(const QByteArray &serial, const QString &credentialsFolder,

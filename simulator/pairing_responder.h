@@ -16,9 +16,6 @@ QString kindName(Velno::GMP::MessageTag kind);
 /** 1 to 3 for a pairing message kind, otherwise below or above. */
 int stepOf(Velno::GMP::MessageTag kind);
 
-/** What credentials these faults need and the folder lacks, for a message; empty when nothing lacks. */
-QString credentialsProblem(const QString &folder, const Faults &faults);
-
 /**
  * The register's side of a pairing: what it says to each request, right or under faults. Sockets are not its
  * business. It works on the one session of the protocol engine.

@@ -1,5 +1,7 @@
 #include "simulator/provoked_faults.h"
 
+#include "simulator/event_writer.h"
+
 #include <algorithm>
 #include <array>
 
@@ -43,13 +45,40 @@ constexpr std::array table{
 };
 
 /** Whether a command that has been read already can still be disturbed by it. */
-bool disturbsCommands(const QString &fault)
+bool isProvocable(const FaultRow &row)
+{
+    return row.disturbs != Disturbs::KeyExchange && row.fault != Fault::ForgetPairing;
+}
+
+QString provocableFaults()
+{
+    QStringList usages;
+    for (const FaultRow &row : faultTable())
+        if (isProvocable(row))
+            usages << u'!' + faultUsage(row);
+    return usages.join(", "_L1);
+}
+
+bool isMarked(const ItemRequest &item)
+{
+    return item.name.startsWith(mark);
+}
+
+/** What stands behind the mark, in visible characters: no fault has others. */
+QString faultNamedBy(const ItemRequest &item)
+{
+    return printable(item.name.sliced(1));
+}
+
+/** Why an item cannot provoke this fault, and what is accepted; empty when it can. */
+QString problemWith(const QString &fault)
 {
     const QString name = fault.left(fault.indexOf(u'='));
-    return std::ranges::any_of(faultTable(), [&name](const FaultRow &row) {
-        return name == QLatin1StringView(row.name) && row.disturbs != Disturbs::KeyExchange &&
-               row.fault != Fault::ForgetPairing;
-    });
+    const auto row =
+        std::ranges::find(faultTable(), name, [](const FaultRow &r) { return QLatin1StringView(r.name); });
+    if (row == faultTable().end() || !isProvocable(*row))
+        return u"\"%1\" is no fault that an item provokes; accepted are %2"_s.arg(name, provocableFaults());
+    return Faults().switchOn(fault);
 }
 
 } // namespace
@@ -63,14 +92,24 @@ QStringList provokedBy(const QList<ItemRequest> &items)
 {
     QStringList faults;
     for (const ItemRequest &item : items) {
-        const QString named = QString::fromLatin1(item.name.sliced(item.name.startsWith(mark) ? 1 : 0));
-        if (item.name.startsWith(mark) && disturbsCommands(named) && Faults().switchOn(named).isEmpty())
-            faults << named;
+        if (isMarked(item) && problemWith(faultNamedBy(item)).isEmpty())
+            faults << faultNamedBy(item);
         const auto row = std::ranges::find(table, item.price, &ProvocationRow::price);
         if (row != table.end())
             faults << QString::fromLatin1(row->fault);
     }
     return faults;
+}
+
+QStringList misnamedAmong(const QList<ItemRequest> &items)
+{
+    QStringList messages;
+    for (const ItemRequest &item : items) {
+        const QString problem = isMarked(item) ? problemWith(faultNamedBy(item)) : QString();
+        if (!problem.isEmpty())
+            messages << u"the item %1 provokes nothing: %2"_s.arg(printable(item.name), problem);
+    }
+    return messages;
 }
 
 void ProvokedFaults::add(const QStringList &faults)

@@ -21,6 +21,10 @@ std::span<const ProvocationRow> provocationTable();
 /** The faults that these items provoke, as they are typed. */
 QStringList provokedBy(const QList<ItemRequest> &items);
 
+/** For each of these items that is named as if it provoked a fault, and provokes none: why, and what is
+ * accepted. */
+QStringList misnamedAmong(const QList<ItemRequest> &items);
+
 /**
  * The faults that the open sale has provoked. Each goes off once, one with *N behind its command N times: at
  * its command, or at the next one when it names none; until then it changes nothing. What has not gone off by

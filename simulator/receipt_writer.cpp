@@ -1,7 +1,8 @@
 #include "simulator/receipt_writer.h"
 
+#include "simulator/private_file.h"
+
 #include <QDir>
-#include <QFile>
 
 #include <cstdio>
 
@@ -46,7 +47,7 @@ QString ReceiptWriter::write(const Print &print)
     QFile file(nextFile(print));
     while (file.exists()) // another register writes to the same folder
         file.setFileName(nextFile(print));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+    if (!createPrivate(file))
         return u"%1 cannot be written: %2"_s.arg(file.fileName(), file.errorString());
     if (file.write(text) == text.size() && file.flush())
         return {};

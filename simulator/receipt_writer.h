@@ -13,7 +13,8 @@ public:
     ReceiptWriter(const QString &folder, bool show);
 
     /**
-     * Writes the print as UTF-8, in a file of its own that no other print overwrites.
+     * Writes the print as UTF-8, in a file of its own that no other print overwrites and nobody but its owner
+     * reads.
      *
      * @return an empty text, or why there is no file
      */

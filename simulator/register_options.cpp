@@ -1,9 +1,9 @@
 #include "simulator/register_options.h"
 
 #include "ExtDevice/gmp3/trust_anchors.h"
+#include "simulator/credentials.h"
 #include "simulator/fiscal/paper.h"
 #include "simulator/model_settings.h"
-#include "simulator/pairing_responder.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>

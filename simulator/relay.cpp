@@ -39,18 +39,6 @@ size_t roomForConnections()
     return size_t(room - std::min(room, otherDescriptors));
 }
 
-/** A name as it can be printed in one word. */
-QString printable(const QByteArray &name)
-{
-    QString text;
-    for (const char byte : name) {
-        const bool visible = byte > ' ' && byte <= '~' && byte != '\\';
-        text +=
-            visible ? QString(QLatin1Char(byte)) : u"\\x%1"_s.arg(uint(uchar(byte)), 2, 16, QLatin1Char('0'));
-    }
-    return text;
-}
-
 QString place(const QHostAddress &address, quint16 port)
 {
     const bool ipv6 = address.protocol() == QAbstractSocket::IPv6Protocol;

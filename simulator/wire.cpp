@@ -136,6 +136,8 @@ void Wire::takeConnection()
         m_socket.abort();
         return;
     }
+    m_failing.invalidate();
+    m_failure.clear();
     m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
     watchForVanishing(m_socket);
     askAfter(m_socket, m_greeting.isEmpty() ? firstIdle : usualIdle);
@@ -214,6 +216,22 @@ void Wire::takeState(QAbstractSocket::SocketState state)
         m_retry.start(waitBefore(std::exchange(m_attempt, std::min(m_attempt + 1, mostCounted))));
     if (std::exchange(m_connected, false))
         emit disconnected(m_reason);
+    else if (!m_stopped)
+        takeFailure();
+}
+
+void Wire::takeFailure()
+{
+    constexpr qint64 passing = 500; // ms
+    if (!m_failing.isValid())
+        m_failing.start();
+    // Without an error it has met itself; nobody listens there.
+    const bool metItself = m_socket.error() == QAbstractSocket::UnknownSocketError;
+    const QString reason = metItself ? m_failure : m_socket.errorString();
+    if (m_failing.elapsed() < passing || reason == m_failure)
+        return;
+    m_failure = reason;
+    emit unreachable(reason);
 }
 
 void Wire::send(const QByteArray &bytes, int segment)

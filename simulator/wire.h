@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -51,6 +52,12 @@ public:
     void drop(const QString &reason);
 
 signals:
+    /**
+     * Attempts to connect have been failing for half a second, for this reason: told once, and again when the
+     * reason changes or when there was a connection in between. Shorter gaps are nobody's concern: an
+     * application stops to listen between two contacts.
+     */
+    void unreachable(const QString &reason);
     void connected();
     void recognised(); ///< what the connection is for
     /** A whole frame; on a connection for commands without the length in front. */
@@ -66,6 +73,7 @@ private:
     void recognise();
     bool takeFrame();
     void takeState(QAbstractSocket::SocketState state);
+    void takeFailure();
 
     QTcpSocket m_socket;
     QTimer m_retry;
@@ -76,7 +84,9 @@ private:
     Purpose m_purpose = Purpose::Unknown;
     bool m_paused = false;
     QString m_reason;
-    int m_attempt = 0; ///< to connect, since the other side was last heard
+    QElapsedTimer m_failing; ///< since the first attempt of a row that failed
+    QString m_failure;       ///< the reason that was told last
+    int m_attempt = 0;       ///< to connect, since the other side was last heard
     bool m_connected = false;
     bool m_stopped = true;
 };

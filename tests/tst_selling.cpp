@@ -12,6 +12,7 @@
 
 #include <csignal>
 #include <memory>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 using namespace Velno;
@@ -49,12 +50,15 @@ private slots:
     void aFaultMayBeForSoManyTimes();
     void theManualListsWhatProvokes();
     void whatWasProvokedIsForgotten();
+    void itemsNamedLikeNoFaultAreWarnedOf();
     void whatIsProvokedAgainWaitsOnce();
     void aKilledRegisterRemembers_data();
     void aKilledRegisterRemembers();
     void aCutOfThePowerKeepsWhatWasClosed();
     void printsBecomeFiles();
     void unusableFilesAreRefused_data();
+    void booksAreTheirOwnersAlone();
+    void foreignFilesStayAsTheyAre();
     void unusableFilesAreRefused();
     void cleanup();
 };
@@ -801,6 +805,36 @@ void TestSelling::whatWasProvokedIsForgotten()
     QVERIFY(shop.reg.setFault(u"none"_s));
     for (const QJsonObject &event : shop.reg.events())
         provocations += event.value(u"event"_s) == u"provoked"_s;
+void TestSelling::itemsNamedLikeNoFaultAreWarnedOf()
+{
+    Shop shop;
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    const auto warning = [&shop](const QByteArray &name) {
+        const int code = addItem(100, name);
+        const QString message =
+            shop.reg.waitForAny({u"warning"_s, u"answered"_s}).value(u"message"_s).toString();
+        return code == 0 ? message : u"code %1"_s.arg(code);
+    };
+    QVERIFY(!shop.reg.waitFor(u"answered"_s).isEmpty()); // of state
+    QVERIFY(!shop.reg.waitFor(u"answered"_s).isEmpty()); // of the start
+    const QString refuze = warning("!refuze=item");
+    QVERIFY2(refuze.startsWith(u"the item !refuze=item provokes nothing: \"refuze\" is no fault that an item "
+                               "provokes; accepted are "_s),
+             qPrintable(refuze));
+    QVERIFY2(refuze.contains(u", !refuse=COMMAND, "_s) && !refuze.contains(u"!wrong-authority"_s),
+             qPrintable(refuze));
+    for (const QByteArray &name : {"!wrong-authority"_ba, "!forget-pairing"_ba, "!"_ba, "!! Kampanya"_ba}) {
+        QVERIFY(!shop.reg.waitFor(u"answered"_s).isEmpty());
+        QVERIFY2(warning(name).contains(u"is no fault that an item provokes"_s), name);
+    }
+    QVERIFY(!shop.reg.waitFor(u"answered"_s).isEmpty());
+    QVERIFY(warning("!refuse=state").contains(u"\"state\" is no value of refuse; accepted is COMMAND"_s));
+    QVERIFY(!shop.reg.waitFor(u"answered"_s).isEmpty());
+    QVERIFY(warning("!refuse\nstopped").startsWith(u"the item !refuse\\x0astopped provokes nothing"_s));
+    QVERIFY(!shop.reg.waitFor(u"answered"_s).isEmpty());
+    QCOMPARE(warning("Ekmek!"), QString());
+}
+
     QCOMPARE(provocations, 1);
 }
 
@@ -942,6 +976,58 @@ void TestSelling::unusableFilesAreRefused()
     QFETCH(const QByteArray, message);
     QProcess process;
     process.start(SimulatedRegister::program(),
+void TestSelling::booksAreTheirOwnersAlone()
+{
+    constexpr auto owner = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+    constexpr auto everybody = owner | QFile::ReadGroup | QFile::ReadOther;
+    const QTemporaryDir folder;
+    const QString journal = folder.filePath(u"journal"_s);
+    const QDir receipts(folder.filePath(u"receipts"_s));
+    QVERIFY(receipts.mkpath(u"."_s));
+    const quint16 port = TestSupport::freePort();
+    const QStringList arguments{u"--serial"_s,   QLatin1StringView(SimulatedRegister::serial),
+                                u"--connect"_s,  u"127.0.0.1:%1"_s.arg(port),
+                                u"--journal"_s,  journal,
+                                u"--receipts"_s, receipts.path()};
+    {
+        ChildProgram reg(SimulatedRegister::program(), arguments, [] { ::umask(0); });
+        QCOMPARE(velnoext_initialize(5, SimulatedRegister::serial, "127.0.0.1", port, patience), 0);
+        QCOMPARE(velnoext_x_report(), 0);
+        QVERIFY(!reg.waitFor(u"printed"_s).isEmpty());
+        const QFileInfoList files =
+            QDir(folder.path()).entryInfoList(QDir::Files) + receipts.entryInfoList(QDir::Files);
+        QCOMPARE_GE(files.size(), 3); // the journal, what SQLite lays beside it, and the report
+        for (const QFileInfo &file : files)
+            QVERIFY2(file.permissions() == owner, qPrintable(file.filePath()));
+        reg.say("quit");
+        QCOMPARE(reg.waitForExit(), 0);
+        for (const QJsonObject &event : reg.events())
+            QVERIFY(event.value(u"event"_s) != u"warning"_s);
+    }
+    QVERIFY(QFile::setPermissions(journal, everybody));
+    ChildProgram reg(SimulatedRegister::program(), arguments);
+    QCOMPARE(reg.waitFor(u"warning"_s).value(u"message"_s),
+             u"the journal %1 was open to others; now it is its owner's alone"_s.arg(journal));
+    QCOMPARE(QFile::permissions(journal), owner);
+}
+
+void TestSelling::foreignFilesStayAsTheyAre()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"notes"_s);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(file.write(QByteArray(5000, 'x')) > 0);
+    file.close();
+    QVERIFY(file.setPermissions(file.permissions() | QFile::ReadOther));
+    QProcess process;
+    process.start(SimulatedRegister::program(),
+                  {u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"127.0.0.1:9"_s, u"--journal"_s, path});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 64);
+    QVERIFY(QFile::permissions(path) & QFile::ReadOther);
+}
+
                   QStringList{u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"127.0.0.1:9"_s} +
                       arguments);
     QVERIFY(process.waitForFinished());

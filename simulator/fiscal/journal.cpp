@@ -1,5 +1,7 @@
 #include "simulator/fiscal/journal.h"
 
+#include "simulator/private_file.h"
+
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QUuid>
@@ -143,6 +145,9 @@ QString Journal::resume()
 /** Returns what was wrong, or nothing. */
 QString Journal::connect(const QString &file)
 {
+    // Before SQLite creates it: what SQLite lays beside it gets the same permissions.
+    if (QFile created(file); !file.isEmpty() && !created.exists())
+        createPrivate(created); // when that fails, so does opening it
     m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
     m_database.setDatabaseName(file.isEmpty() ? u":memory:"_s : file);
     m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=0"_s);
@@ -158,10 +163,25 @@ QString Journal::connect(const QString &file)
     const bool ours = id == applicationId && version == layoutVersion;
     if (!ours && (id != 0 || tables != 0))
         return u"it is no journal of this program"_s;
+    tighten(file);
     // Not sooner: the mode is written into the file. In it what a transaction wrote survives the program's
     // end without waiting for the disk.
     const QString problem = set({u"PRAGMA journal_mode = WAL"_s, u"PRAGMA synchronous = NORMAL"_s});
     return ours || !problem.isEmpty() ? problem : execute(layout());
+}
+
+/** One that an earlier program, or somebody else, has left open to others. */
+void Journal::tighten(const QString &file)
+{
+    if (file.isEmpty())
+        return;
+    if (const QString log = file + u"-wal"_s; QFile::exists(log))
+        makePrivate(log); // SQLite has made it as open as the journal was
+    if (isPrivate(file))
+        return;
+    const QString outcome = makePrivate(file) ? u"now it is its owner's alone"_s
+                                              : u"that cannot be changed: it is somebody else's"_s;
+    m_warning = u"the journal %1 was open to others; %2"_s.arg(file, outcome);
 }
 
 /** One after the other. Returns what was wrong, or nothing. */

@@ -22,13 +22,16 @@ public:
     Q_DISABLE_COPY_MOVE(Journal)
 
     /**
-     * Opens the file, or makes it; receipts that were open are cancelled then. One whose counters or day
-     * cannot be read is not used: a register that took them for 0 would make a wrong report.
+     * Opens the file, or makes it, for its owner alone; receipts that were open are cancelled then. One whose
+     * counters or day cannot be read is not used: a register that took them for 0 would make a wrong report.
      *
      * @param file  empty: kept in memory
      * @return an empty text, or what was wrong
      */
     QString open(const QString &file);
+
+    /** What the operator should know of the file that was opened; usually empty. */
+    const QString &warning() const { return m_warning; }
 
     /** Whether no receipt and no report is on record. */
     bool isNew() const;
@@ -60,6 +63,7 @@ private:
     struct Statements;
 
     QString connect(const QString &file);
+    void tighten(const QString &file);
     QString resume();
     QString set(const QStringList &statements);
     QString execute(const QStringList &statements);
@@ -73,6 +77,7 @@ private:
     bool inTransaction(Change change);
 
     QString m_connection;
+    QString m_warning;
     QSqlDatabase m_database;
     std::unique_ptr<Statements> m_statements;
     qint32 m_z = 1;

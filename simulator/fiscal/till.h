@@ -26,6 +26,7 @@ public:
 
     /** To be called first. @return an empty text, or what is wrong with the journal */
     QString open(const QString &journalFile);
+    const QString &journalWarning() const { return m_journal.warning(); }
 
     // The keyboard ---------------------------------------------------------------------------------------
 
