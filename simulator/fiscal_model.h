@@ -70,6 +70,7 @@ public:
 
     /** What went wrong with the last keys, and what stands in the open sale: bits of RegisterError. */
     std::int32_t error() const { return m_till.error(); }
+    std::int32_t tellError() { return m_till.tellError(); } ///< to an application: it has seen it then
     std::int32_t standingError() const { return m_till.standingError(); }
 
     /** The till; null in a state in which nothing is sold or printed. */

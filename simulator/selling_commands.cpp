@@ -52,8 +52,9 @@ Refusal pressKeys(const CommandCall &call, const KeyRequest &request)
     const Refusal refusal = tryKeys(call, request);
     if (request.answer) {
         writeState(call);
+        const qint32 error = call.model.tellError();
         if (toldState(call) == State::SaleOpen)
-            call.reply << call.wrong.error.value_or(call.model.error());
+            call.reply << call.wrong.error.value_or(error);
     }
     return refusal == NotRefused ? madeUpError(call) : refusal;
 }
@@ -232,7 +233,7 @@ DecodedCommand saleState(QDataStream &)
         call.reply << !call.wrong.refuse;
         writeState(call);
         const ReceiptRef ref = call.model.saleReference();
-        call.reply << call.wrong.error.value_or(call.model.error()) << call.model.saleTotals() << ref.z
+        call.reply << call.wrong.error.value_or(call.model.tellError()) << call.model.saleTotals() << ref.z
                    << ref.number;
         return call.wrong.refuse ? FaultRefuses : madeUpError(call);
     }};

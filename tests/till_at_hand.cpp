@@ -137,6 +137,7 @@ QString RandomShop::payAndClose()
         const QByteArray amount = QByteArray::number(m_random.bounded(1, 1000));
         m_till.keys((amount + ",5" + (m_random.bounded(2) ? "$" : "#")).constData());
     }
+    m_till.tellError();
     const bool cancels = nothing || m_random.bounded(6) == 0;
     m_till.keys(cancels ? "C1" : m_random.bounded(2) ? "$" : "#");
     if (m_till.saleIsOpen())

@@ -434,23 +434,23 @@ void TestJournal::whatCannotBeWrittenDoesNotHappen()
     {
         const FullDisk full(1024);
         life.press({keyF10});
-        QCOMPARE(life.error(), int(NoJournal));
+        QCOMPARE(life.tellError(), int(NoJournal));
         QVERIFY(life.saleIsOpen());
         QCOMPARE(life.totals().cash, 0);
         life.press({'C', '1'});
-        QCOMPARE(life.error(), int(NoJournal));
+        QCOMPARE(life.tellError(), int(NoJournal));
         QVERIFY(life.saleIsOpen());
         QCOMPARE(life.day(), before);
     }
     life.press({keyF10});
-    QCOMPARE(life.error(), int(NoError));
+    QCOMPARE(life.tellError(), int(NoError));
     QVERIFY(life.receipt({1, 2}));
     {
         const FullDisk full(1024);
         QCOMPARE(life.printZ(), JournalUnwritable);
         QCOMPARE(life.z(), 1);
         life.press({'E'});
-        QCOMPARE(life.error(), int(NoJournal));
+        QCOMPARE(life.tellError(), int(NoJournal));
         QVERIFY(!life.saleIsOpen());
     }
     QCOMPARE(life.printZ(), NotRefused);

@@ -22,6 +22,7 @@ private slots:
     void everyOtherKeyIsAnError();
     void keysBehindAWrongOneAreNotPressed();
     void anErrorStandsUntilTheNextKeys();
+    void anErrorOnTheDisplayKeepsKeysAway();
     void paymentsStandInTheError();
     void keysCloseAndCancel_data();
     void keysCloseAndCancel();
@@ -208,6 +209,7 @@ void TestKeyboard::anErrorStandsUntilTheNextKeys()
     TillAtHand till;
     till.keys("X");
     QCOMPARE(till.error(), int(WrongKey));
+    QCOMPARE(till.tellError(), int(WrongKey));
     QCOMPARE(till.error(), int(WrongKey));
     till.keys("E");
     QCOMPARE(till.error(), int(NoError));
@@ -218,17 +220,42 @@ void TestKeyboard::anErrorStandsUntilTheNextKeys()
     QCOMPARE(till.error(), int(NoError));
 }
 
+void TestKeyboard::anErrorOnTheDisplayKeepsKeysAway()
+{
+    TillAtHand till;
+    till.keys("X");
+    till.keys("E"); // between sales there is nothing to lose
+    till.add({bread});
+    till.keys("26#");
+    QCOMPARE(till.press({keyF11}), ErrorDisplayed);
+    QCOMPARE(till.press({'1', keyF10}), ErrorDisplayed);
+    QCOMPARE(till.error(), int(WrongValue)); // of the payment
+    QVERIFY(till.saleIsOpen());
+    QCOMPARE(till.tellError(), int(WrongValue));
+    QCOMPARE(till.press({keyF11}), NotRefused);
+    QVERIFY(!till.saleIsOpen());
+    till.keys("E");
+    till.add({bread});
+    till.keys("26#");
+    QCOMPARE(till.press({'C', 'C'}), NotRefused);
+    QCOMPARE(till.press({keyF11}), NotRefused);
+    till.keys("E$");
+    till.setPaper(0);
+    QCOMPARE(till.press({'C', '1'}), NotRefused);
+    QVERIFY(!till.saleIsOpen());
+}
+
 void TestKeyboard::paymentsStandInTheError()
 {
     TillAtHand till;
     goTo(till, Screen::Sale);
     till.keys("1$");
-    QCOMPARE(till.error(), int(PaymentBegun));
+    QCOMPARE(till.tellError(), int(PaymentBegun));
     till.keys("X");
-    QCOMPARE(till.error(), int(PaymentBegun | WrongKey));
+    QCOMPARE(till.tellError(), int(PaymentBegun | WrongKey));
     QCOMPARE(till.standingError(), int(PaymentBegun));
     till.keys("$");
-    QCOMPARE(till.error(), int(NoError));
+    QCOMPARE(till.tellError(), int(NoError));
 }
 
 void TestKeyboard::keysCloseAndCancel_data()
@@ -276,14 +303,14 @@ void TestKeyboard::aRefusedPaymentLeavesTheSale()
 {
     TillAtHand till;
     till.keys("E$");
-    QCOMPARE(till.error(), int(NothingThere));
+    QCOMPARE(till.tellError(), int(NothingThere));
     till.keys("1$");
-    QCOMPARE(till.error(), int(NothingThere));
+    QCOMPARE(till.tellError(), int(NothingThere));
     till.add({bread});
     till.keys("25,01#");
-    QCOMPARE(till.error(), int(WrongValue));
+    QCOMPARE(till.tellError(), int(WrongValue));
     till.keys("0,00$");
-    QCOMPARE(till.error(), int(WrongValue));
+    QCOMPARE(till.tellError(), int(WrongValue));
     QCOMPARE(till.totals().card, 0);
     QVERIFY(till.saleIsOpen());
 }
@@ -293,7 +320,7 @@ void TestKeyboard::withoutPaperNothingIsSold()
     TillAtHand till;
     till.setPaper(0);
     till.keys("E");
-    QCOMPARE(till.error(), int(NoPaper));
+    QCOMPARE(till.tellError(), int(NoPaper));
     QVERIFY(!till.saleIsOpen());
     till.setPaper(1);
     till.keys("E");
@@ -305,9 +332,9 @@ void TestKeyboard::withoutPaperNothingIsSold()
     QCOMPARE(till.remove(0), PaperOut);
     QCOMPARE(till.setMedicalContribution(0, 0), PaperOut);
     till.keys("$");
-    QCOMPARE(till.error(), int(NoPaper));
+    QCOMPARE(till.tellError(), int(NoPaper));
     till.keys("1$");
-    QCOMPARE(till.error(), int(NoPaper));
+    QCOMPARE(till.tellError(), int(NoPaper));
     till.setPaper(Till::endlessPaper);
     QCOMPARE(till.display(), 1);
     till.keys("$");

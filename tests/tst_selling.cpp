@@ -31,6 +31,7 @@ private slots:
     void aSaleIsCancelled();
     void paymentsInParts();
     void refusedKeysAreInTheEventsAndInNobodysWay();
+    void aRefusedPaymentDoesNotCloseTheSaleOtherwise();
     void aSaleIsCancelledWhateverWasRefused_data();
     void aSaleIsCancelledWhateverWasRefused();
     void aSaleIsCancelledWithoutPaper();
@@ -49,16 +50,16 @@ private slots:
     void provokedFaultsWaitForTheirOwnCommands();
     void aFaultMayBeForSoManyTimes();
     void theManualListsWhatProvokes();
-    void whatWasProvokedIsForgotten();
     void itemsNamedLikeNoFaultAreWarnedOf();
+    void whatWasProvokedIsForgotten();
     void whatIsProvokedAgainWaitsOnce();
     void aKilledRegisterRemembers_data();
     void aKilledRegisterRemembers();
     void aCutOfThePowerKeepsWhatWasClosed();
     void printsBecomeFiles();
-    void unusableFilesAreRefused_data();
     void booksAreTheirOwnersAlone();
     void foreignFilesStayAsTheyAre();
+    void unusableFilesAreRefused_data();
     void unusableFilesAreRefused();
     void cleanup();
 };
@@ -366,6 +367,7 @@ void TestSelling::refusedKeysAreInTheEventsAndInNobodysWay()
     QCOMPARE(velnoext_end_sale(cash), 0); // sent; nothing is on the receipt
     QCOMPARE(refusedKeys(shop), u"nothing-sold"_s);
     QCOMPARE(addItem(100), 0);
+    QCOMPARE(saleState().code, 0);
     QCOMPARE(velnoext_add_payment(card, 101), 0); // sent; more than is left
     QCOMPARE(refusedKeys(shop), u"card-over-rest"_s);
     QCOMPARE(saleState().totals.at(3), 0);
@@ -378,6 +380,21 @@ void TestSelling::refusedKeysAreInTheEventsAndInNobodysWay()
     QCOMPARE(velnoext_end_sale(cash), 0); // sent; an invoice is needed
     QCOMPARE(refusedKeys(shop), u"invoice-needed"_s);
     QCOMPARE(endWithInvoice(), 0);
+}
+
+void TestSelling::aRefusedPaymentDoesNotCloseTheSaleOtherwise()
+{
+    Shop shop;
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    QCOMPARE(addItem(100), 0);
+    QCOMPARE(velnoext_add_payment(card, 101), 0); // refused
+    QCOMPARE(velnoext_end_sale(cash), 0);         // of an application that does not look
+    QCOMPARE(refusedKeys(shop), u"card-over-rest"_s);
+    QCOMPARE(refusedKeys(shop), u"error-displayed"_s);
+    QCOMPARE(state(), 5);
+    QCOMPARE(saleState().totals.at(2), 0);
+    QCOMPARE(velnoext_end_sale(cash), 0);
+    QCOMPARE(state(), 1);
 }
 
 void TestSelling::aSaleIsCancelledWhateverWasRefused_data()
@@ -550,6 +567,7 @@ void TestSelling::withoutPaperNothingIsSold()
     QCOMPARE(medical(), 7);
     QCOMPARE(velnoext_end_sale(cash), 0); // sent
     QCOMPARE(state(), 5);
+    QCOMPARE(saleState().totals.first(), 100);
     QVERIFY(say("paper on"));
     QCOMPARE(velnoext_end_sale(cash), 0);
     QCOMPARE(state(), 1);
@@ -787,24 +805,6 @@ void TestSelling::theManualListsWhatProvokes()
     }
 }
 
-void TestSelling::whatWasProvokedIsForgotten()
-{
-    Shop shop;
-    QCOMPARE(velnoext_start_sale(patience), 0);
-    QCOMPARE(addItem(100, "!refuse=delete"), 0);
-    QCOMPARE(addItem(100, "!wrong-authority"), 0); // none of commands
-    QCOMPARE(addItem(100, "!nonsense"), 0);
-    QCOMPARE(addItem(100, "!forget-pairing"), 0); // nor of one that has been read
-    QCOMPARE(velnoext_cancel_sale(patience), 0);
-    QCOMPARE(velnoext_start_sale(patience), 0);
-    QCOMPARE(addItem(100), 0);
-    QCOMPARE(deleteLast(), 0);
-    int provocations = 0;
-    for (const QJsonObject &event : shop.reg.events())
-        provocations += event.value(u"event"_s) == u"provoked"_s;
-    QVERIFY(shop.reg.setFault(u"none"_s));
-    for (const QJsonObject &event : shop.reg.events())
-        provocations += event.value(u"event"_s) == u"provoked"_s;
 void TestSelling::itemsNamedLikeNoFaultAreWarnedOf()
 {
     Shop shop;
@@ -835,6 +835,24 @@ void TestSelling::itemsNamedLikeNoFaultAreWarnedOf()
     QCOMPARE(warning("Ekmek!"), QString());
 }
 
+void TestSelling::whatWasProvokedIsForgotten()
+{
+    Shop shop;
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    QCOMPARE(addItem(100, "!refuse=delete"), 0);
+    QCOMPARE(addItem(100, "!wrong-authority"), 0); // none of commands
+    QCOMPARE(addItem(100, "!nonsense"), 0);
+    QCOMPARE(addItem(100, "!forget-pairing"), 0); // nor of one that has been read
+    QCOMPARE(velnoext_cancel_sale(patience), 0);
+    QCOMPARE(velnoext_start_sale(patience), 0);
+    QCOMPARE(addItem(100), 0);
+    QCOMPARE(deleteLast(), 0);
+    int provocations = 0;
+    for (const QJsonObject &event : shop.reg.events())
+        provocations += event.value(u"event"_s) == u"provoked"_s;
+    QVERIFY(shop.reg.setFault(u"none"_s));
+    for (const QJsonObject &event : shop.reg.events())
+        provocations += event.value(u"event"_s) == u"provoked"_s;
     QCOMPARE(provocations, 1);
 }
 
@@ -958,24 +976,6 @@ void TestSelling::printsBecomeFiles()
     QCOMPARE(files.entryList(QDir::Files).last(), u"000003-z-report-Z1.txt"_s);
 }
 
-void TestSelling::unusableFilesAreRefused_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("message");
-    QTest::newRow("journal in no folder") << QStringList{u"--journal"_s, u"/no/such/folder/file"_s}
-                                          << "the journal /no/such/folder/file cannot be used"_ba;
-    QTest::newRow("journal without a name")
-        << QStringList{u"--journal"_s, QString()} << "the name of a file"_ba;
-    QTest::newRow("receipts in no folder")
-        << QStringList{u"--receipts"_s, u"/no/such/folder"_s} << "a folder that can be written to"_ba;
-}
-
-void TestSelling::unusableFilesAreRefused()
-{
-    QFETCH(const QStringList, arguments);
-    QFETCH(const QByteArray, message);
-    QProcess process;
-    process.start(SimulatedRegister::program(),
 void TestSelling::booksAreTheirOwnersAlone()
 {
     constexpr auto owner = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
@@ -1028,6 +1028,24 @@ void TestSelling::foreignFilesStayAsTheyAre()
     QVERIFY(QFile::permissions(path) & QFile::ReadOther);
 }
 
+void TestSelling::unusableFilesAreRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("journal in no folder") << QStringList{u"--journal"_s, u"/no/such/folder/file"_s}
+                                          << "the journal /no/such/folder/file cannot be used"_ba;
+    QTest::newRow("journal without a name")
+        << QStringList{u"--journal"_s, QString()} << "the name of a file"_ba;
+    QTest::newRow("receipts in no folder")
+        << QStringList{u"--receipts"_s, u"/no/such/folder"_s} << "a folder that can be written to"_ba;
+}
+
+void TestSelling::unusableFilesAreRefused()
+{
+    QFETCH(const QStringList, arguments);
+    QFETCH(const QByteArray, message);
+    QProcess process;
+    process.start(SimulatedRegister::program(),
                   QStringList{u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"127.0.0.1:9"_s} +
                       arguments);
     QVERIFY(process.waitForFinished());

@@ -362,6 +362,18 @@ const Refused refusals[] = {
     {MeaninglessKey, "change-state", keys(1, 0, 0, {'X'})},
     {OtherDisplay, "change-state", saleKeys({keyF10})},
     {InvoiceNeeded, "change-state", saleKeys({keyF10}), sellWithInvoice},
+    {ErrorDisplayed, "change-state", saleKeys({keyF10}),
+     [](FiscalModel &model) {
+         sellBread(model);
+         answer(model, "change-state", saleKeys({'2', '6', keyF11}));
+         answer(model, "state");
+     }},
+    {NotRefused, "change-state", saleKeys({keyF10}),
+     [](FiscalModel &model) {
+         sellBread(model);
+         answer(model, "change-state", saleKeys({'2', '6', keyF11}));
+         answer(model, "sale-state");
+     }},
     {NoSale, "item", bread},
     {ItemsStay, "delete", {}, payALira},
     {BadPrice, "item", item(-1, 0, 0, 1, 0), openSale},

@@ -249,7 +249,8 @@ void TestVelnoctlRegister::whatASaleContainsEndsTheScript_data()
     QTest::newRow("wrong MAC") << QByteArray("item 11111.17 Su\n") << 11;
     QTest::newRow("over the limit") << QByteArray("item 20000 Su\n") << 8;
     QTest::newRow("sale still open") << QByteArray("z-report\n") << 8;
-    QTest::newRow("too much by card") << QByteArray("item 1 Su\npay card 2\nend-sale card\n") << 8;
+    QTest::newRow("too much by card")
+        << QByteArray("item 1 Su\npay card 2\nend-sale card\nstart-sale\n") << 6;
     QTest::newRow("second sale") << QByteArray("start-sale\n") << 6;
     QTest::newRow("receipt still open") << QByteArray("sale-state\nreceipt\n") << 8;
 }

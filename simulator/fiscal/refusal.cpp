@@ -13,6 +13,8 @@ constexpr std::array table{
                "the keys are meant for another display than the present one"},
     RefusalRow{InvoiceNeeded, "invoice-needed", WrongKey,
                "a sale with invoice is closed by end-invoice, not by a key"},
+    RefusalRow{ErrorDisplayed, "error-displayed", WrongKey,
+               "the error of earlier keys is on the display; sale-state clears it, and so does C"},
     RefusalRow{NoSale, "no-sale", NothingThere, "no sale is open"},
     RefusalRow{ItemsStay, "payment-begun", PaymentBegun,
                "something has been paid, so items stay as they are"},

@@ -14,6 +14,7 @@ enum Refusal {
     MeaninglessKey,
     OtherDisplay,
     InvoiceNeeded,
+    ErrorDisplayed,
 
     // the sale and its items
     NoSale,

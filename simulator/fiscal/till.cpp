@@ -34,7 +34,9 @@ QString Till::open(const QString &journalFile)
 
 Refusal Till::press(const QList<qint32> &keys)
 {
-    m_keysRefused = NotRefused;
+    if (m_errorIsDisplayed && m_open && !keys.startsWith('C'))
+        return ErrorDisplayed;
+    clearError();
     for (const qint32 key : keys)
         if (const Refusal refusal = pressOne(key))
             return refuseKeys(refusal);
@@ -44,6 +46,7 @@ Refusal Till::press(const QList<qint32> &keys)
 Refusal Till::refuseKeys(Refusal refusal)
 {
     m_keysRefused = refusal;
+    m_errorIsDisplayed = true;
     m_typed.clear();
     if (m_open)
         m_screen = Screen::Sale;
@@ -172,8 +175,20 @@ Refusal Till::cancel()
 void Till::leaveSale()
 {
     m_open.reset();
-    m_keysRefused = NotRefused;
+    clearError();
     show(Screen::Idle);
+}
+
+qint32 Till::tellError()
+{
+    m_errorIsDisplayed = false;
+    return error();
+}
+
+void Till::clearError()
+{
+    m_keysRefused = NotRefused;
+    m_errorIsDisplayed = false;
 }
 
 qint32 Till::standingError() const
@@ -294,7 +309,7 @@ bool Till::goTo(Screen screen)
         return false;
     QList<qint32> keys;
     if (m_open) {
-        m_keysRefused = NotRefused;
+        clearError();
         show(Screen::Sale);
         if (screen == Screen::Sale)
             return true;

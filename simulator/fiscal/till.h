@@ -32,7 +32,11 @@ public:
 
     Screen screen() const { return m_screen; }
 
-    /** Presses the keys one after the other, up to the first that is refused. */
+    /**
+     * Presses the keys one after the other, up to the first that is refused. In a sale its error stays on the
+     * display: until somebody is told, no keys are taken but those that begin with C, so that what was meant
+     * to come behind a payment does not close the sale without it.
+     */
     Refusal press(const QList<qint32> &keys);
 
     /** Keys that are not pressed, for this reason: what was typed is forgotten as behind a wrong key. */
@@ -40,6 +44,9 @@ public:
 
     /** The error of the last keys, until others are pressed or the sale ends, and what stands. */
     qint32 error() const { return errorOf(m_keysRefused) | standingError(); }
+
+    /** The same for somebody who asks: it is not on the display any more. */
+    qint32 tellError();
 
     /** PaymentBegun once something has been paid: it is no failure, and no key changes it. */
     qint32 standingError() const;
@@ -120,6 +127,7 @@ private:
     Refusal mayReport() const; ///< between sales
     void print(const Print &print);
     void leaveSale();
+    void clearError();
 
     QByteArray m_serial;
     Clock m_clock;
@@ -131,6 +139,7 @@ private:
     Screen m_screen = Screen::Idle;
     TypedAmount m_typed;
     Refusal m_keysRefused = NotRefused;
+    bool m_errorIsDisplayed = false;
     qint64 m_saleLimit = 0;
     int m_papersLeft = endlessPaper;
 };
