@@ -558,8 +558,8 @@ VELNOEXT_API int velnoext_add_payment(int type, long long amount);
 VELNOEXT_API int velnoext_end_sale(int type);
 
 /**
- * Cancels the open sale and waits until the register is idle. Payments that the register refused, and a printer
- * without paper, are no hindrance to the simulated register; without paper it prints nothing of it.
+ * Cancels the open sale and waits until the register is idle. Payments that the register refused, and a
+ * printer without paper, are no hindrance to the simulated register; without paper it prints nothing of it.
  *
  * @return 0; 6: no sale is open, or the register's state is not 1 afterwards; 7, 8: as for
  *         velnoext_add_payment()
