@@ -61,12 +61,14 @@ foreach(file libvelnoext.so libvelnoext.so.0 cmake/Velno/VelnoConfig.cmake cmake
     expect("${file} is installed" EXISTS ${lib}/${file})
 endforeach()
 
-file(GLOB programs ${root}/bin/*)
-foreach(file ${lib}/libvelnoext.so ${programs})
-    run(${READELF} -d ${file})
-    expect("${file} names no folder to load from" result EQUAL 0 AND NOT output MATCHES "R(UN)?PATH")
-endforeach()
+file(GLOB programs RELATIVE ${root}/bin ${root}/bin/*)
+list(JOIN programs " " output)
+expect("every program is installed" output STREQUAL "velno-pairing velno-register velno-relay velnoctl")
+run(${READELF} -d ${root}/bin/velnoctl)
+string(FIND "${output}" "[$ORIGIN/../${LIBDIR}]" found)
+expect("velnoctl looks for the library beside itself alone" found GREATER 0)
 run(${READELF} -d ${lib}/libvelnoext.so)
+expect("the library names no folder to load from" result EQUAL 0 AND NOT output MATCHES "R(UN)?PATH")
 expect("the library's SONAME has its major version" output MATCHES "SONAME[^\n]*\\[libvelnoext\\.so\\.0\\]")
 file(GLOB_RECURSE texts ${lib}/cmake/*.cmake ${lib}/pkgconfig/*.pc)
 foreach(file ${texts})
@@ -74,6 +76,29 @@ foreach(file ${texts})
     string(FIND "${output}" "${SOURCE}/" found)
     expect("${file} names no folder of the build" found LESS 0 AND NOT output MATCHES "extdevice")
 endforeach()
+
+# What is installed starts from where it lies, also when that is another place than the configured one, and whatever
+# lies in the current folder.
+set(moved ${WORK}/moved)
+file(RENAME ${root} ${moved})
+file(MAKE_DIRECTORY ${WORK}/current)
+file(WRITE ${WORK}/current/libvelnoext.so.0 "no library")
+foreach(program ${programs})
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH QT_QPA_PLATFORM=offscreen
+                    timeout 2 ${moved}/bin/${program} --help
+                    WORKING_DIRECTORY ${WORK}/current RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    if(program STREQUAL "velno-pairing")
+        expect("${program} opens its window" result EQUAL 124 OR result EQUAL 0)
+    else()
+        expect("${program} starts" result EQUAL 0 AND output MATCHES "Usage: ${program}")
+    endif()
+endforeach()
+run(${CMAKE_COMMAND} -E env --unset=PKG_CONFIG_SYSROOT_DIR PKG_CONFIG_PATH=${moved}/${LIBDIR}/pkgconfig
+    ${PKG_CONFIG} --cflags --libs velnoext)
+separate_arguments(flags UNIX_COMMAND "${output} ${LINK_FLAGS}")
+run(${C_COMPILER} -std=c99 ${SOURCE}/tests/consumer/main.c -o ${WORK}/moved_main ${flags})
+expect("pkg-config finds a library that was moved" result EQUAL 0)
+file(RENAME ${moved} ${root})
 
 # The header alone, as C99 and as C++.
 file(WRITE ${WORK}/header.c "#include <velnoext.h>\n")
