@@ -1,0 +1,77 @@
+// A connection of the simulated register to anybody: what it is for, where a frame ends, what comes next.
+#include "fuzz/fuzz_input.h"
+#include "fuzz/loopback.h"
+#include "fuzz/paired_record.h"
+#include "simulator/cash_register.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QtEndian>
+
+using namespace Velno::GMP;
+
+namespace {
+
+QByteArray withLength(const QByteArray &frame)
+{
+    QByteArray length(sizeof(quint32), Qt::Uninitialized);
+    qToBigEndian(quint32(frame.size()), length.data());
+    return length + frame;
+}
+
+QByteArray bytesFrom(Fuzz::Input &input)
+{
+    const std::uint8_t how = input.byte();
+    const QByteArray bytes = input.chunk();
+    switch (how >> 6) {
+    case 0:
+        return bytes;
+    case 1:
+        return GMP3::frame(false, MessageTag(PairingStart + (how & 3)), bytes, Fuzz::serial);
+    case 2:
+        return withLength(GMP3::frame(true, None, bytes, Fuzz::serial));
+    default:
+        return withLength(Fuzz::sealed(Fuzz::pairedRecord(), bytes));
+    }
+}
+
+/** Lets the register do what it has to do, until this holds. */
+template <typename Condition>
+void letItRunUntil(Condition condition)
+{
+    const QDeadlineTimer patience(20'000);
+    while (!condition()) {
+        FUZZ_EXPECT(!patience.hasExpired());
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    static int argumentCount = 0;
+    static const QCoreApplication application(argumentCount, nullptr);
+    [[maybe_unused]] static const bool isSilent = Fuzz::silence();
+    static const Fuzz::Listener listener;
+
+    Simulator::RegisterOptions options;
+    options.serial = Fuzz::serial;
+    options.host = QStringLiteral("127.0.0.1");
+    options.port = listener.port();
+    options.credentials = QStringLiteral(VELNO_DEVELOPMENT_AUTHORITY "/register");
+    Simulator::CashRegister cashRegister(options);
+    FUZZ_EXPECT(cashRegister.prepare().isEmpty());
+    cashRegister.start();
+    Fuzz::Descriptor peer;
+    letItRunUntil([&] { return bool(peer = listener.accept(false)); });
+    Fuzz::Input input(data, size);
+    while (!input.atEnd() && !peer.hasEnded()) {
+        peer.send(bytesFrom(input));
+        QCoreApplication::processEvents();
+    }
+    peer.endWriting();
+    letItRunUntil([&] { return peer.hasEnded(); });
+    cashRegister.stop();
+    return 0;
+}
