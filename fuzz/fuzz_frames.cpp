@@ -17,7 +17,7 @@ QByteArray frameFrom(Fuzz::Input &input)
     const QByteArray bytes = input.chunk();
     if (how & 0x80)
         return bytes;
-    const MessageTag kind = MessageTag(how & 0x1F);
+    const MessageTag kind = MessageTag((how & 0x1F) % (None + 1));
     return GMP3::frame(how & 0x40, how & 0x20 ? None : kind, bytes, serial);
 }
 

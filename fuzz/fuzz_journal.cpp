@@ -59,12 +59,28 @@ void change(QSqlDatabase &database, Fuzz::Input &input)
     query.exec();
 }
 
-void fill(const QString &path, Fuzz::Input &input)
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    FUZZ_EXPECT(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size());
+}
+
+/** The bytes of a new one, which is made where the path leads. */
+QByteArray freshJournal(const QString &path)
 {
     {
-        Simulator::Journal fresh;
-        FUZZ_EXPECT(fresh.open(path).isEmpty());
+        Simulator::Journal journal;
+        FUZZ_EXPECT(journal.open(path).isEmpty());
     }
+    QFile file(path);
+    FUZZ_EXPECT(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+}
+
+void fill(const QString &path, Fuzz::Input &input)
+{
+    static const QByteArray fresh = freshJournal(path);
+    write(path, fresh);
     const QString name = u"fuzz"_s;
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
@@ -77,12 +93,6 @@ void fill(const QString &path, Fuzz::Input &input)
         FUZZ_EXPECT(database.commit());
     }
     QSqlDatabase::removeDatabase(name);
-}
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    FUZZ_EXPECT(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size());
 }
 
 /** What a register does with the journal that it has found. */
