@@ -30,6 +30,17 @@ QByteArray frameFrom(Fuzz::Input &input)
     }
 }
 
+/** What its operator has done before. */
+void prepare(Simulator::FiscalModel &model, std::uint8_t what)
+{
+    if (what & 1)
+        model.setSaleLimit(10'000);
+    if (what & 2)
+        model.setPrintsLeft(1);
+    if (what & 4)
+        model.setState(Simulator::State(what >> 4));
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
@@ -41,9 +52,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     Simulator::FiscalModel model(Fuzz::serial);
     FUZZ_EXPECT(model.journalProblem().isEmpty());
     model.setPrinter([](const Simulator::Print &) {});
+    Fuzz::Input input(data, size);
+    prepare(model, input.byte());
     Simulator::CommandResponder responder(Fuzz::serial, model, faults);
     responder.setKeys(Fuzz::pairedRecord());
-    Fuzz::Input input(data, size);
     while (!input.atEnd()) {
         const auto request = responder.read(frameFrom(input));
         if (request.refusal.isEmpty() && request.command)

@@ -15,6 +15,8 @@ QByteArray frameFrom(Fuzz::Input &input)
 {
     const std::uint8_t how = input.byte();
     const QByteArray bytes = input.chunk();
+    if (how >= 0xC0)
+        return GMP3::frame(false, PairingStart, bytes, "UB0000000001");
     if (how & 0x80)
         return bytes;
     const MessageTag kind = MessageTag((how & 0x1F) % (None + 1));
@@ -50,6 +52,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         if (status == 0)
             FUZZ_EXPECT(GMP3::check(frame.constData(), int(frame.size()), identity, false) == 0);
         checkFields();
+        FUZZ_EXPECT(GMP3::TLV_value(QByteArrayLiteral("no tag")).isEmpty());
     }
     return 0;
 }

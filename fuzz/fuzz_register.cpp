@@ -1,5 +1,6 @@
 // A connection of the simulated register to anybody: what it is for, where a frame ends, what comes next.
 #include "fuzz/fuzz_input.h"
+#include "fuzz/honest_requests.h"
 #include "fuzz/loopback.h"
 #include "fuzz/paired_record.h"
 #include "simulator/cash_register.h"
@@ -19,19 +20,23 @@ QByteArray withLength(const QByteArray &frame)
     return length + frame;
 }
 
-QByteArray bytesFrom(Fuzz::Input &input)
+QByteArray bytesFrom(std::uint8_t how, Fuzz::Input &input)
 {
-    const std::uint8_t how = input.byte();
+    const MessageTag kind = MessageTag(PairingStart + (how & 3));
     const QByteArray bytes = input.chunk();
-    switch (how >> 6) {
+    switch (how >> 5) {
     case 0:
         return bytes;
     case 1:
-        return GMP3::frame(false, MessageTag(PairingStart + (how & 3)), bytes, Fuzz::serial);
+        return GMP3::frame(false, kind, bytes, Fuzz::serial);
     case 2:
+        return GMP3::frame(false, kind, Fuzz::honestRequest(kind) + bytes, Fuzz::serial);
+    case 3:
+        return withLength(bytes);
+    case 4:
         return withLength(GMP3::frame(true, None, bytes, Fuzz::serial));
     default:
-        return withLength(Fuzz::sealed(Fuzz::pairedRecord(), bytes));
+        return withLength(Fuzz::sealed(Fuzz::sessionRecord(), bytes));
     }
 }
 
@@ -44,6 +49,24 @@ void letItRunUntil(Condition condition)
         FUZZ_EXPECT(!patience.hasExpired());
         QCoreApplication::processEvents(QEventLoop::AllEvents);
     }
+}
+
+/** One connection, up to its end or to where the input says that the next one begins. */
+void converse(const Fuzz::Listener &listener, Fuzz::Input &input)
+{
+    constexpr std::uint8_t nextConnection = 0xE0;
+    Fuzz::Descriptor peer;
+    letItRunUntil([&] { return bool(peer = listener.accept(false)); });
+    while (!input.atEnd() && !peer.hasEnded()) {
+        const std::uint8_t how = input.byte();
+        if (how >= nextConnection)
+            break;
+        peer.send(bytesFrom(how, input));
+        for (int i = 0; i < 4; ++i)
+            QCoreApplication::processEvents();
+    }
+    peer.endWriting();
+    letItRunUntil([&] { return peer.hasEnded(); });
 }
 
 } // namespace
@@ -63,15 +86,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     Simulator::CashRegister cashRegister(options);
     FUZZ_EXPECT(cashRegister.prepare().isEmpty());
     cashRegister.start();
-    Fuzz::Descriptor peer;
-    letItRunUntil([&] { return bool(peer = listener.accept(false)); });
     Fuzz::Input input(data, size);
-    while (!input.atEnd() && !peer.hasEnded()) {
-        peer.send(bytesFrom(input));
-        QCoreApplication::processEvents();
-    }
-    peer.endWriting();
-    letItRunUntil([&] { return peer.hasEnded(); });
+    do
+        converse(listener, input);
+    while (!input.atEnd());
     cashRegister.stop();
     return 0;
 }

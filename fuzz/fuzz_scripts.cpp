@@ -2,6 +2,7 @@
 // sent.
 #include "fuzz/fuzz_input.h"
 #include "velnoctl/parse.h"
+#include "velnoctl/words.h"
 
 #include <QStringList>
 
@@ -23,6 +24,17 @@ void readAsFile(const QByteArray &text)
     ::close(file);
 }
 
+/** As a line for the shell and as arguments of the program; other files are left alone. */
+void readAsCommands(const QByteArray &line)
+{
+    QStringList words;
+    const QStringList standardInput{QStringLiteral("run"), QStringLiteral("-")};
+    if (!splitWords(line, &words) || (words.contains(standardInput.first()) && words != standardInput))
+        return;
+    parseLine(line, Shell);
+    parseWords(words, CommandLine);
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
@@ -33,6 +45,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         const Parsed parsed = parseLine(line, Script);
         FUZZ_EXPECT(parsed.steps.size() <= 1);
         FUZZ_EXPECT(parsed.problem.isEmpty() || parsed.steps.isEmpty());
+        readAsCommands(line);
     }
     return 0;
 }
