@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <array>
+#include <cstring>
 #include <memory>
 #include <openssl/bio.h>
 #include <openssl/bn.h>
@@ -50,6 +52,21 @@ inline const unsigned char *octets(const QByteArray &bytes)
 inline unsigned char *octets(QByteArray &bytes)
 {
     return reinterpret_cast<unsigned char *>(bytes.data());
+}
+
+/**
+ * Overwrites what earlier calls have left on the stack below the caller and in the registers that bytes are
+ * copied with. No function of ours keeps a secret there, but the dynamic linker saves those registers on the
+ * stack when it looks a function up at its first call.
+ */
+[[gnu::noinline]] inline void cleanseStack()
+{
+    std::array<unsigned char, 32 * 1024> left; // more than OpenSSL needs for what is done here
+    OPENSSL_cleanse(left.data(), left.size());
+    const size_t half = left.size() / 2;
+    for (size_t size = 1; size <= half; size *= 2) // other registers for other sizes
+        std::memcpy(left.data(), left.data() + half, size);
+    OPENSSL_cleanse(left.data(), left.size()); // so that no compiler leaves the copying out
 }
 
 /** Empties a secret and overwrites its memory, unless another byte string still shares it. */

@@ -1,4 +1,5 @@
 #include "ExtDevice/encoding/digest.h"
+#include "ExtDevice/gmp3/known_groups.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "ExtDevice/gmp3_util.h"
 #include "tests/test_authority.h"
@@ -35,6 +36,13 @@ QByteArray nearPrime(int offset)
     return bytesOf(p.get());
 }
 
+QByteArray ofGroup(const PkeyPtr &group, const char *parameter)
+{
+    BIGNUM *number = nullptr;
+    EVP_PKEY_get_bn_param(group.get(), parameter, &number);
+    return bytesOf(BnPtr{number}.get());
+}
+
 /** A number of one of the groups that OpenSSL has by name. */
 QByteArray ofNamedGroup(const char *name, const char *parameter)
 {
@@ -47,10 +55,7 @@ QByteArray ofNamedGroup(const char *name, const char *parameter)
     EVP_PKEY *key = nullptr;
     EVP_PKEY_fromdata_init(ctx.get());
     EVP_PKEY_fromdata(ctx.get(), &key, EVP_PKEY_KEY_PARAMETERS, const_cast<OSSL_PARAM *>(params));
-    const PkeyPtr owner{key};
-    BIGNUM *number = nullptr;
-    EVP_PKEY_get_bn_param(key, parameter, &number);
-    return bytesOf(BnPtr{number}.get());
+    return ofGroup(PkeyPtr{key}, parameter);
 }
 
 PkeyPtr groupOf(const QByteArray &p, const QByteArray &g)
@@ -109,8 +114,9 @@ private slots:
     void builtInGroupIsGroup14();
     void groupIsRefused_data();
     void groupIsRefused();
-    void onlySafeGroupsCount_data();
-    void onlySafeGroupsCount();
+    void onlyKnownGroupsCount_data();
+    void onlyKnownGroupsCount();
+    void groupsAreReadFromPem();
     void publicKeyIsAsLongAsThePrime();
     void publicKeyNeedsAPair();
     void bothSidesComputeTheSameSecret();
@@ -151,7 +157,7 @@ void TestCrypto::builtInGroupIsGroup14()
     QVERIFY(p.startsWith(hex("FFFFFFFFFFFFFFFFC90FDAA22168C234")));
     QVERIFY(p.endsWith(hex("15728E5A8AACAA68FFFFFFFFFFFFFFFF")));
     QCOMPARE(QByteArray(get_dh2048_g_value(), get_dh2048_g_size()), hex("02"));
-    QVERIFY(GMP3::DH_isSafeGroup(GMP3::DH_get_dh2048()));
+    QVERIFY(isKnownGroup(GMP3::DH_get_dh2048()));
 }
 
 void TestCrypto::groupIsRefused_data()
@@ -178,45 +184,61 @@ void TestCrypto::groupIsRefused()
     QFETCH(const QByteArray, g);
     PkeyPtr group = groupOf(p, g);
     QVERIFY(!group);
-    QVERIFY(!GMP3::DH_isSafeGroup(group));
+    QVERIFY(!isKnownGroup(group));
     QVERIFY(!GMP3::DH_generate(group));
     QVERIFY(!GMP3::DH_get(nullptr, 256, nullptr, 1));
     QVERIFY(!GMP3::DH_get(p.constData(), -1, g.constData(), 1));
 }
 
-void TestCrypto::onlySafeGroupsCount_data()
+void TestCrypto::onlyKnownGroupsCount_data()
 {
     QTest::addColumn<QByteArray>("p");
     QTest::addColumn<QByteArray>("g");
-    QTest::addColumn<bool>("safe");
+    QTest::addColumn<bool>("known");
 
-    const BnPtr p1536{BN_get_rfc3526_prime_1536(nullptr)};
-    const BnPtr p4096{BN_get_rfc3526_prime_4096(nullptr)};
-    QTest::newRow("group 14") << nearPrime(0) << hex("02") << true;
-    QTest::newRow("its prime with another generator, checked") << nearPrime(0) << hex("03") << true;
-    QTest::newRow("the same again, remembered") << nearPrime(0) << hex("05") << true;
-    QTest::newRow("4096 bits, known") << bytesOf(p4096.get()) << hex("02") << true;
-    QTest::newRow("1536 bits, a safe prime but short") << bytesOf(p1536.get()) << hex("02") << false;
-    for (const char *name : {"ffdhe2048", "ffdhe3072"}) {
-        QTest::addRow("%s, known", name)
-            << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_P) << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_G) << true;
+    for (const char *name : {"modp_2048", "modp_3072", "modp_4096", "modp_6144", "modp_8192", "ffdhe2048",
+                             "ffdhe3072", "ffdhe4096", "ffdhe6144", "ffdhe8192"}) {
+        const QByteArray p = ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_P);
+        QTest::newRow(name) << p << hex("02") << true;
+        QTest::addRow("%s, leading zeros", name) << '\0' + p << hex("0002") << true;
+        for (const char *g : {"03", "04", "05", "08"})
+            QTest::addRow("%s with the generator %s", name, g) << p << hex(g) << false;
+        QTest::addRow("%s with the generator p-2", name) << p << p.chopped(1) + char(p.back() - 2) << false;
     }
-    for (const char *name : {"dh_2048_224", "dh_2048_256"}) {
-        QTest::addRow("%s, known, but not a safe prime", name)
-            << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_P) << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_G)
-            << false;
+    QTest::newRow("the registers' own group")
+        << bytesOf(BnPtr{BN_get_rfc3526_prime_2048(nullptr)}.get()) << hex("02") << true;
+    for (const char *name : {"modp_1536", "dh_1024_160", "dh_2048_224", "dh_2048_256"}) {
+        QTest::addRow("%s, which OpenSSL knows", name) << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_P)
+                                                       << ofNamedGroup(name, OSSL_PKEY_PARAM_FFC_G) << false;
     }
+    const std::vector<PkeyPtr> own = groupsIn(TestSupport::groupOfItsOwn());
+    QCOMPARE(own.size(), size_t(1));
+    QTest::newRow("a safe prime of nobody's")
+        << ofGroup(own.front(), OSSL_PKEY_PARAM_FFC_P) << hex("02") << false;
     QTest::newRow("2048 bits, no prime") << nearPrime(2) << hex("02") << false;
     QTest::newRow("512 bits") << hex("F1").repeated(64) << hex("02") << false;
-    QTest::newRow("more bits than are ever checked") << hex("F1").repeated(1024) << hex("02") << false;
+    QTest::newRow("as many bits as a message holds") << hex("F1").repeated(4000) << hex("02") << false;
 }
 
-void TestCrypto::onlySafeGroupsCount()
+void TestCrypto::onlyKnownGroupsCount()
 {
     QFETCH(const QByteArray, p);
     QFETCH(const QByteArray, g);
-    QFETCH(const bool, safe);
-    QCOMPARE(GMP3::DH_isSafeGroup(groupOf(p, g)), safe);
+    QFETCH(const bool, known);
+    QCOMPARE(isKnownGroup(groupOf(p, g)), known);
+}
+
+void TestCrypto::groupsAreReadFromPem()
+{
+    const QByteArray pem = TestSupport::groupOfItsOwn();
+    QCOMPARE(groupsIn({}).size(), size_t(0));
+    QCOMPARE(groupsIn("no group").size(), size_t(0));
+    QCOMPARE(groupsIn(pem + "a remark\n" + pem).size(), size_t(2));
+    QCOMPARE(groupsIn(pem + pem.first(pem.size() / 2)).size(), size_t(1));
+    QCOMPARE(groupInWords(groupsIn(pem).front()),
+             QByteArray("2048 bits, generator 0x02, SHA-256 of the prime "
+                        "ff3b5fed81431a2e05e6f7d7bc42269b681cbe8a9ad806e55f1606dd2391381f"));
+    QVERIFY(groupInWords(groupOf(nearPrime(0), nearPrime(-3))).contains("generator a long number"));
 }
 
 void TestCrypto::publicKeyIsAsLongAsThePrime()

@@ -1,19 +1,10 @@
-#include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/gmp3_util.h"
 
-#include <QHash>
-
-#include <mutex>
 #include <openssl/core_names.h>
 
 namespace Velno::GMP {
 
 namespace {
-
-constexpr int leastSafeBits = 2048;
-// Checking a prime of this size takes seconds already; larger ones must be known to OpenSSL.
-constexpr int mostCheckedBits = 4096;
-constexpr qsizetype mostRememberedPrimes = 64;
 
 BnPtr number(const char *bytes, int length)
 {
@@ -28,48 +19,6 @@ bool isUsableGroup(const BIGNUM *p, const BIGNUM *g)
     const BnPtr last{BN_dup(p)};
     return last && BN_is_odd(p) && BN_sub_word(last.get(), 1) && !BN_is_zero(g) && !BN_is_one(g) &&
            BN_cmp(g, last.get()) < 0;
-}
-
-BnPtr primeOf(const PkeyPtr &dh)
-{
-    BIGNUM *p = nullptr;
-    EVP_PKEY_get_bn_param(dh.get(), OSSL_PKEY_PARAM_FFC_P, &p);
-    return BnPtr{p};
-}
-
-/** Whether OpenSSL knows the group and its prime is a safe one. It knows groups with other primes, too. */
-bool isKnownSafeGroup(const PkeyPtr &dh)
-{
-    char name[64];
-    size_t length = 0;
-    if (EVP_PKEY_get_group_name(dh.get(), name, sizeof name, &length) != 1)
-        return false;
-    const QByteArrayView group(name, qsizetype(length));
-    return group.startsWith("modp_") || group.startsWith("ffdhe");
-}
-
-bool isSafePrime(const BIGNUM *p)
-{
-    const BnCtxPtr ctx{BN_CTX_new()};
-    const BnPtr half{BN_dup(p)};
-    return ctx && half && BN_rshift1(half.get(), half.get()) &&
-           BN_check_prime(half.get(), ctx.get(), nullptr) == 1 && BN_check_prime(p, ctx.get(), nullptr) == 1;
-}
-
-/** isSafePrime(), made once for each prime: registers of one model all send the same. */
-bool isSafePrimeRemembered(const BIGNUM *p)
-{
-    static std::mutex mutex;
-    static QHash<QByteArray, bool> verdicts;
-    QByteArray bytes(BN_num_bytes(p), Qt::Uninitialized);
-    BN_bn2bin(p, octets(bytes));
-    const QByteArray key = sha256Sum(bytes);
-    const std::lock_guard lock(mutex);
-    if (const auto known = verdicts.constFind(key); known != verdicts.constEnd())
-        return *known;
-    if (verdicts.size() >= mostRememberedPrimes)
-        verdicts.clear();
-    return *verdicts.insert(key, isSafePrime(p));
 }
 
 /** The same group with the peer's public key; null when the key is not in 2 .. p-2. */
@@ -106,16 +55,6 @@ PkeyPtr GMP3::DH_get(const char *p, int pLength, const char *g, int gLength)
 PkeyPtr GMP3::DH_get_dh2048()
 {
     return DH_get(get_dh2048_p_value(), get_dh2048_p_size(), get_dh2048_g_value(), get_dh2048_g_size());
-}
-
-bool GMP3::DH_isSafeGroup(const PkeyPtr &dh)
-{
-    if (!dh || EVP_PKEY_get_bits(dh.get()) < leastSafeBits)
-        return false;
-    if (isKnownSafeGroup(dh))
-        return true;
-    const BnPtr p = primeOf(dh);
-    return p && BN_num_bits(p.get()) <= mostCheckedBits && isSafePrimeRemembered(p.get());
 }
 
 bool GMP3::DH_generate(PkeyPtr &dh)

@@ -26,8 +26,16 @@ unsigned int connection_handle = 0;
 
 GMP3_Message::~GMP3_Message()
 {
+    forgetKeys();
+}
+
+void GMP3_Message::forgetKeys()
+{
+    dh.reset(); // OpenSSL overwrites the secret exponent
     for (QByteArray *key : {&hmacKey, &kcvIv, &aesKey})
         cleanse(*key);
+    secretAgreed = false;
+    cleanseStack();
 }
 
 namespace {

@@ -11,7 +11,10 @@ namespace Velno::GMP {
 /** The state of the one GMP3 session of this process. */
 struct GMP3_Message
 {
-    ~GMP3_Message(); ///< overwrites the keys
+    ~GMP3_Message();
+
+    /** Drops the keys and the key pair, overwritten except for keys that a pairing record shares. */
+    void forgetKeys();
 
     bool isResponse = false; ///< direction of the last message that check() recognised
     bool failed = false;     ///< the responder's verdict on the last PairingConfirm: true = refused
@@ -111,12 +114,6 @@ public:
     /** The 2048-bit group 14 of RFC 3526. */
     static PkeyPtr DH_get_dh2048();
 
-    /**
-     * Whether a group from the network is safe to make a key pair in: at least 2048 bits, and its prime is
-     * one that OpenSSL knows as safe or that passes a safe-prime check (made once for each prime).
-     */
-    static bool DH_isSafeGroup(const PkeyPtr &dh);
-
     /** Makes a key pair in the group. @return false, the group untouched, when that fails */
     [[nodiscard]] static bool DH_generate(PkeyPtr &dh);
 
@@ -128,7 +125,11 @@ public:
 
     // Certificates and signatures ---------------------------------------------------------------------
 
-    /** Whether the certificate (PEM) verifies against the chain (PEM); says why not on standard output. */
+    /**
+     * Whether the certificate (PEM) verifies against the chain (PEM) and is one that a register signs with:
+     * an RSA key of at least 2048 bits that may make signatures, no authority's, and not signed with MD5.
+     * Says why not in the log.
+     */
     static bool verifyCertificate(const QByteArray &certificate, const QByteArray &chain);
 
     /** RSA PKCS#1 v1.5 signature over SHA-256 of the data; empty on failure. */

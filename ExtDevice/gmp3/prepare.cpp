@@ -1,6 +1,7 @@
 #include "ExtDevice/encoding/bcd.h"
 #include "ExtDevice/encoding/file.h"
 #include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/known_groups.h"
 #include "ExtDevice/gmp3/log.h"
 #include "ExtDevice/gmp3_util.h"
 
@@ -72,15 +73,18 @@ QByteArray requestStart(const char *identity)
     return body.bytes();
 }
 
-/** A key pair in the group that the register sent; none when that group is not safe. */
+/** A key pair in the group that the register sent; none when that is no group known beforehand. */
 PkeyPtr keyPairInReceivedGroup()
 {
     const QByteArray p = GMP3::TLV_value(fieldTag(DhPrime));
     const QByteArray g = GMP3::TLV_value(fieldTag(DhGenerator));
     PkeyPtr dh = GMP3::DH_get(p.constData(), int(p.size()), g.constData(), int(g.size()));
-    if (!GMP3::DH_isSafeGroup(dh) || !GMP3::DH_generate(dh))
+    if (!isKnownGroup(dh)) {
+        const QByteArray group = dh ? groupInWords(dh) : QByteArrayLiteral("no usable numbers");
+        LogLine() << "Unknown DH group: " << group.constData();
         return {};
-    return dh;
+    }
+    return GMP3::DH_generate(dh) ? std::move(dh) : PkeyPtr();
 }
 
 QByteArray requestKeyExchange(const char *identity)
