@@ -144,6 +144,9 @@ private slots:
     void certificateUnderTheAnchorsVerifies();
     void certificateIsRefused_data();
     void certificateIsRefused();
+    void certificateOfNoRegisterIsRefused_data();
+    void certificateOfNoRegisterIsRefused();
+    void authorityInPlaceOfARegisterIsRefused();
     void signatureVerifies();
     void signatureIsRefused_data();
     void signatureIsRefused();
@@ -626,6 +629,55 @@ void TestCrypto::certificateIsRefused()
     const LogCapture log;
     QVERIFY(!GMP3::verifyCertificate(certificate, chain));
     QCOMPARE(log.text(), line);
+}
+
+void TestCrypto::certificateOfNoRegisterIsRefused_data()
+{
+    QTest::addColumn<TestSupport::CertificateKind>("kind");
+    QTest::addColumn<QByteArray>("line"); // in the log; empty for a certificate that is taken
+
+    using Kind = TestSupport::CertificateKind;
+    const auto row = [](const char *name, const Kind &kind, const QByteArray &fault) {
+        QTest::newRow(name) << kind << (fault.isEmpty() ? fault : "Certificate refused: " + fault + '\n');
+    };
+    row("like a register's", {}, {});
+    row("3072 bits", {.keyBits = 3072}, {});
+    row("signed with SHA-1", {.digest = "SHA1"}, {});
+    row("without extensions", {.basicConstraints = "", .keyUsage = ""}, {});
+    row("for signatures and more", {.keyUsage = "digitalSignature,nonRepudiation,keyEncipherment"}, {});
+
+    row("1024 bits", {.keyBits = 1024}, "its key is shorter than 2048 bits");
+    row("2040 bits", {.keyBits = 2040}, "its key is shorter than 2048 bits");
+    row("elliptic curve", {.keyType = "EC"}, "its key is not RSA");
+    row("signed with MD5", {.digest = "MD5"}, "it is signed with MD5 or worse");
+    row("an authority's", {.basicConstraints = "critical,CA:TRUE"}, "it is an authority's");
+    row("an authority's, also for signatures",
+        {.basicConstraints = "CA:TRUE", .keyUsage = "digitalSignature,keyCertSign"}, "it is an authority's");
+    row("for certificates, without constraints", {.basicConstraints = "", .keyUsage = "keyCertSign"},
+        "it is an authority's");
+    row("for encryption only", {.keyUsage = "critical,keyEncipherment"}, "its key is not for signatures");
+    row("for non-repudiation only", {.keyUsage = "nonRepudiation"}, "its key is not for signatures");
+}
+
+void TestCrypto::certificateOfNoRegisterIsRefused()
+{
+    QFETCH(const TestSupport::CertificateKind, kind);
+    QFETCH(const QByteArray, line);
+    static const TestSupport::TestAuthority authority;
+    const QByteArray certificate = authority.issue(kind).certificate;
+    const LogCapture log;
+    QCOMPARE(GMP3::verifyCertificate(certificate, authority.chain()), line.isEmpty());
+    QCOMPARE(log.text(), line);
+}
+
+void TestCrypto::authorityInPlaceOfARegisterIsRefused()
+{
+    const LogCapture log;
+    const QByteArray end = "-----END CERTIFICATE-----\n";
+    const qsizetype first = trustAnchors().indexOf(end) + end.size();
+    QVERIFY(!GMP3::verifyCertificate(trustAnchors().first(first), trustAnchors()));
+    QVERIFY(!GMP3::verifyCertificate(trustAnchors().sliced(first), trustAnchors()));
+    QCOMPARE(log.text(), QByteArray("Certificate refused: it is an authority's\n").repeated(2));
 }
 
 void TestCrypto::signatureVerifies()

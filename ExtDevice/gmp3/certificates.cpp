@@ -3,10 +3,13 @@
 
 #include <mutex>
 #include <openssl/pem.h>
+#include <openssl/x509v3.h>
 
 namespace Velno::GMP {
 
 namespace {
+
+constexpr int leastKeyBits = 2048;
 
 /**
  * The object that was made last, kept with the text it was made from: parsing costs ten times a check. Shared
@@ -103,6 +106,32 @@ QByteArray openssl_signChecksum(const QByteArray &data, const QByteArray &keyPem
     return signature;
 }
 
+/** Digests under which two certificates with one signature can be made. */
+bool isBrokenDigest(int digest)
+{
+    return digest == NID_md2 || digest == NID_md4 || digest == NID_md5;
+}
+
+/** Why a certificate whose chain is good is none of a register; null when nothing speaks against it. */
+const char *registerFault(X509 *x509)
+{
+    const EVP_PKEY *key = X509_get0_pubkey(x509);
+    int digest = NID_undef;
+    if (!key || !EVP_PKEY_is_a(key, "RSA"))
+        return "its key is not RSA";
+    if (EVP_PKEY_get_bits(key) < leastKeyBits)
+        return "its key is shorter than 2048 bits";
+    if (X509_get_signature_info(x509, &digest, nullptr, nullptr, nullptr) != 1 || isBrokenDigest(digest))
+        return "it is signed with MD5 or worse";
+    // The first alone passes an authority whose key is not for certificates.
+    if (X509_check_ca(x509) != 0 || (X509_get_extension_flags(x509) & EXFLAG_CA) != 0)
+        return "it is an authority's";
+    // Without the extension a key may be used for everything: all bits are set then.
+    if ((X509_get_key_usage(x509) & KU_DIGITAL_SIGNATURE) == 0)
+        return "its key is not for signatures";
+    return nullptr;
+}
+
 } // namespace
 
 bool GMP3::verifyCertificate(const QByteArray &certificate, const QByteArray &chain)
@@ -114,11 +143,16 @@ bool GMP3::verifyCertificate(const QByteArray &certificate, const QByteArray &ch
     const X509StoreCtxPtr ctx{X509_STORE_CTX_new()};
     if (!x509 || !ctx || X509_STORE_CTX_init(ctx.get(), store.get(), x509.get(), nullptr) != 1)
         return false;
-    if (X509_verify_cert(ctx.get()) == 1)
-        return true;
-    LogLine() << "Verificatione error: "
-              << X509_verify_cert_error_string(X509_STORE_CTX_get_error(ctx.get()));
-    return false;
+    if (X509_verify_cert(ctx.get()) != 1) {
+        LogLine() << "Verificatione error: "
+                  << X509_verify_cert_error_string(X509_STORE_CTX_get_error(ctx.get()));
+        return false;
+    }
+    if (const char *const fault = registerFault(x509.get())) {
+        LogLine() << "Certificate refused: " << fault;
+        return false;
+    }
+    return true;
 }
 
 QByteArray GMP3::rsassa_pkcs1v15_sha256_sign(const QByteArray &data, const QByteArray &privateKey)
