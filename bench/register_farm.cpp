@@ -65,19 +65,6 @@ QByteArray takeFront(QByteArray &bytes, qsizetype count)
     return front;
 }
 
-/** The keys of the session that has just paired, for the envelope of commands. */
-MatchExt pairedRecord(const QByteArray &serialNo)
-{
-    MatchExt record;
-    record.registerData = serialNo;
-    record.randomDFC10D = gmp3_message.requesterRandom;
-    record.randomDFC10E = gmp3_message.responderRandom;
-    record.hmacKey = gmp3_message.hmacKey;
-    record.kcvIv = gmp3_message.kcvIv;
-    record.aesKey = gmp3_message.aesKey;
-    return record;
-}
-
 QByteArray zNumberReply()
 {
     QByteArray reply;
@@ -183,7 +170,7 @@ void RegisterFarm::pair(int descriptor, const QByteArray &serialNo, const QByteA
     sendAll(descriptor, reply.frame);
     if (!reply.paired)
         return;
-    Velno::Ext::library().pairingRecords[serialNo] = pairedRecord(serialNo);
+    Velno::Ext::library().pairingRecords[serialNo] = responder.takeKeys();
     m_pairing.remove(serialNo);
 }
 

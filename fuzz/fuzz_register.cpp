@@ -36,7 +36,7 @@ QByteArray bytesFrom(std::uint8_t how, Fuzz::Input &input)
     case 4:
         return withLength(GMP3::frame(true, None, bytes, Fuzz::serial));
     default:
-        return withLength(Fuzz::sealed(Fuzz::sessionRecord(), bytes));
+        return withLength(Fuzz::sealed(Fuzz::agreedRecord(), bytes));
     }
 }
 

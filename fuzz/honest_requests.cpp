@@ -27,10 +27,17 @@ const QByteArray &publicKey()
     return key;
 }
 
+MatchExt agreed; // noted here, because a register forgets the session's keys when it has taken them
+
 /** What proves that both sides hold the same keys. */
 QByteArray proof()
 {
     const QByteArray checkValue = GMP3::create_keys(GMP3::TLV_value(fieldTag(RequesterPublicKey)));
+    agreed = pairedRecord();
+    agreed.randomDFC10D = gmp3_message.requesterRandom;
+    agreed.randomDFC10E = gmp3_message.responderRandom;
+    agreed.hmacKey = gmp3_message.hmacKey;
+    agreed.aesKey = gmp3_message.aesKey;
     QByteArray iv = gmp3_message.kcvIv;
     const QByteArray hash = GMP3_aes_cipher(true, gmp3_message.aesKey, applicationHash, iv);
     return field(KeyCheckValue, checkValue) + Velno::tlvElement(QByteArrayLiteral("\xDF\xE0\x04"), hash);
@@ -50,14 +57,9 @@ QByteArray honestRequest(MessageTag kind)
     }
 }
 
-MatchExt sessionRecord()
+MatchExt agreedRecord()
 {
-    MatchExt record = pairedRecord();
-    record.randomDFC10D = gmp3_message.requesterRandom;
-    record.randomDFC10E = gmp3_message.responderRandom;
-    record.hmacKey = gmp3_message.hmacKey;
-    record.aesKey = gmp3_message.aesKey;
-    return record;
+    return agreed;
 }
 
 } // namespace Fuzz

@@ -14,7 +14,7 @@ inline const QByteArray applicationHash(32, 'h');
 /** The fields that count of a pairing request. */
 QByteArray honestRequest(Velno::GMP::MessageTag kind);
 
-/** The keys that the session holds now. */
-Velno::GMP::MatchExt sessionRecord();
+/** The keys that the last honest PairingConfirm has proven; empty without one. */
+Velno::GMP::MatchExt agreedRecord();
 
 } // namespace Fuzz

@@ -236,7 +236,7 @@ void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::An
     if (!answer.refusal.isEmpty())
         return refuse(answer.refusal);
     if (m_paired) {
-        m_commands.setKeys(m_pairing.keys());
+        m_commands.setKeys(m_pairing.takeKeys());
         m_events.write("paired", {{"serial", QString::fromLatin1(m_options.serial)}});
     }
     if (m_paired || faults.has(Fault::BadLength))

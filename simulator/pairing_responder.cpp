@@ -62,7 +62,7 @@ PairingResponder::PairingResponder(const QByteArray &serial, const QString &cred
 void PairingResponder::begin()
 {
     GMP3::init(0);
-    gmp3_message.dh.reset();
+    gmp3_message.forgetKeys();
     m_answeredStep = 0;
     m_misleadingFrames = 0;
 }
@@ -98,7 +98,7 @@ PairingResponder::Answer PairingResponder::answer(MessageTag kind)
     return answer;
 }
 
-MatchExt PairingResponder::keys() const
+MatchExt PairingResponder::takeKeys()
 {
     MatchExt keys;
     keys.registerData = m_serial;
@@ -106,6 +106,7 @@ MatchExt PairingResponder::keys() const
     keys.randomDFC10E = gmp3_message.responderRandom;
     keys.hmacKey = gmp3_message.hmacKey;
     keys.aesKey = gmp3_message.aesKey;
+    gmp3_message.forgetKeys();
     return keys;
 }
 

@@ -48,8 +48,9 @@ public:
     Request read(const QByteArray &frame);
     Answer answer(Velno::GMP::MessageTag kind);
 
-    /** The keys of a pairing that is done, with what else its commands are encrypted with. */
-    Velno::GMP::MatchExt keys() const;
+    /** The keys of a pairing that is done, with what else its commands are encrypted with. The session
+     * forgets them. */
+    Velno::GMP::MatchExt takeKeys();
 
 private:
     std::optional<QByteArray> misleadingFrame(Velno::GMP::MessageTag kind);

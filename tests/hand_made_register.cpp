@@ -88,6 +88,8 @@ HandMadeRegister::HandMadeRegister(Hook hook)
 HandMadeRegister::~HandMadeRegister()
 {
     finish();
+    for (QByteArray *own : {&secret, &aesKey, &kcvIv, &hmacKey})
+        cleanse(*own);
 }
 
 void HandMadeRegister::start(quint16 port)
@@ -122,6 +124,7 @@ void HandMadeRegister::converse(QTcpSocket &socket)
         const Request &request = m_requests.constLast();
         const QList<QByteArray> answers = m_hook ? m_hook(*this, request, int(m_requests.size()))
                                                  : QList{frameOf(request.kind, honestAnswer(request))};
+        cleanseStack(); // which outlasts this thread
         for (const QByteArray &answer : answers)
             socket.write(answer);
         socket.flush();
@@ -178,10 +181,15 @@ Fields HandMadeRegister::answerKeyExchange(const Request &request)
 Fields HandMadeRegister::answerConfirm(const Request &request)
 {
     const QByteArray seed = m_responderRandom + m_requesterRandom;
-    hmacKey = GMP3::TLS_PRF(GMP3::TLS_PRF(secret, "GMP-3 istek", seed), "GMP-3 anahtarlar", seed);
-    kcvIv = GMP3::TLS_PRF(hmacKey, "GMP-3 anahtarlar", seed).first(16);
-    aesKey = GMP3::TLS_PRF(kcvIv, "GMP-3 anahtarlar", seed);
+    QByteArray master = GMP3::TLS_PRF(secret, "GMP-3 istek", seed);
+    hmacKey = GMP3::TLS_PRF(master, "GMP-3 anahtarlar", seed);
+    QByteArray chain = GMP3::TLS_PRF(hmacKey, "GMP-3 anahtarlar", seed);
+    chain.truncate(16);
+    aesKey = GMP3::TLS_PRF(chain, "GMP-3 anahtarlar", seed);
+    kcvIv = chain;
     const QByteArray check = AES_CBC_Cipher(true, aesKey, QByteArray(32, '\xFF'), kcvIv);
+    for (QByteArray *passed : {&master, &chain})
+        cleanse(*passed);
     QByteArray iv = kcvIv;
     appHash = GMP3_aes_cipher(false, aesKey, valueOf(request.fields, QByteArrayLiteral("\xDF\xE0\x04")), iv);
     const bool right = valueOf(request.fields, fieldTag(KeyCheckValue)) == check;

@@ -29,7 +29,8 @@ struct Request
 
 /**
  * A register on a thread of its own, written without the engine's session (which the tool in the same
- * process uses), so that it can say anything. It answers honestly unless a hook says otherwise.
+ * process uses), so that it can say anything. It answers honestly unless a hook says otherwise. Its keys are
+ * overwritten at its end.
  */
 class HandMadeRegister
 {

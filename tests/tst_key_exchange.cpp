@@ -89,14 +89,25 @@ private slots:
     void certificateIsNeeded();
     void signatureIsNeeded_data();
     void signatureIsNeeded();
-    void weakGroupGetsNoKey_data();
-    void weakGroupGetsNoKey();
-    void weakGroupIsNotRescuedByAFriendlyAnswer();
+    void unknownGroupGetsNoKey_data();
+    void unknownGroupGetsNoKey();
+    void unknownGroupIsTheReasonWhateverIsAnswered_data();
+    void unknownGroupIsTheReasonWhateverIsAnswered();
+    void keyOutOfRangeGetsNoConfirmation_data();
+    void keyOutOfRangeGetsNoConfirmation();
     void laterCertificateIsVerifiedAgain();
     void laterTrustedCertificateIsTaken();
     void replacedKeyAfterTheSignatureEndsIt_data();
     void replacedKeyAfterTheSignatureEndsIt();
     void repeatedSignedKeyDoesNoHarm();
+    void discardedMessagesLeaveNothingBehind_data();
+    void discardedMessagesLeaveNothingBehind();
+    void randomsAreThoseOfTheKeys_data();
+    void randomsAreThoseOfTheKeys();
+    void identityAndNumbersAreThoseOfTheLastResponse();
+    void randomOfAnotherConversationIsForgotten();
+    void sessionKeepsNoKeys_data();
+    void sessionKeepsNoKeys();
     void closedConnectionIsReported();
 };
 
@@ -268,53 +279,99 @@ void TestKeyExchange::signatureIsNeeded()
     QVERIFY(isEmpty(record));
 }
 
-void TestKeyExchange::weakGroupGetsNoKey_data()
+void TestKeyExchange::unknownGroupGetsNoKey_data()
 {
     QTest::addColumn<QByteArray>("p");
     QTest::addColumn<QByteArray>("g");
+    QTest::addColumn<QByteArray>("line"); // its beginning
 
     const QByteArray p(get_dh2048_p_value(), get_dh2048_p_size());
     QByteArray composite = p;
     composite[255] = char(composite.at(255) ^ 2);
-    QTest::newRow("a small prime") << hex("17") << hex("05");
-    QTest::newRow("512 bits") << QByteArray(64, '\xF1') << hex("02");
-    QTest::newRow("a composite of the right size") << composite << hex("02");
-    QTest::newRow("a generator of order 2") << p << p.first(255) + '\xFE';
-    QTest::newRow("no group") << QByteArray() << QByteArray();
+    const QByteArray none = "Unknown DH group: no usable numbers\n";
+    QTest::newRow("a small prime") << hex("17") << hex("05")
+                                   << QByteArray("Unknown DH group: 5 bits, generator 0x05");
+    QTest::newRow("512 bits") << QByteArray(64, '\xF1') << hex("02")
+                              << QByteArray("Unknown DH group: 512 bits");
+    QTest::newRow("a composite of the right size")
+        << composite << hex("02") << QByteArray("Unknown DH group: 2048 bits, generator 0x02");
+    QTest::newRow("group 14 with another generator")
+        << p << hex("05") << QByteArray("Unknown DH group: 2048 bits, generator 0x05");
+    QTest::newRow("a generator of order 2") << p << p.first(255) + '\xFE' << none;
+    QTest::newRow("no group") << QByteArray() << QByteArray() << none;
 }
 
-void TestKeyExchange::weakGroupGetsNoKey()
+void TestKeyExchange::unknownGroupGetsNoKey()
 {
     QFETCH(const QByteArray, p);
     QFETCH(const QByteArray, g);
+    QFETCH(const QByteArray, line);
     HandMadeRegister reg(changed(PairingStart, [=](auto &, Fields &fields) {
         TestSupport::replaceValue(fields, fieldTag(DhPrime), p);
         TestSupport::replaceValue(fields, fieldTag(DhGenerator), g);
     }));
-    // Without a key of ours both sides come to the same keys, from the randoms alone: the register is
-    // content.
     MatchExt record;
+    const LogCapture capture;
     QCOMPARE(pair(record, reg), 5002);
+    QVERIFY2(capture.text().startsWith(line), capture.text());
+    // The register is told by the key that is missing; no application hash goes out under keys that everybody
+    // can make of the randoms.
     const QList<Request> requests = reg.finish();
-    QCOMPARE(requests.size(), 3);
+    QCOMPARE(kindsOf(requests), (QList{PairingStart, PairingKeyExchange}));
     QVERIFY(TestSupport::valueOf(requests.at(1).fields, fieldTag(RequesterPublicKey)).isEmpty());
     QVERIFY(isEmpty(record));
 }
 
-void TestKeyExchange::weakGroupIsNotRescuedByAFriendlyAnswer()
+void TestKeyExchange::unknownGroupIsTheReasonWhateverIsAnswered_data()
 {
-    // Somebody between tool and register spoils the group, so that the tool's keys would come from the two
-    // randoms alone, which he has seen; then he plays the register's last answer himself.
-    HandMadeRegister reg([](HandMadeRegister &self, const Request &request, int) {
+    QTest::addColumn<QByteArray>("answer");
+
+    QTest::newRow("refused") << HandMadeRegister::frameOf(PairingKeyExchange, {{fieldTag(ResultCode), "01"}});
+    QTest::newRow("another kind") << HandMadeRegister::frameOf(PairingStart, {{fieldTag(ResultCode), "00"}});
+    QTest::newRow("no signature") << HandMadeRegister::frameOf(PairingKeyExchange,
+                                                               {{fieldTag(ResultCode), "00"}});
+    QTest::newRow("no frame") << hex("0000");
+}
+
+void TestKeyExchange::unknownGroupIsTheReasonWhateverIsAnswered()
+{
+    QFETCH(const QByteArray, answer);
+    HandMadeRegister reg([=](HandMadeRegister &self, const Request &request, int) {
         Fields fields = self.honestAnswer(request);
-        if (request.kind == PairingStart)
-            TestSupport::replaceValue(fields, fieldTag(DhPrime), hex("17"));
-        if (request.kind == PairingConfirm)
-            TestSupport::replaceValue(fields, fieldTag(ResultCode), "00");
-        return QList{HandMadeRegister::frameOf(request.kind, fields)};
+        TestSupport::replaceValue(fields, fieldTag(DhGenerator), hex("05"));
+        return QList{request.kind == PairingStart ? HandMadeRegister::frameOf(request.kind, fields) : answer};
     });
     MatchExt record;
+    const LogCapture capture;
     QCOMPARE(pair(record, reg), 5002);
+    QCOMPARE(reg.finish().size(), 2);
+    QVERIFY(isEmpty(record));
+}
+
+void TestKeyExchange::keyOutOfRangeGetsNoConfirmation_data()
+{
+    QTest::addColumn<QByteArray>("key");
+
+    const QByteArray p(get_dh2048_p_value(), get_dh2048_p_size());
+    QTest::newRow("0") << QByteArray(256, '\0');
+    QTest::newRow("1") << QByteArray(255, '\0') + '\1';
+    QTest::newRow("p-1") << p.first(255) + '\xFE';
+    QTest::newRow("p") << p;
+    QTest::newRow("too long") << p + p;
+}
+
+void TestKeyExchange::keyOutOfRangeGetsNoConfirmation()
+{
+    // Even of a register that signs it: there is no secret in it.
+    QFETCH(const QByteArray, key);
+    HandMadeRegister reg(changed(PairingKeyExchange, [=](HandMadeRegister &self, Fields &fields) {
+        TestSupport::replaceValue(fields, fieldTag(ResponderPublicKey), key);
+        TestSupport::replaceValue(fields, fieldTag(Signature),
+                                  GMP3::rsassa_pkcs1v15_sha256_sign(key, self.credentials.key));
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5002);
+    QCOMPARE(kindsOf(reg.finish()), (QList{PairingStart, PairingKeyExchange}));
     QVERIFY(isEmpty(record));
 }
 
@@ -381,6 +438,135 @@ void TestKeyExchange::repeatedSignedKeyDoesNoHarm()
     QCOMPARE(pair(record, reg), 0);
     QCOMPARE(record.aesKey, reg.aesKey);
     QCOMPARE(reg.finish().size(), 4);
+}
+
+void TestKeyExchange::discardedMessagesLeaveNothingBehind_data()
+{
+    QTest::addColumn<int>("count"); // of the request that is answered with it
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<bool>("response");
+
+    QTest::newRow("before the start") << 1 << int(PairingKeyExchange) << true;
+    QTest::newRow("before the key exchange, another kind") << 2 << int(PairingStart) << true;
+    QTest::newRow("before the key exchange, a request") << 2 << int(PairingKeyExchange) << false;
+    QTest::newRow("before the confirmation, another kind") << 3 << int(Message8A64) << true;
+    QTest::newRow("before the confirmation, a request") << 3 << int(PairingConfirm) << false;
+}
+
+void TestKeyExchange::discardedMessagesLeaveNothingBehind()
+{
+    QFETCH(const int, count);
+    QFETCH(const int, kind);
+    QFETCH(const bool, response);
+    const QByteArray message =
+        HandMadeRegister::frameOf(MessageTag(kind),
+                                  {{fieldTag(RequesterRandom), QByteArray(16, 'x')},
+                                   {fieldTag(ResponderRandom), QByteArray(16, 'x')},
+                                   {fieldTag(Certificate), TestSupport::selfSigned().certificate},
+                                   {fieldTag(DhPrime), hex("17")},
+                                   {fieldTag(DhGenerator), hex("05")},
+                                   {fieldTag(Signature), QByteArray(256, 'x')},
+                                   {fieldTag(EcrBrand), "x"},
+                                   {fieldTag(EcrModel), "x"},
+                                   {fieldTag(EcrIdentity), "x"},
+                                   {fieldTag(PairingNumber), hex("1111")},
+                                   {fieldTag(PairingIndex), hex("11")},
+                                   {fieldTag(ResultCode), "99"}},
+                                  response);
+    HandMadeRegister reg([=](HandMadeRegister &self, const Request &request, int number) {
+        return QList{number == count ? message
+                                     : HandMadeRegister::frameOf(request.kind, self.honestAnswer(request))};
+    });
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 0);
+    const QList<Request> requests = reg.finish();
+    QCOMPARE(requests.size(), 4);
+    QCOMPARE(record.aesKey, reg.aesKey);
+    QCOMPARE(record.randomDFC10D,
+             TestSupport::valueOf(requests.at(count == 1 ? 1 : 0).fields, fieldTag(RequesterRandom)));
+    QCOMPARE(record.randomDFC10E, QByteArray(16, 'E'));
+    QCOMPARE(record.registerData, QByteArray("REGISTER"));
+    QCOMPARE(record.valueDFEF09, quint8(42));
+    QCOMPARE(record.valueDFEF02, quint16(4711));
+    for (const Request &request : requests.last(2))
+        QCOMPARE(TestSupport::valueOf(request.fields, fieldTag(EcrBrand)), QByteArray("BRAND"));
+}
+
+void TestKeyExchange::randomsAreThoseOfTheKeys_data()
+{
+    QTest::addColumn<int>("step"); // whose answer brings other randoms
+    QTest::addColumn<int>("random");
+
+    for (const MessageTag step : {PairingKeyExchange, PairingConfirm}) {
+        QTest::addRow("step %d, the register's", step) << int(step) << int(ResponderRandom);
+        QTest::addRow("step %d, the tool's", step) << int(step) << int(RequesterRandom);
+    }
+    QTest::addRow("step %d, the tool's", PairingStart) << int(PairingStart) << int(RequesterRandom);
+}
+
+void TestKeyExchange::randomsAreThoseOfTheKeys()
+{
+    QFETCH(const int, step);
+    QFETCH(const int, random);
+    HandMadeRegister reg(changed(MessageTag(step), [=](auto &, Fields &fields) {
+        fields.append({fieldTag(ExternalDataFieldTag(random)), QByteArray(16, 'x')});
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 0);
+    QCOMPARE(record.randomDFC10D,
+             TestSupport::valueOf(reg.finish().constFirst().fields, fieldTag(RequesterRandom)));
+    QCOMPARE(record.randomDFC10E, QByteArray(16, 'E'));
+    QCOMPARE(record.aesKey, reg.aesKey);
+}
+
+void TestKeyExchange::identityAndNumbersAreThoseOfTheLastResponse()
+{
+    HandMadeRegister reg(changed(PairingConfirm, [](auto &, Fields &fields) {
+        TestSupport::replaceValue(fields, fieldTag(PairingNumber), hex("0815"));
+        TestSupport::replaceValue(fields, fieldTag(PairingIndex), hex("07"));
+        fields.append({fieldTag(EcrIdentity), "ANOTHER NAME"});
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 0);
+    QCOMPARE(record.registerData, QByteArray("ANOTHER NAME"));
+    QCOMPARE(record.valueDFEF02, quint16(815));
+    QCOMPARE(record.valueDFEF09, quint8(7));
+}
+
+void TestKeyExchange::randomOfAnotherConversationIsForgotten()
+{
+    gmp3_message.responderRandom = QByteArray(16, 'x');
+    HandMadeRegister reg(changed(PairingStart, [](auto &, Fields &fields) {
+        TestSupport::removeField(fields, fieldTag(ResponderRandom));
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), 5000); // its keys are made with its random
+    QVERIFY(gmp3_message.responderRandom.isEmpty());
+}
+
+void TestKeyExchange::sessionKeepsNoKeys_data()
+{
+    QTest::addColumn<QByteArray>("code"); // of the last answer
+    QTest::addColumn<int>("result");
+
+    QTest::newRow("paired") << QByteArray("00") << 0;
+    QTest::newRow("refused") << QByteArray("03") << 5000;
+}
+
+void TestKeyExchange::sessionKeepsNoKeys()
+{
+    QFETCH(const QByteArray, code);
+    QFETCH(const int, result);
+    HandMadeRegister reg(changed(PairingConfirm, [=](auto &, Fields &fields) {
+        TestSupport::replaceValue(fields, fieldTag(ResultCode), code);
+    }));
+    MatchExt record;
+    QCOMPARE(pair(record, reg), result);
+    QVERIFY(!gmp3_message.dh);
+    QVERIFY(!gmp3_message.secretAgreed);
+    QVERIFY(gmp3_message.hmacKey.isEmpty() && gmp3_message.kcvIv.isEmpty() && gmp3_message.aesKey.isEmpty());
+    QCOMPARE(record.aesKey.isEmpty(), result != 0);
+    QVERIFY(result != 0 || record.aesKey.isDetached()); // nobody else has it
 }
 
 void TestKeyExchange::closedConnectionIsReported()

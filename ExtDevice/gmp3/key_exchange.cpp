@@ -6,12 +6,20 @@
 #include "ExtDevice/network/interruption.h"
 #include "ExtDevice/network/wait_time.h"
 
+#include <QScopeGuard>
+
 #include <array>
 
 namespace Velno::GMP {
 
 MatchExt::~MatchExt()
 {
+    forgetKeys();
+}
+
+void MatchExt::forgetKeys()
+{
+    contexts.forget();
     for (QByteArray *key : {&hmacKey, &kcvIv, &aesKey})
         cleanse(*key);
 }
@@ -36,8 +44,9 @@ QByteArray stored(PairingFieldTag field)
 }
 
 /**
- * The requester's side of one pairing. It remembers what has been verified, because every message that
- * arrives, also one that is discarded, may replace a field of the session's store.
+ * The requester's side of one pairing. What has been verified and what keys were derived from cannot be
+ * replaced by a message that comes later: a message that is no answer to the request leaves nothing behind,
+ * and an answer brings no more than belongs into it.
  */
 class Conversation
 {
@@ -54,11 +63,11 @@ public:
 
 private:
     int askUntilAnswered(MessageTag kind);
-    int ask(MessageTag kind);
+    int ask(MessageTag kind, bool *answered);
+    int hear(MessageTag kind, bool *answered);
     int judge(MessageTag kind);
     int verifyCertificate();
     int verifySignature();
-    int confirmKeys() const;
     void fill(MatchExt &record) const;
 
     unsigned int m_receiveTimeout;
@@ -71,6 +80,7 @@ private:
 
 int Conversation::run(MatchExt &record)
 {
+    gmp3_message.responderRandom.clear(); // that of another conversation
     for (MessageTag kind = PairingStart; kind != None;) {
         if (const int result = askUntilAnswered(kind); result != 0)
             return result;
@@ -86,23 +96,34 @@ int Conversation::run(MatchExt &record)
 int Conversation::askUntilAnswered(MessageTag kind)
 {
     const WaitScope scope(deadlineAfter(m_answerLimit));
-    do {
-        // Each message, also one that is no answer, may have brought another key.
-        if (kind == PairingConfirm && stored(ResponderPublicKey) != m_signedKey)
-            return SignatureInvalid;
-        if (const int result = ask(kind); result != 0)
+    for (bool answered = false; !answered;) {
+        if (const int result = ask(kind, &answered); result != 0)
             return result;
-    } while (!gmp3_message.isResponse || gmp3_message.message != kind);
+    }
     return 0;
 }
 
-/** Sends the request and stores the fields of whatever message comes back. */
-int Conversation::ask(MessageTag kind)
+/** Makes the request, sends it and hears what comes back. */
+int Conversation::ask(MessageTag kind, bool *answered)
 {
     const QByteArray body = GMP3::prepare(kind, false, m_terminalId);
+    // Keys that come from no shared secret can be made by everybody who saw the randoms: nothing leaves under
+    // them.
+    if (kind == PairingConfirm && !gmp3_message.secretAgreed)
+        return SignatureInvalid;
     const QByteArray frame = GMP3::frame(false, kind, body, m_serialNo);
-    if (const int result = GMP3::send(frame.constData(), int(frame.size())); result != 0)
-        return result;
+    int result = GMP3::send(frame.constData(), int(frame.size()));
+    if (result == 0)
+        result = hear(kind, answered);
+    // Without a key pair of this side the register may answer what it likes, or leave: that is the reason.
+    if (kind == PairingKeyExchange && !gmp3_message.dh)
+        return SignatureInvalid;
+    return result;
+}
+
+/** Receives a message and takes over what it may bring. */
+int Conversation::hear(MessageTag kind, bool *answered)
+{
     std::array<char, longestFrame + 2> buffer{};
     int length = longestFrame;
     if (const int result = GMP3::receive(m_receiveTimeout, buffer.data(), &length); result != 0)
@@ -110,7 +131,20 @@ int Conversation::ask(MessageTag kind)
     // Each response brings its own result code; one left from an earlier message does not speak for it.
     gmp3_message.fields.removeIf(
         [](const QByteArray &field) { return field.startsWith(fieldTag(ResultCode)); });
-    return GMP3::check(buffer.data(), length, m_serialNo, true);
+    const QVector<QByteArray> fieldsBefore = gmp3_message.fields;
+    const QByteArray requesterRandom = gmp3_message.requesterRandom;
+    const QByteArray responderRandom = gmp3_message.responderRandom;
+    if (const int result = GMP3::check(buffer.data(), length, m_serialNo, true); result != 0)
+        return result;
+    *answered = gmp3_message.isResponse && gmp3_message.message == kind;
+    gmp3_message.requesterRandom = requesterRandom; // this side's own, as it was sent
+    if (!*answered || kind != PairingStart)
+        gmp3_message.responderRandom = responderRandom;
+    if (*answered)
+        return 0;
+    const bool keyReplaced = !m_signedKey.isEmpty() && stored(ResponderPublicKey) != m_signedKey;
+    gmp3_message.fields = fieldsBefore;
+    return keyReplaced ? SignatureInvalid : 0; // somebody is at work
 }
 
 int Conversation::judge(MessageTag kind)
@@ -123,7 +157,7 @@ int Conversation::judge(MessageTag kind)
     case PairingKeyExchange:
         return verifySignature();
     default:
-        return confirmKeys();
+        return Paired;
     }
 }
 
@@ -148,18 +182,9 @@ int Conversation::verifySignature()
     return valid ? Paired : SignatureInvalid;
 }
 
-/** Keys that come from no shared secret can be made by everybody who saw the randoms: no register has them.
- */
-int Conversation::confirmKeys() const
-{
-    return gmp3_message.secretAgreed ? Paired : SignatureInvalid;
-}
-
 void Conversation::fill(MatchExt &record) const
 {
-    for (QByteArray *old : {&record.hmacKey, &record.kcvIv, &record.aesKey})
-        cleanse(*old);
-    record.contexts.forget();
+    record.forgetKeys();
     record.valueDFEF09 = quint8(bcdToUInt(stored(PairingIndex).left(1)));
     record.pairingTime = QDateTime::currentDateTimeUtc();
     record.valueDFEF02 = quint16(bcdToUInt(stored(PairingNumber).left(2)));
@@ -176,6 +201,7 @@ int GMP3_KeyExchange_Server_Impl(MatchExt &record, int receiveTimeout, const cha
                                  const char *terminalId, const QByteArray &applicationHash,
                                  unsigned int answerLimit)
 {
+    const auto forget = qScopeGuard([] { gmp3_message.forgetKeys(); });
     gmp3_message.appHash = applicationHash;
     return Conversation(receiveTimeout, answerLimit, serialNo, terminalId).run(record);
 }

@@ -23,7 +23,10 @@ inline constexpr unsigned int noAnswerLimit = 0xFFFFFFFF;
  * @return 0 paired; 1000 + accept status; 2000 + write status; 3000 + read status (velno_network.h);
  *         4000 length, 4001 CRC, 4002 serial number, 4003 no message; 5000 the register answered with a
  *         result code other than "00"; 5001 its certificate is not trusted; 5002 its signature is not
- *         valid, the signed key was replaced afterwards, or there was no safe group to agree on keys in
+ *         valid, the signed key was replaced afterwards, its group is not known (known_groups.h), or its key
+ *         gives no shared secret: no confirmation is sent then
+ *
+ * The session's keys are overwritten and forgotten before this returns.
  */
 [[nodiscard]] int GMP3_KeyExchange_Server(MatchExt &record, quint16 port, const char *serialNo,
                                           const char *terminalId, const QByteArray &applicationHash,

@@ -16,9 +16,12 @@ struct MatchExt
     MatchExt() = default;
     MatchExt(const MatchExt &) = default;
     MatchExt(MatchExt &&) = default;
-    MatchExt &operator=(const MatchExt &) = default;
-    MatchExt &operator=(MatchExt &&) = default;
-    ~MatchExt(); ///< overwrites the keys that no copy shares
+    MatchExt &operator=(const MatchExt &other) { return *this = MatchExt(other); }
+    MatchExt &operator=(MatchExt &&) = default; ///< swaps the keys, so that the other's end overwrites these
+    ~MatchExt();
+
+    /** Drops the keys, overwritten unless a copy shares them, and what was set up for them. */
+    void forgetKeys();
 
     quint8 valueDFEF09 = 0;  ///< pairing index that the register assigned, 0 to 99
     QDateTime pairingTime;   ///< UTC
