@@ -111,7 +111,15 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
     // One visit to the worker thread carries both ways.
     const bool answered = onConnectionThread(
         [&] { return send_to_device(device, frame) && get_from_device(timeout, device, &answer); }, false);
-    return answered ? parseTlvElements(answer, reply) : int(ConnectionFailed);
+    if (!answered)
+        return ConnectionFailed;
+    QByteArray plaintext;
+    if (const int result = parseTlvElements(answer, &plaintext); result != Success)
+        return result;
+    if (plaintext == request) // sent back, whatever way its elements were packed anew
+        return MalformedReply;
+    *reply = plaintext;
+    return Success;
 }
 
 int beginCommand()
