@@ -1,7 +1,12 @@
-"""Loads the library named into Python and reads the state of the register on the port given, in two visits."""
+"""Loads the library named into Python and reads the state of the register on the port given, in two visits.
+
+Then it listens there for a register that never comes, and Ctrl-C ends the call.
+"""
 
 import ctypes
 import locale
+import os
+import signal
 import sys
 import threading
 
@@ -14,6 +19,20 @@ def read_state(library):
     state = ctypes.c_int(-1)
     code = library.velnoext_ecr_state(5000, ctypes.byref(state))
     print("code", code, "state", state.value)
+
+
+def interrupted(library, port):
+    """Python runs its handlers on the first thread alone, and only between its own instructions: the call is
+    made on a second one."""
+    results = []
+    signal.signal(signal.SIGINT, lambda number, frame: library.velnoext_interrupt())
+    caller = threading.Thread(target=lambda: results.append(library.velnoext_initialize(
+        5, b"UB1234567890", b"127.0.0.1", ctypes.c_ushort(port), ctypes.c_uint(0xFFFFFFFF))))
+    caller.start()
+    while caller.is_alive():  # the first may come before the call
+        os.kill(os.getpid(), signal.SIGINT)
+        caller.join(0.05)
+    return results[0]
 
 
 def main():
@@ -32,6 +51,8 @@ def main():
     print("locale", "kept" if locale.setlocale(locale.LC_ALL) == before else "changed")
     print("no name", library.velnoext_initialize(5, None, b"127.0.0.1", 1, 1),
           hex(library.velnoext_error_detail()))
+    print("interrupted", interrupted(library, port))
+    library.velnoext_close()
 
 
 main()

@@ -202,7 +202,8 @@ void TestLibraryProcess::programsOfEveryKind_data()
                             << 2
                             << QByteArray("connected 0\ncode 0 state 7\ncode 0 state 7\n").repeated(2) +
                                    "version 0\nlocale kept\n"
-                                   "no name 3 0x300\n";
+                                   "no name 3 0x300\n"
+                                   "interrupted 2\n";
 }
 
 void TestLibraryProcess::programsOfEveryKind()
