@@ -1,5 +1,5 @@
 #include "ExtDevice/velnoext/library_state.h"
-#include "ExtDevice/velnoext/result_texts.h"
+#include "ExtDevice/velnoext/texts.h"
 #include "ExtDevice/velnoext/velnoext.h"
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
@@ -202,6 +202,7 @@ const Argument arguments[] = {
     {0x30E, "no text", [] { return velnoext_printer_add_text(nullptr, &style); }},
     {0x30F, "no style", [] { return velnoext_printer_add_text("a", nullptr); }},
     {0x310, "no limit", [] { return velnoext_sale_limit(patience, nullptr); }},
+    {0x311, "no language", [] { return velnoext_set_language(nullptr); }},
     {0x400, "a short serial number", [] { return velnoext_set_active_device("UB1"); }},
     {0x402, "port 0",
      [] { return velnoext_initialize(5, SimulatedRegister::serial, "127.0.0.1", 0, brief); }},
@@ -243,6 +244,7 @@ const Argument arguments[] = {
          return velnoext_printer_add_line_feed(21);
      }},
     {0x414, "an answer limit of nothing", [] { return velnoext_set_answer_limit(0); }},
+    {0x415, "a language that nobody speaks", [] { return velnoext_set_language("xx"); }},
 };
 
 } // namespace
@@ -255,8 +257,8 @@ void TestReachableCodes::cleanup()
 
 void TestReachableCodes::everyCodeHasAWay()
 {
-    for (const Ext::ResultText &text : Ext::resultTexts())
-        QVERIFY2(hasWay(text.code), text.name);
+    for (const Ext::Words &code : Ext::resultTexts())
+        QVERIFY2(hasWay(code.number), code.name);
     QCOMPARE(login(), 1);   // nobody is connected
     QCOMPARE(addText(), 8); // without an encoding
     const quint16 port = TestSupport::freePort();
@@ -303,7 +305,7 @@ void TestReachableCodes::everyDetailHasAWay()
 {
     QCOMPARE(std::size(arguments), Ext::detailTexts().size());
     for (size_t i = 0; i < std::size(arguments); ++i)
-        QCOMPARE(arguments[i].detail, Ext::detailTexts()[i].detail);
+        QCOMPARE(arguments[i].detail, Ext::detailTexts()[i].number);
 }
 
 void TestReachableCodes::detailsByArgument_data()

@@ -200,14 +200,14 @@ bool isValidId(const QByteArray &id)
 
 using namespace Velno::Ext;
 
-const char *velnoext_version(void)
-{
-    return "0";
-}
-
 int velnoext_error_detail(void)
 {
     return library().errorDetail;
+}
+
+int velnoext_cause(void)
+{
+    return library().cause;
 }
 
 int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *address, unsigned short port,

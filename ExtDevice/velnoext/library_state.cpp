@@ -42,7 +42,19 @@ Interruption *interruptionOfCalls()
 int failed(Result result, int detail)
 {
     library().errorDetail = detail;
+    return failedBy(result, result == NullArgument ? VelnoCause_NullArgument : VelnoCause_BadArgument);
+}
+
+int failedBy(Result result, int cause)
+{
+    library().cause = cause;
     return result;
+}
+
+void forgetFailure()
+{
+    library().errorDetail = 0;
+    library().cause = VelnoCause_None;
 }
 
 Velno::GMP::MatchExt &activeRecord()

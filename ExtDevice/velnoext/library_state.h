@@ -3,6 +3,7 @@
 #include "ExtDevice/gmp3/match_ext.h"
 #include "ExtDevice/network/interruption.h"
 #include "ExtDevice/velnoext/connection_thread.h"
+#include "ExtDevice/velnoext/velnoext.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -16,36 +17,37 @@
 /** The inside of the device library. */
 namespace Velno::Ext {
 
-/** What a public function answers; velnoext.h tells each code's meaning. */
+/** What a public function answers, by the names of this room; velnoext.h tells each code's meaning. */
 enum Result {
-    Success = 0,
-    NotReady = 1,
-    ConnectionFailed = 2,
-    NullArgument = 3,
-    BadValue = 4,
-    ReplyUnreadable = 5,
-    WrongState = 6,
-    StepNotTaken = 7,
-    Refused = 8,
-    NoPaper = 9,
-    PairingFailed = 10,
-    NotAuthentic = 11,
-    MalformedReply = 12,
-    NoApplicationHash = 13
+    Success = VelnoResult_Success,
+    NotReady = VelnoResult_NotReady,
+    ConnectionFailed = VelnoResult_ConnectionFailed,
+    NullArgument = VelnoResult_NullArgument,
+    BadValue = VelnoResult_BadValue,
+    ReplyUnreadable = VelnoResult_ReplyUnreadable,
+    WrongState = VelnoResult_WrongState,
+    StepNotTaken = VelnoResult_StepNotTaken,
+    Refused = VelnoResult_Refused,
+    NoPaper = VelnoResult_NoPaper,
+    PairingFailed = VelnoResult_PairingFailed,
+    NotAuthentic = VelnoResult_NotAuthentic,
+    MalformedReply = VelnoResult_MalformedReply,
+    NoApplicationHash = VelnoResult_NoApplicationHash
 };
 
 constexpr qsizetype serialNoSize = 12;
 constexpr unsigned int noTimeLimit = 0xFFFFFFFF;
 
 /**
- * The process-wide state. Everything but errorDetail is guarded by connectionMutex, which each public
- * function holds for its whole run. The worker thread reads and writes it only while a caller that holds the
- * lock waits for it; it never takes the lock itself.
+ * The process-wide state. Everything but errorDetail and cause is guarded by connectionMutex, which each
+ * public function holds for its whole run. The worker thread reads and writes it only while a caller that
+ * holds the lock waits for it; it never takes the lock itself.
  */
 struct LibraryState
 {
     QMutex connectionMutex;
     std::atomic<int> errorDetail = 0; ///< read without the lock
+    std::atomic<int> cause = 0;       ///< a VelnoCause; read without the lock
     unsigned int appNo = 0;
     QByteArray activeDevice;                                ///< serial number; empty for none
     QHash<QByteArray, QPointer<QIODevice>> connections;     ///< by serial number; owned, see closeConnection
@@ -75,8 +77,14 @@ private:
 /** For a signal handler: what ends the waits of the function under way. Null before the first one. */
 Interruption *interruptionOfCalls();
 
-/** Sets errorDetail. @return `result` */
+/** Sets errorDetail to the argument that is at fault, and the cause. @return `result`, 3 or 4 */
 int failed(Result result, int detail);
+
+/** Sets the cause. @return `result` */
+int failedBy(Result result, int cause);
+
+/** What every call that has to do with registers begins with: nothing is wrong yet. */
+void forgetFailure();
 
 /** The pairing record of the active register; an empty one is inserted for a register never met. */
 Velno::GMP::MatchExt &activeRecord();

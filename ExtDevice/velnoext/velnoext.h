@@ -27,14 +27,16 @@
  * to the library. Outputs are written on success alone unless a function says otherwise. Text is plain bytes
  * with a terminating zero.
  *
- * Every function that returns int returns one of these codes:
+ * Every function that returns int, but velnoext_error_detail() and velnoext_cause(), returns one of these
+ * codes; VelnoResult names them. velnoext_cause() tells the finest reason known of the last call that failed:
  *
  *    0  done
  *    1  the library is not or cannot be initialised, the register is unknown or not paired, or (raw
  *       pass-through) the application number is not one that may use it
  *    2  there is no connection, or connecting, sending or receiving failed, time-outs included
  *    3  a pointer is NULL; velnoext_error_detail() is 0x300 + a number that names it
- *    4  a value is not valid; velnoext_error_detail() is 0x400 + a number that names it, or 0
+ *    4  a value is not valid; velnoext_error_detail() is 0x400 + a number that names it, or 0, and
+ *       velnoext_cause() tells more then
  *    5  the register's answer cannot be read
  *    6  the register is in a state that does not allow the command
  *    7  the register did not take the change of state
@@ -48,9 +50,19 @@
 #ifndef VELNOEXT_H
 #define VELNOEXT_H
 
+#include <stddef.h>
 #ifndef __cplusplus
 #include <stdbool.h>
 #endif
+
+/* The version that this header belongs to; velnoext_library_version() tells that of the library in use. */
+#define VELNOEXT_VERSION_MAJOR 0
+#define VELNOEXT_VERSION_MINOR 2
+#define VELNOEXT_VERSION_PATCH 0
+
+/** The version as one number, for comparisons: #if VELNOEXT_VERSION >= 200 is 0.2.0 or later. */
+#define VELNOEXT_VERSION                                                                                     \
+    (VELNOEXT_VERSION_MAJOR * 10000 + VELNOEXT_VERSION_MINOR * 100 + VELNOEXT_VERSION_PATCH)
 
 #if defined(__GNUC__)
 #define VELNOEXT_API __attribute__((visibility("default")))
@@ -61,10 +73,16 @@
 /* Structures have the same layout for every compiler and word size; a wrong one ends the compilation. */
 #if defined(__cplusplus) && __cplusplus >= 201103L
 #define VELNOEXT_SIZE_IS(type, size) static_assert(sizeof(type) == (size), "layout of " #type)
+#define VELNOEXT_OFFSET_IS(type, field, offset)                                                              \
+    static_assert(offsetof(type, field) == (offset), "place of " #field " in " #type)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
 #define VELNOEXT_SIZE_IS(type, size) _Static_assert(sizeof(type) == (size), "layout of " #type)
+#define VELNOEXT_OFFSET_IS(type, field, offset)                                                              \
+    _Static_assert(offsetof(type, field) == (offset), "place of " #field " in " #type)
 #else
 #define VELNOEXT_SIZE_IS(type, size) typedef char type##_size[sizeof(type) == (size) ? 1 : -1]
+#define VELNOEXT_OFFSET_IS(type, field, offset)                                                              \
+    typedef char type##_##field##_offset[offsetof(type, field) == (offset) ? 1 : -1]
 #endif
 
 #ifdef __cplusplus
@@ -96,12 +114,171 @@ typedef enum VelnoExtMessage {
     VelnoExtMessage_SaleAcquirers = 20
 } VelnoExtMessage;
 
-/** States of a register that have a meaning here; a register may answer other numbers. */
+/** States of a register. 1, 5 and 7 have a meaning for this library; the others are those of the simulated
+ *  register, and a register may answer numbers of its own. */
 typedef enum VelnoEcrState {
-    VelnoEcrState_Idle = 1,           /**< a sale may be started */
-    VelnoEcrState_SaleOpen = 5,       /**< a sale is open: items, payments and its end are expected */
-    VelnoEcrState_IdleOtherScreen = 7 /**< a sale may be started */
+    VelnoEcrState_Starting = 0,        /**< switched on a moment ago */
+    VelnoEcrState_Idle = 1,            /**< a sale may be started */
+    VelnoEcrState_Locked = 2,          /**< waits for a cashier */
+    VelnoEcrState_Menu = 3,            /**< somebody uses its menu */
+    VelnoEcrState_Paying = 4,          /**< a payment is being made */
+    VelnoEcrState_SaleOpen = 5,        /**< a sale is open: items, payments and its end are expected */
+    VelnoEcrState_Reporting = 6,       /**< prints a report */
+    VelnoEcrState_IdleOtherScreen = 7, /**< a sale may be started */
+    VelnoEcrState_OutOfService = 8     /**< out of order */
 } VelnoEcrState;
+
+/** The result codes; what each means stands at the head of this file. */
+typedef enum VelnoResult {
+    VelnoResult_Success = 0,
+    VelnoResult_NotReady = 1,
+    VelnoResult_ConnectionFailed = 2,
+    VelnoResult_NullArgument = 3,
+    VelnoResult_BadValue = 4,
+    VelnoResult_ReplyUnreadable = 5,
+    VelnoResult_WrongState = 6,
+    VelnoResult_StepNotTaken = 7,
+    VelnoResult_Refused = 8,
+    VelnoResult_NoPaper = 9,
+    VelnoResult_PairingFailed = 10,
+    VelnoResult_NotAuthentic = 11,
+    VelnoResult_MalformedReply = 12,
+    VelnoResult_NoApplicationHash = 13
+} VelnoResult;
+
+/** What velnoext_error_detail() names: 0x3.. a NULL pointer (result 3), 0x4.. a bad value (result 4). Several
+ *  functions share a detail; velnoext_detail_text() names each with its argument. */
+typedef enum VelnoDetail {
+    VelnoDetail_None = 0,
+    VelnoDetail_NullSerialNoOrBuffer = 0x300, /**< serial number, buffer, data or frame */
+    VelnoDetail_NullAddressOrOutput = 0x301,
+    VelnoDetail_NullStateOrLength = 0x302,
+    VelnoDetail_NullFirst = 0x303,
+    VelnoDetail_NullTotals = 0x304,
+    VelnoDetail_NullReceipt = 0x305,
+    VelnoDetail_NullItem = 0x306,
+    VelnoDetail_NullItemList = 0x307,
+    VelnoDetail_NullInvoice = 0x308,
+    VelnoDetail_NullList = 0x309,
+    VelnoDetail_NullCount = 0x30A,
+    VelnoDetail_NullZ = 0x30B,
+    VelnoDetail_NullDateTime = 0x30C,
+    VelnoDetail_NullEncoding = 0x30D,
+    VelnoDetail_NullText = 0x30E, /**< or empty */
+    VelnoDetail_NullStyle = 0x30F,
+    VelnoDetail_NullLimit = 0x310,
+    VelnoDetail_NullLanguage = 0x311,
+    VelnoDetail_BadSerialNo = 0x400,
+    VelnoDetail_BadPort = 0x402,
+    VelnoDetail_BadPersonId = 0x403,
+    VelnoDetail_BadTaxNumber = 0x404,
+    VelnoDetail_BadPrice = 0x405,
+    VelnoDetail_BadSection = 0x406,
+    VelnoDetail_BadPercentage = 0x407,
+    VelnoDetail_BadAmount = 0x408,
+    VelnoDetail_BadItemType = 0x409,
+    VelnoDetail_BadItemCount = 0x40A,
+    VelnoDetail_BadInvoiceType = 0x40B,
+    VelnoDetail_BadIdKind = 0x40C,
+    VelnoDetail_BadInvoiceMode = 0x40D,
+    VelnoDetail_BadReference = 0x40E,
+    VelnoDetail_BadReceiptFirst = 0x40F,
+    VelnoDetail_BadReceiptSecond = 0x410,
+    VelnoDetail_BadEncoding = 0x411,
+    VelnoDetail_BadPaymentAmount = 0x412,
+    VelnoDetail_BadLineFeeds = 0x413,
+    VelnoDetail_BadAnswerLimit = 0x414,
+    VelnoDetail_BadLanguage = 0x415
+} VelnoDetail;
+
+/**
+ * Why a call failed, as velnoext_cause() tells it. In brackets the results that it comes with.
+ *
+ * Numbers below 6000 are those that the pairing window shows behind "Eşleme hatası: ". With result 10 they
+ * tell where the pairing ended; with other results they tell the same fault outside a pairing.
+ *
+ * What a register gives as its reason is added to a base: 10000 + its error, 20000 + its state, 30000 + what
+ * its display says, each from 0 to 9999. The numbers are the register's; those named here are the simulated
+ * register's, whose error is a sum of bits. Of several reasons the error is told first, then the state, then
+ * the display. More causes may be added: treat one that is not known as its result.
+ */
+typedef enum VelnoCause {
+    VelnoCause_None = 0,
+
+    VelnoCause_AddressInvalid = 1005,  /**< the address to listen on is no IP address (4) */
+    VelnoCause_PortInUse = 1006,       /**< another program listens there (2, 10) */
+    VelnoCause_NobodyConnected = 1007, /**< no register connected in time (2, 10) */
+    VelnoCause_CannotListen = 1008,    /**< a foreign address, or a port that needs privileges (2, 10) */
+
+    VelnoCause_ClosedBeforeSending = 2005, /**< the connection was closed before (2, 10) */
+    VelnoCause_WriteRefused = 2006,        /**< the system took no bytes (2, 10) */
+    VelnoCause_NotSentInTime = 2007,       /**< the register takes no bytes (2, 10) */
+
+    VelnoCause_EmptyFrame = 3003,         /**< a frame of no length (10) */
+    VelnoCause_ClosedWhileWaiting = 3005, /**< closed in place of an answer (2, 10) */
+    VelnoCause_SilentRegister = 3006,     /**< no answer, or not the rest of one, in time (2, 10) */
+
+    VelnoCause_FrameLength = 4000,  /**< the announced length is wrong or too large (10, 12) */
+    VelnoCause_FrameCrc = 4001,     /**< damaged on its way (10, 12) */
+    VelnoCause_FrameSerial = 4002,  /**< another register answers (10, 12) */
+    VelnoCause_FrameMessage = 4003, /**< no message in it (10) */
+
+    VelnoCause_PairingRefused = 5000,        /**< a result code other than "00" (10) */
+    VelnoCause_CertificateNotTrusted = 5001, /**< none, expired, too weak, of an unknown authority (10) */
+    VelnoCause_SignatureInvalid = 5002, /**< or a Diffie-Hellman group that this build does not know (10) */
+
+    VelnoCause_RelayNotAnswering = 6001,    /**< refused the connection, or silent for 2 s (2) */
+    VelnoCause_RelayUnreachable = 6002,     /**< this computer has no way to it (2) */
+    VelnoCause_RelayUnknownRegister = 6003, /**< closed when the serial number was named (2) */
+    VelnoCause_RelaySilent = 6004,          /**< no answer to the serial number within 5 s (2) */
+    VelnoCause_RelayWrongAnswer = 6005,     /**< another answer than the serial number (2) */
+    VelnoCause_HandOverFailed = 6010,       /**< the connection was gone before it could be used (2) */
+
+    VelnoCause_Interrupted = 7001,       /**< by velnoext_interrupt() (2, 10) */
+    VelnoCause_AnswerLimitPassed = 7002, /**< that of velnoext_set_answer_limit() (2) */
+    VelnoCause_NotInitialised = 7003,    /**< (1) */
+    VelnoCause_NoActiveDevice = 7004,    /**< (1) */
+    VelnoCause_NotConnected = 7005,      /**< (1, 2) */
+    VelnoCause_KeysAbsent = 7006,        /**< the register is not paired (1) */
+    VelnoCause_RawNotAllowed = 7007,     /**< not with this application number (1) */
+    VelnoCause_NoThread = 7008,          /**< the system gives no further thread (1) */
+    VelnoCause_NoEncoding = 7009,        /**< of the slip (8) */
+    VelnoCause_NullArgument = 7010,      /**< the detail names it (3) */
+    VelnoCause_BadArgument = 7011,       /**< the detail names it (4) */
+    VelnoCause_RoomTooSmall = 7012,      /**< for the result (4) */
+    VelnoCause_NegativeLength = 7013,    /**< (4) */
+    VelnoCause_ProgramUnreadable = 7014, /**< the program's own file (13) */
+    VelnoCause_NotEncrypted = 7015,      /**< no bytes to send, or too many (11) */
+
+    VelnoCause_AnswerTooShort = 8001,     /**< authentic, but an item is missing (5) */
+    VelnoCause_SectionNameTooLong = 8002, /**< more than 52 bytes (5) */
+    VelnoCause_MacWrong = 8003,           /**< other keys, or changed on its way (11) */
+    VelnoCause_DecryptedToNothing = 8004, /**< (11) */
+    VelnoCause_ElementsWrong = 8005,      /**< one is missing, or unknown (12) */
+    VelnoCause_RequestReflected = 8006,   /**< the answer equals the request (12) */
+    VelnoCause_AnswerTooLong = 8007,      /**< announces more than 1 MiB (2) */
+    VelnoCause_EndlessBytes = 8008,       /**< a flood that nobody asked for (2) */
+
+    VelnoCause_SaidNo = 9001,       /**< and no more than that (8) */
+    VelnoCause_PrinterEmpty = 9002, /**< (9) */
+    VelnoCause_DisplayEmpty = 9003, /**< nothing is told of the display (7) */
+    VelnoCause_OtherNumber = 9004,  /**< an error, state or display below 0 or above 9999 (6, 7, 8) */
+
+    VelnoCause_OfError = 10000,                       /**< base of the register's error (6, 7, 8) */
+    VelnoCause_WrongKey = VelnoCause_OfError + 1,     /**< a key that means nothing now */
+    VelnoCause_WrongValue = VelnoCause_OfError + 2,   /**< one that the register does not take */
+    VelnoCause_OverLimit = VelnoCause_OfError + 4,    /**< sale limit, or more than a receipt holds */
+    VelnoCause_PaymentBegun = VelnoCause_OfError + 8, /**< items stay as they are */
+    VelnoCause_PaperOut = VelnoCause_OfError + 16,
+    VelnoCause_NothingThere = VelnoCause_OfError + 32, /**< no such item, an empty receipt, no sale */
+    VelnoCause_NoJournal = VelnoCause_OfError + 64,    /**< it cannot be written */
+
+    VelnoCause_OfState = 20000, /**< base of the register's state, see VelnoEcrState (6, 8) */
+
+    VelnoCause_OfDisplay = 30000, /**< base of what the display says (7) */
+    VelnoCause_DisplayNoPaper = VelnoCause_OfDisplay + 0,
+    VelnoCause_DisplayBusy = VelnoCause_OfDisplay + 2 /**< an amount is typed, or a question asked */
+} VelnoCause;
 
 /* Set-up and connections -------------------------------------------------------------------------------- */
 
@@ -126,6 +303,12 @@ typedef enum VelnoEcrState {
 VELNOEXT_API const char *velnoext_version(void);
 
 /**
+ * The version of the library in use, "0.2.0" for instance; compare with VELNOEXT_VERSION_MAJOR and its
+ * neighbours, which are those of the header. The text lives as long as the library. Never blocks.
+ */
+VELNOEXT_API const char *velnoext_library_version(void);
+
+/**
  * Connects a register, pairs with it if need be, and makes it the active one. A register that is connected
  * already is connected afresh; others stay connected.
  *
@@ -133,8 +316,11 @@ VELNOEXT_API const char *velnoext_version(void);
  * and to stay. One that is paired is met once. On failure the active register is the one before, other
  * registers stay connected, and the library's thread goes on until velnoext_close().
  *
- * @param appNo     number of the application; 999999 takes the relay's port 50900, others 50902. With
- *                  999999 and 14242 velnoext_close() forgets the keys, and the raw pass-through is open.
+ * @param appNo     number of the application, under which it is known to whoever runs the registers' service
+ *                  and gave it out: the one that a technician types into the pairing window as "Uygulama
+ *                  no". It does not leave this computer; any other number than the two special ones behaves
+ *                  alike. 999999 takes the relay's port 50900, others 50902. With 999999 and 14242 (the
+ *                  pairing tool itself) velnoext_close() forgets the keys, and the raw pass-through is open.
  *                  The last call's number holds for all registers
  * @param serialNo  12 characters
  * @param address   local address to listen on, "0.0.0.0" for all; "255.255.255.255" for the relay. A register
@@ -173,6 +359,13 @@ VELNOEXT_API int velnoext_active_device(char *buffer);
  * failed call, before another thread calls. Never blocks.
  */
 VELNOEXT_API int velnoext_error_detail(void);
+
+/**
+ * The finest reason known of the last call that failed, see VelnoCause: 0 after one that succeeded. Set to 0
+ * and read as velnoext_error_detail(): ask right after the failed call, before another thread calls. Never
+ * blocks.
+ */
+VELNOEXT_API int velnoext_cause(void);
 
 /**
  * Closes the active register's connection; afterwards no register is active. When it was the last
@@ -247,22 +440,35 @@ VELNOEXT_API void velnoext_set_log(void (*line)(const char *text, void *context)
 
 /* Results in words -------------------------------------------------------------------------------------- */
 
-/* English, for people: a log, a message box, a support call. Each text lives as long as the library and is
- * never NULL, also for numbers that no function returns. Never blocks; may be called at any time, before
- * velnoext_initialize() and while another thread is inside the library. Example:
+/* For people: a log, a message box, a support call; in English, or in Turkish behind
+ * velnoext_set_language("tr"). Each text is UTF-8 (the English ones are plain ASCII), lives as long as the
+ * library and is never NULL, also for numbers that no function returns. Never blocks; may be called at any
+ * time, before velnoext_initialize() and while another thread is inside the library. Example:
  *
  *     int code = velnoext_login(5000);
+ *     int cause = velnoext_cause();
  *     if (code != 0)
- *         fprintf(stderr, "login: %s (%d)\n%s\n%s\n", velnoext_result_name(code), code,
- *                 velnoext_result_text(code), velnoext_detail_text(velnoext_error_detail()));
+ *         fprintf(stderr, "login: %s (%d)\n%s (%d)\n%s\n", velnoext_result_name(code), code,
+ *                 velnoext_cause_text(cause), cause, velnoext_detail_text(velnoext_error_detail()));
  */
+
+/**
+ * Chooses the language of all texts, for the whole process; names stay as they are. Takes no lock; texts that
+ * were handed out before stay valid.
+ *
+ * @param language  "en" (as at the start) or "tr"
+ * @return 0; 3: NULL (0x311); 4: no such language (0x415). Detail and cause are set on failure alone, so that
+ *         those of a failed call can be told in both languages
+ */
+VELNOEXT_API int velnoext_set_language(const char *language);
 
 /** A code's name, lower-case words joined by hyphens: "success", "no-paper"; otherwise "unknown". */
 VELNOEXT_API const char *velnoext_result_name(int code);
 
 /**
  * What a code means: exactly three lines, separated by '\n', none behind the last. The first is the sentence
- * that says what happened; the second begins with "Cause: ", the third with "Cure: ".
+ * that says what happened; the second begins with "Cause: ", the third with "Cure: " (in Turkish "Neden: "
+ * and "Çözüm: ").
  */
 VELNOEXT_API const char *velnoext_result_text(int code);
 
@@ -271,6 +477,15 @@ VELNOEXT_API const char *velnoext_result_text(int code);
  * names each with its argument.
  */
 VELNOEXT_API const char *velnoext_detail_text(int detail);
+
+/**
+ * A cause's name, like that of a code: "port-in-use", "register-paper-out". A register's number that is not
+ * known has the name of its base: "register-error", "register-state", "register-display"; all else "unknown".
+ */
+VELNOEXT_API const char *velnoext_cause_name(int cause);
+
+/** What a cause means: three lines as velnoext_result_text(). Also for the codes of the pairing window. */
+VELNOEXT_API const char *velnoext_cause_text(int cause);
 
 /* Raw pass-through -------------------------------------------------------------------------------------- */
 
@@ -317,10 +532,17 @@ VELNOEXT_API int velnoext_get_data(const char *frame, int frameLength, char *out
  *         printf("Z %d\n", z);
  */
 
-/** Opens the application's session on the register. @return 0; 8: refused */
+/**
+ * Opens the application's session on the register: it then knows that an application works with it. The
+ * session belongs to the register, which keeps it when the connection ends; logging in twice does no harm.
+ * This library asks for no login before any command, and the simulated register neither; one in the field may
+ * want it before it sells or reports, so log in once after connecting.
+ *
+ * @return 0; 8: refused, by the simulated register while it starts or is out of service
+ */
 VELNOEXT_API int velnoext_login(unsigned int timeout);
 
-/** Ends the session. @return 0; 8: refused */
+/** Ends the session. @return 0; 8: refused, by the simulated register while a sale is open */
 VELNOEXT_API int velnoext_logout(unsigned int timeout);
 
 /** Whether the printer has paper. @return 0: it has; 9: it has none */
@@ -386,25 +608,53 @@ VELNOEXT_API int velnoext_sale_limit(unsigned int timeout, long long *limit);
 
 #pragma pack(push, 4)
 
+/** Units of an item's quantity, as the simulated register prints them. */
+typedef enum VelnoItemType {
+    VelnoItemType_Piece = 0,       /**< AD */
+    VelnoItemType_Kilogram = 1,    /**< KG */
+    VelnoItemType_Gram = 2,        /**< GR */
+    VelnoItemType_Litre = 3,       /**< LT */
+    VelnoItemType_Metre = 4,       /**< MT */
+    VelnoItemType_SquareMetre = 5, /**< M2 */
+    VelnoItemType_CubicMetre = 6,  /**< M3 */
+    VelnoItemType_Hour = 7         /**< SA */
+} VelnoItemType;
+
 /** One line of a sale; 84 bytes. Set what is not used to 0. */
 typedef struct VelnoSaleItem
 {
-    long long price; /**< of one unit, in kuruş */
+    long long price; /**< of one unit, in kuruş; with 0 the line is a remark on the receipt */
     int quantity;    /**< in thousandths: 1000 is one unit */
-    int percentage;  /**< adjustment in percent, -100 or more; 0 for none */
-    /** Adjustment in kuruş; 0 for none. While percentage is 0: not negative, and at most the line total,
-     *  which is price times quantity / 1000, rounded half up, and counts as 0 when that is negative. */
+    /** Adjustment in percent of the line total: below 0 a discount (-10: ten percent off), above 0 a
+     *  surcharge; 0 for none. -100 or more; the simulated register takes up to 100. */
+    int percentage;
+    /** Discount in kuruş, which counts while percentage is 0: a positive amount makes the line cheaper, and
+     *  there is no surcharge by amount; 0 for none. Not negative, and at most the line total, which is price
+     *  times quantity / 1000, rounded half up, and counts as 0 when that is negative. */
     long long amount;
-    char name[53];       /**< the bytes before the first zero, at most 52 of them; need not end with a zero */
-    signed char section; /**< section (department) of the register, 1 to 8 */
-    int type;            /**< 0 to 7, as the register defines them */
+    /** The bytes before the first zero, at most 52 of them; need not end with a zero. They are passed on as
+     *  they are: UTF-8 for the simulated register, which reads what is no UTF-8 as ISO-8859-9. Cut a longer
+     *  name between two characters. */
+    char name[53];
+    signed char section; /**< section (department) of the register, 1 to 8: it decides the tax rate */
+    int type;            /**< unit of the quantity, 0 to 7, see VelnoItemType */
 } VelnoSaleItem;
+
+/** The places of VelnoEcrSaleTotals.values, as the simulated register tells them; all in kuruş. Cash + card -
+ *  change is what has been paid. */
+typedef enum VelnoTotal {
+    VelnoTotal_ToPay = 0, /**< all items and the medical contribution, tax contained */
+    VelnoTotal_Tax = 1,   /**< the tax within it */
+    VelnoTotal_Cash = 2,  /**< paid in cash, as handed over */
+    VelnoTotal_Card = 3,  /**< paid by card */
+    VelnoTotal_Change = 4 /**< what of the cash goes back */
+} VelnoTotal;
 
 /** What the register has added up for the open sale; 44 bytes. The register defines what each number is. */
 typedef struct VelnoEcrSaleTotals
 {
-    long long values[5]; /**< in the order in which the register tells them */
-    int number;          /**< the number that it tells behind them */
+    long long values[5]; /**< in the order in which the register tells them, see VelnoTotal */
+    int number; /**< told behind them; the simulated register's number of items that are not deleted */
 } VelnoEcrSaleTotals;
 
 /** Several lines at once; 844 bytes. */
@@ -418,16 +668,29 @@ typedef struct VelnoSaleItemList
  */
 typedef struct VelnoReceiptRef
 {
-    int first;
-    int second;
+    int first;  /**< the simulated register's: number of the Z report that the receipt counts towards */
+    int second; /**< and the receipt's number among those of that report */
 } VelnoReceiptRef;
 
 #pragma pack(pop)
 
 VELNOEXT_SIZE_IS(VelnoSaleItem, 84);
+VELNOEXT_OFFSET_IS(VelnoSaleItem, price, 0);
+VELNOEXT_OFFSET_IS(VelnoSaleItem, quantity, 8);
+VELNOEXT_OFFSET_IS(VelnoSaleItem, percentage, 12);
+VELNOEXT_OFFSET_IS(VelnoSaleItem, amount, 16);
+VELNOEXT_OFFSET_IS(VelnoSaleItem, name, 24);
+VELNOEXT_OFFSET_IS(VelnoSaleItem, section, 77);
+VELNOEXT_OFFSET_IS(VelnoSaleItem, type, 80);
 VELNOEXT_SIZE_IS(VelnoEcrSaleTotals, 44);
+VELNOEXT_OFFSET_IS(VelnoEcrSaleTotals, values, 0);
+VELNOEXT_OFFSET_IS(VelnoEcrSaleTotals, number, 40);
 VELNOEXT_SIZE_IS(VelnoSaleItemList, 844);
+VELNOEXT_OFFSET_IS(VelnoSaleItemList, count, 0);
+VELNOEXT_OFFSET_IS(VelnoSaleItemList, items, 4);
 VELNOEXT_SIZE_IS(VelnoReceiptRef, 8);
+VELNOEXT_OFFSET_IS(VelnoReceiptRef, first, 0);
+VELNOEXT_OFFSET_IS(VelnoReceiptRef, second, 4);
 
 /**
  * Starts a sale: reads the register's state, then has the keys that start one pressed.
@@ -497,7 +760,14 @@ VELNOEXT_API int velnoext_add_medical_contribution(unsigned int timeout, long lo
  */
 VELNOEXT_API int velnoext_delete_last_sale_item(unsigned int timeout, VelnoEcrSaleTotals *totals);
 
-/** Takes the line of this index, as the register counts them, out of the open sale. @return as above */
+/**
+ * Takes the line of this index out of the open sale.
+ *
+ * @param index   as the register counts its lines; the simulated one from 0, the first line added. A deleted
+ * line keeps its index, so that the others keep theirs
+ * @param totals  the running totals without it
+ * @return as above
+ */
 VELNOEXT_API int velnoext_delete_sale_item(unsigned int timeout, int index, VelnoEcrSaleTotals *totals);
 
 /* Payment and the end of a sale ------------------------------------------------------------------------- */
@@ -523,25 +793,57 @@ VELNOEXT_API int velnoext_delete_sale_item(unsigned int timeout, int index, Veln
 
 #pragma pack(push, 4)
 
+/** The keys that pay and end a sale: `type` of velnoext_add_payment() and velnoext_end_sale(). What they
+ * stand for is set on the register; on the simulated one F10 is cash and F11 a card. */
+typedef enum VelnoPaymentKey {
+    VelnoPaymentKey_F10 = 0, /**< cash on the simulated register */
+    VelnoPaymentKey_F11 = 1  /**< card on the simulated register */
+} VelnoPaymentKey;
+
+/** Kinds of invoice, as the simulated register takes them. */
+typedef enum VelnoInvoiceType {
+    VelnoInvoiceType_Paper = 0,      /**< on a printed form, whose number the reference is */
+    VelnoInvoiceType_Electronic = 1, /**< e-invoice */
+    VelnoInvoiceType_Archived = 2    /**< e-archive */
+} VelnoInvoiceType;
+
+/** Whose number an invoice carries. */
+typedef enum VelnoIdKind {
+    VelnoIdKind_Person = 0, /**< identity number, 11 digits */
+    VelnoIdKind_Company = 1 /**< tax number, 10 digits */
+} VelnoIdKind;
+
+/** How what is left to pay is taken when an invoice ends the sale, as the simulated register does. */
+typedef enum VelnoInvoiceMode {
+    VelnoInvoiceMode_RestInCash = 1,
+    VelnoInvoiceMode_RestByCard = 2
+} VelnoInvoiceMode;
+
 /** What a sale's invoice says of the customer; 48 bytes. */
 typedef struct VelnoInvoice
 {
-    unsigned int invoiceType; /**< 0, 1 or 2, as the register defines them */
-    unsigned int idKind;      /**< of idNumber; 0: a person's, 11 digits; 1: a tax number, 10 digits */
-    char idNumber[12];        /**< the bytes before the first zero; 11111111111 stands for any person */
-    char reference[17]; /**< the bytes before the first zero; with invoiceType 0 there must be 6 to 16 */
-    int mode;           /**< 1 or 2, as the register defines them */
-    int flag;           /**< 0 or not, as the register defines it */
+    unsigned int invoiceType; /**< 0, 1 or 2, see VelnoInvoiceType */
+    unsigned int idKind; /**< of idNumber, see VelnoIdKind; 0: a person's, 11 digits; 1: a tax number, 10 */
+    char idNumber[12];   /**< the bytes before the first zero; 11111111111 stands for any person */
+    char reference[17];  /**< the bytes before the first zero; with invoiceType 0 there must be 6 to 16 */
+    int mode;            /**< 1 or 2, see VelnoInvoiceMode */
+    int flag;            /**< not 0: the invoice takes the place of the delivery note (simulated register) */
 } VelnoInvoice;
 
 #pragma pack(pop)
 
 VELNOEXT_SIZE_IS(VelnoInvoice, 48);
+VELNOEXT_OFFSET_IS(VelnoInvoice, invoiceType, 0);
+VELNOEXT_OFFSET_IS(VelnoInvoice, idKind, 4);
+VELNOEXT_OFFSET_IS(VelnoInvoice, idNumber, 8);
+VELNOEXT_OFFSET_IS(VelnoInvoice, reference, 20);
+VELNOEXT_OFFSET_IS(VelnoInvoice, mode, 40);
+VELNOEXT_OFFSET_IS(VelnoInvoice, flag, 44);
 
 /**
  * Pays an amount of the open sale. Does not wait for an answer.
  *
- * @param type    0: with the key F10 of the register; any other value: with its key F11
+ * @param type    see VelnoPaymentKey; 0: with the key F10 of the register; any other value: with its key F11
  * @param amount  in kuruş, 1 to 999,999,999,999; a larger one is not refused but loses its last digits, as
  * the register takes 12
  * @return 0: the keys are sent; 4: amount is 0 or negative (0x412), which is looked at before all else; 6: no
@@ -636,6 +938,9 @@ typedef struct VelnoTextStyle
 #pragma pack(pop)
 
 VELNOEXT_SIZE_IS(VelnoTextStyle, 8);
+VELNOEXT_OFFSET_IS(VelnoTextStyle, size, 0);
+VELNOEXT_OFFSET_IS(VelnoTextStyle, styleA, 4);
+VELNOEXT_OFFSET_IS(VelnoTextStyle, styleB, 5);
 
 /**
  * Sets the encoding of the texts that follow on the slip. May be called again between texts.
