@@ -17,6 +17,8 @@ static int readOnce(unsigned short port)
     if (code == 0)
         code = velnoext_ecr_state(5000, &state);
     printf("code %d state %d locale %s\n", code, state, setlocale(LC_ALL, NULL));
+    if (code != 0)
+        printf("cause %d\n", velnoext_cause());
     return code;
 }
 

@@ -271,7 +271,7 @@ void TestLibraryProcess::programWithoutItsFileCannotPair()
     QProcess program;
     program.start(copy, {QString::number(port), copy});
     QVERIFY(program.waitForFinished());
-    QCOMPARE(program.readAllStandardOutput(), QByteArray("code 13 state -1 locale C\n"));
+    QCOMPARE(program.readAllStandardOutput(), QByteArray("code 13 state -1 locale C\ncause 7014\n"));
     QCOMPARE(program.exitCode(), 13);
     device.stop();
     QVERIFY(device.announcement.isEmpty());
@@ -290,7 +290,7 @@ void TestLibraryProcess::programWithoutThreadsIsToldSo()
     });
     program.start(QStringLiteral(VELNO_PLAIN_C_PROGRAM), {QString::number(freePort())});
     QVERIFY(program.waitForFinished());
-    QCOMPARE(program.readAllStandardOutput(), QByteArray("code 1 state -1 locale C\n"));
+    QCOMPARE(program.readAllStandardOutput(), QByteArray("code 1 state -1 locale C\ncause 7008\n"));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 1);
 }

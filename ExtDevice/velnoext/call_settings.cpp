@@ -13,7 +13,7 @@ void velnoext_interrupt(void)
 int velnoext_set_answer_limit(unsigned int ms)
 {
     const PublicCall call;
-    library().errorDetail = 0;
+    forgetFailure();
     if (ms == 0)
         return failed(BadValue, 0x414);
     library().answerLimit = ms;

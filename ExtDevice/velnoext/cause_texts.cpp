@@ -211,10 +211,12 @@ constexpr std::array causes{
     Words{VelnoCause_RelayUnreachable,
           "relay-unreachable",
           {"There is no way from this computer to the relay.\n"
-           "Cause: this computer has no network, or no route to the relay's address.\n"
+           "Cause: it has no network or no route to the relay's address, or this process may open no further "
+           "connection.\n"
            "Cure: check this computer's network; the relay's address is a setting of the build.",
            "Bu bilgisayardan aktarma sunucusuna yol yok.\n"
-           "Neden: bu bilgisayarın ağı ya da sunucunun adresine giden bir yolu yok.\n"
+           "Neden: bilgisayarın ağı ya da sunucunun adresine giden bir yolu yok veya bu işlem yeni bağlantı "
+           "açamıyor.\n"
            "Çözüm: bu bilgisayarın ağını denetleyin; sunucunun adresi bir derleme ayarıdır."}},
     Words{VelnoCause_RelayUnknownRegister,
           "relay-unknown-register",
@@ -498,11 +500,14 @@ constexpr std::array causes{
     Words{VelnoCause_WrongKey,
           "register-wrong-key",
           {"The register was given a key that means nothing where it was pressed (its error 1).\n"
-           "Cause: the display shows something else than the keys are for.\n"
-           "Cure: read the state, finish or cancel what is open, and call again.",
+           "Cause: its display shows something else than the keys are for, or still the error of earlier "
+           "keys.\n"
+           "Cure: read the sale with velnoext_sale_state(), which takes an earlier error off the display, or "
+           "finish or cancel what is open; then call again.",
            "Yazarkasaya, basıldığı yerde anlamı olmayan bir tuş gönderildi (hatası 1).\n"
-           "Neden: ekranda tuşların ait olduğundan başka bir şey var.\n"
-           "Çözüm: durumu okuyun, açık olanı bitirin ya da iptal edin ve yeniden çağırın."}},
+           "Neden: ekranda tuşların ait olduğundan başka bir şey ya da hâlâ önceki tuşların hatası var.\n"
+           "Çözüm: önceki hatayı ekrandan silen velnoext_sale_state() ile satışı okuyun ya da açık olanı "
+           "bitirin veya iptal edin; sonra yeniden çağırın."}},
     Words{
         VelnoCause_WrongValue,
         "register-wrong-value",
@@ -634,14 +639,6 @@ constexpr std::array causes{
 
     // 30000 + what the display says, as the simulated register counts
     // ----------------------------------------
-    Words{VelnoCause_DisplayNoPaper,
-          "display-no-paper",
-          {"The sale takes no input: the register's display says that there is no paper (display 0).\n"
-           "Cause: the roll is used up or its lid is open.\n"
-           "Cure: put in a new roll, close the lid, and call again.",
-           "Satış giriş kabul etmiyor: yazarkasanın ekranı kağıt olmadığını söylüyor (ekran 0).\n"
-           "Neden: rulo bitti ya da kapağı açık.\n"
-           "Çözüm: yeni rulo takın, kapağı kapatın ve yeniden çağırın."}},
     Words{VelnoCause_DisplayBusy,
           "display-busy",
           {"The sale takes no input: an amount is typed, or a question is asked (display 2).\n"

@@ -59,7 +59,9 @@ QIODevice *activeConnection()
 int beginRaw()
 {
     const int result = beginCommand();
-    return result != NotReady && !isSpecialApplication() ? NotReady : result;
+    if (result == NotReady || isSpecialApplication())
+        return result;
+    return failedBy(NotReady, VelnoCause_RawNotAllowed);
 }
 
 } // namespace
@@ -86,17 +88,17 @@ int parseTlvElements(const QByteArray &frame, QByteArray *plaintext)
     const auto check = [&] {
         return GMP3::check(frame.constData(), int(frame.size()), record.registerData.constData(), false);
     };
-    if (keepingNumberFormat(check) != 0)
-        return MalformedReply;
+    if (const int fault = keepingNumberFormat(check); fault != 0)
+        return failedBy(MalformedReply, fault);
     Envelope envelope;
     if (!readEnvelope(QByteArrayView(frame).sliced(headerSize).chopped(crcSize), &envelope))
-        return MalformedReply;
+        return failedBy(MalformedReply, VelnoCause_ElementsWrong);
     const QByteArray cipher = QByteArray::fromRawData(envelope.cipher.data(), envelope.cipher.size());
     if (!isSame(GMP3_HMAC(record, cipher), envelope.mac))
-        return NotAuthentic;
+        return failedBy(NotAuthentic, VelnoCause_MacWrong);
     const QByteArray decrypted = GMP3_cipher(record, false, cipher);
     if (decrypted.isEmpty())
-        return NotAuthentic;
+        return failedBy(NotAuthentic, VelnoCause_DecryptedToNothing);
     *plaintext = decrypted;
     return Success;
 }
@@ -106,7 +108,7 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
 {
     const QByteArray frame = prepareTlvElements(request);
     if (frame.isEmpty())
-        return NotAuthentic;
+        return failedBy(NotAuthentic, VelnoCause_NotEncrypted);
     QByteArray answer;
     // One visit to the worker thread carries both ways.
     const bool answered = onConnectionThread(
@@ -122,12 +124,23 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
     return Success;
 }
 
+int causeOfNotReady()
+{
+    if (!library().connectionThread)
+        return VelnoCause_NotInitialised;
+    if (library().activeDevice.isEmpty())
+        return VelnoCause_NoActiveDevice;
+    return activeRecord().aesKey.isEmpty() ? VelnoCause_KeysAbsent : VelnoCause_None;
+}
+
 int beginCommand()
 {
-    library().errorDetail = 0;
-    if (!library().connectionThread || activeRecord().aesKey.isEmpty())
-        return NotReady;
-    return library().connections.contains(library().activeDevice) ? Success : ConnectionFailed;
+    forgetFailure();
+    if (const int cause = causeOfNotReady(); cause != VelnoCause_None)
+        return failedBy(NotReady, cause);
+    if (!library().connections.contains(library().activeDevice))
+        return failedBy(ConnectionFailed, VelnoCause_NotConnected);
+    return Success;
 }
 
 ReplyReader::ReplyReader(const QByteArray &reply)
@@ -164,9 +177,17 @@ ReplyReader &ReplyReader::operator>>(VelnoEcrSaleTotals &totals)
     return *this;
 }
 
+bool ReplyReader::isComplete() const
+{
+    return m_stream.status() == QDataStream::Ok;
+}
+
 Result ReplyReader::result() const
 {
-    return m_stream.status() == QDataStream::Ok ? Success : ReplyUnreadable;
+    if (isComplete())
+        return Success;
+    failedBy(ReplyUnreadable, VelnoCause_AnswerTooShort);
+    return ReplyUnreadable;
 }
 
 int runCommand(unsigned int timeout, const QByteArray &request, QByteArray *reply)
@@ -179,14 +200,16 @@ int runFlagCommand(unsigned int timeout, const QByteArray &request, Result other
     bool flag = false;
     if (const int result = runAndRead(timeout, request, flag); result != Success)
         return result;
-    return flag ? Success : otherwise;
+    if (flag)
+        return Success;
+    return failedBy(otherwise, otherwise == NoPaper ? VelnoCause_PrinterEmpty : VelnoCause_SaidNo);
 }
 
 int sendCommand(const QByteArray &request)
 {
     const QByteArray frame = prepareTlvElements(request);
     if (frame.isEmpty())
-        return NotAuthentic;
+        return failedBy(NotAuthentic, VelnoCause_NotEncrypted);
     return send_to_device(activeConnection(), frame) ? Success : ConnectionFailed;
 }
 
@@ -202,7 +225,7 @@ int velnoext_send_data(const char *data, int length)
     if (!data)
         return failed(NullArgument, 0x300);
     if (length < 0)
-        return BadValue;
+        return failedBy(BadValue, VelnoCause_NegativeLength);
     return sendCommand(QByteArray::fromRawData(data, length));
 }
 
@@ -218,13 +241,13 @@ int velnoext_get_data(const char *frame, int frameLength, char *output, int *out
     if (!outputLength)
         return failed(NullArgument, 0x302);
     if (frameLength < 0)
-        return BadValue;
+        return failedBy(BadValue, VelnoCause_NegativeLength);
     QByteArray plaintext;
     const int result = parseTlvElements(QByteArray::fromRawData(frame, frameLength), &plaintext);
     if (result != Success)
         return result;
     if (*outputLength < plaintext.size())
-        return BadValue;
+        return failedBy(BadValue, VelnoCause_RoomTooSmall);
     std::copy(plaintext.cbegin(), plaintext.cend(), output);
     *outputLength = int(plaintext.size());
     return Success;

@@ -25,6 +25,9 @@ int parseTlvElements(const QByteArray &frame, QByteArray *plaintext);
 int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QByteArray &request,
                                QByteArray *reply);
 
+/** Why no register can be asked; 0 when one can. */
+int causeOfNotReady();
+
 /** What every command starts with. @return 0; 1: not initialised or not paired; 2: not connected */
 int beginCommand();
 
@@ -66,7 +69,10 @@ public:
     ReplyReader &operator>>(QVector<int> &list);
     ReplyReader &operator>>(VelnoEcrSaleTotals &totals);
 
-    /** @return 0, or 5 once an item was missing */
+    /** Whether all items that were asked for were there. */
+    bool isComplete() const;
+
+    /** @return 0, or 5 once an item was missing; sets the cause then */
     Result result() const;
 
 private:
@@ -88,7 +94,7 @@ int runAndRead(unsigned int timeout, const QByteArray &request, Items &...items)
     return reader.result();
 }
 
-/** Runs a request whose reply is a flag. @return 0; `otherwise` when it is false; 2, 5, 11 or 12 */
+/** Runs a request whose reply is a flag. @return 0; `otherwise`, 8 or 9, when it is false; 2, 5, 11 or 12 */
 int runFlagCommand(unsigned int timeout, const QByteArray &request, Result otherwise = Refused);
 
 /** Sends a request of which no answer is expected. @return 0, 2 or 11 */

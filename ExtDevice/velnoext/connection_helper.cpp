@@ -31,6 +31,7 @@ constexpr unsigned int relayTimeout = 2000;
 constexpr char relayAddress[] = "255.255.255.255";
 constexpr int lengthSize = 4;
 constexpr int firstBadNetworkStatus = 6; // statuses below it complain about an argument
+constexpr int listeningCauses = 1000;    // + the status is the cause, as it is the code of a pairing
 
 // Frames ------------------------------------------------------------------------------------------------
 
@@ -39,6 +40,13 @@ bool isOpen(const QIODevice &device)
 {
     const auto *const socket = qobject_cast<const QTcpSocket *>(&device);
     return device.isOpen() && (!socket || isConnected(*socket));
+}
+
+/** Notes why the connection failed. @return false */
+bool brokenBy(VelnoCause cause)
+{
+    library().cause = causeOfWait(cause);
+    return false;
 }
 
 /** Waits until there are more bytes than were there before. */
@@ -79,7 +87,8 @@ bool discardUnread(QIODevice &device)
             break;
         device.skip(device.bytesAvailable());
         if (deadline.hasExpired())
-            return false; // it never stops talking: nothing that follows could be told from an answer
+            return brokenBy(VelnoCause_EndlessBytes); // it never stops talking: nothing that follows could be
+                                                      // told from an answer
     }
     return true;
 }
@@ -96,7 +105,9 @@ bool write(QIODevice &device, const QByteArray &frame)
 bool writeOut(QIODevice &device)
 {
     auto *const socket = qobject_cast<QTcpSocket *>(&device);
-    return socket ? Velno::writeOut(*socket, QDeadlineTimer(sendTimeout)) : device.bytesToWrite() == 0;
+    if (socket ? Velno::writeOut(*socket, QDeadlineTimer(sendTimeout)) : device.bytesToWrite() == 0)
+        return true;
+    return brokenBy(isOpen(device) ? VelnoCause_NotSentInTime : VelnoCause_ClosedBeforeSending);
 }
 
 /** @param timeout  ms for each wait */
@@ -126,6 +137,12 @@ bool takeWholeFrame(const QTcpSocket &socket, QByteArray *payload)
     return true;
 }
 
+/** Notes why no more of an answer came. @return false */
+bool stoppedWithin(const QIODevice &device)
+{
+    return brokenBy(isOpen(device) ? VelnoCause_SilentRegister : VelnoCause_ClosedWhileWaiting);
+}
+
 /** One frame's payload, keep-alives included. */
 bool receivePayload(QIODevice &device, quint32 timeout, QByteArray *payload)
 {
@@ -134,13 +151,15 @@ bool receivePayload(QIODevice &device, quint32 timeout, QByteArray *payload)
         return true;
     // The cashier may have to act before the register answers, so the first byte has all the time.
     if (!waitForBytes(device, 1, noTimeLimit) || !waitForBytes(device, lengthSize, timeout))
-        return false;
+        return stoppedWithin(device);
     const QByteArray prefix = device.peek(lengthSize);
     if (prefix.size() < lengthSize)
-        return false;
+        return stoppedWithin(device);
     const qint64 length = qFromBigEndian<quint32>(prefix.constData());
-    if (length > largestPayload || !waitForBytes(device, length + lengthSize, timeout))
-        return false;
+    if (length > largestPayload)
+        return brokenBy(VelnoCause_AnswerTooLong);
+    if (!waitForBytes(device, length + lengthSize, timeout))
+        return stoppedWithin(device);
     device.skip(lengthSize);
     *payload = device.read(length);
     return true;
@@ -148,14 +167,18 @@ bool receivePayload(QIODevice &device, quint32 timeout, QByteArray *payload)
 
 bool sendFrame(QIODevice &device, const QByteArray &payload)
 {
-    if (!discardUnread(device) || !isOpen(device))
+    if (isWaitOver() || !device.isOpen())
+        return brokenBy(VelnoCause_ClosedBeforeSending);
+    if (!discardUnread(device))
         return false;
+    if (!isOpen(device))
+        return brokenBy(VelnoCause_ClosedBeforeSending);
     QByteArray frame;
     frame.reserve(lengthSize + payload.size());
     frame.resize(lengthSize);
     qToBigEndian(quint32(payload.size()), frame.data());
     frame += payload;
-    return write(device, frame) && writeOut(device);
+    return (write(device, frame) || brokenBy(VelnoCause_WriteRefused)) && writeOut(device);
 }
 
 /** One payload that is no keep-alive; written on success alone. */
@@ -164,7 +187,9 @@ bool receiveAnswer(QIODevice &device, quint32 timeout, QByteArray *answer)
     const QByteArray keepAlive = QByteArrayLiteral("\xDE\xAD\xBE\xEF");
     QByteArray payload;
     do {
-        if (isWaitOver() || !device.isOpen() || !receivePayload(device, timeout, &payload))
+        if (isWaitOver() || !device.isOpen())
+            return brokenBy(VelnoCause_ClosedWhileWaiting);
+        if (!receivePayload(device, timeout, &payload))
             return false;
     } while (payload == keepAlive);
     *answer = payload;
@@ -185,11 +210,13 @@ struct Route
     /** @return a Result */
     int connect(unsigned int *handle) const
     {
-        const int status = throughRelay ? connectToTsm(serialNo, relayTimeout, handle)
-                                        : velno_network_accept(address, port, int(timeout), handle);
+        if (throughRelay)
+            return connectToTsm(serialNo, relayTimeout, handle) == 0 ? Success : int(ConnectionFailed);
+        const int status = velno_network_accept(address, port, int(timeout), handle);
         if (status == 0)
             return Success;
-        return status < firstBadNetworkStatus ? BadValue : ConnectionFailed;
+        return failedBy(status < firstBadNetworkStatus ? BadValue : ConnectionFailed,
+                        causeOfWait(listeningCauses + status));
     }
 };
 
@@ -228,12 +255,13 @@ int exchangeKeys(const Route &route, const QByteArray &hash)
         if (connection_handle != 0)
             velno_network_disconnect(connection_handle);
         connection_handle = 0;
-        return result == 0 ? Success : PairingFailed;
+        return result == 0 ? Success : failedBy(PairingFailed, causeOfWait(result));
     }
     unsigned int handle = 0;
     if (route.connect(&handle) != Success)
         return ConnectionFailed;
-    return pairOver(quint32(handle)) == 0 ? Success : PairingFailed;
+    const int result = pairOver(quint32(handle));
+    return result == 0 ? Success : failedBy(PairingFailed, causeOfWait(result));
 }
 
 /** Gives the active register its connection; one that nobody takes is closed. */
@@ -242,7 +270,7 @@ bool handOver(unsigned int handle)
     if (velno_set_connection(handle) == 0)
         return true;
     velno_network_disconnect(handle);
-    return false;
+    return brokenBy(VelnoCause_HandOverFailed);
 }
 
 /** From the first connection to the keys; leaves no record behind when the register did not follow. */
@@ -253,7 +281,7 @@ int pairOn(unsigned int firstConnection, const Route &route)
     const QByteArray hash = applicationHash();
     if (hash.isEmpty()) {
         closeConnection();
-        return NoApplicationHash;
+        return failedBy(NoApplicationHash, VelnoCause_ProgramUnreadable);
     }
     activeRecord().registerData = route.serialNo;
     const bool announced = announceUnpaired(route.serialNo);
@@ -318,7 +346,7 @@ void ConnectionHelper::closeConnection(const QByteArray &serialNo)
 
 bool ConnectionHelper::send(QIODevice *s, const QByteArray &data)
 {
-    const bool sent = s && s->isOpen() && !isWaitOver() && sendFrame(*s, data);
+    const bool sent = s ? sendFrame(*s, data) : brokenBy(VelnoCause_ClosedBeforeSending);
     if (!sent)
         closeWhenGivenUp(s);
     return sent;
@@ -327,7 +355,7 @@ bool ConnectionHelper::send(QIODevice *s, const QByteArray &data)
 bool ConnectionHelper::receive(quint32 timeout, QIODevice *s, QByteArray *data)
 {
     const WaitScope scope(deadlineAfter(library().answerLimit));
-    const bool received = s && receiveAnswer(*s, timeout, data);
+    const bool received = s ? receiveAnswer(*s, timeout, data) : brokenBy(VelnoCause_ClosedWhileWaiting);
     if (!received)
         closeWhenGivenUp(s);
     return received;

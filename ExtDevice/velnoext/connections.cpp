@@ -22,7 +22,8 @@ namespace {
 
 constexpr int disconnectTimeout = 30'000;
 constexpr unsigned int relayAnswerTimeout = 5000;
-constexpr int noConnection = 6; // as the transport says it
+constexpr int noConnection = 6;     // as the transport says it
+constexpr int closedConnection = 5; // likewise
 
 /** Lets the wait for a register end that vanished from the network without closing. */
 void watchForVanishedPeer(QTcpSocket &socket)
@@ -46,28 +47,41 @@ void prepareSocket(QTcpSocket &socket)
     socket.setReadBufferSize(largestPayload + 4);
 }
 
-/** The relay's answer, which may come in pieces. */
-QByteArray readAnswer(unsigned int handle, int size)
+/** The relay's answer, which may come in pieces. @return 0 or the status of the transport */
+int readAnswer(unsigned int handle, QByteArray *answer)
 {
-    QByteArray answer(size, Qt::Uninitialized);
     const QDeadlineTimer deadline{qint64(relayAnswerTimeout)};
     int received = 0;
-    while (received < size) {
-        int count = size - received;
-        if (velno_network_read(handle, unsigned(deadline.remainingTime()), answer.data() + received,
-                               &count) != 0 ||
-            count <= 0)
-            return {};
+    while (received < answer->size()) {
+        int count = int(answer->size()) - received;
+        if (const int status = velno_network_read(handle, unsigned(deadline.remainingTime()),
+                                                  answer->data() + received, &count);
+            status != 0)
+            return status;
+        if (count <= 0)
+            return closedConnection;
         received += count;
     }
-    return answer;
+    return 0;
 }
 
-bool namedToRelay(unsigned int handle, const QByteArray &serialNo)
+/** Names the register. @return 0, or why the relay does not lead to it */
+int nameToRelay(unsigned int handle, const QByteArray &serialNo)
 {
     const int size = int(serialNo.size());
-    return velno_network_write(handle, relayAnswerTimeout, serialNo.constData(), size) == 0 &&
-           readAnswer(handle, size) == serialNo;
+    int status = velno_network_write(handle, relayAnswerTimeout, serialNo.constData(), size);
+    QByteArray answer(size, Qt::Uninitialized);
+    if (status == 0)
+        status = readAnswer(handle, &answer);
+    if (status != 0)
+        return status == closedConnection ? VelnoCause_RelayUnknownRegister : VelnoCause_RelaySilent;
+    return answer == serialNo ? VelnoCause_None : VelnoCause_RelayWrongAnswer;
+}
+
+/** Why the relay could not be reached, by the status of the transport. */
+int causeOfNoRelay(int status)
+{
+    return status == noConnection ? VelnoCause_RelayNotAnswering : VelnoCause_RelayUnreachable;
 }
 
 /** False when the process may not have another thread. */
@@ -102,7 +116,7 @@ void closeActive()
 {
     LibraryState &state = library();
     const QByteArray serialNo = state.activeDevice;
-    state.errorDetail = 0;
+    forgetFailure();
     if (isSpecialApplication())
         state.pairingRecords.remove(serialNo);
     closeDevice(serialNo);
@@ -164,14 +178,25 @@ int connectToTsm(const QByteArray &serialNo, unsigned int timeout, unsigned int 
 {
     const unsigned short port = library().appNo == 999999 ? 50900 : 50902;
     unsigned int opened = 0;
-    if (velno_network_connect(VELNO_TSM_RELAY_ADDRESS, port, timeout, &opened) != 0)
+    const int status = velno_network_connect(VELNO_TSM_RELAY_ADDRESS, port, timeout, &opened);
+    if (status != 0) {
+        failedBy(ConnectionFailed, causeOfWait(causeOfNoRelay(status)));
         return noConnection;
-    if (!namedToRelay(opened, serialNo)) {
+    }
+    if (const int cause = nameToRelay(opened, serialNo); cause != VelnoCause_None) {
         velno_network_disconnect(opened);
+        failedBy(ConnectionFailed, causeOfWait(cause));
         return noConnection;
     }
     *handle = opened;
     return 0;
+}
+
+int causeOfWait(int seen)
+{
+    if (library().interruption.isRequested())
+        return VelnoCause_Interrupted;
+    return isWaitOver() ? int(VelnoCause_AnswerLimitPassed) : seen;
 }
 
 QByteArray macAddress()
@@ -215,7 +240,7 @@ int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *ad
 {
     LibraryState &state = library();
     const PublicCall call;
-    state.errorDetail = 0;
+    forgetFailure();
     if (!serialNo)
         return failed(NullArgument, 0x300);
     if (!address)
@@ -224,7 +249,7 @@ int velnoext_initialize(unsigned int appNo, const char *serialNo, const char *ad
         return result;
     state.appNo = appNo;
     if (!startWorker())
-        return NotReady;
+        return failedBy(NotReady, VelnoCause_NoThread);
     return onConnectionThread(
         [&] { return ConnectionHelper::connectToDevice(serialNo, address, port, timeout); }, int(NotReady));
 }
@@ -233,11 +258,11 @@ int velnoext_set_active_device(const char *serialNo)
 {
     LibraryState &state = library();
     const PublicCall call;
-    state.errorDetail = 0;
+    forgetFailure();
     if (const int result = checkSerialNo(serialNo); result != Success)
         return result;
     if (!state.connections.contains(serialNo))
-        return NotReady;
+        return failedBy(NotReady, VelnoCause_NotConnected);
     state.activeDevice = serialNo;
     return Success;
 }
@@ -246,11 +271,11 @@ int velnoext_active_device(char *buffer)
 {
     LibraryState &state = library();
     const PublicCall call;
-    state.errorDetail = 0;
+    forgetFailure();
     if (!buffer)
         return failed(NullArgument, 0x300);
     if (state.activeDevice.isEmpty())
-        return NotReady;
+        return failedBy(NotReady, VelnoCause_NoActiveDevice);
     qstrcpy(buffer, state.activeDevice.constData());
     return Success;
 }
@@ -259,13 +284,13 @@ int velnoext_forget_device(const char *serialNo)
 {
     LibraryState &state = library();
     const PublicCall call;
-    state.errorDetail = 0;
+    forgetFailure();
     if (const int result = checkSerialNo(serialNo); result != Success)
         return result;
     const bool connected = state.connections.contains(serialNo);
     const bool paired = !state.pairingRecords.take(serialNo).aesKey.isEmpty();
     if (!connected && !paired)
-        return NotReady;
+        return failedBy(NotReady, VelnoCause_KeysAbsent);
     closeDevice(serialNo);
     return Success;
 }
@@ -282,7 +307,7 @@ void velnoext_close_all(void)
     // One register per turn of the lock, so that calls of other threads can pass in between.
     for (;;) {
         const PublicCall call;
-        state.errorDetail = 0;
+        forgetFailure();
         if (state.connections.isEmpty())
             return;
         state.activeDevice = state.connections.constBegin().key();

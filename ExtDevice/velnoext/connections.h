@@ -48,9 +48,13 @@ void disconnectFromDevice(QIODevice *device);
 /**
  * Opens a connection through the relay server: names the register to it and expects the name back.
  *
- * @return 0; 6: nobody there, or the relay does not know the register
+ * @return 0; 6: nobody there, or the relay does not know the register; sets the cause then
  */
 int connectToTsm(const QByteArray &serialNo, unsigned int timeout, unsigned int *handle);
+
+/** The cause of a wait that brought nothing: an interruption or the answer limit goes before what was seen.
+ */
+int causeOfWait(int seen);
 
 /** This terminal's identity: the hardware address of its first network interface, 12 hexadecimal digits. */
 QByteArray macAddress();

@@ -3,6 +3,7 @@
 #include "ExtDevice/velnoext/command_exchange.h"
 #include "ExtDevice/velnoext/keyboard.h"
 #include "ExtDevice/velnoext/queries.h"
+#include "ExtDevice/velnoext/reasons.h"
 #include "ExtDevice/velnoext/sale.h"
 
 #include <algorithm>
@@ -12,7 +13,6 @@ namespace Velno::Ext {
 namespace {
 
 constexpr unsigned int fixedTimeout = 2000; // of functions that take none
-constexpr int harmlessFlag = 8;             // the one bit behind an open sale's state that keeps no key away
 constexpr StateChange withinSale{4, 1, -1};
 
 /** Whether a sale is open and the register ready for keys. @param extra  preset @return 0, 1, 2, 5-8, 11, 12
@@ -24,10 +24,10 @@ int checkReadyForKeys(unsigned int timeout, int extra)
     if (const int result = velnoext_ecr_state_impl(timeout, &state, &list, &extra); result != Success)
         return result;
     if (state != VelnoEcrState_SaleOpen)
-        return WrongState;
-    if (!tookStep(list))
-        return StepNotTaken;
-    return (extra & ~harmlessFlag) == 0 ? Success : Refused;
+        return failedBy(WrongState, causeOfState(state));
+    if (!takesInput(list))
+        return failedBy(StepNotTaken, causeOfRefusal({state, list, extra}));
+    return (extra & ~harmlessError) == 0 ? Success : failedBy(Refused, causeOfError(extra));
 }
 
 /** Has keys pressed without waiting for what comes of it. */
@@ -36,6 +36,20 @@ int pressKeys(const QVector<int> &keys)
     if (const int result = checkReadyForKeys(fixedTimeout, -1); result != Success)
         return result;
     return sendCommand(changeStateRequest(withinSale, keys, false));
+}
+
+/** Reads the answer to the keys that cancel a sale. @return 0, 5 or 6 */
+int readCancelled(ReplyReader &reader)
+{
+    Standing standing;
+    reader >> standing.state >> standing.display;
+    if (reader.result() != Success)
+        return ReplyUnreadable;
+    if (standing.state == VelnoEcrState_Idle)
+        return Success;
+    reader >> standing.error; // which is there while the sale is open, and tells more than the state
+    const bool tellsError = reader.isComplete() && (standing.error & ~harmlessError) != 0;
+    return failedBy(WrongState, tellsError ? causeOfError(standing.error) : causeOfState(standing.state));
 }
 
 int askAcquirers(VelnoExtMessage code, unsigned int timeout, int *list, int *count)
@@ -52,7 +66,7 @@ int askAcquirers(VelnoExtMessage code, unsigned int timeout, int *list, int *cou
         return result;
     if (*count < acquirers.size()) {
         *count = -1;
-        return BadValue;
+        return failedBy(BadValue, VelnoCause_RoomTooSmall);
     }
     std::copy(acquirers.cbegin(), acquirers.cend(), list);
     *count = int(acquirers.size());
@@ -123,12 +137,12 @@ int velnoext_cancel_sale(unsigned int timeout)
     const PublicCall call;
     if (const int result = checkReadyForKeys(timeout, 0); result != Success)
         return result;
-    qint32 state = -1;
-    QVector<int> list;
+    QByteArray reply;
     const QByteArray request = changeStateRequest(withinSale, cancelKeys(), true);
-    if (const int result = runAndRead(timeout, request, state, list); result != Success)
+    if (const int result = runCommand(timeout, request, &reply); result != Success)
         return result;
-    return state == VelnoEcrState_Idle ? Success : WrongState;
+    ReplyReader reader(reply);
+    return readCancelled(reader);
 }
 
 int velnoext_end_sale_with_invoice(VelnoInvoice *invoice)
@@ -163,7 +177,7 @@ int velnoext_receipt_data(unsigned int timeout, VelnoReceiptRef *receipt, VelnoE
     ReplyReader reader(reply);
     bool accepted = false;
     reader >> accepted;
-    return accepted ? readTotals(reader, totals) : int(Refused);
+    return accepted ? readTotals(reader, totals) : failedBy(Refused, VelnoCause_SaidNo);
 }
 
 int velnoext_active_acquirers(unsigned int timeout, int *list, int *count)
@@ -191,7 +205,7 @@ int velnoext_section_data(unsigned int timeout, VelnoSaleItem *item)
     if (const int result = runAndRead(timeout, request, name, number); result != Success)
         return result;
     if (name.size() >= qsizetype(sizeof item->name))
-        return ReplyUnreadable; // what does not fit cannot be a section's name
+        return failedBy(ReplyUnreadable, VelnoCause_SectionNameTooLong);
     *std::copy(name.cbegin(), name.cend(), item->name) = '\0';
     item->quantity = number;
     return Success;

@@ -2,6 +2,7 @@
 
 #include "ExtDevice/velnoext/command_exchange.h"
 #include "ExtDevice/velnoext/queries.h"
+#include "ExtDevice/velnoext/reasons.h"
 
 #include <QTextCodec>
 
@@ -33,7 +34,7 @@ unsigned int styleBits(const VelnoTextStyle &style)
 int addLine(const QByteArray &line)
 {
     if (!library().codecSet)
-        return Refused;
+        return failedBy(Refused, VelnoCause_NoEncoding);
     library().slipContent.append(line);
     return Success;
 }
@@ -66,7 +67,7 @@ int printReport(bool z)
         return result;
     // A Z report must be possible whatever the register shows: it knows best what keeps it from one.
     if (!z && !isIdle(state))
-        return WrongState;
+        return failedBy(WrongState, causeOfState(state));
     return runFlagCommand(fixedTimeout, requestOf(VelnoExtMessage_PrintReport, z));
 }
 
@@ -89,7 +90,7 @@ using namespace Velno::Ext;
 int velnoext_printer_set_encoding(const char *name)
 {
     const PublicCall call;
-    library().errorDetail = 0;
+    forgetFailure();
     if (!name)
         return failed(NullArgument, 0x30D);
     if (!QTextCodec::codecForName(name))
@@ -101,16 +102,16 @@ int velnoext_printer_set_encoding(const char *name)
 int velnoext_printer_add_text(const char *text, VelnoTextStyle *style)
 {
     const PublicCall call;
-    library().errorDetail = 0;
+    forgetFailure();
     return addText(text, style);
 }
 
 int velnoext_printer_add_line_feed(unsigned int count)
 {
     const PublicCall call;
-    library().errorDetail = 0;
+    forgetFailure();
     if (!library().codecSet)
-        return Refused;
+        return failedBy(Refused, VelnoCause_NoEncoding);
     if (count > mostLineFeeds)
         return failed(BadValue, 0x413);
     for (unsigned int left = count; left > 0;) {
@@ -126,7 +127,7 @@ int velnoext_printer_add_line_feed(unsigned int count)
 int velnoext_printer_add_justified_text(const char *left, const char *right, VelnoTextStyle *style)
 {
     const PublicCall call;
-    library().errorDetail = 0;
+    forgetFailure();
     if (isEmpty(left) || isEmpty(right))
         return failed(NullArgument, 0x30E);
     if (!style)

@@ -92,10 +92,12 @@ int velnoext_ecr_state(unsigned int timeout, int *state)
 int velnoext_ecr_serialno(char *buffer)
 {
     const PublicCall call;
-    library().errorDetail = 0;
+    forgetFailure();
     const Velno::GMP::MatchExt &record = activeRecord();
-    if (!library().connectionThread || record.registerData.isEmpty())
-        return NotReady;
+    if (const int cause = causeOfNotReady(); cause != VelnoCause_None && cause != VelnoCause_KeysAbsent)
+        return failedBy(NotReady, cause);
+    if (record.registerData.isEmpty())
+        return failedBy(NotReady, VelnoCause_KeysAbsent);
     if (!buffer)
         return failed(NullArgument, 0x300);
     // The identity came from the register, of whatever length; the caller's room is known to be 17 bytes.
@@ -119,7 +121,7 @@ int velnoext_current_z(unsigned int timeout, int *z)
     if (const int result = runAndRead(timeout, request, accepted, number); result != Success)
         return result;
     *z = number; // the register tells it also when it refuses
-    return accepted ? Success : Refused;
+    return accepted ? Success : failedBy(Refused, VelnoCause_SaidNo);
 }
 
 int velnoext_last_z_datetime(unsigned int timeout, int *value)

@@ -87,13 +87,13 @@ constexpr std::array results{
           "wrong-state",
           {"The register is in a state that does not allow the command.\n"
            "Cause: a sale is to be started while one is open, continued while none is, or the register shows "
-           "another screen, as it does when its paper is used up; velnoext_cause() is 20000 + its state.\n"
+           "another screen, as it does when its paper is used up; velnoext_cause() tells which.\n"
            "Cure: read the state with velnoext_ecr_state(), finish or cancel what is open, put in paper, or "
            "let the cashier leave the screen; then call again.",
            "Yazarkasanın durumu bu komuta izin vermiyor.\n"
            "Neden: açık bir satış varken yeni satış başlatılmak ya da açık satış yokken satış sürdürülmek "
            "isteniyor veya yazarkasa, kağıdı bittiğinde olduğu gibi, başka bir ekran gösteriyor; "
-           "velnoext_cause() 20000 + durum numarasıdır.\n"
+           "hangisi olduğunu velnoext_cause() söyler.\n"
            "Çözüm: durumu velnoext_ecr_state() ile okuyun, açık olanı bitirin ya da iptal edin, kağıt takın "
            "veya kasiyer ekrandan çıksın; sonra yeniden çağırın."}},
     Words{StepNotTaken,

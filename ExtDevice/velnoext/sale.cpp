@@ -4,6 +4,7 @@
 #include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/keyboard.h"
 #include "ExtDevice/velnoext/queries.h"
+#include "ExtDevice/velnoext/reasons.h"
 
 #include <cmath>
 #include <iterator>
@@ -59,6 +60,17 @@ QByteArray bytesOf(const VelnoSaleItem &item)
 /** Who asks for a step decides how its answer begins and what the register's own error means. */
 enum class Step { Start, Contribution, Item };
 
+/** What stands behind a "no", as far as it is there, tells why. @return 8 */
+int readRefusal(ReplyReader &reader)
+{
+    Standing standing;
+    reader >> standing.state >> standing.display;
+    if (!reader.isComplete())
+        return failedBy(Refused, VelnoCause_SaidNo);
+    reader >> standing.error;
+    return failedBy(Refused, causeOfRefusal(standing));
+}
+
 /** Reads the answer to a step of a sale, up to its totals. @return 0, 5, 6, 7 or 8 */
 int readStep(ReplyReader &reader, Step step)
 {
@@ -66,22 +78,20 @@ int readStep(ReplyReader &reader, Step step)
     if (step != Step::Start)
         reader >> accepted;
     if (!accepted)
-        return Refused;
-    qint32 state = -1;
-    QVector<int> list;
-    reader >> state >> list;
+        return readRefusal(reader);
+    Standing standing;
+    reader >> standing.state >> standing.display;
     if (reader.result() != Success)
         return ReplyUnreadable;
-    if (state != VelnoEcrState_SaleOpen)
-        return WrongState;
-    qint32 error = 0;
-    reader >> error;
+    if (standing.state != VelnoEcrState_SaleOpen)
+        return failedBy(WrongState, causeOfState(standing.state));
+    reader >> standing.error;
     if (reader.result() != Success)
         return ReplyUnreadable;
-    if (!tookStep(list))
-        return StepNotTaken;
-    if (error != 0)
-        return step == Step::Item ? Refused : StepNotTaken;
+    if (!takesInput(standing.display))
+        return failedBy(StepNotTaken, causeOfRefusal(standing));
+    if (standing.error != 0)
+        return failedBy(step == Step::Item ? Refused : StepNotTaken, causeOfError(standing.error));
     return Success;
 }
 
@@ -115,7 +125,7 @@ int startSale(unsigned int timeout, QVector<int> (*keysFrom)(int state))
     if (const int result = velnoext_ecr_state_impl(timeout, &state, &list, nullptr); result != Success)
         return result;
     if (!isIdle(state))
-        return WrongState;
+        return failedBy(WrongState, causeOfState(state));
     return runStep(timeout, changeStateRequest({state, 0, 0}, keysFrom(state), true), Step::Start);
 }
 
@@ -137,19 +147,19 @@ int readSaleState(ReplyReader &reader, int *first, VelnoEcrSaleTotals *totals, V
     bool accepted = true;
     reader >> accepted;
     if (!accepted)
-        return Refused;
+        return readRefusal(reader);
     qint32 state = -1;
     reader >> state;
     if (reader.result() != Success)
         return ReplyUnreadable;
     if (state != VelnoEcrState_SaleOpen)
-        return WrongState;
+        return failedBy(WrongState, causeOfState(state));
     QVector<int> list;
     reader >> list;
     if (reader.result() != Success)
         return ReplyUnreadable;
     if (list.isEmpty())
-        return StepNotTaken;
+        return failedBy(StepNotTaken, VelnoCause_DisplayEmpty);
     *first = list.first();
     qint32 unused = 0;
     VelnoEcrSaleTotals readTotals;
@@ -163,11 +173,6 @@ int readSaleState(ReplyReader &reader, int *first, VelnoEcrSaleTotals *totals, V
 }
 
 } // namespace
-
-bool tookStep(const QVector<int> &list)
-{
-    return !list.isEmpty() && list.first() == 1;
-}
 
 bool isSection(int section)
 {

@@ -10,9 +10,6 @@ namespace Velno::Ext {
 
 class ReplyReader;
 
-/** Whether the list behind a register's state says that it took the last step. */
-bool tookStep(const QVector<int> &list);
-
 /** Whether a section (department) of this number exists. */
 bool isSection(int section);
 

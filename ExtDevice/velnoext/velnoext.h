@@ -199,8 +199,9 @@ typedef enum VelnoDetail {
  *
  * What a register gives as its reason is added to a base: 10000 + its error, 20000 + its state, 30000 + what
  * its display says, each from 0 to 9999. The numbers are the register's; those named here are the simulated
- * register's, whose error is a sum of bits. Of several reasons the error is told first, then the state, then
- * the display. More causes may be added: treat one that is not known as its result.
+ * register's, whose error is a sum of bits. With result 6 the state is told, or behind the keys of
+ * velnoext_cancel_sale() an error that came with it; otherwise of several reasons the error, else the state,
+ * else the display. More causes may be added: treat one that is not known as its result.
  */
 typedef enum VelnoCause {
     VelnoCause_None = 0,
@@ -275,8 +276,7 @@ typedef enum VelnoCause {
 
     VelnoCause_OfState = 20000, /**< base of the register's state, see VelnoEcrState (6, 8) */
 
-    VelnoCause_OfDisplay = 30000, /**< base of what the display says (7) */
-    VelnoCause_DisplayNoPaper = VelnoCause_OfDisplay + 0,
+    VelnoCause_OfDisplay = 30000,                     /**< base of what the display says (7) */
     VelnoCause_DisplayBusy = VelnoCause_OfDisplay + 2 /**< an amount is typed, or a question asked */
 } VelnoCause;
 
