@@ -1,6 +1,5 @@
 #include "bench/register_farm.h"
 
-#include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/velnoext/command_exchange.h"
 #include "bench/bare_socket.h"
 #include "bench/many_descriptors.h"
@@ -15,8 +14,6 @@
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
-
-using namespace Velno::GMP;
 
 namespace {
 
