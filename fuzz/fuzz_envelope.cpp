@@ -65,8 +65,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         device.send(bytesFrom(input));
     device.endWriting();
 
-    ConnectionHelper helper;
-    for (QByteArray payload; helper.receive(1000, &socket, &payload);) {
+    for (QByteArray payload; ConnectionHelper::receive(1000, &socket, &payload);) {
         FUZZ_EXPECT(payload.size() <= largestPayload);
         QByteArray plaintext;
         const int result = parseTlvElements(payload, &plaintext);

@@ -1,7 +1,7 @@
 // Replies that pass every check of who sent them, to each function of velnoext.h that asks a register: an
 // honest register's keys in the hands of somebody who is not.
 #include "ExtDevice/velnoext/command_exchange.h"
-#include "ExtDevice/velnoext/connection_helper.h"
+#include "ExtDevice/velnoext/connection_thread.h"
 #include "fuzz/fuzz_input.h"
 #include "fuzz/paired_record.h"
 
@@ -191,6 +191,10 @@ constexpr std::array silentFunctions{
     "velnoext_error_detail",
     "velnoext_close",
     "velnoext_close_all",
+    "velnoext_interrupt",
+    "velnoext_set_answer_limit",
+    "velnoext_forget_device",
+    "velnoext_set_log",
     "velnoext_result_name",
     "velnoext_result_text",
     "velnoext_detail_text",
@@ -234,8 +238,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     static const QCoreApplication application(argumentCount, nullptr);
     [[maybe_unused]] static const bool isSilent = Fuzz::silence();
     [[maybe_unused]] static const bool isComplete = tablesAreComplete();
-    static ConnectionHelper helper; // on this thread, where the devices live
-    library().helper = &helper;
+    if (!library().connectionThread)
+        library().connectionThread = ConnectionThread::start();
     library().activeDevice = Fuzz::serial;
     library().pairingRecords[Fuzz::serial] = Fuzz::pairedRecord();
 
