@@ -1,7 +1,7 @@
 /*
  * A small till: a point-of-sale application to start from. It reads what the cashier types, line by line.
  *
- *     cc pos.c books.c recovery.c connection.c -o pos $(pkg-config --cflags --libs velnoext)
+ *     cc pos.c books.c recovery.c look.c connection.c -o pos $(pkg-config --cflags --libs velnoext)
  *     ./pos UB1234567890 0.0.0.0 4100 books.txt
  *
  * The register must be set to connect to this computer at that port. On first contact it is paired. What
@@ -40,9 +40,17 @@ static const char *saleText(int code)
     case saleNotOurs:
         return "Somebody has worked on the register itself: compare the sale with what it shows.";
     case saleNotNoted:
-        return "The books cannot be written, so nothing is sold.";
+        return "The books cannot be written: nothing goes on before they can.";
     case saleFull:
         return "The sale holds no more lines.";
+    case saleUnsettled:
+        return "What was typed before is not settled; this has not been done.";
+    case notTold:
+        return "The register does not tell.";
+    case personMustLook:
+        return "The register refuses to tell of this receipt, and nothing proves that it was cancelled.";
+    case saleStuck:
+        return "The sale is not whole again: the register refuses to begin it, or one of its lines.";
     default:
         return NULL;
     }
@@ -70,14 +78,19 @@ static void printAmount(const char *name, long long kurus)
     printf("%s %lld.%02lld", name, kurus / 100, kurus % 100);
 }
 
-static void printTotals(const char *what, const VelnoEcrSaleTotals *totals)
+static void printPayments(const VelnoEcrSaleTotals *totals)
 {
-    printf("%s: lines %d", what, totals->number);
-    printAmount(", total", totals->values[totalToPay]);
     printAmount(", cash", totals->values[paidInCash]);
     printAmount(", card", totals->values[paidByCard]);
     printAmount(", change", totals->values[changeGiven]);
     printf("\n");
+}
+
+static void printTotals(const char *what, const VelnoEcrSaleTotals *totals)
+{
+    printf("%s: lines %d", what, totals->number);
+    printAmount(", total", totals->values[totalToPay]);
+    printPayments(totals);
 }
 
 static void printReceipt(const char *what, const VelnoReceiptRef *receipt)
@@ -141,48 +154,111 @@ static int usage(const char *accepted)
 
 /* Selling ----------------------------------------------------------------------------------------------- */
 
-/* Called before anything is sold on the receipt. An earlier number of the same sale has been cancelled. */
-static int noteSale(void *context, const VelnoReceiptRef *receipt)
+/* Money that was taken on a receipt that does not count. */
+static void printPaid(const Books *books)
 {
-    Books *const books = context;
-    const VelnoReceiptRef earlier = books->open;
-    if (earlier.first != 0 && noteCancelled(books, &earlier) != 0)
-        return -1;
-    return noteOpen(books, receipt);
+    if (books->paid.values[paidInCash] == 0 && books->paid.values[paidByCard] == 0)
+        return;
+    printAmount("It had been paid: cash", books->paid.values[paidInCash]);
+    printAmount(", card", books->paid.values[paidByCard]);
+    printf(". Give that back, or take it anew.\n");
 }
 
-/* Puts the end of a sale into the books. */
-static int noteEnd(Till *till)
+static int notePayment(Books *books, const VelnoReceiptRef *receipt, const VelnoEcrSaleTotals *totals)
 {
-    const Sale *const sale = &till->sale;
-    const int sold = sale->status == SaleClosed;
-    printReceipt(sold ? "Sold" : "Cancelled", &sale->receipt);
-    return sold ? noteClosed(&till->books, &sale->receipt, &sale->totals)
-                : noteCancelled(&till->books, &sale->receipt);
+    const int isPaid = totals->values[paidInCash] != 0 || totals->values[paidByCard] != 0;
+    return isPaid ? notePaid(books, receipt, totals) : 0;
+}
+
+/* Whatever becomes of a receipt is in the books before anything follows from it. */
+static int noteSale(void *context, SaleStatus status, const VelnoReceiptRef *receipt,
+                    const VelnoEcrSaleTotals *totals)
+{
+    Books *const books = context;
+    int problem;
+    if (status == SaleClosed)
+        return noteClosed(books, receipt, totals);
+    if (status == SaleOpen)
+        return books->open.first != 0 ? notePayment(books, receipt, totals) : noteOpen(books, receipt);
+    problem = status == SaleDoubtful ? noteDoubtful(books, receipt) : noteCancelled(books, receipt);
+    if (problem == 0) {
+        printReceipt(status == SaleDoubtful ? "Probably cancelled" : "Cancelled", receipt);
+        printPaid(books);
+    }
+    return problem;
+}
+
+/* Asks once more, at another time, about receipts that are probably cancelled: those that the register still
+ * refuses to tell of are. What cannot be told stays in doubt until the next sale. */
+static int settleDoubts(Till *till)
+{
+    Books *const books = &till->books;
+    int problem = 0;
+    while (problem == 0 && books->doubtfulCount > 0) {
+        const VelnoReceiptRef receipt = books->doubtful[0];
+        const Question question = {receipt, till->sale.known, 0};
+        View view;
+        int failures = 0;
+        if (look(&till->reg, &question, &view, &failures) != 0 || view.found == FoundOpen)
+            return 0;
+        if (view.found == FoundClosed) {
+            printReceipt("Closed after all", &receipt);
+            printf("What was on it may have been sold twice: compare the receipts, and take one back.\n");
+        }
+        problem = view.found == FoundClosed ? noteClosed(books, &receipt, &view.totals) || noteTold(books)
+                                            : noteCancelled(books, &receipt);
+    }
+    return problem;
+}
+
+/* A receipt is closed whether or not the printer could print it. */
+static void warnOfPaper(void)
+{
+    if (velnoext_check_printer_paper(answerTimeout) == 9)
+        fprintf(stderr, "The printer has no paper: look whether the receipt is printed to its end.\n");
+}
+
+/* @return 0: it is in the books that the cashier knows */
+static int tellSold(Till *till)
+{
+    printReceipt("Sold", &till->books.closed);
+    fflush(stdout);
+    warnOfPaper();
+    return noteTold(&till->books) == 0 && settleDoubts(till) == 0 ? 0 : explain("Noting it", saleNotNoted);
+}
+
+static void advise(const Sale *sale)
+{
+    if (sale->undecided)
+        fprintf(stderr, "Look at the last receipt, or print an X report on the register. Then type: sold,\n"
+                        "or: unsold, if it was not closed. To ask the register once more, type: again\n");
+    else if (saleIsPending(sale))
+        fprintf(stderr, "It is not done, or not known to be. Do not type it once more; type: again\n"
+                        "or give the whole sale up with: cancel\n"
+                        "If that does not help, quit and start this program anew.\n");
 }
 
 /* What every step of a sale ends with. @return the code, or that the end of the sale cannot be noted */
 static int settle(Till *till, const char *what, int code)
 {
     const Sale *const sale = &till->sale;
-    explain(sale->sent && !leavesOpen(code) ? "Looking what became of it" : what, code);
-    if (sale->sent || leavesOpen(code))
-        fprintf(stderr, "It is not known whether the register did it. Type: again\n"
-                        "If that does not help, quit and start this program anew.\n");
-    if (code == 0 && sale->status != SaleCancelled)
+    explain(what, code);
+    if (code == notTold || code == saleStuck)
+        explain("The register", sale->reason);
+    advise(sale);
+    if (code == 0 && (sale->status == SaleOpen || sale->status == SaleClosed))
         printTotals(what, &sale->totals);
-    if (till->books.open.first == 0 || (sale->status != SaleClosed && sale->status != SaleCancelled))
-        return code;
-    return noteEnd(till) == 0 ? code : explain("Noting it", saleNotNoted);
+    return till->books.isTold ? code : tellSold(till);
 }
 
-/* A sale that is wanted but not begun comes from a start that has failed. */
 static int beginIfNeeded(Till *till)
 {
-    if (till->sale.status == SaleOpen)
-        return 0;
-    return explain("Starting the sale",
-                   till->sale.status == SaleWanted ? saleGoOn(&till->sale) : saleStart(&till->sale, 0));
+    int code = 0;
+    if (till->sale.status != SaleOpen)
+        code = explain("Starting the sale", saleStart(&till->sale, 0));
+    if (code != 0)
+        advise(&till->sale);
+    return code;
 }
 
 static int item(Till *till, char *words)
@@ -248,6 +324,18 @@ static int again(Till *till, char *words)
 {
     (void)words;
     return settle(till, "Going on", saleGoOn(&till->sale));
+}
+
+static int sold(Till *till, char *words)
+{
+    (void)words;
+    return settle(till, "Sold, as seen", saleDecide(&till->sale, 1));
+}
+
+static int unsold(Till *till, char *words)
+{
+    (void)words;
+    return settle(till, "Not sold, as seen", saleDecide(&till->sale, 0));
 }
 
 /* Printing ---------------------------------------------------------------------------------------------- */
@@ -321,7 +409,7 @@ static int xReport(Till *till, char *words)
 static int reportZ(Till *till, int z)
 {
     const int code = explain("Z report", makeZReport(&till->reg, z));
-    if (leavesOpen(code) || code == 1)
+    if (code != 0 && code != 8)
         return code; /* it stays noted: not known */
     if (code == 0)
         printf("Z report %d: made\n", z);
@@ -360,9 +448,9 @@ typedef struct Command
 static int help(Till *till, char *words);
 
 static const Command commands[] = {
-    {"item", item}, {"delete", deleteLast}, {"cash", cash},   {"card", card},
-    {"end", end},   {"cancel", cancel},     {"again", again}, {"receipt", askReceipt},
-    {"slip", slip}, {"x", xReport},         {"z", zReport},   {"help", help},
+    {"item", item},     {"delete", deleteLast}, {"cash", cash}, {"card", card},     {"end", end},
+    {"cancel", cancel}, {"again", again},       {"sold", sold}, {"unsold", unsold}, {"receipt", askReceipt},
+    {"slip", slip},     {"x", xReport},         {"z", zReport}, {"help", help},
 };
 
 enum { commandCount = sizeof commands / sizeof *commands };
@@ -414,6 +502,18 @@ static char *readCommand(char *line)
     return strcmp(line, "quit") == 0 ? NULL : line;
 }
 
+/* What an earlier process has sold, and perhaps could not say any more. */
+static int tellEarlierSale(Books *books)
+{
+    if (books->isTold)
+        return 0;
+    printReceipt("Sold before this start", &books->closed);
+    printAmount("It came to: total", books->totals.values[totalToPay]);
+    printPayments(&books->totals);
+    fflush(stdout);
+    return noteTold(books) == 0 ? 0 : explain("Noting it", saleNotNoted);
+}
+
 /* The end of a sale that an earlier process did not see. Its lines are forgotten, so one that is open is
  * cancelled. */
 static int findEarlierSale(Till *till)
@@ -426,26 +526,35 @@ static int findEarlierSale(Till *till)
     code = saleFind(&till->sale, &receipt);
     if (code == 0 && till->sale.status == SaleOpen)
         code = saleCancel(&till->sale);
-    return settle(till, "Finding it", code);
+    code = settle(till, "Finding it", code);
+    return till->sale.undecided ? 0 : code; /* the cashier may answer later */
 }
 
 /* Nothing is sold before the number is noted: an open sale that is not in the books is empty, or somebody
- * else's. */
-static int findUnknownSale(Till *till)
+ * else's. @return 6: there is none (any more) */
+static int cancelEmptySale(void)
 {
     VelnoReceiptRef receipt;
     VelnoEcrSaleTotals totals;
-    int first, failures = 0, code;
-    do {
-        code = velnoext_sale_state(answerTimeout, &first, &totals, &receipt);
-        if (code == 0 && totals.number != 0) {
-            fprintf(stderr, "A sale is open that is none of this till: end it on the register.\n");
-            return 6;
-        }
-        if (code == 0)
-            code = velnoext_cancel_sale(answerTimeout);
-    } while (code != 0 && code != 6 && (code = prepareToRepeat(&till->reg, code, &failures)) == 0);
-    return code == 6 ? 0 : explain("Cancelling an empty sale", code);
+    int first, code = velnoext_sale_state(answerTimeout, &first, &totals, &receipt);
+    if (code == 0 && (totals.number != 0 || totals.values[totalToPay] != 0))
+        return saleNotOurs;
+    if (code == 0 && (code = velnoext_cancel_sale(answerTimeout)) == 6)
+        code = 7; /* a 6 of its own does not say that no sale is open */
+    return code;
+}
+
+static int findUnknownSale(Till *till)
+{
+    int failures = 0, code;
+    do
+        code = cancelEmptySale();
+    while (code == 0 || (code != 6 && (code = prepareToRepeat(&till->reg, code, &failures)) == 0));
+    if (code == saleNotOurs)
+        fprintf(stderr, "A sale is open that is none of this till: end it on the register.\n");
+    else if (code != 6)
+        explain("Cancelling an empty sale", code);
+    return code == 6 ? 0 : code == saleNotOurs ? 6 : code;
 }
 
 /* Whether the report that an earlier process began is made. It is not made now: the day may have gone on. */
@@ -458,13 +567,19 @@ static int findEarlierReport(Till *till)
     code = askForZ(till, &current);
     if (code != 0)
         return code;
+    if (current < z)
+        return explain("The Z number", saleNotOurs); /* it never becomes smaller: another register */
     printf("Z report %d: %s\n", z, current != z ? "was made" : "was not made");
     return noteReportEnd(&till->books, z, current != z) == 0 ? 0 : explain("Noting it", saleNotNoted);
 }
 
 static int openTill(Till *till)
 {
-    int code = explain("Connecting", connectRegister(&till->reg));
+    int code = tellEarlierSale(&till->books);
+    if (code == 0)
+        code = explain("Connecting", connectRegister(&till->reg));
+    if (code == 0 && settleDoubts(till) != 0)
+        code = explain("Noting it", saleNotNoted);
     if (code == 0)
         code = findEarlierSale(till);
     if (code == 0)
@@ -486,30 +601,43 @@ static int sell(Till *till)
     return 0;
 }
 
+static int openBooksAt(Till *till, const char *path)
+{
+    const int problem = openBooks(&till->books, path);
+    if (problem > 0)
+        fprintf(stderr, "%s, line %d: not a line of the books\n", path, problem);
+    else if (problem < 0)
+        fprintf(stderr, "%s: cannot be used: %s\n", path, strerror(errno));
+    return problem;
+}
+
+/* @return whether the arguments are as they should be */
+static int prepare(Till *till, char **arguments)
+{
+    int port;
+    if (!readNumber(arguments[3], 1, 65535, &port))
+        return 0;
+    till->reg.serial = arguments[1];
+    till->reg.address = arguments[2];
+    till->reg.port = (unsigned short)port;
+    till->reg.patience = 30000;
+    till->reg.notice = hear;
+    till->sale.reg = &till->reg;
+    till->sale.note = noteSale;
+    till->sale.context = &till->books;
+    return 1;
+}
+
 int main(int argc, char **argv)
 {
     static Till till;
-    int port = 0, code;
-    if (argc != 5 || !readNumber(argv[3], 1, 65535, &port)) {
+    int code;
+    if (argc != 5 || !prepare(&till, argv)) {
         fprintf(stderr, "Usage: %s SERIAL ADDRESS PORT BOOKS\n", argv[0]);
         return wrongUsage;
     }
-    code = openBooks(&till.books, argv[4]);
-    if (code != 0) {
-        if (code > 0)
-            fprintf(stderr, "%s, line %d: not a line of the books\n", argv[4], code);
-        else
-            fprintf(stderr, "%s: cannot be used: %s\n", argv[4], strerror(errno));
+    if (openBooksAt(&till, argv[4]) != 0)
         return wrongUsage;
-    }
-    till.reg.serial = argv[1];
-    till.reg.address = argv[2];
-    till.reg.port = (unsigned short)port;
-    till.reg.patience = 30000;
-    till.reg.notice = hear;
-    till.sale.reg = &till.reg;
-    till.sale.note = noteSale;
-    till.sale.context = &till.books;
     till.sale.known = till.books.closed;
     code = sell(&till);
     velnoext_close(); /* also after a failure: ends the library's thread */

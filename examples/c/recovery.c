@@ -1,92 +1,8 @@
-#define _POSIX_C_SOURCE 199309L /* nanosleep */
-
 #include "recovery.h"
 
 #include <string.h>
-#include <time.h>
 
-enum { mostLooks = 150, mostOpenings = 32, refused = 8 };
-
-/* Looking at the register ------------------------------------------------------------------------------- */
-
-typedef enum Found {
-    FoundBusy,      /* cannot be told now */
-    FoundNoSale,    /* no sale is open; no receipt was asked for */
-    FoundOpen,      /* a sale is open, the one that was asked for if one was */
-    FoundClosed,    /* the receipt is printed and counts */
-    FoundCancelled, /* the receipt counts for nothing */
-    FoundOther      /* that, and somebody else's sale is open */
-} Found;
-
-typedef struct View
-{
-    Found found;
-    VelnoReceiptRef open; /* of the open sale */
-    VelnoEcrSaleTotals totals;
-} View;
-
-static int isSame(const VelnoReceiptRef *left, const VelnoReceiptRef *right)
-{
-    return left->first == right->first && left->second == right->second;
-}
-
-/* A no to receipt data means "not closed", unless the register says no to everything. */
-static int askForReceipt(const Sale *sale, View *view)
-{
-    VelnoReceiptRef receipt = sale->receipt, known = sale->known;
-    VelnoEcrSaleTotals ignored;
-    const Found otherwise = view->found == FoundOpen ? FoundOther : FoundCancelled;
-    int code = velnoext_receipt_data(answerTimeout, &receipt, &view->totals);
-    view->found = code == 0 ? FoundClosed : otherwise;
-    if (code == refused)
-        code = known.first == 0 ? 0 : velnoext_receipt_data(answerTimeout, &known, &ignored);
-    return code;
-}
-
-static int lookOnce(const Sale *sale, View *view)
-{
-    int state, first;
-    int code = velnoext_ecr_state(answerTimeout, &state);
-    if (code != 0)
-        return code;
-    view->found =
-        state == VelnoEcrState_Idle || state == VelnoEcrState_IdleOtherScreen ? FoundNoSale : FoundBusy;
-    if (state == VelnoEcrState_SaleOpen) {
-        code = velnoext_sale_state(answerTimeout, &first, &view->totals, &view->open);
-        if (code != 0)
-            return code == 6 ? 0 : code; /* it has just ended: busy, look again */
-        view->found = FoundOpen;
-    }
-    if (view->found == FoundBusy || sale->receipt.first == 0)
-        return 0;
-    if (view->found == FoundOpen && isSame(&view->open, &sale->receipt))
-        return 0;
-    return askForReceipt(sale, view);
-}
-
-static void waitAMoment(void)
-{
-    const struct timespec moment = {0, 200000000};
-    nanosleep(&moment, NULL);
-}
-
-/* Until it is known how the sale stands. */
-static int look(const Sale *sale, View *view, int *failures)
-{
-    int looks;
-    for (looks = 0; looks < mostLooks; ++looks) {
-        int code = lookOnce(sale, view);
-        if (code == 0 && view->found != FoundBusy)
-            return 0;
-        if (code == 0) {
-            tell(sale->reg, "The register is busy.");
-            waitAMoment();
-        } else if ((code = prepareToRepeat(sale->reg, code, failures)) != 0) {
-            return code;
-        }
-    }
-    return 6;
-}
+enum { mostOpenings = 32, refused = 8 };
 
 /* What the register's answer means ---------------------------------------------------------------------- */
 
@@ -146,6 +62,8 @@ static int sendStep(Step *step, VelnoEcrSaleTotals *totals)
         return velnoext_end_sale_with_invoice(&step->what.invoice);
     case StepCancel:
         return velnoext_cancel_sale(answerTimeout);
+    case StepFind:
+        break;
     }
     return 4;
 }
@@ -155,33 +73,65 @@ static int answersWithTotals(StepKind kind)
     return kind == StepItem || kind == StepItems || kind == StepDeleteLast || kind == StepDelete;
 }
 
+static int isEnd(StepKind kind)
+{
+    return kind == StepEnd || kind == StepEndWithInvoice;
+}
+
+/* A cancel is the last step that anybody wants; what stands before it is not wanted any more. */
+static int isToBeCancelled(const Sale *sale)
+{
+    return sale->count > sale->taken && sale->steps[sale->count - 1].kind == StepCancel;
+}
+
+static int note(const Sale *sale, SaleStatus status, const VelnoEcrSaleTotals *totals)
+{
+    return sale->note && sale->note(sale->context, status, &sale->receipt, totals) != 0 ? saleNotNoted : 0;
+}
+
+/* Until a payment is noted its outcome stays open. */
 static int stepTaken(Sale *sale, const VelnoEcrSaleTotals *totals)
 {
+    const StepKind kind = sale->steps[sale->taken].kind;
+    if ((isPayment(kind) || kind == StepFind) && note(sale, SaleOpen, totals) != 0)
+        return saleNotNoted;
     sale->totals = *totals;
+    sale->sent = 0;
     ++sale->taken;
     return 0;
 }
 
+/* A line that stood on the receipt before is the customer's; the step that is new is its caller's to repeat.
+ */
 static int stepRefused(Sale *sale, int code)
 {
-    Step *const step = &sale->steps[sale->taken];
-    --sale->count;
-    memmove(step, step + 1, (size_t)(sale->count - sale->taken) * sizeof *step);
+    sale->sent = 0;
+    if (sale->taken < sale->count - 1 && isToBeCancelled(sale))
+        return 0;
+    if (sale->taken < sale->owed) {
+        sale->reason = code;
+        return saleStuck;
+    }
+    sale->count = sale->taken;
     return code;
 }
 
 /* All that was entered is wanted once more, but what was paid has to be taken by a person. */
 static void beginAgain(Sale *sale)
 {
+    const int entered = sale->taken > sale->owed ? sale->taken : sale->owed;
     int i, kept = 0;
+    sale->owed = 0;
     for (i = 0; i < sale->count; ++i) {
-        if (isPayment(sale->steps[i].kind))
+        if (isPayment(sale->steps[i].kind)) {
             sale->paymentsLost = 1;
-        else
+        } else {
             sale->steps[kept++] = sale->steps[i];
+            sale->owed += i < entered;
+        }
     }
     sale->count = kept;
-    sale->taken = 0;
+    sale->taken = sale->startSent = 0;
     sale->status = SaleWanted;
     sale->receipt.first = sale->receipt.second = 0;
     tell(sale->reg, "The register has cancelled the sale; it is entered again.");
@@ -189,71 +139,98 @@ static void beginAgain(Sale *sale)
 
 /* The sale is open still. A register works off what comes on one connection in its order: what was answered
  * behind a step on the same one proves that the step is not on its way any more. */
-static int concludeOpen(Sale *sale, const View *view, int code, int sameConnection)
+static int concludeOpen(Sale *sale, const View *view)
 {
     const Step *const step = &sale->steps[sale->taken];
     const VelnoEcrSaleTotals after = expected(step, sale->totals);
     const int asBefore = stepMatches(&view->totals, &sale->totals);
+    const int sameConnection = sale->sentOn == sale->reg->connections;
+    if (step->kind == StepFind)
+        return stepTaken(sale, &view->totals);
     if (!asBefore && !stepMatches(&view->totals, &after)) {
+        if (sale->taken < sale->owed && !isToBeCancelled(sale))
+            return saleNotOurs; /* still pending: only a cancel makes that good */
         sale->totals = view->totals;
         return stepRefused(sale, saleNotOurs);
     }
     /* A contribution leaves no trace in those sums, but a second one takes the place of the first. */
-    if (step->kind == StepMedical ? code == 0 : !asBefore)
+    if (step->kind == StepMedical ? sale->answer == 0 : !asBefore)
         return stepTaken(sale, &view->totals);
-    if (sameConnection && !leavesOpen(code))
-        return stepRefused(sale, code == 0 ? refused : code);
+    if (sameConnection && !leavesOpen(sale->answer))
+        return stepRefused(sale, sale->answer == 0 ? refused : sale->answer);
+    sale->sent = 0;
     return 0;
 }
 
-static int concludeClosed(Sale *sale, const View *view)
+static void finish(Sale *sale, SaleStatus status)
+{
+    sale->status = status;
+    sale->taken = sale->count;
+    sale->sent = sale->undecided = sale->paymentsLost = 0;
+}
+
+static int concludeClosed(Sale *sale, const VelnoEcrSaleTotals *totals)
 {
     const StepKind kind = sale->steps[sale->taken].kind;
-    const int asLeft = view->totals.number == sale->totals.number &&
-                       view->totals.values[totalToPay] == sale->totals.values[totalToPay];
-    sale->status = SaleClosed;
+    const int asLeft = totals->number == sale->totals.number &&
+                       totals->values[totalToPay] == sale->totals.values[totalToPay];
+    if (note(sale, SaleClosed, totals) != 0)
+        return saleNotNoted;
+    sale->totals = *totals;
     sale->known = sale->receipt;
-    stepTaken(sale, &view->totals);
-    return (kind == StepEnd || kind == StepEndWithInvoice) && asLeft ? 0 : saleNotOurs;
+    finish(sale, SaleClosed);
+    return kind == StepFind || (isEnd(kind) && asLeft) ? 0 : saleNotOurs;
 }
 
-static int concludeCancelled(Sale *sale)
+static int concludeCancelled(Sale *sale, SaleStatus status)
 {
-    if (sale->steps[sale->taken].kind == StepCancel) {
-        sale->status = SaleCancelled;
-        ++sale->taken;
-    } else {
+    const int isWanted = isToBeCancelled(sale) || sale->steps[sale->taken].kind == StepFind;
+    if (note(sale, status, &sale->totals) != 0)
+        return saleNotNoted;
+    sale->sent = sale->undecided = 0;
+    if (isWanted)
+        finish(sale, status);
+    else
         beginAgain(sale);
-    }
     return 0;
-}
-
-/* @return 0: the step is taken, or to be sent again */
-static int conclude(Sale *sale, const View *view, int code, int sameConnection)
-{
-    switch (view->found) {
-    case FoundOpen:
-        return concludeOpen(sale, view, code, sameConnection);
-    case FoundClosed:
-        return concludeClosed(sale, view);
-    case FoundCancelled:
-        return concludeCancelled(sale);
-    default:
-        return stepRefused(sale, saleNotOurs);
-    }
 }
 
 /* Steps ------------------------------------------------------------------------------------------------- */
 
+static int lookFor(Sale *sale, int cancelAnswered, View *view, int *failures)
+{
+    Question question;
+    int code;
+    question.receipt = sale->receipt;
+    question.known = sale->known;
+    question.cancelAnswered = cancelAnswered;
+    code = look(sale->reg, &question, view, failures);
+    if (code == notTold)
+        sale->reason = view->reason;
+    sale->undecided = code == personMustLook;
+    return code;
+}
+
 /* Looks what became of the step that was sent. @return 0: it is taken, or to be sent again */
 static int settleStep(Sale *sale, int *failures)
 {
+    const int cancelAnswered = sale->steps[sale->taken].kind == StepCancel && sale->answer == 0;
     View view;
-    const int code = look(sale, &view, failures);
+    const int code = lookFor(sale, cancelAnswered, &view, failures);
     if (code != 0)
         return code; /* still not known: sent once more, it could be done twice */
-    sale->sent = 0;
-    return conclude(sale, &view, sale->answer, sale->sentOn == sale->reg->connections);
+    if (view.found == FoundClosed)
+        return concludeClosed(sale, &view.totals);
+    if (view.found == FoundCancelled)
+        return concludeCancelled(sale, cancelAnswered ? SaleCancelled : SaleDoubtful);
+    return concludeOpen(sale, &view);
+}
+
+static void sendOnlyTheCancel(Sale *sale)
+{
+    sale->steps[sale->taken] = sale->steps[sale->count - 1];
+    sale->count = sale->taken + 1;
+    sale->owed = 0;
 }
 
 /* Sends the next step, unless that has been done. @return 0: it is taken, or to be sent again */
@@ -280,15 +257,24 @@ static int isEmpty(const VelnoEcrSaleTotals *totals)
     return totals->number == 0 && totals->values[totalToPay] == 0;
 }
 
+/* What has been entered before stays wanted; a sale that was only to begin is not begun. */
+static int startRefused(Sale *sale, int code)
+{
+    if (sale->count == 0)
+        sale->status = SaleNone;
+    sale->reason = code;
+    return sale->count == 0 ? code : saleStuck;
+}
+
 /* Nothing is sold on a receipt whose number is not noted: it is all that a process leaves behind. */
 static int useOpened(Sale *sale, const View *view)
 {
     if (!sale->startSent)
-        return 6;
+        return startRefused(sale, 6);
     if (!isEmpty(&view->totals))
-        return saleNotOurs;
+        return startRefused(sale, saleNotOurs);
     sale->receipt = view->open;
-    if (sale->note && sale->note(sale->context, &sale->receipt) != 0) {
+    if (note(sale, SaleOpen, &view->totals) != 0) {
         sale->receipt.first = sale->receipt.second = 0;
         return saleNotNoted;
     }
@@ -301,32 +287,47 @@ static int useOpened(Sale *sale, const View *view)
 static int openSale(Sale *sale, int *failures)
 {
     View view;
-    int code = look(sale, &view, failures);
-    if (code != 0)
+    int start, code;
+    if (isToBeCancelled(sale) && !sale->startSent) {
+        finish(sale, SaleCancelled);
+        return 0;
+    }
+    if ((code = lookFor(sale, 0, &view, failures)) != 0)
         return code;
     if (view.found == FoundOpen)
         return useOpened(sale, &view);
-    sale->startSent = 1;
-    code = sale->withInvoice ? velnoext_start_sale_with_invoice(answerTimeout)
-                             : velnoext_start_sale(answerTimeout);
-    if (code == 0)
+    if (isToBeCancelled(sale)) {
+        finish(sale, SaleCancelled);
         return 0;
-    if (code == 1 || leavesOpen(code))
-        return prepareToRepeat(sale->reg, code, failures);
-    if (look(sale, &view, failures) == 0 && view.found == FoundOpen)
+    }
+    sale->startSent = 1;
+    start = sale->withInvoice ? velnoext_start_sale_with_invoice(answerTimeout)
+                              : velnoext_start_sale(answerTimeout);
+    if (start == 1 || leavesOpen(start))
+        return prepareToRepeat(sale->reg, start, failures);
+    if ((code = lookFor(sale, 0, &view, failures)) != 0)
+        return code;
+    if (view.found == FoundOpen)
         return useOpened(sale, &view);
-    return code;
+    return start == 0 ? 0 : startRefused(sale, start);
+}
+
+int saleIsPending(const Sale *sale)
+{
+    return sale->status == SaleWanted || (sale->status == SaleOpen && sale->taken < sale->count);
 }
 
 int saleGoOn(Sale *sale)
 {
     int failures = 0, openings = 0;
-    while (sale->status == SaleWanted || (sale->status == SaleOpen && sale->taken < sale->count)) {
+    while (saleIsPending(sale)) {
         int code;
+        if (!sale->sent && isToBeCancelled(sale))
+            sendOnlyTheCancel(sale);
         if (sale->status == SaleOpen)
             code = takeStep(sale, &failures);
         else
-            code = ++openings == mostOpenings ? saleNotOurs : openSale(sale, &failures);
+            code = ++openings == mostOpenings ? startRefused(sale, 7) : openSale(sale, &failures);
         if (code != 0)
             return code;
     }
@@ -338,16 +339,25 @@ int saleGoOn(Sale *sale)
 
 static void forget(Sale *sale)
 {
-    sale->status = SaleWanted;
+    sale->status = SaleNone;
     sale->receipt.first = sale->receipt.second = 0;
-    sale->count = sale->taken = sale->startSent = sale->paymentsLost = sale->sent = 0;
+    sale->count = sale->taken = sale->owed = sale->sent = 0;
+    sale->startSent = sale->paymentsLost = sale->undecided = 0;
+}
+
+/* There is always room to end or cancel. */
+static int hasRoom(const Sale *sale, StepKind kind)
+{
+    return sale->count < mostSteps - (isEnd(kind) ? 1 : 2);
 }
 
 static int want(Sale *sale, const Step *step)
 {
-    if (sale->status != SaleWanted && sale->status != SaleOpen)
+    if (saleIsPending(sale))
+        return saleUnsettled;
+    if (sale->status != SaleOpen)
         return 6;
-    if (sale->count == mostSteps)
+    if (!hasRoom(sale, step->kind))
         return saleFull;
     sale->steps[sale->count++] = *step;
     return saleGoOn(sale);
@@ -355,7 +365,14 @@ static int want(Sale *sale, const Step *step)
 
 int saleStart(Sale *sale, int withInvoice)
 {
-    forget(sale);
+    const int isStarting = sale->status == SaleWanted && sale->count == 0;
+    if (saleIsPending(sale) && !isStarting)
+        return saleUnsettled;
+    if (sale->status == SaleOpen)
+        return 6;
+    if (!isStarting)
+        forget(sale);
+    sale->status = SaleWanted;
     sale->withInvoice = withInvoice;
     return saleGoOn(sale);
 }
@@ -427,24 +444,35 @@ int saleEndWithInvoice(Sale *sale, const VelnoInvoice *invoice)
 
 int saleCancel(Sale *sale)
 {
-    const Step step = stepOf(StepCancel);
-    return want(sale, &step);
+    if (sale->undecided)
+        return saleUnsettled;
+    if (sale->status != SaleOpen && sale->status != SaleWanted)
+        return 6;
+    if (!isToBeCancelled(sale))
+        sale->steps[sale->count++] = stepOf(StepCancel);
+    return saleGoOn(sale);
+}
+
+int saleDecide(Sale *sale, int wasClosed)
+{
+    const VelnoEcrSaleTotals totals = sale->totals;
+    int code;
+    if (!sale->undecided)
+        return 6;
+    code = wasClosed ? concludeClosed(sale, &totals) : concludeCancelled(sale, SaleCancelled);
+    return code != 0 ? code : saleGoOn(sale);
 }
 
 int saleFind(Sale *sale, const VelnoReceiptRef *receipt)
 {
-    View view;
-    int failures = 0, code;
     forget(sale);
+    memset(&sale->totals, 0, sizeof sale->totals);
+    sale->status = SaleOpen;
     sale->receipt = *receipt;
-    code = look(sale, &view, &failures);
-    if (code != 0)
-        return code;
-    sale->totals = view.totals;
-    sale->status = view.found == FoundOpen     ? SaleOpen
-                   : view.found == FoundClosed ? SaleClosed
-                                               : SaleCancelled;
-    return view.found == FoundOther ? saleNotOurs : 0;
+    sale->steps[sale->count++] = stepOf(StepFind);
+    sale->sent = 1;
+    sale->answer = 0;
+    return saleGoOn(sale);
 }
 
 /* Reports ----------------------------------------------------------------------------------------------- */
@@ -455,8 +483,10 @@ int makeZReport(Register *reg, int z)
     do {
         int current;
         code = velnoext_current_z(answerTimeout, &current);
+        if (code == refused)
+            return notTold; /* an earlier attempt may have made it */
         if (code == 0 && current != z)
-            return 0; /* an earlier attempt has made it */
+            return current > z ? 0 : saleNotOurs;
         if (code == 0)
             code = velnoext_z_report();
     } while (code != 0 && (code = prepareToRepeat(reg, code, &failures)) == 0);
