@@ -523,6 +523,15 @@ std::vector<Way> waysOfTheAnswer()
                                          tlvElement(hex("DFE003"), GMP3_HMAC(device.record, half))));
              });
          }},
+        {VelnoCause_RequestReflected, 12, "the request comes back",
+         [] {
+             HandMadeDevice device;
+             if (connectPaired(device) != 0)
+                 return -1;
+             device.setAnswer(
+                 [](const QByteArray &request) { return QList{HandMadeDevice::framed(request)}; });
+             return login();
+         }},
         {VelnoCause_AnswerTooLong, 2, "a gigabyte is announced",
          [] { return answeredBytes([](const HandMadeDevice &) { return hex("40000000"); }); }},
         {VelnoCause_EndlessBytes, 2, "it never stops talking", registerThatNeverStopsTalking},
@@ -641,7 +650,6 @@ const struct
     {VelnoCause_None, "what every call begins with: successLeavesNoCause"},
     {VelnoCause_WriteRefused,
      "the system takes bytes until it tells that the connection is gone: 2005 or 2007"},
-    {VelnoCause_RequestReflected, "no request is recognised yet"},
     {VelnoCause_NoThread, "needs a process without threads: programsTellTheirCause"},
     {VelnoCause_ProgramUnreadable, "needs a program without its file: programsTellTheirCause"},
 };

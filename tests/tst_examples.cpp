@@ -197,7 +197,8 @@ void TestExamples::failureIsExplained()
     SimulatedRegister reg(port, {u"--fault"_s, u"result-code=03"_s});
     const Outcome refused = run({serialNo, u"127.0.0.1"_s, QString::number(port)});
     QVERIFY2(refused.errors.startsWith("Connecting failed: "), refused.errors.constData());
-    QCOMPARE(refused.errors.count('\n'), 4); // the name, three lines about the code
+    QVERIFY2(refused.errors.contains("pairing-refused (5000)"), refused.errors.constData());
+    QCOMPARE(refused.errors.count('\n'), 4); // the names, three lines about the cause
     QCOMPARE(refused.output, QByteArray());
     QCOMPARE(refused.exitCode, 10);
 

@@ -119,7 +119,7 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
     if (const int result = parseTlvElements(answer, &plaintext); result != Success)
         return result;
     if (plaintext == request) // sent back, whatever way its elements were packed anew
-        return MalformedReply;
+        return failedBy(MalformedReply, VelnoCause_RequestReflected);
     *reply = plaintext;
     return Success;
 }

@@ -15,9 +15,10 @@ enum { application = 5, connectTimeout = 30000, answerTimeout = 5000 };
 
 static int report(const char *step, int code)
 {
-    const int detail = velnoext_error_detail(); /* before any other call */
-    fprintf(stderr, "%s failed: %s (%d)\n%s\n", step, velnoext_result_name(code), code,
-            velnoext_result_text(code));
+    const int cause = velnoext_cause(); /* both before any other call */
+    const int detail = velnoext_error_detail();
+    fprintf(stderr, "%s failed: %s (%d), %s (%d)\n%s\n", step, velnoext_result_name(code), code,
+            velnoext_cause_name(cause), cause, velnoext_cause_text(cause));
     if (detail != 0)
         fprintf(stderr, "%s\n", velnoext_detail_text(detail));
     velnoext_close(); /* also after a failure: ends the library's thread */
