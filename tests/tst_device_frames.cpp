@@ -149,9 +149,9 @@ void TestDeviceFrames::lateRepliesAreDropped()
     int value = 0;
     QCOMPARE(velnoext_ecr_datetime(patience, &value), 0);
     QCOMPARE(value, 17);
-    device.answerPlain(plain(18));
+    device.answerPlain(plain(19)); // 18 is the question itself
     QCOMPARE(velnoext_ecr_datetime(patience, &value), 0);
-    QCOMPARE(value, 18);
+    QCOMPARE(value, 19);
 }
 
 void TestDeviceFrames::sendingEndsWhenNobodyReads()

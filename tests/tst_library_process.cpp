@@ -100,8 +100,8 @@ void TestLibraryProcess::callsFromManyThreadsQueue()
 {
     HandMadeDevice device;
     QCOMPARE(connectPaired(device), 0);
-    // Each command gets a reply of its own: its number.
-    device.setAnswer([&device, count = 0](const QByteArray &) mutable {
+    // Each command gets a reply of its own: a number that is no command's.
+    device.setAnswer([&device, count = 1000](const QByteArray &) mutable {
         return QList{HandMadeDevice::framed(device.sealed(plain(++count)))};
     });
     std::atomic<int> sum = 0;
@@ -116,7 +116,7 @@ void TestLibraryProcess::callsFromManyThreadsQueue()
         });
     for (std::thread &caller : callers)
         caller.join();
-    QCOMPARE(int(sum), 100 * 101 / 2);
+    QCOMPARE(int(sum), 100 * 1000 + 100 * 101 / 2);
 }
 
 void TestLibraryProcess::threadsMayCloseWhatOthersUse()
