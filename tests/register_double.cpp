@@ -10,6 +10,7 @@ constexpr int lost = 2;
 constexpr int wrongValue = 4;
 constexpr int wrongState = 6;
 constexpr int refused = 8;
+constexpr int notAuthentic = 11;
 constexpr int z = 1;
 
 VelnoEcrSaleTotals totalsOf(const RegisterDouble::Receipt &receipt)
@@ -82,6 +83,13 @@ int RegisterDouble::connect()
     return 0;
 }
 
+void RegisterDouble::pairAnew()
+{
+    m_isConnected = false;
+    m_hasKeys = true;
+    ++pairings;
+}
+
 RegisterDouble::Receipt *RegisterDouble::open()
 {
     return !receipts.isEmpty() && receipts.last().status == Status::Open ? &receipts.last() : nullptr;
@@ -90,7 +98,8 @@ RegisterDouble::Receipt *RegisterDouble::open()
 int RegisterDouble::command(const std::function<int()> &work)
 {
     pass(m_random.bounded(1, 20));
-    if (m_isConnected && chance(m_hindrances.lostCommands))
+    m_hasKeys = m_hasKeys && !chance(m_hindrances.lostKeys);
+    if (!m_hasKeys || chance(m_hindrances.lostCommands))
         m_isConnected = false;
     if (!m_isConnected)
         return lost;
@@ -106,7 +115,9 @@ int RegisterDouble::command(const std::function<int()> &work)
     } else if (chance(m_hindrances.lostAnswers)) {
         m_isConnected = false;
     }
-    return m_isConnected ? code : lost;
+    if (!m_isConnected)
+        return lost;
+    return chance(m_hindrances.unreadable) ? notAuthentic : code;
 }
 
 int RegisterDouble::refusable(const std::function<int()> &work)
@@ -166,6 +177,12 @@ int momentPasses(const struct timespec *length, struct timespec *)
 int velnoext_initialize(unsigned int, const char *, const char *, unsigned short, unsigned int)
 {
     return RegisterDouble::current().connect();
+}
+
+int velnoext_forget_device(const char *)
+{
+    RegisterDouble::current().pairAnew();
+    return 0;
 }
 
 int velnoext_login(unsigned int)

@@ -13,6 +13,8 @@ struct Hindrances
     int lostAnswers = 0;  ///< done, and the connection is lost in place of the answer
     int lostCommands = 0; ///< not done, and the connection is lost
     int powerCuts = 0;    ///< done, and the open sale is cancelled behind it
+    int unreadable = 0;   ///< done, and the answer is not authentic
+    int lostKeys = 0;     ///< no command is obeyed any more before a new pairing
     int refusals = 0;     ///< refused in passing
     int outages = 0;      ///< from here on no receipt is told of
     int outageLength = 0;
@@ -50,6 +52,7 @@ public:
     static RegisterDouble &current();
 
     int connect();
+    void pairAnew();
 
     /** A command that is answered. @param work  does it; @return its code */
     int command(const std::function<int()> &work);
@@ -69,6 +72,7 @@ public:
     QRandomGenerator &random() { return m_random; }
 
     QList<Receipt> receipts; ///< numbered from 1 on
+    int pairings = 0;        ///< behind the first
     int cuts = 0;            ///< of the power, under an open sale
     int misled = 0;          ///< closed receipts that were refused
 
@@ -80,6 +84,7 @@ private:
     qint64 m_now = 0;
     qint64 m_outageUntil = 0;
     bool m_isConnected = false;
+    bool m_hasKeys = true;
 };
 
 extern "C" int momentPasses(const struct timespec *length, struct timespec *rest);

@@ -48,6 +48,9 @@ private slots:
     void refusedStepIsNotRepeatedUnseen();
     void dyingRegisterIsGivenUpAndComesBack();
     void absentRegisterIsGivenUp();
+    void lostKeysAreAgreedOnAnew();
+    void keysSurviveACut();
+    void failedPairingLeavesTheStepPending();
     void paymentBySomebodyElseIsNoticed();
     void itemOfSomebodyElseIsNoticed();
     void openSaleOfSomebodyElseIsLeft();
@@ -183,10 +186,16 @@ public:
     }
 
     static constexpr char connecting[] = "The connection is lost; connecting again.";
+    static constexpr char pairingAnew[] = "The register has lost its keys; pairing anew.";
     static constexpr char enteredAgain[] = "The register has cancelled the sale; it is entered again.";
 
     Register &place() { return m_place; }
     int timesNoticed() const { return m_noticed; }
+    int pairings() const
+    {
+        return int(std::ranges::count(reg.events(), u"paired"_s,
+                                      [](const QJsonObject &event) { return event[u"event"_s].toString(); }));
+    }
 
     /** Ends the register and reads what is on record. */
     void close()
@@ -773,6 +782,55 @@ void TestRecovery::absentRegisterIsGivenUp()
     QCOMPARE(saleGoOn(shop.sale.get()), 2);
     QCOMPARE(shop.sale->count, 1);
     QCOMPARE(shop.sale->taken, 0);
+}
+
+void TestRecovery::lostKeysAreAgreedOnAnew()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QCOMPARE(addOne<1250>(sale), 0);
+    QVERIFY(shop.disturb(u"forget-pairing"_s, Shop::pairingAnew));
+    QCOMPARE(addOne<2000>(sale), 0); // of the same sale
+    QCOMPARE(shop.timesNoticed(), 1);
+    QCOMPARE(saleEnd(sale, 0), 0);
+    shop.close();
+    QCOMPARE(shop.pairings(), 2);
+    QCOMPARE(shop.receipts.size(), 1);
+    QCOMPARE(shop.closed().first().lines, (QStringList{u"Ekmek"_s, u"Ayran"_s}));
+}
+
+void TestRecovery::keysSurviveACut()
+{
+    Shop shop;
+    QVERIFY(shop.opensWithAKnownReceipt());
+    QCOMPARE(saleStart(shop.sale.get(), 0), 0);
+    QVERIFY(shop.disturb(u"power-cut=item"_s));
+    QCOMPARE(addOne<1250>(shop.sale.get()), 0);
+    shop.close();
+    QCOMPARE(shop.pairings(), 1);
+}
+
+/** Pairing anew ends with 10, and from then on there is nothing to ask with: 1. */
+void TestRecovery::failedPairingLeavesTheStepPending()
+{
+    Shop shop;
+    QVERIFY(shop.opens());
+    Sale *const sale = shop.sale.get();
+    QCOMPARE(saleStart(sale, 0), 0);
+    QVERIFY(shop.disturb(u"forget-pairing"_s, Shop::pairingAnew, u"result-code=03"_s));
+    QCOMPARE(addOne<1250>(sale), 10);
+    QVERIFY(saleIsPending(sale));
+    int state = 0;
+    QCOMPARE(velnoext_ecr_state(5000, &state), 1);
+    QCOMPARE(saleGoOn(sale), 10);
+    QVERIFY(shop.reg.setFault(u"none"_s));
+    QCOMPARE(saleGoOn(sale), 0);
+    QCOMPARE(saleEnd(sale, 0), 0);
+    shop.close();
+    QCOMPARE(shop.closed().size(), 1);
+    QCOMPARE(shop.closed().first().lines, QStringList{u"Ekmek"_s});
 }
 
 void TestRecovery::paymentBySomebodyElseIsNoticed()

@@ -162,7 +162,7 @@ private:
 void TestRecoveryOdds::everySaleCountsOnce_data()
 {
     QTest::addColumn<Hindrances>("hindrances");
-    const Hindrances cuts{.lostAnswers = 20, .lostCommands = 20, .powerCuts = 20};
+    const Hindrances cuts{.lostAnswers = 20, .lostCommands = 20, .powerCuts = 20, .unreadable = 20};
     const auto with = [&cuts](const std::function<void(Hindrances &)> &change) {
         Hindrances hindrances = cuts;
         change(hindrances);
@@ -173,6 +173,7 @@ void TestRecoveryOdds::everySaleCountsOnce_data()
     for (const int refusals : {20, 100, 300, 500})
         QTest::addRow("cuts, and refusals of %d in 1000", refusals)
             << with([=](Hindrances &all) { all.refusals = refusals; });
+    QTest::newRow("cuts, and lost keys") << with([](Hindrances &all) { all.lostKeys = 5; });
     QTest::newRow("cuts, and receipts not told of for a while")
         << with([](Hindrances &all) { all.outages = 50, all.outageLength = 1000; });
     QTest::newRow("cuts, and receipts told of late") << with([](Hindrances &all) { all.recordDelay = 400; });
@@ -199,6 +200,7 @@ void TestRecoveryOdds::everySaleCountsOnce()
           reg.misled, cashier.asked());
     QCOMPARE(wrong, 0);
     QVERIFY(hindrances.powerCuts == 0 || reg.cuts > 100);
+    QVERIFY(hindrances.lostKeys == 0 || reg.pairings > 100);
     QVERIFY(mishaps == 0 || reg.misled > 50);
 }
 

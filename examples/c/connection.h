@@ -21,7 +21,12 @@ typedef struct Register
     int connections; /**< grows with each one: what was sent on one of them is done or lost on the next */
 } Register;
 
-/** Connects it, with the pairing that a first contact needs, and logs in. @return 0 or the library's code */
+/**
+ * Connects it, with the pairing that a first contact needs, and logs in. When that fails three times in a row
+ * behind a connection that was made, the keys are forgotten and it is paired anew.
+ *
+ * @return 0 or the library's code
+ */
 int connectRegister(Register *reg);
 
 /** Whether a code leaves open what the register has done: 2, 5, 11 and 12. */

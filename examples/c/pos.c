@@ -32,6 +32,12 @@ static void hear(void *context, const char *text)
     fprintf(stderr, "%s\n", text);
 }
 
+/* The library's own lines, which would otherwise stand among those for the cashier. */
+static void hearLibrary(const char *text, void *context)
+{
+    hear(context, text);
+}
+
 static const char *saleText(int code)
 {
     switch (code) {
@@ -234,8 +240,7 @@ static void advise(const Sale *sale)
                         "or: unsold, if it was not closed. To ask the register once more, type: again\n");
     else if (saleIsPending(sale))
         fprintf(stderr, "It is not done, or not known to be. Do not type it once more; type: again\n"
-                        "or give the whole sale up with: cancel\n"
-                        "If that does not help, quit and start this program anew.\n");
+                        "or give the whole sale up with: cancel\n");
 }
 
 /* What every step of a sale ends with. @return the code, or that the end of the sale cannot be noted */
@@ -639,6 +644,7 @@ int main(int argc, char **argv)
     if (openBooksAt(&till, argv[4]) != 0)
         return wrongUsage;
     till.sale.known = till.books.closed;
+    velnoext_set_log(hearLibrary, NULL);
     code = sell(&till);
     velnoext_close(); /* also after a failure: ends the library's thread */
     closeBooks(&till.books);
