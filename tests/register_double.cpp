@@ -185,6 +185,11 @@ int velnoext_forget_device(const char *)
     return 0;
 }
 
+int velnoext_cause()
+{
+    return 0;
+}
+
 int velnoext_login(unsigned int)
 {
     return RegisterDouble::current().command([] { return 0; });

@@ -253,6 +253,7 @@ void TestExamples::posExplainsWhatItIsRefused()
 {
     Shop shop;
     const Outcome outcome = shop.day("cash 5\nitem 1.234 1 1 Ekmek\nitem 1 1 9 Ekmek\nitem 1 1 1\nfly\n"
+                                     "item 5 1 1 Ayran\ndelete\ndelete\n"
                                      "item 12.50 1 1 Ekmek\ncard 12.51\ncash 0\nx\nz\nreceipt 1\n" +
                                      QByteArray(300, 'x') + "\nend\n");
     const QByteArray accepted = "Not understood. Accepted: item PRICE QUANTITY SECTION NAME";
@@ -260,6 +261,9 @@ void TestExamples::posExplainsWhatItIsRefused()
     QCOMPARE(outcome.errors.count(accepted), 3);
     QCOMPARE(outcome.errors.count("Payment failed: wrong-state (6)\n"), 1);
     QCOMPARE(outcome.errors.count("Payment failed: refused (8)\n"), 1);
+    const qsizetype deleting = outcome.errors.indexOf("Deleting failed: refused (8)\n");
+    const qsizetype reason = outcome.errors.indexOf("Cause: no such item is on the receipt", deleting);
+    QVERIFY2(deleting >= 0 && reason > deleting, outcome.errors.constData()); // though it was looked at since
     QCOMPARE(outcome.errors.count("Payment failed: bad-value (4)\n"), 1);
     QCOMPARE(outcome.errors.count("X report failed: wrong-state (6)\n"), 1);
     QCOMPARE(outcome.errors.count("Z report failed: refused (8)\n"), 1);

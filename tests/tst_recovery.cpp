@@ -474,6 +474,7 @@ void TestRecovery::refusalLeavesTheSaleAsItWas()
     Sale *const sale = shop.sale.get();
     QCOMPARE(saleStart(sale, 0), 0);
     QCOMPARE(saleDeleteLast(sale), 8);
+    QCOMPARE(sale->cause, int(VelnoCause_NothingThere));
     QCOMPARE(saleEnd(sale, 0), 8); // of a sale without items
     const VelnoSaleItem wrong = item("Ekmek", 1250, 1000, 9);
     QCOMPARE(saleAddItem(sale, &wrong), 4);

@@ -62,8 +62,8 @@ static const char *saleText(int code)
     }
 }
 
-/* @return the code */
-static int explain(const char *what, int code)
+/* The finest reason known, or else what the code means. @return the code */
+static int explainCause(const char *what, int code, int cause)
 {
     const int detail = velnoext_error_detail(); /* before any other call */
     if (code == 0)
@@ -73,10 +73,15 @@ static int explain(const char *what, int code)
         return code;
     }
     fprintf(stderr, "%s failed: %s (%d)\n%s\n", what, velnoext_result_name(code), code,
-            velnoext_result_text(code));
+            cause != 0 ? velnoext_cause_text(cause) : velnoext_result_text(code));
     if (detail != 0)
         fprintf(stderr, "%s\n", velnoext_detail_text(detail));
     return code;
+}
+
+static int explain(const char *what, int code)
+{
+    return explainCause(what, code, velnoext_cause());
 }
 
 static void printAmount(const char *name, long long kurus)
@@ -247,9 +252,12 @@ static void advise(const Sale *sale)
 static int settle(Till *till, const char *what, int code)
 {
     const Sale *const sale = &till->sale;
-    explain(what, code);
+    if (saleIsPending(sale))
+        explain(what, code);
+    else
+        explainCause(what, code, sale->cause); /* it has been looked at since */
     if (code == notTold || code == saleStuck)
-        explain("The register", sale->reason);
+        explainCause("The register", sale->reason, code == saleStuck ? sale->cause : 0);
     advise(sale);
     if (code == 0 && (sale->status == SaleOpen || sale->status == SaleClosed))
         printTotals(what, &sale->totals);

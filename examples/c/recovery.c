@@ -242,6 +242,7 @@ static int takeStep(Sale *sale, int *failures)
         return settleStep(sale, failures);
     sale->sentOn = sale->reg->connections;
     sale->answer = code = sendStep(&sale->steps[sale->taken], &totals);
+    sale->cause = velnoext_cause(); /* before any other call */
     if (code == 0 && answersWithTotals(sale->steps[sale->taken].kind))
         return stepTaken(sale, &totals);
     if (code == 3 || code == 4)
@@ -303,6 +304,7 @@ static int openSale(Sale *sale, int *failures)
     sale->startSent = 1;
     start = sale->withInvoice ? velnoext_start_sale_with_invoice(answerTimeout)
                               : velnoext_start_sale(answerTimeout);
+    sale->cause = velnoext_cause();
     if (start == 1 || leavesOpen(start))
         return prepareToRepeat(sale->reg, start, failures);
     if ((code = lookFor(sale, 0, &view, failures)) != 0)

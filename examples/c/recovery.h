@@ -96,6 +96,7 @@ typedef struct Sale
     int owed;         /**< how many it had taken before it cancelled the sale: none of them is dropped */
     int sent;         /**< the one behind those taken has been sent: it is not known what became of it */
     int answer;       /**< the code that it ended with */
+    int cause;        /**< velnoext_cause() of the last step or start that was refused */
     int sentOn;       /**< over which of the register's connections it went */
     int undecided;    /**< a person must say whether the receipt was closed */
     int withInvoice;  /**< begun as a sale with invoice */
