@@ -138,8 +138,9 @@ struct InvoiceRequest
 
 constexpr qsizetype personDigits = 11;
 constexpr qsizetype companyDigits = 10;
-constexpr qsizetype shortestReference = 6;
 constexpr qsizetype longestReference = 17;
+constexpr qsizetype shortestNumber = 6; // of a paper form
+constexpr qsizetype longestNumber = 16;
 constexpr qint32 restInCash = 1;
 constexpr qint32 restByCard = 2;
 
@@ -151,8 +152,9 @@ Refusal faultOf(const InvoiceRequest &request)
         return BadInvoiceType;
     if (request.mode < restInCash || request.mode > restByCard)
         return BadInvoiceMode;
-    if (!isPrintable(request.reference) || request.reference.size() > longestReference ||
-        (onPaper && request.reference.size() < shortestReference))
+    const qsizetype length = request.reference.size();
+    if (!isPrintable(request.reference) || length > longestReference ||
+        (onPaper && (length < shortestNumber || length > longestNumber)))
         return BadReference;
     const bool person = request.idKind == Invoice::Person;
     if (!person && request.idKind != Invoice::Company)

@@ -275,7 +275,8 @@ void TestSellingCommands::invoicesAreJudgedByTheirLook_data()
     const QByteArray person = "11111111111";
     const QByteArray company = "1234567890";
     QTest::newRow("on paper") << goodInvoice << true;
-    QTest::newRow("longest reference") << invoice(0, 0, QByteArray(17, 'A'), person, 1) << true;
+    QTest::newRow("longest number of a paper form") << invoice(0, 0, QByteArray(16, 'A'), person, 1) << true;
+    QTest::newRow("longest reference") << invoice(1, 0, QByteArray(17, 'A'), person, 1) << true;
     QTest::newRow("electronic, without reference") << invoice(1, 1, {}, company, 2) << true;
     QTest::newRow("type 3") << invoice(3, 0, "A12345", person, 1) << false;
     QTest::newRow("type -1") << invoice(-1, 0, "A12345", person, 1) << false;
@@ -284,6 +285,8 @@ void TestSellingCommands::invoicesAreJudgedByTheirLook_data()
     QTest::newRow("mode 0") << invoice(0, 0, "A12345", person, 0) << false;
     QTest::newRow("mode 3") << invoice(0, 0, "A12345", person, 3) << false;
     QTest::newRow("reference too short") << invoice(0, 0, "A1234", person, 1) << false;
+    QTest::newRow("number of a paper form too long")
+        << invoice(0, 0, QByteArray(17, 'A'), person, 1) << false;
     QTest::newRow("reference too long") << invoice(1, 0, QByteArray(18, 'A'), person, 1) << false;
     QTest::newRow("reference with a command") << invoice(0, 0, "A1234\x1B", person, 1) << false;
     QTest::newRow("person with ten digits") << invoice(0, 0, "A12345", company, 1) << false;
