@@ -302,11 +302,20 @@ void TestVelnoctl::wrongUsageSendsNothing_data()
         row(name, qPrintable(u"%1 %2 state"_s.arg(QLatin1String(listen), QLatin1String(where))),
             "accepted is a local IPv4 address and a port");
     };
-    row("nothing", "", "no command is given; accepted are state, z,");
+    row("nothing", "", "no command is given\nvelnoctl --help shows all commands");
     row("no command", "--serial UB1234567890 --listen 127.0.0.1:PORT --app 5", "no command is given");
-    row("unknown command", "TARGET stat", "\"stat\" is no command; accepted are state, z,");
+    row("unknown command", "TARGET stat",
+        "\"stat\" is no command; did you mean \"state\"?\nvelnoctl --help shows all commands and options.\n");
+    row("letters swapped", "TARGET lgoin", "\"lgoin\" is no command; did you mean \"login\"?\n");
+    row("letter too many", "TARGET ppaper", "\"ppaper\" is no command; did you mean \"paper\"?\n");
+    row("written otherwise", "TARGET Start_Sale",
+        "\"Start_Sale\" is no command; did you mean \"start-sale\"?\n");
+    row("as near to two", "TARGET gext", "did you mean \"text\" or \"get\"?\n");
+    row("the beginning of two", "TARGET start", "did you mean \"start-sale\" or \"start-invoice-sale\"?\n");
+    row("near to none", "TARGET refund", "\"refund\" is no command\n");
+    row("one wrong letter is all of it", "TARGET y", "\"y\" is no command\n");
     row("second command unknown", "TARGET state stat", "\"stat\" is no command");
-    row("command of the shell", "TARGET quit", "quit cannot stand here; accepted are state,");
+    row("command of the shell", "TARGET quit", "quit cannot stand on the command line, only in the shell\n");
     row("argument too many", "TARGET state 5", "\"5\" is no command");
     row("option behind", "TARGET state --json", "\"--json\": options stand in front of the first command");
     row("no file", "TARGET run", "run: FILE is missing; accepted is the path of a file, or - for");
@@ -317,8 +326,12 @@ void TestVelnoctl::wrongUsageSendsNothing_data()
         "explain: \"no-paper\" is no CODE; accepted is a result code");
     row("detail is no number", "explain 4 0xZZ",
         "explain: \"0xZZ\" is no DETAIL; accepted is an error detail");
-    row("no such help", "help stat", "help: \"stat\" is no COMMAND");
-    row("unknown option", "--loud state", "Unknown option 'loud'");
+    row("no such help", "help stat",
+        "help: \"stat\" is no COMMAND; accepted is the name of a command; did you mean \"state\"?\n");
+    row("unknown option", "--loud state", "\"--loud\" is no option\n");
+    row("unknown letter", "-x state", "\"-x\" is no option\n");
+    row("misspelt option", "--lisen 127.0.0.1:PORT state",
+        "\"--lisen\" is no option; did you mean \"--listen\"?\n");
     row("value missing", "state --serial", "--serial");
     row("no serial", "--listen 127.0.0.1:PORT --app 5 state", "--serial is missing; accepted is exactly 12");
     row("short serial", "--serial UB123456789 --listen 127.0.0.1:PORT --app 5 state",
@@ -372,7 +385,8 @@ void TestVelnoctl::wrongUsageAsJson()
     const QJsonObject failure = object(client.out);
     QCOMPARE(failure.value(u"code"_s).toInt(), 64);
     QCOMPARE(failure.value(u"result"_s).toString(), u"wrong-usage"_s);
-    QVERIFY(failure.value(u"sentence"_s).toString().startsWith("\"stat\" is no command"_L1));
+    QCOMPARE(failure.value(u"sentence"_s).toString(), u"\"stat\" is no command; did you mean \"state\"?"_s);
+    QVERIFY(client.err.endsWith("velnoctl --help shows all commands and options.\n"));
 }
 
 void TestVelnoctl::explainsEveryCode_data()
@@ -507,23 +521,37 @@ void TestVelnoctl::wrongScriptsSendNothing_data()
     const auto row = [](const char *name, const QByteArray &script, const char *complaint) {
         QTest::newRow(name) << script << QByteArray(complaint);
     };
-    row("unknown command", "login\nstate\nstat\n", ":3: \"stat\" is no command; accepted are state, z,");
+    row("unknown command", "login\nstate\nstat\n", ":3: \"stat\" is no command; did you mean \"state\"?\n");
     row("last line", "login\nstat", ":2: \"stat\" is no command");
     row("two commands", "state z\n", ":1: \"z\" is one word too many: state is the whole command");
     row("argument", "explain 4 0x402 5\n", ":1: \"5\" is one word too many: explain CODE [DETAIL]");
     row("argument missing", "explain\n", ":1: explain: CODE is missing");
-    row("script in a script", "run other\n", ":1: run cannot stand here");
-    row("shell in a script", "shell\n", ":1: shell cannot stand here");
-    row("quit", "quit\n", ":1: quit cannot stand here");
-    row("open quote", "\nexplain '4\n", ":2: a quote is not closed");
-    row("open double quote", "explain \"4\n", ":1: a quote is not closed");
-    row("lone backslash", "state \\\n", ":1: a quote is not closed, the line ends with \\");
+    row("script in a script", "run other\n",
+        ":1: run cannot stand in a script, only on the command line and in the shell\n");
+    row("shell in a script", "shell\n", ":1: shell cannot stand in a script, only on the command line\n");
+    row("quit", "quit\n", ":1: quit cannot stand in a script, only in the shell\n");
+    row("open quote", "\nexplain '4\n", ":2: the quote ' at byte 9 is not closed\n");
+    row("open double quote", "explain \"4\n", ":1: the quote \" at byte 9 is not closed\n");
+    row("quote of the other kind", "'it' \"isn't\n", ":1: the quote \" at byte 6 is not closed\n");
+    row("quote behind Turkish letters", "text \xC3\x87 \"\n", ":1: the quote \" at byte 9 is not closed\n");
+    row("lone backslash", "state \\\n", ":1: byte 7 is a backslash with nothing behind it\n");
+    row("lone backslash in a quote", "text \"\\\n", ":1: byte 7 is a backslash with nothing behind it\n");
     row("no comment in a word", "explain 4#\n", ":1: explain: \"4#\" is no CODE");
     row("no comment in quotes", "explain '4 # '\n", ":1: explain: \"4 # \" is no CODE");
     row("no comment behind an escaped blank", "explain 4\\ #5\n", ":1: explain: \"4 #5\" is no CODE");
-    row("no UTF-8", "explain 4 \xC7\n",
-        ":1: a quote is not closed, the line ends with \\, holds a zero byte, or");
-    row("zero byte", QByteArray("state\0\n", 7), ":1: a quote is not closed");
+    const char *const noUtf8 = " is no UTF-8, which every line has to be\n";
+    const auto foreign = [&row, noUtf8](const char *name, const QByteArray &script, const char *where) {
+        row(name, script, (QByteArray(where) + noUtf8).constData());
+    };
+    foreign("ISO-8859-9",
+            "explain 4 \xC7"
+            "ay\n",
+            ":1: byte 11 (0xC7)");
+    foreign("ISO-8859-9 behind UTF-8", "state\nexplain \xC4\x9F\xDD\n", ":2: byte 11 (0xDD)");
+    foreign("letter cut short", "explain 4 \xC4\n", ":1: byte 11 (0xC4)");
+    foreign("rest of a letter", "explain 4 \x9F\n", ":1: byte 11 (0x9F)");
+    foreign("in an open quote", "explain '4 \xFF\n", ":1: byte 12 (0xFF)");
+    row("zero byte", QByteArray("state\0\n", 7), ":1: byte 6 is a zero byte, which no line may hold\n");
     row("long line", "state\n" + QByteArray(4097, ' ') + "\n", ":2: the line is longer than 4096 bytes");
     row("endless line", QByteArray(100'000, 'x'), ":1: the line is longer than 4096 bytes");
 }
@@ -553,6 +581,7 @@ void TestVelnoctl::scriptWordsAreThoseOfAShell_data()
     QTest::newRow("backslash") << QByteArray("expl\\ain 4 0x402");
     QTest::newRow("comment") << QByteArray("explain 4 0x402 # a quote ' and \" more");
     QTest::newRow("comment behind an escape") << QByteArray("explain 4 '0x'402\t#\\");
+    QTest::newRow("comment in another encoding") << QByteArray("explain 4 0x402 # \xC7 \" '");
     QTest::newRow("longest line") << "explain 4 0x402" + QByteArray(4096 - 15, ' ');
 }
 

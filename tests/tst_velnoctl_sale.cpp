@@ -90,6 +90,7 @@ private slots:
     void nextSlipBeginsWithItsOwnEncoding();
     void rawBytesGoThere();
     void rawBytesComeBack();
+    void lateAnswerToRawBytesIsNotTheNextCommands();
     void scriptsQuoteNames();
     void everyCommandHasHelpWhoseExampleIsUnderstood();
 };
@@ -170,7 +171,9 @@ void TestVelnoctlSale::commandsReachTheRegister_data()
         row(name, line, {{14, yes}}, {plain(14, type, kind, reference, id, mode, flag)},
             "sale ended with an invoice");
     };
-    invoice("end with invoice", "end-invoice reference=ABC123", 0, 0, "ABC123", "11111111111", 1, false);
+    invoice("end with invoice", "end-invoice", 2, 0, "", "11111111111", 1, false);
+    invoice("end with invoice on paper", "end-invoice reference=ABC123", 0, 0, "ABC123", "11111111111", 1,
+            false);
     invoice("end with another invoice",
             "end-invoice flag=yes mode=2 id=0000000001 kind=1 type=2 reference=12345678901234567", 2, 1,
             "12345678901234567", "0000000001", 2, true);
@@ -349,7 +352,8 @@ void TestVelnoctlSale::failuresEndWithTheirCode_data()
     wrong("end-invoice type=3", 0x40B);
     wrong("end-invoice kind=2", 0x40C);
     wrong("end-invoice mode=0", 0x40D);
-    wrong("end-invoice", 0x40E);
+    wrong("end-invoice type=0", 0x40E);
+    wrong("end-invoice reference=12345", 0x40E);
     wrong("end-invoice reference=12345678901234567", 0x40E);
     wrong("end-invoice type=1 id=123", 0x403);
     wrong("end-invoice type=1 kind=1", 0x404);
@@ -415,6 +419,7 @@ void TestVelnoctlSale::wrongArgumentsSendNothing_data()
     row("item 1 Su type=1 type=1", "item: \"type=1\": type= is given twice");
     row("item 1 Su colour=red",
         "item: \"colour=red\": accepted are section=SECTION, quantity=QUANTITY, percent=PERCENT, ");
+    row("item 1 Su quantiy=2", "type=TYPE; did you mean \"quantity\"?");
     row("item 1 Tam Ekmek", "\"Ekmek\" is no command");
     row("item 1 Su + 1 Su", "\"+\" is no command");
     row("items 1 Su + ", "items: PRICE is missing");
@@ -437,8 +442,8 @@ void TestVelnoctlSale::wrongArgumentsSendNothing_data()
     row("end-invoice type=4294967296", "type=\"4294967296\" is no INVOICE");
     row("end-invoice kind=x", "kind=\"x\" is no KIND");
     row("end-invoice id=1234567890123", "id=\"1234567890123\" is no ID; accepted is up to 12 bytes");
-    row("end-invoice reference=123456789012345678",
-        "reference=\"123456789012345678\" is no REFERENCE; accepted is up to 17 bytes");
+    row("end-invoice reference=123456789012345678", "reference=\"123456789012345678\" is no REFERENCE; "
+                                                    "accepted is 6 to 16 characters with type 0; up to 17");
     row("end-invoice mode=cash", "mode=\"cash\" is no MODE; accepted is a whole number");
     row("end-invoice flag=1", "flag=\"1\" is no FLAG; accepted is yes or no");
     row("receipt 12", "receipt: \"12\" is no RECEIPT; accepted is two whole numbers with a slash");
@@ -635,6 +640,26 @@ void TestVelnoctlSale::rawBytesComeBack()
     damaged[20] = char(damaged.at(20) ^ 1);
     client.say("get " + damaged.toHex() + "\n");
     QVERIFY2(client.exitCode() == 12, client.out + client.err);
+}
+
+void TestVelnoctlSale::lateAnswerToRawBytesIsNotTheNextCommands()
+{
+    const QByteArray raw = QByteArray::fromHex("CAFE");
+    Device device;
+    // What it answers to the raw bytes comes late: with the answer to the command behind them.
+    device.setAnswer([&device, raw](const QByteArray &payload) {
+        const QByteArray four = HandMadeDevice::framed(device.sealed(plain(true, 4)));
+        if (device.opened(payload) == raw)
+            return QList{QByteArray()};
+        const QByteArray late = HandMadeDevice::framed(device.sealed(plain(true, 99)));
+        return device.contacts == 3 ? QList{late + four} : QList{four};
+    });
+    device.meet(2);
+    Client client(target(device.port) + wordsOf(u"--app 14242 send CAFE send CAFE z z"_s));
+    QVERIFY2(client.exitCode() == 0, client.err.constData());
+    QCOMPARE(client.out, "sent 2 bytes\nsent 2 bytes\nZ 4\nZ 4\n");
+    QCOMPARE(device.contacts, 4); // connected afresh once, and not paired again
+    QVERIFY2(client.err.contains("(afresh, since what it answers to send"), client.err.constData());
 }
 
 void TestVelnoctlSale::scriptsQuoteNames()

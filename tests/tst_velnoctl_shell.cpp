@@ -125,7 +125,8 @@ void TestVelnoctlShell::goesOnAfterFailures()
     device.meet();
     Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
     terminal.type("stat\n");
-    QVERIFY(terminal.waitFor("\"stat\" is no command; accepted are"));
+    QVERIFY(
+        terminal.waitFor("\"stat\" is no command; did you mean \"state\"?\r\nhelp shows all commands.\r\n"));
     terminal.type("\n  \n# nothing\nhelp\n");
     QVERIFY(terminal.waitFor("ends the shell"));
     QVERIFY(!terminal.shown().contains("waiting"));

@@ -77,7 +77,7 @@ constexpr std::array table{
             "what was sent", "end-sale cash", Connection, Everywhere, endSale},
     Command{closing, "end-invoice",
             "[type=INVOICE] [kind=KIND] [id=ID] [reference=REFERENCE] [mode=MODE] [flag=FLAG]",
-            "ends the sale with an invoice", "sale ended with an invoice",
+            "ends the sale with an invoice, of anybody unless told otherwise", "sale ended with an invoice",
             "end-invoice type=1 kind=1 id=0000000001 mode=2", Connection, Everywhere, endInvoice},
     Command{closing, "cancel", "", "cancels the sale", "sale cancelled", "cancel", Connection, Everywhere,
             cancel},
@@ -102,9 +102,9 @@ constexpr std::array table{
             Connection, Everywhere, zReport},
 
     Command{raw, "send", "HEX", "sends bytes encrypted; applications 999999 and 14242", "sent 4 bytes",
-            "send 0000000C", Connection, Everywhere, sendRaw},
+            "send 0000000C", RawConnection, Everywhere, sendRaw},
     Command{raw, "get", "HEX", "decrypts a frame received elsewhere; the same applications",
-            "the plain bytes", "get 002055423132333435363738393000", Connection, Everywhere, getRaw},
+            "the plain bytes", "get 002055423132333435363738393000", RawConnection, Everywhere, getRaw},
 
     Command{house, "run", "FILE", "a script, one command a line, # comments; - is standard input",
             "what its commands print", "run day.velno", Target, CommandLine | Shell, runInput},

@@ -25,9 +25,10 @@ struct Answer
 };
 
 enum class Needs {
-    Nothing,   ///< runs without a register
-    Target,    ///< wants to know which register, but does not connect
-    Connection ///< is run when the register is connected
+    Nothing,      ///< runs without a register
+    Target,       ///< wants to know which register, but does not connect
+    Connection,   ///< is run when the register is connected, and reads its answer
+    RawConnection ///< is run when the register is connected, and reads nothing
 };
 
 /** Where a command may stand, as bits. */

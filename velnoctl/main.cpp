@@ -29,7 +29,7 @@ QString problemOf(const Options &options, const Parsed &parsed)
     if (!parsed.problem.isEmpty())
         return parsed.problem;
     if (options.words.isEmpty())
-        return u"no command is given; accepted are %1"_s.arg(commandNames(CommandLine).join(", "_L1));
+        return u"no command is given"_s;
     const bool isLocal = std::ranges::all_of(
         parsed.steps, [](const Step &step) { return step.command->needs == Needs::Nothing; });
     return isLocal ? QString() : missingTarget(options);

@@ -1,6 +1,7 @@
 #include "velnoctl/options.h"
 
 #include "velnoctl/commands.h"
+#include "velnoctl/nearest.h"
 
 #include <QCommandLineParser>
 #include <QRegularExpression>
@@ -120,6 +121,19 @@ QCommandLineOption asParserOption(const OptionRow &row)
     return {QString(QLatin1StringView(row.name)), {}, QString(QLatin1StringView(row.value))};
 }
 
+/** What the parser could not take. */
+QString unreadOption(const QCommandLineParser &parser)
+{
+    const QStringList unknown = parser.unknownOptionNames();
+    if (unknown.isEmpty())
+        return parser.errorText();
+    QStringList names;
+    for (const OptionRow &row : rows)
+        names << u"--"_s + QLatin1StringView(row.name);
+    const QString option = (unknown.first().size() > 1 ? u"--"_s : u"-"_s) + unknown.first();
+    return u"\"%1\" is no option"_s.arg(option) + didYouMean(option, names);
+}
+
 /** @return what was wrong with this option */
 QString takeOption(const QCommandLineParser &parser, const OptionRow &row, Options &options)
 {
@@ -152,7 +166,7 @@ QString parseOptions(const QStringList &arguments, Options *options)
         parser.addOption(asParserOption(row));
     parser.addOption(QCommandLineOption(QStringList{u"h"_s, u"help"_s}));
     if (!parser.parse(arguments))
-        return parser.errorText();
+        return unreadOption(parser);
     takeOption(parser, helpRow, *options);
     for (const OptionRow &row : rows) {
         const QString wrong = takeOption(parser, row, *options);

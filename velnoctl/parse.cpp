@@ -1,6 +1,7 @@
 #include "velnoctl/parse.h"
 
 #include "velnoctl/line_reader.h"
+#include "velnoctl/nearest.h"
 #include "velnoctl/take_arguments.h"
 #include "velnoctl/words.h"
 
@@ -26,7 +27,23 @@ QString unknownCommand(const QString &word, Place place)
 {
     if (word.startsWith("--"_L1) && place == CommandLine)
         return u"\"%1\": options stand in front of the first command"_s.arg(word);
-    return u"\"%1\" is no command; accepted are %2"_s.arg(word, commandNames(place).join(", "_L1));
+    return u"\"%1\" is no command"_s.arg(word) + didYouMean(word, commandNames(place));
+}
+
+QString misplacedCommand(const Command &command, Place place)
+{
+    const auto words = [](unsigned places) {
+        QStringList found;
+        if (places & CommandLine)
+            found << u"on the command line"_s;
+        if (places & Script)
+            found << u"in a script"_s;
+        if (places & Shell)
+            found << u"in the shell"_s;
+        return found.join(" and "_L1);
+    };
+    return u"%1 cannot stand %2, only %3"_s.arg(QLatin1StringView(command.name), words(place),
+                                                words(command.places));
 }
 
 /** FILE:LINE, whatever signs the file's name consists of. */
@@ -70,8 +87,7 @@ Parsed takeCommand(QStringList &words, Place place)
     if (!step.command)
         return problem(unknownCommand(name, place));
     if (!(step.command->places & place))
-        return problem(
-            u"%1 cannot stand here; accepted are %2"_s.arg(name, commandNames(place).join(", "_L1)));
+        return problem(misplacedCommand(*step.command, place));
     if (const QString wrong = takeArguments(*step.command, place, words, &step.arguments); !wrong.isEmpty())
         return problem(wrong);
     if (name == "run"_L1 && step.arguments.first() != "-"_L1)
@@ -102,10 +118,8 @@ Parsed parseWords(const QStringList &words, Place place)
 Parsed parseLine(const QByteArray &line, Place place, const QString &where)
 {
     QStringList words;
-    Parsed parsed =
-        splitWords(line, &words)
-            ? parseWords(words, place)
-            : problem(u"a quote is not closed, the line ends with \\, holds a zero byte, or is no UTF-8"_s);
+    const QString wrong = splitWords(line, &words);
+    Parsed parsed = wrong.isEmpty() ? parseWords(words, place) : problem(wrong);
     if (where.isEmpty())
         return parsed;
     if (!parsed.problem.isEmpty())

@@ -16,6 +16,8 @@ namespace {
 
 enum InvoiceArgument : qsizetype { Type, Kind, Id, Reference, Mode, Flag };
 
+constexpr quint32 onPaper = 0;  // the type that needs a reference
+constexpr quint32 archived = 2; // the one for customers who take part in nothing electronic, as anybody does
 constexpr int usualMode = 1;
 constexpr char anybody[] = "11111111111";
 
@@ -28,7 +30,8 @@ int typeOf(const QString &means)
 VelnoInvoice invoiceFrom(const QStringList &arguments)
 {
     VelnoInvoice invoice{};
-    invoice.invoiceType = numberFrom<quint32>(arguments.at(Type)).value_or(0);
+    const quint32 usualType = arguments.at(Reference).isNull() ? archived : onPaper;
+    invoice.invoiceType = numberFrom<quint32>(arguments.at(Type)).value_or(usualType);
     invoice.idKind = numberFrom<quint32>(arguments.at(Kind)).value_or(0);
     const QByteArray id = arguments.at(Id).isNull() ? anybody : arguments.at(Id).toUtf8();
     std::copy(id.begin(), id.end(), invoice.idNumber); // both were measured by their kinds

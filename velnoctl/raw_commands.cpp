@@ -13,6 +13,7 @@ Answer sendRaw(Session &session, const QStringList &arguments)
     const QByteArray bytes = bytesFrom(arguments.first()).value_or(QByteArray());
     const int size = int(bytes.size());
     const int code = session.device().ask(velnoext_send_data, bytes.constData(), size);
+    session.device().expectStrayAnswer();
     return answer(code, u"sent %1 bytes"_s.arg(size), {{u"bytes"_s, size}});
 }
 

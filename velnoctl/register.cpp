@@ -35,9 +35,10 @@ Register::~Register()
     velnoext_close(); // also ends what a failed connecting left
 }
 
-int Register::connect()
+int Register::connect(Needs needs)
 {
-    if (m_isConnected)
+    const bool isSpoilt = m_isConnected && m_hasStrayAnswer && needs == Needs::Connection;
+    if (m_isConnected && !isSpoilt)
         return 0;
     const QString serial = QString::fromLatin1(m_options.serial);
     const Interrupts::Call call(m_interrupts, "waiting for the register");
@@ -47,12 +48,15 @@ int Register::connect()
         progress(u"velnoctl: built for development, trusts the Velno Development authority only"_s);
     progress(
         u"waiting for %1 %2 %3 …"_s.arg(serial, m_options.isRelay ? u"at"_s : u"on"_s, m_options.place()));
+    if (isSpoilt)
+        progress(u"(afresh, since what it answers to send could come as the next command's answer)"_s);
     if (!m_isInitialised)
         progress(u"(it is paired first, which takes three connections)"_s);
     m_isInitialised = true;
     const int code = velnoext_initialize(m_options.app, m_options.serial.constData(),
                                          m_options.address.constData(), m_options.port, m_options.timeout);
     m_isConnected = code == 0;
+    m_hasStrayAnswer = false; // this connection has seen no command yet
     if (m_isConnected)
         progress(u"%1 is connected"_s.arg(serial));
     return code;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velnoctl/commands.h"
 #include "velnoctl/exit_status.h"
 #include "velnoctl/interrupts.h"
 #include "velnoctl/options.h"
@@ -18,9 +19,14 @@ public:
      * Connects unless it is connected, saying on standard error whom it waits for. The register is paired on
      * the way, since keys live as long as a process.
      *
+     * @param needs  with Needs::Connection it is connected afresh when expectsStrayAnswer() has been called
      * @return as velnoext_initialize(), or Interrupted
      */
-    int connect();
+    int connect(Needs needs);
+
+    /** An answer may come on this connection that nobody reads: the next command would take it for its own.
+     */
+    void expectStrayAnswer() { m_hasStrayAnswer = true; }
 
     /** Asks the register with a function of velnoext.h that takes no time-out. @return its code, or
      * Interrupted */
@@ -46,6 +52,7 @@ private:
     Interrupts &m_interrupts;
     bool m_isConnected = false;
     bool m_isInitialised = false;
+    bool m_hasStrayAnswer = false;
 };
 
 } // namespace VelnoCtl

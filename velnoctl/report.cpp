@@ -102,11 +102,12 @@ void Report::failure(const Step &step, const QString &what, const QString &comma
 void Report::wrongUsage(const QString &problem)
 {
     complain(problem);
+    std::fputs(m_isInShell ? "help shows all commands.\n"
+                           : "velnoctl --help shows all commands and options.\n",
+               stderr);
     if (m_isJson)
         write(QJsonObject{
             {u"code"_s, int(WrongUsage)}, {u"result"_s, u"wrong-usage"_s}, {u"sentence"_s, problem}});
-    else
-        std::fputs("velnoctl --help shows all commands and options.\n", stderr);
 }
 
 } // namespace VelnoCtl

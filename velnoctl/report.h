@@ -24,7 +24,11 @@ public:
     /** Connecting failed, before `step` could be run. */
     void connectFailed(const Step &step, const QString &target, int code, int detail);
 
+    /** What was wrong, and where all commands are shown. */
     void wrongUsage(const QString &problem);
+
+    /** Usage is wrong in the shell from now on, which has a help of its own. */
+    void setInShell() { m_isInShell = true; }
 
     /** Whether a result could not be written; said once. */
     bool isLost() const { return m_isLost; }
@@ -40,6 +44,7 @@ private:
     };
     std::unique_ptr<FILE, Close> m_output;
     bool m_isJson;
+    bool m_isInShell = false;
     bool m_isLost = false;
 };
 

@@ -14,6 +14,12 @@ Session::Session(const Options &options, Report &report, Interrupts &interrupts)
 {
 }
 
+void Session::setInteractive()
+{
+    m_isInteractive = true;
+    m_report.setInShell();
+}
+
 int Session::run(const QList<Step> &steps)
 {
     for (const Step &step : steps) {
@@ -27,8 +33,9 @@ int Session::run(const QList<Step> &steps)
 
 int Session::run(const Step &step)
 {
-    if (step.command->needs == Needs::Connection) {
-        if (const int code = m_register.connect(); code != 0) {
+    const Needs needs = step.command->needs;
+    if (needs == Needs::Connection || needs == Needs::RawConnection) {
+        if (const int code = m_register.connect(needs); code != 0) {
             const QString serial = QString::fromLatin1(m_options.serial);
             m_report.connectFailed(step,
                                    serial + (m_options.isRelay ? u" at "_s : u" on "_s) + m_options.place(),

@@ -31,7 +31,7 @@ public:
     bool hasQuit() const { return m_hasQuit; }
 
     /** A person at a terminal gives the commands. */
-    void setInteractive() { m_isInteractive = true; }
+    void setInteractive();
     bool isInteractive() const { return m_isInteractive; }
 
     Remembered &remembered() { return m_remembered; }

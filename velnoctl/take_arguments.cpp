@@ -1,6 +1,7 @@
 #include "velnoctl/take_arguments.h"
 
 #include "velnoctl/arguments.h"
+#include "velnoctl/nearest.h"
 
 #include <QRegularExpression>
 
@@ -12,13 +13,17 @@ namespace VelnoCtl {
 
 namespace {
 
+bool isCommandName(const ArgumentKind &kind)
+{
+    return QLatin1StringView(kind.name) == "COMMAND"_L1;
+}
+
 /** Whether the next word belongs to an optional argument of this kind, not to the command behind it. */
 bool isGiven(const ArgumentKind &kind, const QStringList &words, Place place)
 {
     if (words.isEmpty())
         return false;
-    return place != CommandLine || QLatin1StringView(kind.name) == "COMMAND"_L1 ||
-           !commandNamed(words.first());
+    return place != CommandLine || isCommandName(kind) || !commandNamed(words.first());
 }
 
 bool hasKey(const QString &word)
@@ -32,8 +37,9 @@ QString fault(const Argument &argument, const QString &value)
 {
     if (argument.kind->matches(value))
         return {};
-    return u"\"%1\" is no %2; accepted is %3"_s.arg(value, QLatin1StringView(argument.kind->name),
-                                                    QLatin1StringView(argument.kind->accepted));
+    const QString problem = u"\"%1\" is no %2; accepted is %3"_s.arg(
+        value, QLatin1StringView(argument.kind->name), QLatin1StringView(argument.kind->accepted));
+    return isCommandName(*argument.kind) ? problem + didYouMean(value, commandNames(Everywhere)) : problem;
 }
 
 QString keysHelp(const QList<Argument> &arguments)
@@ -44,6 +50,16 @@ QString keysHelp(const QList<Argument> &arguments)
             keys << argument.usage();
     }
     return keys.join(", "_L1);
+}
+
+QStringList keysOf(const QList<Argument> &arguments)
+{
+    QStringList keys;
+    for (const Argument &argument : arguments) {
+        if (!argument.key.isEmpty())
+            keys << argument.key;
+    }
+    return keys;
 }
 
 /** Takes the words behind each other that stand in front. */
@@ -72,7 +88,7 @@ QString takeKeyed(const QList<Argument> &arguments, QStringList &words, QStringL
         const QString key = word.left(word.indexOf(u'='));
         const qsizetype i = std::ranges::find(arguments, key, &Argument::key) - arguments.begin();
         if (i == arguments.size())
-            return u"\"%1\": accepted are %2"_s.arg(word, accepted);
+            return u"\"%1\": accepted are %2"_s.arg(word, accepted) + didYouMean(key, keysOf(arguments));
         if (!values.at(i).isNull())
             return u"\"%1\": %2= is given twice"_s.arg(word, key);
         values[i] = word.sliced(key.size() + 1); // empty, but not null, behind a lone key=

@@ -9,8 +9,9 @@ namespace VelnoCtl {
  * The words of a line: separated by blanks, put together by 'quotes', "quotes" and a backslash as in a shell.
  * A word that begins with # begins a comment, which goes to the end of the line.
  *
- * @return false when a quote is not closed, the line ends with a backslash, holds a zero byte, or is no UTF-8
+ * @return what is wrong with the line, and at which byte of it, counted from 1; or nothing. A comment may
+ * hold anything.
  */
-bool splitWords(const QByteArray &line, QStringList *words);
+QString splitWords(const QByteArray &line, QStringList *words);
 
 } // namespace VelnoCtl
