@@ -1,4 +1,5 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
+#include "pairing/command_line.h"
 #include "pairing/gmp3ui.h"
 
 #include <QApplication>
@@ -40,6 +41,8 @@ private:
 int main(int argc, char *argv[])
 {
     Velno::GMP::warnOfDevelopmentAuthority("velno-pairing");
+    if (const std::optional<int> status = shownInsteadOfAWindow(argc, argv))
+        return *status;
 
     QApplication application(argc, argv);
     // They name the file that the settings of a pairing go to.

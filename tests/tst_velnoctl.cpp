@@ -1,3 +1,4 @@
+#include "ExtDevice/gmp3/trust_anchors.h"
 #include "ExtDevice/velnoext/velnoext.h"
 #include "tests/velnoctl_client.h"
 
@@ -52,6 +53,8 @@ private slots:
     void explainsEveryCode();
     void explainsDetails();
     void helpFitsAScreen();
+    void helpAndVersionNameTheAnchors_data();
+    void helpAndVersionNameTheAnchors();
     void helpOfOneCommand();
     void scriptRuns();
     void scriptMayBeginWithAByteOrderMark_data();
@@ -439,10 +442,27 @@ void TestVelnoctl::helpFitsAScreen()
          {"Reading ", "state z last-z datetime sale-limit paper serial", "login logout\n",
           "start-sale start-invoice-sale sale-state item items medical",
           "pay end-sale end-invoice cancel receipt", "encoding text justified feed print x-report z-report\n",
-          "send get\n", "run shell explain help commands\n", "velnoctl help COMMAND ", "  --serial NO ",
-          "  --listen ADDR:PORT ", "  --relay ", "  --app N ", "  --timeout MS ", "  --json ",
-          " 64 wrong usage", "74 ", " 130 ", "Example: velnoctl --serial"})
+          "send get\n", "run shell explain help commands version\n", "velnoctl help COMMAND ",
+          "  --serial NO ", "  --listen ADDR:PORT ", "  --relay ", "  --app N ", "  --timeout MS ",
+          "  --json ", " 64 wrong usage", "74 ", " 130 ", "Example: velnoctl --serial"})
         QVERIFY2(shown.contains(word), word);
+}
+
+void TestVelnoctl::helpAndVersionNameTheAnchors_data()
+{
+    QTest::addColumn<QString>("word");
+    for (const char *const word : {"--help", "--version", "-v", "help", "version"})
+        QTest::newRow(word) << QString::fromLatin1(word);
+}
+
+void TestVelnoctl::helpAndVersionNameTheAnchors()
+{
+    QFETCH(const QString, word);
+    Client client({word});
+    QCOMPARE(client.exitCode(), 0);
+    QVERIFY2(client.out.contains(Velno::GMP::trustAnchorsInWords().trimmed().toUtf8()),
+             client.out.constData());
+    QCOMPARE(client.out.startsWith("velnoctl " VELNO_VERSION "\n"), !word.contains(u'h'));
 }
 
 void TestVelnoctl::helpOfOneCommand()

@@ -34,6 +34,7 @@ private slots:
     void whatASaleContainsEndsTheScript_data();
     void whatASaleContainsEndsTheScript();
     void lostAnswerIsLookedUp();
+    void invoiceNeedsNoArguments();
 };
 
 namespace {
@@ -282,6 +283,17 @@ void TestVelnoctlRegister::lostAnswerIsLookedUp()
     QVERIFY2(looking.out.startsWith("receipt 1/1, register shows 1: total 11111.20 TL,"),
              looking.out.constData());
     QVERIFY(looking.out.endsWith(", items 1\nsale cancelled\nstate 1 (idle)\n"));
+}
+
+void TestVelnoctlRegister::invoiceNeedsNoArguments()
+{
+    const quint16 port = freePort();
+    SimulatedRegister reg(port);
+    Client client(target(port) + QStringList{u"start-invoice-sale"_s, u"item"_s, u"5"_s, u"Su"_s,
+                                             u"end-invoice"_s, u"state"_s});
+    QVERIFY2(client.exitCode() == 0, client.err.constData());
+    QVERIFY2(client.out.endsWith("\nsale ended with an invoice\nstate 1 (idle)\n"), client.out.constData());
+    QCOMPARE(reg.waitFor(u"printed"_s).value(u"kind"_s).toString(), u"invoice"_s);
 }
 
 QTEST_GUILESS_MAIN(TestVelnoctlRegister)

@@ -116,6 +116,8 @@ constexpr std::array table{
             "help item", Nothing, Everywhere, help},
     Command{house, "commands", "", "all commands, each in a line", "the text", "commands", Nothing,
             Everywhere, commands},
+    Command{house, "version", "", "the version, and whom this build trusts", "the text", "version", Nothing,
+            Everywhere, version},
     Command{house, "quit", "", "ends the shell", "nothing", "quit", Nothing, Shell, quit},
 };
 

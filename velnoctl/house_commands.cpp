@@ -90,6 +90,11 @@ Answer commands(Session &, const QStringList &)
     return textAnswer(commandsHelp(CommandLine | Shell));
 }
 
+Answer version(Session &, const QStringList &)
+{
+    return textAnswer(versionText());
+}
+
 Answer quit(Session &session, const QStringList &)
 {
     session.quit();

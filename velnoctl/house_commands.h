@@ -8,6 +8,7 @@ namespace VelnoCtl {
 Answer explain(Session &session, const QStringList &arguments);
 Answer help(Session &session, const QStringList &arguments);
 Answer commands(Session &session, const QStringList &arguments);
+Answer version(Session &session, const QStringList &arguments);
 Answer quit(Session &session, const QStringList &arguments);
 
 /** Runs the lines of standard input as they come, up to the first failure. */

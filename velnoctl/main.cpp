@@ -50,6 +50,8 @@ int main(int argc, char *argv[])
     Parsed parsed{{}, wrong};
     if (options.isHelp)
         options.words = QStringList{u"help"_s};
+    else if (options.isVersion)
+        options.words = QStringList{u"version"_s};
     if (wrong.isEmpty()) {
         const Interrupts::Call call(interrupts, "reading a script");
         parsed = parseWords(options.words, CommandLine);

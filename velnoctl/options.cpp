@@ -1,5 +1,6 @@
 #include "velnoctl/options.h"
 
+#include "ExtDevice/gmp3/trust_anchors.h"
 #include "velnoctl/commands.h"
 #include "velnoctl/nearest.h"
 
@@ -84,6 +85,11 @@ bool takeHelp(const QString &, Options &options)
     return options.isHelp = true;
 }
 
+bool takeVersion(const QString &, Options &options)
+{
+    return options.isVersion = true;
+}
+
 // In the order of the help, which sets them in two columns.
 constexpr std::array rows{
     OptionRow{"serial", "NO", "the register's 12 characters", "exactly 12 characters without a blank",
@@ -96,7 +102,11 @@ constexpr std::array rows{
               takeTimeout},
     OptionRow{"json", "", "results as one object a line", "", takeJson},
 };
-constexpr OptionRow helpRow{"help", "", "this text", "", takeHelp};
+// Without a place in the help: whoever reads it has found them.
+constexpr std::array helpRows{
+    OptionRow{"help", "", "", "", takeHelp},
+    OptionRow{"version", "", "", "", takeVersion},
+};
 
 constexpr int optionColumn = 15;
 constexpr int halfWidth = 46;
@@ -129,6 +139,8 @@ QString unreadOption(const QCommandLineParser &parser)
         return parser.errorText();
     QStringList names;
     for (const OptionRow &row : rows)
+        names << u"--"_s + QLatin1StringView(row.name);
+    for (const OptionRow &row : helpRows)
         names << u"--"_s + QLatin1StringView(row.name);
     const QString option = (unknown.first().size() > 1 ? u"--"_s : u"-"_s) + unknown.first();
     return u"\"%1\" is no option"_s.arg(option) + didYouMean(option, names);
@@ -165,9 +177,11 @@ QString parseOptions(const QStringList &arguments, Options *options)
     for (const OptionRow &row : rows)
         parser.addOption(asParserOption(row));
     parser.addOption(QCommandLineOption(QStringList{u"h"_s, u"help"_s}));
+    parser.addOption(QCommandLineOption(QStringList{u"v"_s, u"version"_s}));
     if (!parser.parse(arguments))
         return unreadOption(parser);
-    takeOption(parser, helpRow, *options);
+    for (const OptionRow &row : helpRows)
+        takeOption(parser, row, *options);
     for (const OptionRow &row : rows) {
         const QString wrong = takeOption(parser, row, *options);
         if (!wrong.isEmpty())
@@ -192,6 +206,11 @@ QString missingTarget(const Options &options)
     return options.app == 0 ? missing("app") : QString();
 }
 
+QString versionText()
+{
+    return u"velnoctl " VELNO_VERSION "\n"_s + Velno::GMP::trustAnchorsInWords();
+}
+
 QString helpText()
 {
     return u"Usage: velnoctl [OPTION]... COMMAND...\n"
@@ -203,8 +222,9 @@ QString helpText()
            optionHelp() +
            u"\nExit status: 0 done, 1-13 the library's result code (see explain), 64 wrong usage,\n"
            "74 a result could not be written, 130 Ctrl-C or SIGTERM: the connection is closed\n"
-           "first, unless the library is at work or waiting.\n"
-           "Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n"_s;
+           "first, unless the library is at work or waiting.\n"_s +
+           Velno::GMP::trustAnchorsInWords() +
+           u"Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n"_s;
 }
 
 } // namespace VelnoCtl

@@ -17,6 +17,7 @@ struct Options
     bool isRelay = false;
     bool isJson = false;
     bool isHelp = false;
+    bool isVersion = false;
     QStringList words; ///< the commands with their arguments
 
     /** Where the register is to be met, for people. */
@@ -28,6 +29,9 @@ QString parseOptions(const QStringList &arguments, Options *options);
 
 /** Which option is missing to reach a register, and what is accepted; or nothing. */
 QString missingTarget(const Options &options);
+
+/** The whole of --version: also whom the build trusts. */
+QString versionText();
 
 /** The whole of --help. */
 QString helpText();

@@ -1,5 +1,6 @@
 #include "velnoctl/register.h"
 
+#include "ExtDevice/gmp3/trust_anchors.h"
 #include "velnoext.h"
 
 #include <cstdio>
@@ -44,8 +45,8 @@ int Register::connect(Needs needs)
     const Interrupts::Call call(m_interrupts, "waiting for the register");
     if (!call.mayBegin())
         return Interrupted;
-    if (VELNO_TRUSTS_DEVELOPMENT_AUTHORITY && !m_isInitialised)
-        progress(u"velnoctl: built for development, trusts the Velno Development authority only"_s);
+    if (!m_isInitialised)
+        Velno::GMP::warnOfDevelopmentAuthority("velnoctl");
     progress(
         u"waiting for %1 %2 %3 …"_s.arg(serial, m_options.isRelay ? u"at"_s : u"on"_s, m_options.place()));
     if (isSpoilt)
