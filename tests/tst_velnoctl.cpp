@@ -2,15 +2,22 @@
 #include "ExtDevice/velnoext/velnoext.h"
 #include "tests/velnoctl_client.h"
 
+#include <QDeadlineTimer>
 #include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
+#include <fcntl.h>
 #include <limits>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
@@ -26,6 +33,14 @@ const QByteArray no = plain(false);
 QByteArray text(const char *found)
 {
     return found;
+}
+
+/** As velnoctl tells a cause, the lines behind the first indented. */
+QByteArray causeInWords(int cause)
+{
+    QByteArrayList lines = text(velnoext_cause_text(cause)).split('\n');
+    lines[0] += " (cause " + QByteArray::number(cause) + ", " + text(velnoext_cause_name(cause)) + ')';
+    return lines.join("\n  ") + '\n';
 }
 
 } // namespace
@@ -52,6 +67,9 @@ private slots:
     void explainsEveryCode_data();
     void explainsEveryCode();
     void explainsDetails();
+    void explainsCauses_data();
+    void explainsCauses();
+    void explainsInTurkish();
     void helpFitsAScreen();
     void helpAndVersionNameTheAnchors_data();
     void helpAndVersionNameTheAnchors();
@@ -71,7 +89,11 @@ private slots:
     void shellWithoutTerminalReadsAScript();
     void interruptedWhileWaiting_data();
     void interruptedWhileWaiting();
+    void interruptedWhilePairing();
     void interruptedWhileARegisterIsSilent();
+    void interruptedTwiceEndsAtOnce();
+    void interruptedWhileAScriptIsRead();
+    void answerLimitLeavesASilentRegister();
     void interruptedWhileIdleClosesTheConnection();
     void resultsThatCannotBeWritten_data();
     void resultsThatCannotBeWritten();
@@ -171,15 +193,20 @@ void TestVelnoctl::failuresEndWithTheirCode_data()
     QTest::addColumn<int>("number");
     QTest::addColumn<QByteArray>("reply");
     QTest::addColumn<int>("code");
+    QTest::addColumn<int>("cause");
 
-    QTest::newRow("login refused") << u"login"_s << 1 << no << 8;
-    QTest::newRow("logout refused") << u"logout"_s << 2 << no << 8;
-    QTest::newRow("no paper") << u"paper"_s << 8 << no << 9;
-    QTest::newRow("short state") << u"state"_s << 0 << plain(1) << 5;
-    QTest::newRow("short clock") << u"datetime"_s << 18 << yes << 5;
-    QTest::newRow("short last z") << u"last-z"_s << 17 << yes << 5;
-    QTest::newRow("short limit") << u"sale-limit"_s << 15 << plain(1) << 5;
-    QTest::newRow("closed") << u"z"_s << 12 << QByteArray() << 2;
+    const auto row = [](const char *name, const char *command, int number, const QByteArray &reply, int code,
+                        int cause) {
+        QTest::newRow(name) << QString::fromLatin1(command) << number << reply << code << cause;
+    };
+    row("login refused", "login", 1, no, 8, VelnoCause_SaidNo);
+    row("logout refused", "logout", 2, no, 8, VelnoCause_SaidNo);
+    row("no paper", "paper", 8, no, 9, VelnoCause_PrinterEmpty);
+    row("short state", "state", 0, plain(1), 5, VelnoCause_AnswerTooShort);
+    row("short clock", "datetime", 18, yes, 5, VelnoCause_AnswerTooShort);
+    row("short last z", "last-z", 17, yes, 5, VelnoCause_AnswerTooShort);
+    row("short limit", "sale-limit", 15, plain(1), 5, VelnoCause_AnswerTooShort);
+    row("closed", "z", 12, {}, 2, VelnoCause_ClosedWhileWaiting);
 }
 
 void TestVelnoctl::failuresEndWithTheirCode()
@@ -188,6 +215,7 @@ void TestVelnoctl::failuresEndWithTheirCode()
     QFETCH(const int, number);
     QFETCH(const QByteArray, reply);
     QFETCH(const int, code);
+    QFETCH(const int, cause);
     const QByteArrayList lines = text(velnoext_result_text(code)).split('\n');
     for (const bool isJson : {false, true}) {
         Device device;
@@ -198,7 +226,7 @@ void TestVelnoctl::failuresEndWithTheirCode()
         QCOMPARE(client.exitCode(), code);
         QVERIFY2(client.err.contains("velnoctl: " + command.toLatin1() + ": " + lines.at(0)),
                  client.err.constData());
-        QVERIFY(client.err.contains("\n  " + lines.at(1) + "\n  " + lines.at(2) + '\n'));
+        QVERIFY2(client.err.contains("\n  " + causeInWords(cause)), client.err.constData());
         if (!isJson) {
             QCOMPARE(client.out, QByteArray());
             continue;
@@ -211,6 +239,9 @@ void TestVelnoctl::failuresEndWithTheirCode()
         QCOMPARE(failure.value(u"sentence"_s).toString().toLatin1(), lines.at(0));
         QCOMPARE("Cause: " + failure.value(u"cause"_s).toString().toLatin1(), lines.at(1));
         QCOMPARE("Cure: " + failure.value(u"cure"_s).toString().toLatin1(), lines.at(2));
+        QCOMPARE(failure.value(u"causeCode"_s).toInt(), cause);
+        QCOMPARE(failure.value(u"causeName"_s).toString().toLatin1(), text(velnoext_cause_name(cause)));
+        QCOMPARE(failure.value(u"causeText"_s).toString().toLatin1(), text(velnoext_cause_text(cause)));
         QVERIFY(!failure.contains(u"where"_s) && !failure.contains(u"detail"_s));
     }
 }
@@ -250,7 +281,7 @@ void TestVelnoctl::libraryNoiseStaysOffTheResults()
     Client client(target(device.port) + QStringList{u"login"_s});
     QCOMPARE(client.exitCode(), 12);
     QCOMPARE(client.out, QByteArray());
-    QVERIFY2(client.err.contains("CRC is not equal"), client.err.constData());
+    QVERIFY2(client.err.contains("\n  Log: CRC is not equal"), client.err.constData());
 }
 
 void TestVelnoctl::unreachableRegister()
@@ -262,7 +293,8 @@ void TestVelnoctl::unreachableRegister()
         QCOMPARE(client.exitCode(), 2);
         QVERIFY(client.err.contains(waiting + QByteArray::number(port) + " …\n"));
         QVERIFY(client.err.contains("velnoctl: connecting UB1234567890 on 127.0.0.1:"));
-        QVERIFY(client.err.contains("Cure: "));
+        QVERIFY2(client.err.endsWith("\n  " + causeInWords(VelnoCause_NobodyConnected)),
+                 client.err.constData());
         QCOMPARE(object(client.out).value(u"command"_s).toString(), isJson ? u"connect"_s : QString());
         QCOMPARE(object(client.out).value(u"code"_s).toInt(), isJson ? 2 : 0);
         QCOMPARE(client.out.count('\n'), isJson ? 1 : 0);
@@ -275,6 +307,7 @@ void TestVelnoctl::portInUse()
     QVERIFY(other.listen(QHostAddress::LocalHost, 0));
     Client client(target(other.serverPort()) + QStringList{u"state"_s});
     QCOMPARE(client.exitCode(), 2);
+    QVERIFY2(client.err.endsWith("\n  " + causeInWords(VelnoCause_PortInUse)), client.err.constData());
 }
 
 void TestVelnoctl::meetsARegisterAtTheRelay()
@@ -288,7 +321,10 @@ void TestVelnoctl::meetsARegisterAtTheRelay()
     Client client({u"--serial"_s, u"UB1234567890"_s, u"--relay"_s, u"--app"_s, u"5"_s, u"z"_s});
     QCOMPARE(client.exitCode(), 0);
     QCOMPARE(client.out, "Z 17\n");
-    QVERIFY2(client.err.contains("waiting for UB1234567890 at the relay …\n"), client.err.constData());
+    QVERIFY2(client.err.endsWith("waiting for UB1234567890 at the relay …\n"
+                                 "(it is paired first, which takes three connections)\n"
+                                 "UB1234567890 is connected\n"),
+             client.err.constData()); // and no line of the library's log
 }
 
 void TestVelnoctl::wrongUsageSendsNothing_data()
@@ -358,6 +394,8 @@ void TestVelnoctl::wrongUsageSendsNothing_data()
     row("app 0", "TARGET --app 0 state", "--app \"0\": accepted is 1 to 4294967295");
     row("app too large", "TARGET --app 4294967296 state", "--app \"4294967296\": accepted is");
     row("app with a sign", "TARGET --app +5 state", "--app \"+5\": accepted is");
+    row("no time for an answer", "TARGET --answer-limit 0 state", "--answer-limit \"0\": accepted is 1 to");
+    row("unknown language", "TARGET --language de state", "--language \"de\": accepted is en or tr\n");
     row("timeout in words", "TARGET --timeout soon state", "--timeout \"soon\": accepted is 0 to");
     row("negative timeout", "TARGET --timeout=-1 state", "--timeout \"-1\": accepted is 0 to");
 }
@@ -425,6 +463,46 @@ void TestVelnoctl::explainsDetails()
     QCOMPARE(explained.value(u"detailText"_s).toString().toLatin1(), text(velnoext_detail_text(0x402)));
 }
 
+void TestVelnoctl::explainsCauses_data()
+{
+    QTest::addColumn<int>("cause");
+    for (const int cause : {1000, 1006, 5002, 7001, 10016, 20005, 30002, 99999})
+        QTest::addRow("%d", cause) << cause;
+}
+
+void TestVelnoctl::explainsCauses()
+{
+    QFETCH(const int, cause);
+    Client client({u"explain"_s, QString::number(cause)});
+    QCOMPARE(client.exitCode(), 0);
+    QCOMPARE(client.out, causeInWords(cause));
+    Client json({u"--json"_s, u"explain"_s, QString::number(cause)});
+    QCOMPARE(json.exitCode(), 0);
+    const QJsonObject explained = object(json.out).value(u"explained"_s).toObject();
+    QCOMPARE(explained, (QJsonObject{{u"causeCode"_s, cause},
+                                     {u"causeName"_s, QLatin1String(velnoext_cause_name(cause))},
+                                     {u"causeText"_s, QLatin1String(velnoext_cause_text(cause))}}));
+}
+
+void TestVelnoctl::explainsInTurkish()
+{
+    const auto shown = [](const QStringList &arguments) {
+        Client client(QStringList{u"--language"_s, u"tr"_s} + arguments);
+        return client.exitCode() == 0 ? client.out : QByteArray();
+    };
+    const auto restore = qScopeGuard([] { velnoext_set_language("en"); });
+    QCOMPARE(velnoext_set_language("tr"), 0);
+    QCOMPARE(shown({u"explain"_s, u"1006"_s}), causeInWords(1006));
+    QVERIFY(causeInWords(1006).contains("\n  Çözüm: "));
+    const QByteArrayList lines = text(velnoext_result_text(8)).split('\n');
+    QCOMPARE(shown({u"explain"_s, u"8"_s}),
+             lines.at(0) + " (code 8, refused)\n  " + lines.at(1) + "\n  " + lines.at(2) + '\n');
+    const QJsonObject explained =
+        object(shown({u"--json"_s, u"explain"_s, u"8"_s})).value(u"explained"_s).toObject();
+    QCOMPARE("Neden: " + explained.value(u"cause"_s).toString().toUtf8(), lines.at(1));
+    QCOMPARE("Çözüm: " + explained.value(u"cure"_s).toString().toUtf8(), lines.at(2));
+}
+
 void TestVelnoctl::helpFitsAScreen()
 {
     QByteArray shown;
@@ -438,13 +516,27 @@ void TestVelnoctl::helpFitsAScreen()
     QVERIFY2(lines.size() <= 30, QByteArray::number(lines.size()).constData());
     for (const QByteArray &line : lines)
         QVERIFY2(line.size() <= 100, line.constData());
-    for (const char *word :
-         {"Reading ", "state z last-z datetime sale-limit paper serial", "login logout\n",
-          "start-sale start-invoice-sale sale-state item items medical",
-          "pay end-sale end-invoice cancel receipt", "encoding text justified feed print x-report z-report\n",
-          "send get\n", "run shell explain help commands version\n", "velnoctl help COMMAND ",
-          "  --serial NO ", "  --listen ADDR:PORT ", "  --relay ", "  --app N ", "  --timeout MS ",
-          "  --json ", " 64 wrong usage", "74 ", " 130 ", "Example: velnoctl --serial"})
+    for (const char *word : {"Reading ",
+                             "state z last-z datetime sale-limit paper serial",
+                             "login logout forget\n",
+                             "start-sale start-invoice-sale sale-state item items medical",
+                             "pay end-sale end-invoice cancel receipt",
+                             "encoding text justified feed print x-report z-report\n",
+                             "send get\n",
+                             "run shell explain help commands version\n",
+                             "velnoctl help COMMAND ",
+                             "  --serial NO ",
+                             "  --listen ADDR:PORT ",
+                             "  --relay ",
+                             "  --app N ",
+                             "  --timeout MS ",
+                             "  --json ",
+                             "  --answer-limit MS ",
+                             "  --language LANG ",
+                             " 64 wrong usage",
+                             "74 ",
+                             " 130 ",
+                             "Example: velnoctl --serial"})
         QVERIFY2(shown.contains(word), word);
 }
 
@@ -462,7 +554,8 @@ void TestVelnoctl::helpAndVersionNameTheAnchors()
     QCOMPARE(client.exitCode(), 0);
     QVERIFY2(client.out.contains(Velno::GMP::trustAnchorsInWords().trimmed().toUtf8()),
              client.out.constData());
-    QCOMPARE(client.out.startsWith("velnoctl " VELNO_VERSION "\n"), !word.contains(u'h'));
+    QCOMPARE(client.out.startsWith("velnoctl " VELNO_VERSION ", libvelnoext " VELNO_VERSION "\n"),
+             !word.contains(u'h'));
 }
 
 void TestVelnoctl::helpOfOneCommand()
@@ -688,12 +781,40 @@ void TestVelnoctl::interruptedWhileWaiting_data()
 void TestVelnoctl::interruptedWhileWaiting()
 {
     QFETCH(const int, signal);
-    Client client(target(TestSupport::freePort()) + QStringList{u"state"_s});
+    const quint16 port = freePort();
+    Client client(target(port) + QStringList{u"state"_s, u"z"_s});
     QVERIFY(client.told(waiting));
     client.raise(signal);
     QCOMPARE(client.exitCode(), 130);
-    QVERIFY2(client.err.contains("velnoctl: interrupted while waiting for the register\n"),
+    QVERIFY2(client.err.endsWith("velnoctl: state: interrupted while waiting for UB1234567890 on 127.0.0.1:" +
+                                 QByteArray::number(port) + "; nothing was sent\n"),
              client.err.constData());
+}
+
+void TestVelnoctl::interruptedWhilePairing()
+{
+    const quint16 port = freePort();
+    Client client(target(port) + QStringList{u"state"_s});
+    QVERIFY(client.told(waiting));
+    const auto wasAsked = [port](QTcpSocket &socket) {
+        const QDeadlineTimer deadline(longestWait);
+        do {
+            socket.abort();
+            socket.connectToHost(QHostAddress::LocalHost, port);
+        } while (!socket.waitForConnected(longestWait) && !deadline.hasExpired()); // nobody listens yet
+        return socket.waitForReadyRead(longestWait);
+    };
+    QTcpSocket first;
+    QVERIFY(wasAsked(first)); // told that it is not paired
+    QVERIFY(first.state() != QTcpSocket::ConnectedState || first.waitForDisconnected(longestWait));
+    QTcpSocket silent;
+    QVERIFY(wasAsked(silent));
+    client.raise(SIGINT);
+    QCOMPARE(client.exitCode(), 130);
+    QVERIFY2(
+        client.err.contains("velnoctl: state: interrupted while pairing with UB1234567890 on 127.0.0.1:"),
+        client.err.constData());
+    QVERIFY(client.err.endsWith("; nothing was sent\n"));
 }
 
 void TestVelnoctl::interruptedWhileARegisterIsSilent()
@@ -701,11 +822,63 @@ void TestVelnoctl::interruptedWhileARegisterIsSilent()
     Device device;
     device.isMute = true;
     device.meet();
-    Client client(target(device.port) + QStringList{u"z"_s});
+    Client client(target(device.port) + QStringList{u"--json"_s, u"z"_s, u"state"_s});
     QTRY_COMPARE_WITH_TIMEOUT(device.codes(), QList{12}, longestWait);
     client.raise(SIGINT);
     QCOMPARE(client.exitCode(), 130);
-    QVERIFY2(client.err.contains("interrupted while a command was under way"), client.err.constData());
+    const QByteArray sentence = "interrupted while it was under way; whether the register carried it out is "
+                                "not known: docs/recovery.md tells how to find out";
+    QVERIFY2(client.err.endsWith("velnoctl: z: " + sentence + '\n'), client.err.constData());
+    QCOMPARE(client.out.count('\n'), 1);
+    QCOMPARE(object(client.out), (QJsonObject{{u"command"_s, u"z"_s},
+                                              {u"code"_s, 130},
+                                              {u"result"_s, u"interrupted"_s},
+                                              {u"sentence"_s, QString::fromUtf8(sentence)}}));
+}
+
+void TestVelnoctl::interruptedTwiceEndsAtOnce()
+{
+    const QTemporaryDir folder;
+    const QByteArray pipe = folder.filePath(u"results"_s).toLocal8Bit();
+    QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+    const int ends = open(pipe.constData(), O_RDWR | O_CLOEXEC);
+    const auto close = qScopeGuard([ends] { ::close(ends); });
+    // Results that nobody reads: from some point on it waits in the writing of one.
+    Client client(QStringList(100, u"commands"_s), u">'%1'"_s.arg(QString::fromLocal8Bit(pipe)));
+    const auto isFull = [ends] {
+        pollfd room{ends, POLLOUT, 0};
+        return poll(&room, 1, 0) == 0;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isFull(), longestWait);
+    client.raise(SIGINT);
+    client.raise(SIGTERM); // taken behind the other, and not one with it
+    QCOMPARE(client.exitCode(), 130);
+    QCOMPARE(client.err, "velnoctl: interrupted while ending\n");
+}
+
+void TestVelnoctl::interruptedWhileAScriptIsRead()
+{
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath(u"day.velno"_s);
+    QCOMPARE(mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+    Client client(target(4100) + QStringList{u"run"_s, pipe});
+    // Opens once velnoctl does, which then reads what does not come.
+    const int writer = open(pipe.toLocal8Bit().constData(), O_WRONLY | O_CLOEXEC);
+    const auto close = qScopeGuard([writer] { ::close(writer); });
+    client.raise(SIGINT);
+    QCOMPARE(client.exitCode(), 130);
+    QCOMPARE(client.err, "velnoctl: interrupted while reading a script\n");
+}
+
+void TestVelnoctl::answerLimitLeavesASilentRegister()
+{
+    Device device;
+    device.isMute = true;
+    device.meet();
+    Client client(target(device.port) + QStringList{u"--json"_s, u"--answer-limit"_s, u"3000"_s, u"z"_s});
+    QCOMPARE(client.exitCode(), 2);
+    QCOMPARE(device.codes(), QList{12});
+    QCOMPARE(object(client.out).value(u"causeCode"_s).toInt(), int(VelnoCause_AnswerLimitPassed));
 }
 
 void TestVelnoctl::interruptedWhileIdleClosesTheConnection()

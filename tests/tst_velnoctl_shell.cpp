@@ -30,7 +30,9 @@ private slots:
     void ends_data();
     void ends();
     void endsAfterTheCommandUnderWay();
-    void isInterruptedWhileARegisterIsSilent();
+    void ctrlCClearsAHalfTypedLine_data();
+    void ctrlCClearsAHalfTypedLine();
+    void ctrlCLeavesASilentRegister();
 };
 
 void TestVelnoctlShell::completesNames()
@@ -166,7 +168,6 @@ void TestVelnoctlShell::ends_data()
     QTest::newRow("quit") << QByteArray("quit\n") << 0;
     QTest::newRow("Ctrl-D") << QByteArray("\x04") << 0;
     QTest::newRow("Ctrl-C") << QByteArray("\x03") << 130;
-    QTest::newRow("Ctrl-C in a line") << QByteArray("sta\x03") << 130;
 }
 
 void TestVelnoctlShell::ends()
@@ -199,17 +200,60 @@ void TestVelnoctlShell::endsAfterTheCommandUnderWay()
     QVERIFY(terminal.isAsBefore());
 }
 
-void TestVelnoctlShell::isInterruptedWhileARegisterIsSilent()
+void TestVelnoctlShell::ctrlCClearsAHalfTypedLine_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("key");
+    QTest::newRow("at its end") << QByteArray("z-report") << QByteArray();
+    QTest::newRow("in its middle") << QByteArray("z-report") << QByteArray("\x1b[D"); // the arrow left
+    QTest::newRow("Turkish letters") << QByteArray("item 5 Çığ") << QByteArray();
+    QTest::newRow("longer than a row") << "text " + QByteArray(200, 'x') + "yz" << QByteArray();
+}
+
+void TestVelnoctlShell::ctrlCClearsAHalfTypedLine()
+{
+    QFETCH(const QByteArray, text);
+    QFETCH(const QByteArray, key);
+    Device device;
+    device.answers = {{12, plain(true, 4)}};
+    device.meet();
+    Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type(text);
+    QVERIFY(terminal.waitFor(text.right(2))); // the terminal forgets at Ctrl-C what has not been read
+    terminal.type(key);
+    QVERIFY(terminal.waitFor(key.isEmpty() ? "" : "\b"));
+    terminal.type("\x03");
+    QVERIFY(terminal.waitFor("^C"));
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("z\n");
+    QVERIFY(terminal.waitFor("Z 4"));
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    terminal.type("\x03"); // there is nothing to clear
+    QCOMPARE(terminal.waitForExit(), 130);
+    QCOMPARE(device.codes(), QList{12});
+    QVERIFY(!terminal.shown().contains("is no command"));
+    QVERIFY(terminal.isAsBefore());
+}
+
+void TestVelnoctlShell::ctrlCLeavesASilentRegister()
 {
     Device device;
     device.isMute = true;
-    device.meet();
+    device.answers = {{12, plain(true, 4)}};
+    device.meet(2);
     Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
     terminal.type("z\n");
     QTRY_COMPARE_WITH_TIMEOUT(device.codes(), QList{12}, longestWait);
     terminal.type("\x03");
-    QCOMPARE(terminal.waitForExit(), 130);
-    QVERIFY(terminal.shown().contains("interrupted while a command was under way"));
+    QVERIFY(terminal.waitFor("velnoctl: z: interrupted while it was under way"));
+    QVERIFY(terminal.waitFor("velnoctl> "));
+    device.isMute = false;
+    terminal.type("z\n"); // over a new connection
+    QVERIFY(terminal.waitFor("Z 4"));
+    terminal.type("quit\n");
+    QCOMPARE(terminal.waitForExit(), 0);
+    QCOMPARE(device.contacts, 4);
     QVERIFY(terminal.isAsBefore());
 }
 

@@ -58,7 +58,7 @@ Client::Client(const QStringList &arguments, const QString &redirection)
         m_process.start(program(), arguments);
     else
         m_process.start(u"bash"_s, QStringList{u"-o"_s, u"pipefail"_s, u"-c"_s,
-                                               u"\"$0\" \"$@\" "_s + redirection, program()} +
+                                               u"exec \"$0\" \"$@\" "_s + redirection, program()} +
                                        arguments);
     m_process.waitForStarted(longestWait);
 }

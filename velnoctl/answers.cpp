@@ -20,7 +20,7 @@ Answer answer(int code, const QString &text, const QJsonObject &values)
 {
     if (code == 0)
         return {0, text, values};
-    return {code, {}, {}, velnoext_error_detail()};
+    return {code, {}, {}, velnoext_error_detail(), velnoext_cause()};
 }
 
 QString totalsText(const VelnoEcrSaleTotals &totals)

@@ -54,6 +54,9 @@ constexpr std::array table{
     Command{session, "logout", "", "ends the session", "logged out", "logout", Connection, Everywhere,
             logout},
 
+    Command{session, "forget", "", "forgets the register's keys: the next command pairs anew",
+            "keys forgotten", "forget", Target, Everywhere, forget},
+
     Command{sale, "start-sale", "", "starts a sale", "sale started", "start-sale", Connection, Everywhere,
             startSale},
     Command{sale, "start-invoice-sale", "", "starts a sale that end-invoice ends", "sale started",

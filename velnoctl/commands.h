@@ -21,6 +21,7 @@ struct Answer
     QString text; ///< the result for people, or what is wrong with WrongUsage; empty: nothing is printed
     QJsonObject values;  ///< the result's fields for --json; a refused command may have some too
     int detail = 0;      ///< velnoext_error_detail()
+    int cause = 0;       ///< velnoext_cause()
     bool isTold = false; ///< the command wrote what there is to say itself
 };
 

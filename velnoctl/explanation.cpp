@@ -8,47 +8,63 @@ namespace VelnoCtl {
 
 namespace {
 
-/** A line of the result's text without the word that leads it. */
-QString line(const QString &text, int number, QLatin1StringView lead)
+Words words(int number, const char *name, const char *text)
 {
-    const QString whole = text.section(u'\n', number, number);
-    return whole.startsWith(lead) ? whole.sliced(lead.size()) : whole;
+    return {number, QString::fromUtf8(name), QString::fromUtf8(text).split(u'\n')};
+}
+
+QString sentence(const Words &words, QLatin1StringView kind)
+{
+    return u"%1 (%2 %3, %4)"_s.arg(words.lines.value(0), kind, QString::number(words.number), words.name);
+}
+
+/** A line without the word that leads it in the library's language. */
+QString withoutLead(const QString &line)
+{
+    return line.section(u": "_s, 1);
 }
 
 } // namespace
 
-Explanation::Explanation(int theCode, int theDetail)
-    : code(theCode)
-    , detail(theDetail)
-    , name(QString::fromUtf8(velnoext_result_name(theCode)))
+Explanation::Explanation(int code, int cause, int detail)
+    : m_result(words(code, velnoext_result_name(code), velnoext_result_text(code)))
+    , m_cause(words(cause, velnoext_cause_name(cause), velnoext_cause_text(cause)))
+    , m_detail(detail)
 {
-    const QString text = QString::fromUtf8(velnoext_result_text(theCode));
-    sentence = line(text, 0, {});
-    cause = line(text, 1, "Cause: "_L1);
-    cure = line(text, 2, "Cure: "_L1);
-    if (theDetail != 0)
-        detailText = QString::fromUtf8(velnoext_detail_text(theDetail));
 }
 
 QString Explanation::forPeople() const
 {
-    QString text =
-        u"%1 (code %2, %3)\n  Cause: %4\n  Cure: %5"_s.arg(sentence).arg(code).arg(name, cause, cure);
-    if (detail != 0)
-        text += u"\n  Detail 0x%1: %2"_s.arg(QString::number(uint(detail), 16).toUpper(), detailText);
-    return text;
+    QStringList lines;
+    if (!isOfCauseAlone())
+        lines << sentence(m_result, "code"_L1);
+    if (m_cause.number != 0)
+        lines << sentence(m_cause, "cause"_L1);
+    const Words &finest = m_cause.number != 0 ? m_cause : m_result;
+    lines << finest.lines.sliced(1);
+    if (m_detail != 0)
+        lines << u"Detail 0x%1: %2"_s.arg(QString::number(uint(m_detail), 16).toUpper(),
+                                          QString::fromUtf8(velnoext_detail_text(m_detail)));
+    return lines.join("\n  "_L1);
 }
 
 QJsonObject Explanation::asJson() const
 {
-    QJsonObject object{{u"code"_s, code},
-                       {u"result"_s, name},
-                       {u"sentence"_s, sentence},
-                       {u"cause"_s, cause},
-                       {u"cure"_s, cure}};
-    if (detail != 0) {
-        object.insert(u"detail"_s, detail);
-        object.insert(u"detailText"_s, detailText);
+    QJsonObject object;
+    if (!isOfCauseAlone())
+        object = {{u"code"_s, m_result.number},
+                  {u"result"_s, m_result.name},
+                  {u"sentence"_s, m_result.lines.value(0)},
+                  {u"cause"_s, withoutLead(m_result.lines.value(1))},
+                  {u"cure"_s, withoutLead(m_result.lines.value(2))}};
+    if (m_cause.number != 0) {
+        object.insert(u"causeCode"_s, m_cause.number);
+        object.insert(u"causeName"_s, m_cause.name);
+        object.insert(u"causeText"_s, m_cause.lines.join(u'\n'));
+    }
+    if (m_detail != 0) {
+        object.insert(u"detail"_s, m_detail);
+        object.insert(u"detailText"_s, QString::fromUtf8(velnoext_detail_text(m_detail)));
     }
     return object;
 }

@@ -42,11 +42,9 @@ int wrongUsage(Session &session, const QString &problem)
 /** Parses and runs one line. @return 0, a code or an ExitStatus */
 int runLine(Session &session, const QByteArray &line, const QString &where)
 {
-    Parsed parsed;
-    {
-        const Interrupts::Call call(session.interrupts(), "reading a script");
-        parsed = parseLine(line, Shell, where);
-    }
+    session.interrupts().setReading(true);
+    const Parsed parsed = parseLine(line, Shell, where);
+    session.interrupts().setReading(false);
     return parsed.problem.isEmpty() ? session.run(parsed.steps) : wrongUsage(session, parsed.problem);
 }
 
@@ -54,6 +52,7 @@ int inputEnded(Session &session, LineReader::Outcome outcome, const QString &whe
 {
     switch (outcome) {
     case LineReader::Interrupted:
+        session.report().interruptedIdle();
         return Interrupted;
     case LineReader::TooLong:
         return wrongUsage(session,
@@ -71,7 +70,8 @@ Answer explain(Session &, const QStringList &arguments)
 {
     const int code = numberFrom<int>(arguments.at(0)).value_or(0);
     const int detail = numberFrom<int>(arguments.at(1)).value_or(0);
-    const Explanation explanation(code, detail);
+    const Explanation explanation =
+        code < Explanation::firstCause ? Explanation(code, 0, detail) : Explanation::ofCause(code);
     Answer answer;
     answer.text = explanation.forPeople();
     answer.values.insert(u"explained"_s, explanation.asJson());
@@ -120,14 +120,18 @@ Answer shell(Session &session, const QStringList &)
     if (isatty(STDIN_FILENO) == 0)
         return runInput(session, {});
     session.setInteractive();
-    LineEditor editor(session.interrupts().descriptor(), session.interrupts().resized(), commandNames(Shell));
+    LineEditor editor(session.interrupts(), commandNames(Shell));
     QByteArray line;
     while (!session.hasQuit() && editor.readLine(&line)) {
         const int code = runLine(session, line, {});
-        if (code == Interrupted || code == OutputLost)
+        // Ctrl-C was meant for the command, also when that was done by then.
+        if (code == OutputLost || !session.interrupts().acknowledge())
             return told(code);
     }
-    return told(session.interrupts().requested() ? int(Interrupted) : 0);
+    if (!session.interrupts().requested())
+        return told(0);
+    session.report().interruptedIdle();
+    return told(Interrupted);
 }
 
 } // namespace VelnoCtl

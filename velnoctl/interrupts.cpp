@@ -1,12 +1,10 @@
 #include "velnoctl/interrupts.h"
 
 #include "velnoctl/exit_status.h"
+#include "velnoext.h"
 
-#include <array>
-#include <csignal>
 #include <cstring>
 #include <initializer_list>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -15,43 +13,38 @@ namespace VelnoCtl {
 
 namespace {
 
-/** Holds these signals back, to be read. */
-int openSignals(std::initializer_list<int> signals)
+constexpr timespec askAgain{0, 20'000'000}; // 20 ms
+
+/** These signals, held back to be taken. */
+sigset_t holdBack(std::initializer_list<int> signals)
 {
     sigset_t set;
     sigemptyset(&set);
     for (const int signal : signals)
         sigaddset(&set, signal);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
-    return signalfd(-1, &set, SFD_CLOEXEC);
+    return set;
 }
 
-void wake(int event)
+int openResized()
 {
-    eventfd_write(event, 1);
+    const sigset_t signals = holdBack({SIGWINCH});
+    return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-void say(const char *text)
+[[noreturn]] void endAtOnce(const char *text)
 {
     // Nothing can be done about a standard error that takes no bytes.
     [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text, std::strlen(text));
-}
-
-[[noreturn]] void endAtOnce(const char *call)
-{
-    say("velnoctl: interrupted while ");
-    say(call);
-    say("\n");
-    _exit(Interrupted); // destructors would wait for the very call that blocks
+    _exit(Interrupted); // destructors would wait for what is under way
 }
 
 } // namespace
 
 Interrupts::Interrupts()
-    : m_signals(openSignals({SIGINT, SIGTERM}))
-    , m_resized(openSignals({SIGWINCH}))
-    , m_stop(eventfd(0, EFD_CLOEXEC))
-    , m_end(eventfd(0, EFD_CLOEXEC))
+    : m_signals(holdBack({SIGINT, SIGTERM}))
+    , m_resized(openResized())
+    , m_stop(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
     , m_thread([this] { watch(); })
 {
     std::signal(SIGPIPE, SIG_IGN); // a reader that went away is noticed when results are written
@@ -59,54 +52,62 @@ Interrupts::Interrupts()
 
 Interrupts::~Interrupts()
 {
-    wake(m_end);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isEnding = true;
+    }
+    pthread_kill(m_thread.native_handle(), SIGINT); // so that it looks
     m_thread.join();
-    for (const int descriptor : {m_signals, m_resized, m_stop, m_end})
-        ::close(descriptor);
+    ::close(m_resized);
+    ::close(m_stop);
 }
 
 bool Interrupts::requested() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_requested;
+    return m_requested != 0;
+}
+
+bool Interrupts::acknowledge()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_requested == SIGTERM)
+        return false;
+    m_requested = 0;
+    eventfd_t requests = 0;
+    eventfd_read(m_stop, &requests);
+    return true;
+}
+
+void Interrupts::setReading(bool isReading)
+{
+    const std::lock_guard lock(m_mutex);
+    m_isReading = isReading;
 }
 
 void Interrupts::watch()
 {
-    std::array<pollfd, 2> waits{pollfd{m_signals, POLLIN, 0}, pollfd{m_end, POLLIN, 0}};
-    while (waits[1].revents == 0) {
-        if (poll(waits.data(), waits.size(), -1) < 0)
-            continue;
-        signalfd_siginfo info;
-        if (waits[0].revents != 0 && ::read(m_signals, &info, sizeof info) == ssize_t(sizeof info))
-            takeSignal();
+    for (;;) {
+        const int signal =
+            requested() ? sigtimedwait(&m_signals, nullptr, &askAgain) : sigwaitinfo(&m_signals, nullptr);
+        const std::lock_guard lock(m_mutex); // what is called behind acknowledge() is not interrupted
+        if (m_isEnding)
+            return;
+        if (signal > 0)
+            take(signal);
+        if (m_requested != 0)
+            velnoext_interrupt(); // and soon again: the call that is meant may only be about to begin
     }
 }
 
-void Interrupts::takeSignal()
+void Interrupts::take(int signal)
 {
-    const std::lock_guard lock(m_mutex); // kept to the end: no call may begin or return in between
-    if (m_call)
-        endAtOnce(m_call);
-    if (m_requested)
-        endAtOnce("ending");
-    m_requested = true;
-    wake(m_stop);
-}
-
-Interrupts::Call::Call(Interrupts &interrupts, const char *what)
-    : m_interrupts(interrupts)
-{
-    const std::lock_guard lock(interrupts.m_mutex);
-    m_before = interrupts.m_call;
-    interrupts.m_call = what;
-    m_mayBegin = !interrupts.m_requested;
-}
-
-Interrupts::Call::~Call()
-{
-    const std::lock_guard lock(m_interrupts.m_mutex);
-    m_interrupts.m_call = m_before;
+    if (m_isReading)
+        endAtOnce("velnoctl: interrupted while reading a script\n");
+    if (m_requested != 0)
+        endAtOnce("velnoctl: interrupted while ending\n");
+    m_requested = signal;
+    eventfd_write(m_stop, 1);
 }
 
 } // namespace VelnoCtl

@@ -45,9 +45,8 @@ QString commonBeginning(const QStringList &names)
 
 } // namespace
 
-LineEditor::LineEditor(int stop, int resized, const QStringList &names)
-    : m_stop(stop)
-    , m_resized(resized)
+LineEditor::LineEditor(Interrupts &interrupts, const QStringList &names)
+    : m_interrupts(interrupts)
     , m_names(names)
     , m_history(history_init())
     , m_editLine(openEditLine())
@@ -100,11 +99,14 @@ int LineEditor::readCharacter(EditLine *editLine, wchar_t *character)
     std::mbstate_t state{};
     for (;;) {
         LineEditor &self = of(editLine);
-        const Waited waited = waitForInput(STDIN_FILENO, self.m_stop, self.m_resized);
+        const Waited waited =
+            waitForInput(STDIN_FILENO, self.m_interrupts.descriptor(), self.m_interrupts.resized());
         if (waited == Waited::Resized) {
             self.redraw();
             continue;
         }
+        if (waited == Waited::Stop && self.clear())
+            continue;
         char byte = 0;
         if (waited == Waited::Stop || ::read(STDIN_FILENO, &byte, 1) != 1)
             return 0;
@@ -116,10 +118,24 @@ int LineEditor::readCharacter(EditLine *editLine, wchar_t *character)
     }
 }
 
+bool LineEditor::clear()
+{
+    EditLine *const editLine = m_editLine.get();
+    const LineInfoW *const line = el_wline(editLine);
+    const auto size = int(line->lastchar - line->buffer);
+    if (size == 0 || !m_interrupts.acknowledge())
+        return false;
+    el_cursor(editLine, int(line->lastchar - line->cursor));
+    el_deletestr(editLine, size);
+    std::fputs("^C\n", stderr);
+    el_set(editLine, EL_REFRESH);
+    return true;
+}
+
 void LineEditor::redraw()
 {
     signalfd_siginfo info;
-    if (::read(m_resized, &info, sizeof info) != ssize_t(sizeof info))
+    if (::read(m_interrupts.resized(), &info, sizeof info) != ssize_t(sizeof info))
         return;
     std::fputc('\r', stderr); // where the prompt is taken to begin
     el_resize(m_editLine.get());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "velnoctl/interrupts.h"
+
 #include <QByteArray>
 #include <QStringList>
 
@@ -16,11 +18,8 @@ namespace VelnoCtl {
 class LineEditor
 {
 public:
-    /**
-     * @param stop     a descriptor that, once readable, ends readLine()
-     * @param resized  a signalfd that is readable when the terminal has got another size
-     */
-    LineEditor(int stop, int resized, const QStringList &names);
+    /** Ctrl-C clears a line that has been begun; otherwise it ends readLine(), as SIGTERM does. */
+    LineEditor(Interrupts &interrupts, const QStringList &names);
     Q_DISABLE_COPY_MOVE(LineEditor)
     ~LineEditor();
 
@@ -31,6 +30,9 @@ private:
     static LineEditor &of(EditLine *editLine);
     static int readCharacter(EditLine *editLine, wchar_t *character);
     static unsigned char complete(EditLine *editLine, int);
+
+    /** Obeys Ctrl-C. @return false when that is no matter of the line */
+    bool clear();
 
     /** Draws the line for the terminal's new size. */
     void redraw();
@@ -44,8 +46,7 @@ private:
         void operator()(History *history) const noexcept { history_end(history); }
     };
 
-    int m_stop;
-    int m_resized;
+    Interrupts &m_interrupts;
     QStringList m_names;
     std::unique_ptr<History, End> m_history;
     std::unique_ptr<EditLine, End> m_editLine;

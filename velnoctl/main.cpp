@@ -1,4 +1,5 @@
 #include "velnoctl/session.h"
+#include "velnoext.h"
 
 #include <QCoreApplication>
 
@@ -44,6 +45,7 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     Options options;
     const QString wrong = parseOptions(QCoreApplication::arguments(), &options);
+    velnoext_set_language(options.language.constData());
     Report report(options.isJson);
     Session session(options, report, interrupts);
 
@@ -52,16 +54,12 @@ int main(int argc, char *argv[])
         options.words = QStringList{u"help"_s};
     else if (options.isVersion)
         options.words = QStringList{u"version"_s};
-    if (wrong.isEmpty()) {
-        const Interrupts::Call call(interrupts, "reading a script");
+    if (wrong.isEmpty())
         parsed = parseWords(options.words, CommandLine);
-    }
     if (const QString problem = problemOf(options, parsed); !problem.isEmpty()) {
         report.wrongUsage(problem);
         return WrongUsage;
     }
-    const int status = session.run(parsed.steps);
-    if (status == Interrupted)
-        complain(u"interrupted; nothing was under way"_s);
-    return status;
+    interrupts.setReading(false);
+    return session.run(parsed.steps);
 }

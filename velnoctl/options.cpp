@@ -3,6 +3,7 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "velnoctl/commands.h"
 #include "velnoctl/nearest.h"
+#include "velnoext.h"
 
 #include <QCommandLineParser>
 #include <QRegularExpression>
@@ -68,6 +69,17 @@ bool takeTimeout(const QString &text, Options &options)
     return takeNumber(text, 0, &options.timeout);
 }
 
+bool takeAnswerLimit(const QString &text, Options &options)
+{
+    return takeNumber(text, 1, &options.answerLimit);
+}
+
+bool takeLanguage(const QString &text, Options &options)
+{
+    options.language = text.toLatin1();
+    return text == "en"_L1 || text == "tr"_L1;
+}
+
 bool takeRelay(const QString &, Options &options)
 {
     const bool isAlone = options.address.isEmpty();
@@ -100,7 +112,10 @@ constexpr std::array rows{
     OptionRow{"relay", "", "meet it at the relay server", "one of --listen and --relay", takeRelay},
     OptionRow{"timeout", "MS", "default 30000", "0 to 4294967295 ms, where 4294967295 means no limit",
               takeTimeout},
+    OptionRow{"answer-limit", "MS", "for a whole answer, default none",
+              "1 to 4294967295 ms, where 4294967295 means no limit", takeAnswerLimit},
     OptionRow{"json", "", "results as one object a line", "", takeJson},
+    OptionRow{"language", "LANG", "of explanations, en or tr", "en or tr", takeLanguage},
 };
 // Without a place in the help: whoever reads it has found them.
 constexpr std::array helpRows{
@@ -208,7 +223,9 @@ QString missingTarget(const Options &options)
 
 QString versionText()
 {
-    return u"velnoctl " VELNO_VERSION "\n"_s + Velno::GMP::trustAnchorsInWords();
+    return u"velnoctl " VELNO_VERSION
+           ", libvelnoext %1\n"_s.arg(QString::fromUtf8(velnoext_library_version())) +
+           Velno::GMP::trustAnchorsInWords();
 }
 
 QString helpText()
@@ -221,8 +238,7 @@ QString helpText()
            "  velnoctl help COMMAND   its arguments, what is accepted, an example\n\n"_s +
            optionHelp() +
            u"\nExit status: 0 done, 1-13 the library's result code (see explain), 64 wrong usage,\n"
-           "74 a result could not be written, 130 Ctrl-C or SIGTERM: the connection is closed\n"
-           "first, unless the library is at work or waiting.\n"_s +
+           "74 a result could not be written, 130 Ctrl-C or SIGTERM.\n"_s +
            Velno::GMP::trustAnchorsInWords() +
            u"Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n"_s;
 }

@@ -14,6 +14,8 @@ struct Options
     quint16 port = 0;   ///< 0 with the relay
     quint32 app = 0;    ///< 0 when not given
     quint32 timeout = 30'000;
+    quint32 answerLimit = 0xFFFFFFFF; ///< ms; none
+    QByteArray language = "en";
     bool isRelay = false;
     bool isJson = false;
     bool isHelp = false;

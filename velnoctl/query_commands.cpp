@@ -53,6 +53,11 @@ Answer logout(Session &session, const QStringList &)
     return answer(session.device().command(velnoext_logout), u"logged out"_s);
 }
 
+Answer forget(Session &session, const QStringList &)
+{
+    return answer(session.device().forget(), u"keys forgotten"_s);
+}
+
 Answer state(Session &session, const QStringList &)
 {
     int number = 0;

@@ -7,6 +7,7 @@ namespace VelnoCtl {
 
 Answer login(Session &session, const QStringList &arguments);
 Answer logout(Session &session, const QStringList &arguments);
+Answer forget(Session &session, const QStringList &arguments);
 Answer state(Session &session, const QStringList &arguments);
 Answer currentZ(Session &session, const QStringList &arguments);
 Answer lastZ(Session &session, const QStringList &arguments);

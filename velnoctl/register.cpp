@@ -13,6 +13,7 @@ namespace {
 
 constexpr int notReady = 1;
 constexpr int connectionFailed = 2;
+constexpr int pairingFailed = 10;
 
 void progress(const QString &text)
 {
@@ -31,9 +32,14 @@ Register::~Register()
 {
     if (!m_isInitialised)
         return;
-    const Interrupts::Call call(m_interrupts, "closing the connection");
     velnoext_close_all();
     velnoext_close(); // also ends what a failed connecting left
+}
+
+QString Register::target() const
+{
+    return QString::fromLatin1(m_options.serial) + (m_options.isRelay ? u" at "_s : u" on "_s) +
+           m_options.place();
 }
 
 int Register::connect(Needs needs)
@@ -41,26 +47,41 @@ int Register::connect(Needs needs)
     const bool isSpoilt = m_isConnected && m_hasStrayAnswer && needs == Needs::Connection;
     if (m_isConnected && !isSpoilt)
         return 0;
-    const QString serial = QString::fromLatin1(m_options.serial);
-    const Interrupts::Call call(m_interrupts, "waiting for the register");
-    if (!call.mayBegin())
+    m_whenInterrupted = u"before it was sent"_s;
+    if (m_interrupts.requested())
         return Interrupted;
-    if (!m_isInitialised)
-        Velno::GMP::warnOfDevelopmentAuthority("velnoctl");
-    progress(
-        u"waiting for %1 %2 %3 …"_s.arg(serial, m_options.isRelay ? u"at"_s : u"on"_s, m_options.place()));
-    if (isSpoilt)
-        progress(u"(afresh, since what it answers to send could come as the next command's answer)"_s);
-    if (!m_isInitialised)
-        progress(u"(it is paired first, which takes three connections)"_s);
+    announce(isSpoilt);
     m_isInitialised = true;
+    velnoext_set_answer_limit(m_options.answerLimit);
     const int code = velnoext_initialize(m_options.app, m_options.serial.constData(),
                                          m_options.address.constData(), m_options.port, m_options.timeout);
     m_isConnected = code == 0;
     m_hasStrayAnswer = false; // this connection has seen no command yet
     if (m_isConnected)
-        progress(u"%1 is connected"_s.arg(serial));
+        progress(u"%1 is connected"_s.arg(QString::fromLatin1(m_options.serial)));
+    if ((code == connectionFailed || code == pairingFailed) && m_interrupts.requested()) {
+        m_whenInterrupted = code == pairingFailed ? u"while pairing with %1; nothing was sent"_s.arg(target())
+                                                  : u"while waiting for %1; nothing was sent"_s.arg(target());
+        return Interrupted;
+    }
     return code;
+}
+
+int Register::forget()
+{
+    m_isConnected = false;
+    return ask(velnoext_forget_device, m_options.serial.constData());
+}
+
+void Register::announce(bool isSpoilt)
+{
+    if (!m_isInitialised)
+        Velno::GMP::warnOfDevelopmentAuthority("velnoctl");
+    progress(u"waiting for %1 …"_s.arg(target()));
+    if (isSpoilt)
+        progress(u"(afresh, since what it answers to send could come as the next command's answer)"_s);
+    if (!m_isInitialised)
+        progress(u"(it is paired first, which takes three connections)"_s);
 }
 
 int Register::noted(int code)
@@ -68,7 +89,11 @@ int Register::noted(int code)
     // The next command connects afresh: in the shell a cable may have been put back.
     if (code == notReady || code == connectionFailed)
         m_isConnected = false;
-    return code;
+    if (code != connectionFailed || !m_interrupts.requested())
+        return code;
+    m_whenInterrupted = u"while it was under way; whether the register carried it out is not known: "
+                        "docs/recovery.md tells how to find out"_s;
+    return Interrupted;
 }
 
 } // namespace VelnoCtl

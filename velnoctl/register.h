@@ -24,6 +24,9 @@ public:
      */
     int connect(Needs needs);
 
+    /** Drops the connection and the keys: the next command pairs anew. @return as velnoext_forget_device() */
+    int forget();
+
     /** An answer may come on this connection that nobody reads: the next command would take it for its own.
      */
     void expectStrayAnswer() { m_hasStrayAnswer = true; }
@@ -33,9 +36,8 @@ public:
     template <typename Function, typename... Arguments>
     int ask(Function function, Arguments... arguments)
     {
-        const Interrupts::Call call(m_interrupts, "a command was under way: whether the register carried it "
-                                                  "out is not known");
-        return call.mayBegin() ? noted(function(arguments...)) : int(Interrupted);
+        m_whenInterrupted = QStringLiteral("before it was sent");
+        return m_interrupts.requested() ? int(Interrupted) : noted(function(arguments...));
     }
 
     /** ask() with the time-out of the options in front. */
@@ -45,11 +47,19 @@ public:
         return ask(function, m_options.timeout, arguments...);
     }
 
+    /** What was under way when one of the above returned Interrupted, and what is known of its outcome. */
+    const QString &whenInterrupted() const { return m_whenInterrupted; }
+
+    /** The register, and where it is met, for people. */
+    QString target() const;
+
 private:
+    void announce(bool isSpoilt);
     int noted(int code);
 
     const Options &m_options;
     Interrupts &m_interrupts;
+    QString m_whenInterrupted;
     bool m_isConnected = false;
     bool m_isInitialised = false;
     bool m_hasStrayAnswer = false;

@@ -2,13 +2,13 @@
 
 #include "velnoctl/exit_status.h"
 #include "velnoctl/explanation.h"
+#include "velnoext.h"
 
 #include <QJsonDocument>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -16,12 +16,10 @@ namespace VelnoCtl {
 
 namespace {
 
-/** Standard output under another descriptor; its own number leads to standard error from now on. */
-FILE *takeStandardOutput()
+/** In front of a message about a line of a script. */
+QString whereOf(const Step &step)
 {
-    const int copy = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-    return copy < 0 ? nullptr : fdopen(copy, "w"); // null also when it cannot be written to
+    return step.where.isEmpty() ? QString() : step.where + u": "_s;
 }
 
 } // namespace
@@ -31,18 +29,11 @@ void complain(const QString &text)
     std::fputs(u"velnoctl: %1\n"_s.arg(text).toUtf8().constData(), stderr);
 }
 
-Report::Report(bool isJson)
-    : m_output(takeStandardOutput())
-    , m_isJson(isJson)
-{
-}
-
 void Report::write(const QString &text)
 {
     if (m_isLost)
         return;
-    m_isLost = !m_output || std::fputs((text + u'\n').toUtf8().constData(), m_output.get()) == EOF ||
-               std::fflush(m_output.get()) == EOF;
+    m_isLost = std::fputs((text + u'\n').toUtf8().constData(), stdout) == EOF || std::fflush(stdout) == EOF;
     if (m_isLost)
         complain(u"the result cannot be written: "_s + QString::fromLocal8Bit(std::strerror(errno)));
 }
@@ -55,11 +46,10 @@ void Report::write(const QJsonObject &object)
 void Report::answer(const Step &step, const Answer &answer)
 {
     const QString command = QLatin1StringView(step.command->name);
-    if (answer.isTold || answer.code == Interrupted)
+    if (answer.isTold)
         return;
     if (answer.code == WrongUsage)
-        return wrongUsage((step.where.isEmpty() ? QString() : step.where + u": "_s) + command + u": "_s +
-                          answer.text);
+        return wrongUsage(whereOf(step) + command + u": "_s + answer.text);
     if (answer.code != 0)
         return failure(step, command, command, answer);
     if (!m_isJson)
@@ -67,24 +57,46 @@ void Report::answer(const Step &step, const Answer &answer)
     QJsonObject object = answer.values;
     object.insert(u"command"_s, command);
     object.insert(u"code"_s, 0);
-    object.insert(u"result"_s, Explanation(0, 0).name);
+    object.insert(u"result"_s, QString::fromUtf8(velnoext_result_name(0)));
     write(object);
 }
 
-void Report::connectFailed(const Step &step, const QString &target, int code, int detail)
+void Report::connectFailed(const Step &step, const QString &target, const Answer &failed)
 {
-    if (code == Interrupted)
+    failure(step, u"connecting "_s + target, u"connect"_s, failed);
+}
+
+void Report::interrupted(const Step &step, const QString &known)
+{
+    const QString command = QLatin1StringView(step.command->name);
+    const QString sentence = u"interrupted "_s + known;
+    complain(whereOf(step) + command + u": "_s + sentence);
+    if (!m_isJson)
         return;
-    Answer answer;
-    answer.code = code;
-    answer.detail = detail;
-    failure(step, u"connecting "_s + target, u"connect"_s, answer);
+    QJsonObject object{{u"command"_s, command},
+                       {u"code"_s, int(Interrupted)},
+                       {u"result"_s, u"interrupted"_s},
+                       {u"sentence"_s, sentence}};
+    if (!step.where.isEmpty())
+        object.insert(u"where"_s, step.where);
+    write(object);
+}
+
+void Report::interruptedIdle()
+{
+    complain(u"interrupted; nothing was under way"_s);
+}
+
+void Report::details(const QStringList &lines)
+{
+    for (const QString &line : lines)
+        std::fputs(u"  %1\n"_s.arg(line).toUtf8().constData(), stderr);
 }
 
 void Report::failure(const Step &step, const QString &what, const QString &command, const Answer &answer)
 {
-    const QString where = step.where.isEmpty() ? QString() : step.where + u": "_s;
-    const Explanation explanation(answer.code, answer.detail);
+    const QString where = whereOf(step);
+    const Explanation explanation(answer.code, answer.cause, answer.detail);
     complain(where + what + u": "_s + explanation.forPeople());
     if (!answer.text.isEmpty())
         complain(where + what + u": it said all the same: "_s + answer.text);

@@ -3,26 +3,36 @@
 #include "velnoctl/commands.h"
 #include "velnoctl/parse.h"
 
-#include <cstdio>
-#include <memory>
+#include <QStringList>
 
 namespace VelnoCtl {
 
 /**
  * Results go to standard output, in words or as one JSON object a line, at once; everything else goes to
- * standard error. What the library itself writes to standard output is sent to standard error, too, from the
- * making of this object on.
+ * standard error.
  */
 class Report
 {
 public:
-    explicit Report(bool isJson);
+    explicit Report(bool isJson)
+        : m_isJson(isJson)
+    {
+    }
 
-    /** A result, or a failure with cause and cure. Of being interrupted nothing is said. */
+    /** A result, or a failure with cause and cure. */
     void answer(const Step &step, const Answer &answer);
 
     /** Connecting failed, before `step` could be run. */
-    void connectFailed(const Step &step, const QString &target, int code, int detail);
+    void connectFailed(const Step &step, const QString &target, const Answer &failure);
+
+    /** @param known  of the outcome, to be read behind "interrupted " */
+    void interrupted(const Step &step, const QString &known);
+
+    /** There was nothing to be interrupted. */
+    void interruptedIdle();
+
+    /** Further lines of the failure that was told last. */
+    void details(const QStringList &lines);
 
     /** What was wrong, and where all commands are shown. */
     void wrongUsage(const QString &problem);
@@ -38,11 +48,6 @@ private:
     void write(const QString &text);
     void write(const QJsonObject &object);
 
-    struct Close
-    {
-        void operator()(FILE *file) const noexcept { std::fclose(file); }
-    };
-    std::unique_ptr<FILE, Close> m_output;
     bool m_isJson;
     bool m_isInShell = false;
     bool m_isLost = false;

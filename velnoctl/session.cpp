@@ -1,6 +1,6 @@
 #include "velnoctl/session.h"
 
-#include "velnoext.h"
+#include "velnoctl/answers.h"
 
 using namespace Qt::StringLiterals;
 
@@ -33,21 +33,43 @@ int Session::run(const QList<Step> &steps)
 
 int Session::run(const Step &step)
 {
-    const Needs needs = step.command->needs;
-    if (needs == Needs::Connection || needs == Needs::RawConnection) {
-        if (const int code = m_register.connect(needs); code != 0) {
-            const QString serial = QString::fromLatin1(m_options.serial);
-            m_report.connectFailed(step,
-                                   serial + (m_options.isRelay ? u" at "_s : u" on "_s) + m_options.place(),
-                                   code, velnoext_error_detail());
-            return code;
-        }
-    }
+    m_log.take(); // of what went well there is nothing to tell
+    if (const int code = connect(step); code != 0)
+        return code;
     const Answer answer = step.command->run(*this, step.arguments);
+    if (answer.isTold)
+        return answer.code;
+    if (answer.code == Interrupted)
+        return interrupted(step);
     m_report.answer(step, answer);
-    if (answer.code == 0 && m_interrupts.requested())
+    if (answer.code != 0) {
+        m_report.details(m_log.take());
+    } else if (m_interrupts.requested()) {
+        m_report.interruptedIdle();
         return Interrupted;
+    }
     return m_report.isLost() ? int(OutputLost) : answer.code;
+}
+
+int Session::connect(const Step &step)
+{
+    const Needs needs = step.command->needs;
+    if (needs != Needs::Connection && needs != Needs::RawConnection)
+        return 0;
+    const int code = m_register.connect(needs);
+    if (code == Interrupted)
+        return interrupted(step);
+    if (code != 0) {
+        m_report.connectFailed(step, m_register.target(), answer(code, {}));
+        m_report.details(m_log.take());
+    }
+    return code;
+}
+
+int Session::interrupted(const Step &step)
+{
+    m_report.interrupted(step, m_register.whenInterrupted());
+    return Interrupted;
 }
 
 } // namespace VelnoCtl

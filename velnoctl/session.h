@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velnoctl/library_log.h"
 #include "velnoctl/parse.h"
 #include "velnoctl/register.h"
 #include "velnoctl/report.h"
@@ -41,10 +42,13 @@ public:
 
 private:
     int run(const Step &step);
+    int connect(const Step &step);
+    int interrupted(const Step &step);
 
     const Options &m_options;
     Report &m_report;
     Interrupts &m_interrupts;
+    LibraryLog m_log;
     Register m_register;
     Remembered m_remembered;
     bool m_hasQuit = false;

@@ -497,7 +497,9 @@ VELNOEXT_API const char *velnoext_cause_text(int cause);
  */
 
 /**
- * Encrypts bytes, frames them and sends them to the active register. Waits for no answer.
+ * Encrypts bytes, frames them and sends them to the active register. Waits for no answer. What the register
+ * answers on this connection must not meet another command, which would take it for its own answer:
+ * velnoext_initialize() connects afresh before the next one.
  *
  * @param data    borrowed; needs no terminating zero
  * @param length  bytes, 1 to 65,471
