@@ -8,6 +8,7 @@
 #include "ExtDevice/velnoext/velnoext.h"
 #include "ui_gmp3ui.h"
 
+#include <QCloseEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QSettings>
@@ -16,8 +17,6 @@
 #include <QThreadPool>
 #include <QtConcurrent>
 
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 namespace {
@@ -83,6 +82,7 @@ Gmp3UI::Gmp3UI(QWidget *parent)
     , ui(std::make_unique<Ui_Gmp3UI>())
 {
     ui->setupUi(this);
+    velnoext_set_language("tr");
     setIpAddresses();
     ui->tsmCheckBox->hide();
 }
@@ -90,21 +90,14 @@ Gmp3UI::Gmp3UI(QWidget *parent)
 Gmp3UI::~Gmp3UI()
 {
     // The workflow posts to our widgets until its last line. What it has posted goes away with them.
-    m_closing.release();
+    stop();
     m_workflow.waitForFinished();
 }
 
-void Gmp3UI::endTest(int status)
+void Gmp3UI::closeEvent(QCloseEvent *event)
 {
-    if (m_running != Workflow::Test)
-        return;
-    m_closing.release();
-    if (QThreadPool::globalInstance()->waitForDone(graceOfATest))
-        return;
-    // What still runs cannot be stopped, and does not stop by itself if the register never answers. All that
-    // it holds are connections, which the system closes.
-    std::fflush(nullptr);
-    std::_Exit(status);
+    stop();
+    QWidget::closeEvent(event);
 }
 
 bool Gmp3UI::verifyData(QByteArray &hash)
@@ -141,10 +134,21 @@ bool Gmp3UI::verifyData(QByteArray &hash)
 
 void Gmp3UI::setText(const QString &text)
 {
+    setText(text, 0);
+}
+
+void Gmp3UI::setText(const QString &text, int cause)
+{
+    const QString reason = cause == 0 ? QString() : QString::fromUtf8(velnoext_cause_text(cause));
+    const auto show = [label = ui->resultLabel, text, reason] {
+        label->setText(text);
+        label->setToolTip(reason);
+        label->setAccessibleDescription(reason);
+    };
     if (QThread::currentThread() == thread())
-        ui->resultLabel->setText(text);
+        show();
     else
-        QMetaObject::invokeMethod(ui->resultLabel, "setText", Q_ARG(QString, text));
+        QMetaObject::invokeMethod(ui->resultLabel, show);
 }
 
 void Gmp3UI::setButtonsEnabled(bool enabled)
@@ -218,7 +222,21 @@ Gmp3UI::Device Gmp3UI::device() const
 void Gmp3UI::begin(Workflow workflow)
 {
     m_workflow.waitForFinished(); // of the one before nothing but its return can be left
+    m_stop.tryAcquire(m_stop.available());
+    m_ended.tryAcquire(m_ended.available());
+    m_call.emplace(m_interruption); // from here on, so that no wish to stop comes too early
     m_running = workflow;
+}
+
+void Gmp3UI::stop()
+{
+    if (m_running == Workflow::None)
+        return;
+    m_stop.release();
+    do {
+        m_interruption.request();
+        velnoext_interrupt(); // and again: a device test may be between two calls
+    } while (!m_ended.tryAcquire(1, 10));
 }
 
 void Gmp3UI::end()
@@ -226,6 +244,7 @@ void Gmp3UI::end()
     OPENSSL_thread_stop(); // what it keeps for this thread: the pool ends the thread when OpenSSL may be gone
     m_running = Workflow::None; // before the buttons come back: the next click counts
     setButtonsEnabled(true);
+    m_ended.release();
 }
 
 /** Runs on a thread of the global pool. The address is not used: the register may come in on any of ours. */
@@ -233,6 +252,7 @@ void Gmp3UI::exchangeKey(Device device, QString serialNo, QString applicationNo,
                          QByteArray applicationHash)
 {
     const WaitingThread waiting;
+    const Velno::WaitScope scope(m_interruption);
     setButtonsEnabled(false);
 
     Velno::GMP::MatchExt record;
@@ -241,7 +261,8 @@ void Gmp3UI::exchangeKey(Device device, QString serialNo, QString applicationNo,
                                             terminalId.toLatin1().constData(), applicationHash);
     closeSession();
     if (result != 0) {
-        setText(tr("Eşleme hatası: ") + QString::number(result));
+        if (!isStopping())
+            setText(tr("Eşleme hatası: ") + QString::number(result), result);
     } else {
         setText(tr("Eşleme başarılı."));
         if (applicationNo.toInt() == pcApplicationNo)
@@ -297,15 +318,18 @@ bool Gmp3UI::passed(int result, const QString &failure)
 {
     if (result == 0)
         return true;
+    const int cause = velnoext_cause(); // closing sets it back
     velnoext_close();
-    setText(failure.arg(result));
+    if (!isStopping())
+        setText(failure.arg(result), cause);
     return false;
 }
 
 bool Gmp3UI::pause()
 {
-    if (!m_closing.tryAcquire(1, testPause))
+    if (!m_stop.tryAcquire(1, testPause))
         return true;
+    m_stop.release(); // it stays a wish until the next workflow
     velnoext_close();
     return false;
 }

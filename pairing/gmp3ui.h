@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ExtDevice/network/interruption.h"
+
 #include <QByteArray>
 #include <QFuture>
 #include <QPair>
@@ -9,6 +11,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 
 QT_BEGIN_NAMESPACE
 class Ui_Gmp3UI;
@@ -22,8 +25,8 @@ QT_END_NAMESPACE
  * The workflow itself disables the buttons, so a quick second click still comes through. The engine holds one
  * conversation in a process: such a click counts as part of the workflow under way.
  *
- * Destroying the window waits for a running workflow: a pairing is seen through, a device test ends at its
- * next pause. That can take as long as it waits for a register; see endTest().
+ * Closing the window ends a running workflow, whatever it waits for, within 200 ms; so does its destruction.
+ * The port is free then, and nothing more is shown.
  */
 class Gmp3UI : public QWidget
 {
@@ -40,18 +43,19 @@ public:
      */
     [[nodiscard]] bool verifyData(QByteArray &hash);
 
-    /** Shows a status text. From any thread; returns at once. */
+    /** Shows a status text without a reason. From any thread; returns at once. */
     void setText(const QString &text);
+
+    /**
+     * Shows a status text, and a failure's reason as the tool tip and accessible description of its label.
+     * From any thread; returns at once.
+     *
+     * @param cause  as velnoext_cause() and the codes of a pairing; 0 for none
+     */
+    void setText(const QString &text, int cause);
 
     /** Enables or disables both action buttons, once the GUI thread gets to it. From any thread. */
     void setButtonsEnabled(bool enabled);
-
-    /**
-     * For the end of the program, once the window has been closed: ends a device test at its next pause. A
-     * register may leave it without an answer for ever; after graceOfATest this ends the process with the
-     * exit status. Returns when no device test runs.
-     */
-    void endTest(int status);
 
 private slots:
     void on_pairPushButton_clicked();
@@ -68,6 +72,9 @@ private:
     QString terminalId() const;
     void begin(Workflow workflow);
     void end(); ///< the last that a workflow does
+    /** Ends the workflow that is under way, if any. */
+    void stop();
+    bool isStopping() const { return m_stop.available() > 0; }
 
     void exchangeKey(Device device, QString serialNo, QString applicationNo, QString terminalId,
                      QByteArray applicationHash);
@@ -76,10 +83,12 @@ private:
     void queryDevice();
     /** Whether the result is 0; otherwise closes the connection and shows the failure, %1 the result. */
     bool passed(int result, const QString &failure);
-    /** Lets the technician read. @return false when the window is being closed; so is the connection then */
+    /** Lets the technician read. @return false when the workflow is to end; the connection is closed then */
     bool pause();
 
 protected:
+    void closeEvent(QCloseEvent *event) override;
+
     std::unique_ptr<Ui_Gmp3UI> ui;
 
     /** 12 hexadecimal digits: the hardware address of the first usable network interface; empty without one.
@@ -89,11 +98,11 @@ protected:
     /** How long each text of a device test stays, ms. */
     std::atomic_int testPause = 2000;
 
-    /** How long endTest() waits for a device test to end, ms. */
-    int graceOfATest = 1000;
-
 private:
     QFuture<void> m_workflow;
     std::atomic<Workflow> m_running = Workflow::None;
-    QSemaphore m_closing; ///< available once the window is being closed
+    QSemaphore m_stop;  ///< available once the workflow is to end
+    QSemaphore m_ended; ///< available once the workflow has ended
+    Velno::Interruption m_interruption;
+    std::optional<Velno::Interruption::Call> m_call; ///< from a workflow's beginning to the next one's
 };

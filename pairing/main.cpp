@@ -53,7 +53,5 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariableIntValue("VELNO_TRACE_STATUS") == 1)
         new StatusTrace(window.findChild<QLabel *>(QStringLiteral("resultLabel")));
     window.show();
-    const int status = QApplication::exec();
-    window.endTest(status);
-    return status;
+    return QApplication::exec();
 }

@@ -1,11 +1,11 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/velnoext/library_state.h"
+#include "tests/closing_times.h"
 #include "tests/device_test_texts.h"
 #include "tests/library_test.h"
 #include "tests/status_record.h"
 #include "tests/window_under_test.h"
 
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -21,9 +21,6 @@ namespace {
 
 constexpr int longPause = 600'000; // ms: nobody sees its end
 constexpr int longWait = 30'000;   // ms, for the time-outs of the workflow and a machine under load
-// Set in the process of closingLeavesASilentRegister() that is to end.
-constexpr const char *insideVariable = "VELNO_TEST_SILENT_REGISTER";
-constexpr int insideStatus = 42;
 
 using Runs = QList<QByteArray>;
 
@@ -142,8 +139,9 @@ private slots:
     void closingEndsTheTestInAPause_data();
     void closingEndsTheTestInAPause();
     void destructionEndsTheTestInAPause();
-    void closingLeavesASilentRegister();
-    void endingATestLeavesAPairingAlone();
+    void closingEndsAWaitAtOnce_data();
+    void closingEndsAWaitAtOnce();
+    void failureIsExplainedInTurkish();
 
 private:
     QTemporaryDir m_dir;
@@ -393,7 +391,6 @@ void TestDeviceTest::closingEndsTheTestInAPause()
     QFETCH(const int, lastCommand);
     QFETCH(const QStringList, texts);
     Bench bench(m_application);
-    bench.window.graceOfATest = longWait; // behind which the process would end
     if (lastCommand < 0)
         bench.window.testPause = longPause;
     bench.device.before = [&](VelnoExtMessage command) {
@@ -406,7 +403,6 @@ void TestDeviceTest::closingEndsTheTestInAPause()
     QVERIFY(bench.window.buttonsDisabled());
     QVERIFY(bench.window.form().browsePushButton->isEnabled());
     bench.window.close();
-    bench.window.endTest(1); // comes back
     QVERIFY(libraryIsClosed());
     QCoreApplication::processEvents();
     QCOMPARE(bench.record.texts(), texts); // no command, no text after it
@@ -424,42 +420,55 @@ void TestDeviceTest::destructionEndsTheTestInAPause()
     QVERIFY(libraryIsClosed());
 }
 
-void TestDeviceTest::closingLeavesASilentRegister()
+void TestDeviceTest::closingEndsAWaitAtOnce_data()
 {
-    if (qEnvironmentVariableIsSet(insideVariable)) {
-        Bench bench(m_application);
-        bench.device.oddly = [](Device &) { return Runs{""}; }; // has heard it, says nothing
-        bench.device.oddCommand = VelnoExtMessage_EcrState;
-        bench.device.serve(bench.window.port());
-        bench.window.test();
-        QTRY_COMPARE_WITH_TIMEOUT(bench.device.commands().size(), 1, longWait);
-        bench.window.close();
-        bench.window.endTest(insideStatus);
-        QFAIL("the process goes on");
-    }
-
-    // The same once more, in a process that may end.
-    QProcess inside;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QLatin1String(insideVariable), u"1"_s);
-    inside.setProcessEnvironment(environment);
-    inside.setProcessChannelMode(QProcess::MergedChannels);
-    inside.start(QCoreApplication::applicationFilePath(), {QLatin1String(QTest::currentTestFunction())});
-    QVERIFY2(inside.waitForFinished(), "it waits for the register");
-    QVERIFY2(inside.exitStatus() == QProcess::NormalExit && inside.exitCode() == insideStatus,
-             inside.readAll().constData());
+    QTest::addColumn<int>("mute");
+    QTest::newRow("for a register to connect") << -1;
+    QTest::newRow("for its state") << int(VelnoExtMessage_EcrState);
+    QTest::newRow("for its Z number") << int(VelnoExtMessage_CurrentZ);
+    QTest::newRow("for word of its paper") << int(VelnoExtMessage_CheckPrinterPaper);
 }
 
-void TestDeviceTest::endingATestLeavesAPairingAlone()
+void TestDeviceTest::closingEndsAWaitAtOnce()
+{
+    QFETCH(const int, mute);
+    ClosingTimes times;
+    for (int i = 0; i < ClosingTimes::enough; ++i) {
+        Bench bench(m_application);
+        bench.device.oddly = [](Device &) { return Runs{""}; }; // has heard it, says nothing
+        bench.device.oddCommand = mute;
+        if (mute >= 0)
+            bench.device.serve(bench.window.port());
+        bench.window.test();
+        const auto isWaiting = [&bench, mute] {
+            const QList<QByteArray> commands = bench.device.commands();
+            return mute < 0 ? bench.record.texts() == connecting
+                            : !commands.isEmpty() && commands.last() == plain(mute);
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isWaiting(), longWait);
+        const QStringList texts = bench.record.texts();
+        times.measure([&bench] { bench.window.close(); });
+        QVERIFY(libraryIsClosed());
+        QVERIFY(QTcpServer().listen(QHostAddress::LocalHost, bench.window.port()));
+        QCoreApplication::processEvents();
+        QCOMPARE(bench.record.texts(), texts); // no failure of nobody's
+    }
+    QVERIFY2(times.areShort(), qPrintable(times.inWords()));
+}
+
+void TestDeviceTest::failureIsExplainedInTurkish()
 {
     Bench bench(m_application);
-    bench.window.pair();
-    bench.window.endTest(1); // neither ends the process nor waits
-    HandMadeRegister reg;
-    reg.start(bench.window.port());
+    bench.device.oddly = [](Device &) { return Runs(); }; // closes
+    bench.device.oddCommand = VelnoExtMessage_CurrentZ;
+    bench.device.serve(bench.window.port());
+    bench.window.test();
     QVERIFY(bench.ended());
-    QCOMPARE(bench.window.status(), u"Eşleme başarılı."_s);
-    reg.finish();
+    QCOMPARE(bench.window.status(), zFailed.arg(2));
+    const QString reason = bench.window.form().resultLabel->toolTip();
+    velnoext_set_language("tr");
+    QCOMPARE(reason, QString::fromUtf8(velnoext_cause_text(VelnoCause_ClosedWhileWaiting)));
+    QCOMPARE(bench.window.form().resultLabel->accessibleDescription(), reason);
 }
 
 QTEST_MAIN(TestDeviceTest)

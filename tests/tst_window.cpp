@@ -1,3 +1,4 @@
+#include "tests/closing_times.h"
 #include "tests/ends_with_test.h"
 #include "tests/window_under_test.h"
 
@@ -10,10 +11,10 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScopeGuard>
-#include <QSemaphore>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
@@ -41,20 +42,14 @@ void connectAndLeave(quint16 port)
     } while (!socket.waitForConnected(longWait) && !deadline.hasExpired()); // nobody listens yet
 }
 
-/** A window that is closed while it waits for a register: the register comes when its destruction has begun.
- */
-class ClosingWindow : public Window
+/** Whether somebody listens on this port of all addresses. A look alone: who tried it would be in the way. */
+bool isListenedOn(quint16 port)
 {
-public:
-    explicit ClosingWindow(QSemaphore &closing)
-        : m_closing(closing)
-    {
-    }
-    ~ClosingWindow() override { m_closing.release(); }
-
-private:
-    QSemaphore &m_closing;
-};
+    QFile sockets(u"/proc/net/tcp"_s);
+    const QByteArray line =
+        ": 00000000:" + QByteArray::number(port, 16).rightJustified(4, '0').toUpper() + " 00000000:0000 0A ";
+    return sockets.open(QIODevice::ReadOnly) && sockets.readAll().contains(line);
+}
 
 // Set in the process of networksOfOtherMachines() that runs inside the other network.
 constexpr const char *expectedNetwork = "VELNO_TEST_EXPECTED_NETWORK";
@@ -124,11 +119,14 @@ private slots:
     void failedPairingShowsItsCode();
     void secondClickIsPartOfTheFirst();
     void paintsWhileAPairingWaits();
-    void closingWaitsForTheRunningPairing();
+    void closingEndsAPairingAtOnce_data();
+    void closingEndsAPairingAtOnce();
+    void destructionEndsAPairingAtOnce();
+    void windowThatWasClosedPairsAgain();
+    void failureIsExplainedInTurkish();
     void pairsWithARegister_data();
     void pairsWithARegister();
     void pairsAgainAndAgain();
-    void closingWhileARegisterPairs();
 
 private:
     QString file(const QString &name, const QByteArray &content);
@@ -717,28 +715,88 @@ void TestWindow::paintsWhileAPairingWaits()
     QTRY_VERIFY_WITH_TIMEOUT(window.buttonsEnabled(), longWait);
 }
 
-void TestWindow::closingWaitsForTheRunningPairing()
+void TestWindow::closingEndsAPairingAtOnce_data()
 {
-    QSemaphore closing;
-    std::jthread peer; // ends behind the window, however this test does
-    auto window = std::make_unique<ClosingWindow>(closing);
-    window->fill(m_application);
-    window->show();
-    const quint16 port = window->port();
-    peer = std::jthread([&closing, port] {
-        closing.acquire();
-        connectAndLeave(port);
-    });
+    QTest::addColumn<bool>("connected");
+    QTest::newRow("that waits for a register") << false;
+    QTest::newRow("with a register that is silent") << true;
+}
 
-    window->pair();
-    QTRY_VERIFY_WITH_TIMEOUT(!window->form().pairPushButton->isEnabled(), longWait);
-    window->close();
-    window.reset();
-    // The workflow has ended: nothing listens any more.
-    QTcpSocket late;
-    late.connectToHost(QHostAddress::LocalHost, port);
-    QVERIFY(!late.waitForConnected(longWait));
-    QCOMPARE(late.error(), QAbstractSocket::ConnectionRefusedError);
+void TestWindow::closingEndsAPairingAtOnce()
+{
+    QFETCH(const bool, connected);
+    ClosingTimes times;
+    for (int i = 0; i < ClosingTimes::enough; ++i) {
+        Window window;
+        window.fill(m_application);
+        window.show();
+        const quint16 port = window.port();
+        window.pair();
+        QTRY_VERIFY_WITH_TIMEOUT(isListenedOn(port), longWait);
+        QTcpSocket silent;
+        if (connected) {
+            silent.connectToHost(QHostAddress::LocalHost, port);
+            QVERIFY(silent.waitForReadyRead(longWait)); // it has been asked, and says nothing
+        }
+        times.measure([&window] { window.close(); });
+        QVERIFY(!window.isVisible());
+        QVERIFY(QTcpServer().listen(QHostAddress::Any, port)); // free for a window that is opened next
+        QCoreApplication::processEvents();
+        QCOMPARE(window.status(), u"Cihazda eşlemeyi başlatabilirsiniz."_s); // no error of nobody's
+        QVERIFY(window.buttonsEnabled());
+    }
+    QVERIFY2(times.areShort(), qPrintable(times.inWords()));
+}
+
+void TestWindow::destructionEndsAPairingAtOnce()
+{
+    ClosingTimes times;
+    for (int i = 0; i < ClosingTimes::enough; ++i) {
+        auto window = std::make_unique<Window>();
+        window->fill(m_application);
+        const quint16 port = window->port();
+        window->pair(); // and before its thread has begun
+        times.measure([&window] { window.reset(); });
+        QVERIFY(QTcpServer().listen(QHostAddress::Any, port));
+    }
+    QVERIFY2(times.areShort(), qPrintable(times.inWords()));
+}
+
+void TestWindow::windowThatWasClosedPairsAgain()
+{
+    Window window;
+    window.fill(m_application);
+    window.show();
+    window.pair();
+    window.close();
+    window.show();
+    QProcess cashRegister;
+    startRegister(cashRegister, window.port());
+    window.pair();
+    QTRY_COMPARE_WITH_TIMEOUT(window.status(), u"Eşleme başarılı."_s, longWait);
+    QVERIFY(ended(cashRegister));
+}
+
+void TestWindow::failureIsExplainedInTurkish()
+{
+    Window window;
+    window.fill(m_application);
+    QTcpServer other;
+    QVERIFY(other.listen(QHostAddress::Any, window.port()));
+    window.pair();
+    QTRY_COMPARE_WITH_TIMEOUT(window.status(), u"Eşleme hatası: 1006"_s, longWait);
+    const QLabel *const label = window.form().resultLabel;
+    const QString reason = label->toolTip();
+    QVERIFY2(reason.startsWith(u"Bağlantı noktası (port) bu bilgisayarda kullanımda."_s), qPrintable(reason));
+    QVERIFY2(reason.contains(u"\nÇözüm: "_s), qPrintable(reason));
+    QCOMPARE(label->accessibleDescription(), reason);
+
+    QTRY_VERIFY_WITH_TIMEOUT(window.buttonsEnabled(), longWait);
+    window.form().portLineEdit->clear();
+    window.pair(); // the reason goes with its text
+    QCOMPARE(window.status(), u"Port geçerli değil."_s);
+    QCOMPARE(label->toolTip(), QString());
+    QCOMPARE(label->accessibleDescription(), QString());
 }
 
 void TestWindow::pairsWithARegister_data()
@@ -789,18 +847,6 @@ void TestWindow::pairsAgainAndAgain()
         QTRY_VERIFY_WITH_TIMEOUT(window.buttonsEnabled(), longWait);
         QVERIFY(ended(cashRegister));
     }
-}
-
-void TestWindow::closingWhileARegisterPairs()
-{
-    auto window = std::make_unique<Window>();
-    window->fill(m_application);
-    QProcess cashRegister;
-    window->pair();
-    QTRY_VERIFY_WITH_TIMEOUT(!window->form().pairPushButton->isEnabled(), longWait);
-    startRegister(cashRegister, window->port());
-    window.reset(); // comes back when the register has paired
-    QVERIFY(ended(cashRegister));
 }
 
 QTEST_MAIN(TestWindow)

@@ -11,7 +11,6 @@
 class WindowUnderTest : public Gmp3UI
 {
 public:
-    using Gmp3UI::graceOfATest;
     using Gmp3UI::hardwareId;
     using Gmp3UI::testPause;
 
