@@ -1,4 +1,5 @@
 #include "tests/ends_with_test.h"
+#include "tests/full_disk.h"
 #include "tests/simulated_register.h"
 #include "tests/test_support.h"
 
@@ -8,6 +9,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using TestSupport::freePort;
@@ -43,6 +45,7 @@ private slots:
     void posLeavesPrintingToTheCashier_data();
     void posLeavesPrintingToTheCashier();
     void posTakesATornLineOffItsBooks();
+    void posLeavesNoHalfLineOnAFullDisk();
     void posRefusesBooksThatAreNone();
 };
 
@@ -89,7 +92,11 @@ public:
     void open()
     {
         m_till = std::make_unique<QProcess>();
-        m_till->setChildProcessModifier(TestSupport::endsWithTest());
+        m_till->setChildProcessModifier(TestSupport::endsWithTest([size = diskSize] {
+            static std::optional<FullDisk> fullDisk; // until the till takes the place of this process
+            if (size > 0)
+                fullDisk.emplace(size);
+        }));
         m_till->start(QStringLiteral(VELNO_EXAMPLES "/pos"),
                       {serialNo, u"127.0.0.1"_s, QString::number(m_port), booksFile()});
     }
@@ -172,6 +179,7 @@ public:
     }
 
     std::unique_ptr<SimulatedRegister> reg;
+    qint64 diskSize = 0; ///< no file of the next till grows beyond it; 0: any size
 
 private:
     QTemporaryDir m_folder;
@@ -611,6 +619,20 @@ void TestExamples::posTakesATornLineOffItsBooks()
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(shop.books(),
              QByteArray("open 1 1\ncancelled 1 1\nopen 1 1\nclosed 1 1 1000 1000 0 0\ntold 1 1\n"));
+}
+
+void TestExamples::posLeavesNoHalfLineOnAFullDisk()
+{
+    Shop shop;
+    const QByteArray before = "report 1\nreported 1\n";
+    shop.write(before);
+    shop.diskSize = before.size() + 4; // of "open 1 1"
+    const Outcome outcome = shop.day("item 10 1 1 Ekmek\nagain\n");
+    QCOMPARE(outcome.errors.count("The books cannot be written"), 2);
+    QCOMPARE(shop.books(), before);
+    shop.diskSize = 0;
+    QCOMPARE(shop.day("item 10 1 1 Ekmek\nend\n").exitCode, 0);
+    QCOMPARE(shop.books(), before + "open 1 2\nclosed 1 2 1000 1000 0 0\ntold 1 2\n");
 }
 
 void TestExamples::posRefusesBooksThatAreNone()
