@@ -22,6 +22,7 @@ class TestExamples : public QObject
 private slots:
     void stateIsRead();
     void failureIsExplained();
+    void linesAboutAPairingAreNoResult();
     void usageIsShown();
     void posSellsAndReports();
     void posExplainsWhatItIsRefused();
@@ -215,6 +216,18 @@ void TestExamples::failureIsExplained()
     QVERIFY2(wrong.errors.startsWith("Connecting failed: "), wrong.errors.constData());
     QCOMPARE(wrong.errors.count('\n'), 5); // and one about the argument
     QCOMPARE(wrong.exitCode, 4);
+}
+
+/** They come from the library, and whoever reads the result would have to know them. */
+void TestExamples::linesAboutAPairingAreNoResult()
+{
+    const quint16 port = freePort();
+    SimulatedRegister reg(port, {u"--fault"_s, u"bad-crc"_s});
+    const Outcome outcome = run({serialNo, u"127.0.0.1"_s, QString::number(port)});
+    QCOMPARE(outcome.exitCode, 10);
+    QCOMPARE(outcome.output, QByteArray());
+    QVERIFY2(!outcome.errors.startsWith("Connecting failed: "), outcome.errors.constData());
+    QVERIFY(outcome.errors.contains("\nConnecting failed: "));
 }
 
 void TestExamples::usageIsShown()

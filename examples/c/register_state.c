@@ -25,6 +25,13 @@ static int report(const char *step, int code)
     return code;
 }
 
+/* The library's own lines do not belong among the results. */
+static void hearLibrary(const char *text, void *context)
+{
+    (void)context;
+    fprintf(stderr, "%s\n", text);
+}
+
 int main(int argc, char **argv)
 {
     int code, state, z;
@@ -32,6 +39,7 @@ int main(int argc, char **argv)
         fprintf(stderr, "Usage: %s SERIAL ADDRESS PORT\n", argv[0]);
         return 64;
     }
+    velnoext_set_log(hearLibrary, NULL);
     code = velnoext_initialize(application, argv[1], argv[2], (unsigned short)atoi(argv[3]), connectTimeout);
     if (code != 0)
         return report("Connecting", code);
