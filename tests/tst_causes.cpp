@@ -492,6 +492,12 @@ std::vector<Way> waysOfTheAnswer()
          }},
         {VelnoCause_SilentRegister, 2, "the rest does not come",
          [] { return answeredBytes([](const HandMadeDevice &) { return hex("0000000A41"); }, brief); }},
+    };
+}
+
+std::vector<Way> waysOfDamagedAnswers()
+{
+    return {
         {VelnoCause_FrameLength, 12, "another length", [] { return answeredDamaged(1); }},
         {VelnoCause_FrameCrc, 12, "another CRC", [] { return answeredDamaged(-1); }},
         {VelnoCause_FrameSerial, 12, "another register",
@@ -546,7 +552,7 @@ const QVector<int> ready{1};
 
 std::vector<Way> waysOfRefusals()
 {
-    std::vector<Way> ways{
+    return {
         {VelnoCause_SaidNo, 8, "no, and no more", [] { return answered(plain(false), login); }},
         {VelnoCause_SaidNo, 8, "no to a Z number",
          [] {
@@ -589,6 +595,12 @@ std::vector<Way> waysOfRefusals()
          [] { return answered(plain(true, 5, QVector<int>{0}, 16), addItem); }},
         {30'000, 7, "another display beside payments",
          [] { return answered(plain(true, 5, QVector<int>{0}, 8), addItem); }},
+    };
+}
+
+std::vector<Way> waysOfStatesAndKeys()
+{
+    return {
         {20'005, 6, "a sale is open",
          [] { return answered(plain(5, ready), [] { return velnoext_start_sale(patience); }); }},
         {20'005, 6, "a report while a sale is open",
@@ -617,6 +629,12 @@ std::vector<Way> waysOfRefusals()
              return answeredInTurn({plain(5, ready, 0), plain(5, ready)}, cancelSale);
          }},
     };
+}
+
+/** What a register tells by number, as a step of a sale is answered. */
+std::vector<Way> waysOfNumbers()
+{
+    std::vector<Way> ways;
     for (const int error : {1, 2, 4, 8, 16, 32, 64})
         ways.push_back({VelnoCause_OfError + error, 8, "error " + QByteArray::number(error),
                         [error] { return answered(plain(true, 5, ready, error), addItem); }});
@@ -634,11 +652,75 @@ const std::vector<Way> &ways()
     static const std::vector<Way> all = [] {
         std::vector<Way> some;
         for (const auto &part :
-             {waysOfConnecting(), waysOfPairing(), waysOfTheCall(), waysOfTheAnswer(), waysOfRefusals()})
+             {waysOfConnecting(), waysOfPairing(), waysOfTheCall(), waysOfTheAnswer(), waysOfDamagedAnswers(),
+              waysOfRefusals(), waysOfStatesAndKeys(), waysOfNumbers()})
             some.insert(some.end(), part.begin(), part.end());
         return some;
     }();
     return all;
+}
+
+/** A failure at the simulated register, and the name of its cause. Without a call it is that of connecting.
+ */
+void row(const char *name, const char *options, int result, const char *cause, std::function<int()> ask = {})
+{
+    QTest::newRow(name) << QString::fromLatin1(options).split(u' ', Qt::SkipEmptyParts) << result
+                        << QString::fromLatin1(cause) << std::move(ask);
+}
+
+void addReasonsOfSelling()
+{
+    const auto startSale = [] { return velnoext_start_sale(patience); };
+    const auto inSale = [startSale](int (*ask)()) {
+        return [startSale, ask] { return startSale() == 0 ? ask() : -1; };
+    };
+    const auto sell = [](long long price, int quantity) {
+        VelnoSaleItem item{price, quantity, 0, 0, "Ekmek", 1, 0};
+        VelnoEcrSaleTotals totals{};
+        return velnoext_add_sale_item(patience, &item, &totals);
+    };
+    row("item without a sale", "", 6, "state-idle", addItem);
+    row("sale while one is open", "", 6, "state-sale-open",
+        [=] { return startSale() == 0 ? startSale() : -1; });
+    row("sale without paper", "--no-paper", 6, "state-idle", startSale);
+    row("sale while out of service", "--state 8", 6, "state-out-of-service", startSale);
+    row("login while starting", "--state 0", 8, "said-no", login);
+    row("paper", "--no-paper", 9, "printer-empty", [] { return velnoext_check_printer_paper(patience); });
+    row("report without paper", "--no-paper", 8, "said-no", velnoext_x_report);
+    row("item over the limit", "--sale-limit 1000", 8, "register-over-limit", inSale(addItem));
+    row("item of no quantity", "", 8, "register-wrong-value",
+        [=] { return startSale() == 0 ? sell(100, -1000) : -1; });
+    row("item that is not there", "", 8, "register-nothing-there", inSale([] {
+            VelnoEcrSaleTotals totals{};
+            return velnoext_delete_sale_item(patience, 7, &totals);
+        }));
+    row("item behind a payment", "", 8, "register-payment-begun", inSale([] {
+            if (addItem() != 0 || velnoext_add_payment(VelnoPaymentKey_F10, 100) != 0)
+                return -1;
+            return addItem();
+        }));
+    row("item refused without a word", "--fault refuse=item", 8, "register-wrong-value", inSale(addItem));
+    row("journal that cannot be written", "--fault error=64", 7, "register-no-journal", startSale);
+    row("keys at the wrong display", "--fault error=1", 7, "register-wrong-key", startSale);
+    row("error of another register", "--fault error=128", 7, "register-error", startSale);
+}
+
+void addFaults()
+{
+    row("another authority", "--fault wrong-authority", 10, "certificate-not-trusted");
+    row("wrong signature", "--fault bad-signature", 10, "signature-invalid");
+    row("another application", "--fault wrong-app-hash", 10, "pairing-refused");
+    row("another serial number", "--fault other-serial", 10, "frame-serial");
+    row("damaged on its way", "--fault bad-crc", 10, "frame-crc");
+    row("no message", "--fault no-message-tag", 10, "frame-message");
+    row("too long", "--fault oversize", 10, "frame-length");
+    row("closes", "--fault close=2", 10, "closed-while-waiting");
+    row("half an answer", "--fault half-frame", 2, "silent-register", [] { return velnoext_login(brief); });
+    row("a gigabyte", "--fault huge-frame", 2, "answer-too-long", login);
+    row("has lost its keys", "--fault forget-pairing", 2, "closed-while-waiting", login);
+    row("wrong MAC", "--fault bad-mac", 11, "mac-wrong", login);
+    row("no MAC", "--fault no-mac", 12, "elements-wrong", login);
+    row("too short", "--fault short-reply", 5, "answer-too-short", readState);
 }
 
 /** Causes without a way above. */
@@ -786,59 +868,8 @@ void TestCauses::reasonsOfTheSimulatedRegister_data()
     QTest::addColumn<int>("result");
     QTest::addColumn<QString>("name");
     QTest::addColumn<std::function<int()>>("ask");
-
-    const auto row = [](const char *name, const char *options, int result, const char *cause,
-                        std::function<int()> ask) {
-        QTest::newRow(name) << QString::fromLatin1(options).split(u' ', Qt::SkipEmptyParts) << result
-                            << QString::fromLatin1(cause) << std::move(ask);
-    };
-    const auto startSale = [] { return velnoext_start_sale(patience); };
-    const auto inSale = [startSale](int (*ask)()) {
-        return [startSale, ask] { return startSale() == 0 ? ask() : -1; };
-    };
-    const auto sell = [](long long price, int quantity) {
-        VelnoSaleItem item{price, quantity, 0, 0, "Ekmek", 1, 0};
-        VelnoEcrSaleTotals totals{};
-        return velnoext_add_sale_item(patience, &item, &totals);
-    };
-    row("item without a sale", "", 6, "state-idle", addItem);
-    row("sale while one is open", "", 6, "state-sale-open",
-        [=] { return startSale() == 0 ? startSale() : -1; });
-    row("sale without paper", "--no-paper", 6, "state-idle", startSale);
-    row("sale while out of service", "--state 8", 6, "state-out-of-service", startSale);
-    row("login while starting", "--state 0", 8, "said-no", login);
-    row("paper", "--no-paper", 9, "printer-empty", [] { return velnoext_check_printer_paper(patience); });
-    row("report without paper", "--no-paper", 8, "said-no", velnoext_x_report);
-    row("item over the limit", "--sale-limit 1000", 8, "register-over-limit", inSale(addItem));
-    row("item of no quantity", "", 8, "register-wrong-value",
-        [=] { return startSale() == 0 ? sell(100, -1000) : -1; });
-    row("item that is not there", "", 8, "register-nothing-there", inSale([] {
-            VelnoEcrSaleTotals totals{};
-            return velnoext_delete_sale_item(patience, 7, &totals);
-        }));
-    row("item behind a payment", "", 8, "register-payment-begun", inSale([] {
-            if (addItem() != 0 || velnoext_add_payment(VelnoPaymentKey_F10, 100) != 0)
-                return -1;
-            return addItem();
-        }));
-    row("item refused without a word", "--fault refuse=item", 8, "register-wrong-value", inSale(addItem));
-    row("journal that cannot be written", "--fault error=64", 7, "register-no-journal", startSale);
-    row("keys at the wrong display", "--fault error=1", 7, "register-wrong-key", startSale);
-    row("error of another register", "--fault error=128", 7, "register-error", startSale);
-    row("another authority", "--fault wrong-authority", 10, "certificate-not-trusted", {});
-    row("wrong signature", "--fault bad-signature", 10, "signature-invalid", {});
-    row("another application", "--fault wrong-app-hash", 10, "pairing-refused", {});
-    row("another serial number", "--fault other-serial", 10, "frame-serial", {});
-    row("damaged on its way", "--fault bad-crc", 10, "frame-crc", {});
-    row("no message", "--fault no-message-tag", 10, "frame-message", {});
-    row("too long", "--fault oversize", 10, "frame-length", {});
-    row("closes", "--fault close=2", 10, "closed-while-waiting", {});
-    row("half an answer", "--fault half-frame", 2, "silent-register", [] { return velnoext_login(brief); });
-    row("a gigabyte", "--fault huge-frame", 2, "answer-too-long", login);
-    row("has lost its keys", "--fault forget-pairing", 2, "closed-while-waiting", login);
-    row("wrong MAC", "--fault bad-mac", 11, "mac-wrong", login);
-    row("no MAC", "--fault no-mac", 12, "elements-wrong", login);
-    row("too short", "--fault short-reply", 5, "answer-too-short", readState);
+    addReasonsOfSelling();
+    addFaults();
 }
 
 void TestCauses::reasonsOfTheSimulatedRegister()
