@@ -17,7 +17,7 @@ QByteArray frameFrom(Fuzz::Input &input)
     const QByteArray bytes = input.chunk();
     switch (how >> 5) {
     case 7:
-        return bytes;
+        return how & 1 ? GMP3::frame(true, None, bytes, "UB0000000001") : bytes;
     case 6:
         return GMP3::frame(true, None, bytes, Fuzz::serial);
     case 5:
