@@ -63,6 +63,15 @@ void closeSession()
     velno_network_disconnect(std::exchange(Velno::GMP::connection_handle, 0U));
 }
 
+/** A text of several lines for a tool tip: of rich text alone, long lines are broken. */
+QString inLines(const QString &text)
+{
+    if (text.isEmpty())
+        return {};
+    return QStringLiteral("<p>%1</p>")
+        .arg(text.toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")));
+}
+
 /**
  * While it lives, the pool may start one thread more than it has: this one does little but wait. Qt paints
  * with threads of the same pool, and on a computer with one core it would have none left for the window.
@@ -142,7 +151,7 @@ void Gmp3UI::setText(const QString &text, int cause)
     const QString reason = cause == 0 ? QString() : QString::fromUtf8(velnoext_cause_text(cause));
     const auto show = [label = ui->resultLabel, text, reason] {
         label->setText(text);
-        label->setToolTip(reason);
+        label->setToolTip(inLines(reason));
         label->setAccessibleDescription(reason);
     };
     if (QThread::currentThread() == thread())

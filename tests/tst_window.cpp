@@ -786,7 +786,7 @@ void TestWindow::failureIsExplainedInTurkish()
     window.pair();
     QTRY_COMPARE_WITH_TIMEOUT(window.status(), u"Eşleme hatası: 1006"_s, longWait);
     const QLabel *const label = window.form().resultLabel;
-    const QString reason = label->toolTip();
+    const QString reason = window.reason();
     QVERIFY2(reason.startsWith(u"Bağlantı noktası (port) bu bilgisayarda kullanımda."_s), qPrintable(reason));
     QVERIFY2(reason.contains(u"\nÇözüm: "_s), qPrintable(reason));
     QCOMPARE(label->accessibleDescription(), reason);

@@ -6,6 +6,7 @@
 #include "ui_gmp3ui.h"
 
 #include <QTest>
+#include <QTextDocumentFragment>
 
 /** The window with its inside visible. */
 class WindowUnderTest : public Gmp3UI
@@ -16,6 +17,8 @@ public:
 
     Ui_Gmp3UI &form() { return *ui; }
     QString status() { return form().resultLabel->text(); }
+    /** What the tool tip of the status says, as it is read. */
+    QString reason() { return QTextDocumentFragment::fromHtml(form().resultLabel->toolTip()).toPlainText(); }
     bool buttonsEnabled() { return form().pairPushButton->isEnabled() && form().testPushButton->isEnabled(); }
     bool buttonsDisabled()
     {
