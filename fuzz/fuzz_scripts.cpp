@@ -29,7 +29,8 @@ void readAsCommands(const QByteArray &line)
 {
     QStringList words;
     const QStringList standardInput{QStringLiteral("run"), QStringLiteral("-")};
-    if (!splitWords(line, &words).isEmpty() || (words.contains(standardInput.first()) && words != standardInput))
+    if (!splitWords(line, &words).isEmpty() ||
+        (words.contains(standardInput.first()) && words != standardInput))
         return;
     parseLine(line, Shell);
     parseWords(words, CommandLine);
