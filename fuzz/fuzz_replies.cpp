@@ -35,7 +35,7 @@ public:
 protected:
     qint64 readData(char *data, qint64 size) override
     {
-        const QByteArray taken = m_unread.left(size);
+        const QByteArray taken = m_unread.left(qsizetype(std::min<qint64>(size, m_unread.size())));
         m_unread.remove(0, taken.size());
         std::copy(taken.cbegin(), taken.cend(), data);
         return taken.size();

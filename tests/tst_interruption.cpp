@@ -28,7 +28,11 @@ constexpr QDeadlineTimer noEnd{QDeadlineTimer::Forever};
 class Pipe
 {
 public:
-    Pipe() { Q_ASSERT(pipe(m_ends.data()) == 0); }
+    Pipe()
+    {
+        if (pipe(m_ends.data()) != 0)
+            qFatal("no pipe");
+    }
     ~Pipe()
     {
         close(m_ends[0]);
