@@ -219,8 +219,11 @@ void TestVelnoctlShell::ctrlCClearsAHalfTypedLine()
     device.meet();
     Terminal terminal(Client::program(), target(device.port) + QStringList{u"shell"_s});
     QVERIFY(terminal.waitFor("velnoctl> "));
+    // What velnoctl has not read the terminal forgets at Ctrl-C. From here on velnoctl shows what it has
+    // read.
+    QTRY_VERIFY_WITH_TIMEOUT(!terminal.isAsBefore(), longestWait);
     terminal.type(text);
-    QVERIFY(terminal.waitFor(text.right(2))); // the terminal forgets at Ctrl-C what has not been read
+    QVERIFY(terminal.waitFor(text.right(2)));
     terminal.type(key);
     QVERIFY(terminal.waitFor(key.isEmpty() ? "" : "\b"));
     terminal.type("\x03");
