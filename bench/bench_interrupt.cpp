@@ -6,6 +6,8 @@
 #include "ExtDevice/velnoext/velnoext.h"
 #include "bench/bare_socket.h"
 
+#include <QTcpSocket>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -14,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <sys/socket.h>
 #include <thread>
 #include <vector>
 
@@ -80,14 +83,22 @@ int askForZ()
     return velnoext_current_z(noLimit, &z);
 }
 
-int sendUntilNobodyReads()
+/** A register that does not read, and a system that takes nothing more for it. */
+void connectFullRegister()
+{
+    connectSilentRegister();
+    static const std::string bytes(64 * 1024, 'x');
+    auto *const socket = qobject_cast<QTcpSocket *>(Velno::Ext::library().connections.value(serial).data());
+    require(socket, "the register's socket");
+    const auto descriptor = int(socket->socketDescriptor());
+    while (::send(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) {
+    }
+}
+
+int sendData()
 {
     mayInterrupt = true;
-    static const std::string bytes(65'000, 'x');
-    int result = 0;
-    while (result == 0)
-        result = velnoext_send_data(bytes.data(), int(bytes.size()));
-    return result;
+    return velnoext_send_data("x", 1);
 }
 
 /** From a first connection that is told so, and then left, the library waits for the key exchange. */
@@ -170,7 +181,7 @@ int main()
         {"a register to come for the key exchange", [] {}, pairWithNobody, 10},
         {"its answer in the key exchange", [] { peer.reset(); }, pairWithSilence, 10},
         {"its answer to a command", connectSilentRegister, askForZ, 2},
-        {"bytes to leave for one that does not read", connectSilentRegister, sendUntilNobodyReads, 2},
+        {"bytes to leave for one that does not read", connectFullRegister, sendData, 2},
     };
     bool isGood = true;
     for (const Wait &wait : waits)
