@@ -420,9 +420,10 @@ void TestWaysOut::interruptsFromEightThreads()
     device.answerPlain(plain(true));
     library().pairingRecords[serial] = device.record;
     const quint16 port = freePort();
-    device.serve(port, 1'000'000);
     int surprises = 0;
     for (int i = 0; i < 50; ++i) {
+        // Anew each time: a register that connects just as nobody listens any more may never hear of it.
+        device.serve(port, 1'000'000);
         const int connected = velnoext_initialize(5, serial, "127.0.0.1", port, 20);
         const int asked = velnoext_login(patience);
         surprises += (connected != 0 && connected != 2) || asked < 0 || asked > 2;
@@ -432,6 +433,7 @@ void TestWaysOut::interruptsFromEightThreads()
     for (std::thread &asker : askers)
         asker.join();
     QCOMPARE(surprises, 0);
+    device.serve(port, 1);
     QCOMPARE(connectTo(port), 0); // nothing of it lasts
     QCOMPARE(velnoext_login(patience), 0);
 }
