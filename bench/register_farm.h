@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/pairing_responder.h"
+#include "simulator/register/pairing_responder.h"
 
 #include <QByteArray>
 #include <QHash>

@@ -3,7 +3,7 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "fuzz/fuzz_input.h"
-#include "tests/test_authority.h"
+#include "tests/support/test_authority.h"
 
 using namespace Velno::GMP;
 

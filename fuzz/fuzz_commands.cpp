@@ -1,7 +1,7 @@
 // Commands to the simulated register, behind a right MAC and without one: what they may do to its till.
 #include "fuzz/fuzz_input.h"
 #include "fuzz/paired_record.h"
-#include "simulator/command_responder.h"
+#include "simulator/register/command_responder.h"
 
 #include <QCoreApplication>
 #include <QtEndian>

@@ -3,7 +3,7 @@
 #include "fuzz/honest_requests.h"
 #include "fuzz/loopback.h"
 #include "fuzz/paired_record.h"
-#include "simulator/cash_register.h"
+#include "simulator/register/cash_register.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,7 +1,7 @@
 // Strangers at the relay's three doors, who name registers, say more than a name, and leave when they like.
 #include "fuzz/fuzz_input.h"
 #include "fuzz/loopback.h"
-#include "simulator/relay.h"
+#include "simulator/relay/relay.h"
 
 #include <QCoreApplication>
 

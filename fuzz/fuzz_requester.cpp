@@ -5,7 +5,7 @@
 #include "ExtDevice/network/velno_network.h"
 #include "fuzz/fuzz_input.h"
 #include "fuzz/loopback.h"
-#include "tests/hand_made_register.h"
+#include "tests/support/hand_made_register.h"
 
 #include <QCoreApplication>
 

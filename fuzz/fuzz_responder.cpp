@@ -3,7 +3,7 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "fuzz/fuzz_input.h"
 #include "fuzz/honest_requests.h"
-#include "simulator/pairing_responder.h"
+#include "simulator/register/pairing_responder.h"
 
 using namespace Velno::GMP;
 

@@ -75,7 +75,7 @@ velno_known_groups(\"\${VELNO_DH_GROUPS}\" \${PROJECT_BINARY_DIR}/known_groups_d
 ")
 
 # Good files, and none.
-file(READ ${SOURCE}/tests/group_of_its_own.pem own)
+file(READ ${SOURCE}/tests/support/group_of_its_own.pem own)
 set(fingerprint ff3b5fed81431a2e05e6f7d7bc42269b681cbe8a9ad806e55f1606dd2391381f)
 set(line "Diffie-Hellman group 1: 2048 bits, generator 0x02, SHA-256 of the prime ${fingerprint}")
 accepts("" "")

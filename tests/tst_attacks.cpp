@@ -4,9 +4,9 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/network/velno_network.h"
-#include "tests/library_test.h"
-#include "tests/test_support.h"
-#include "tests/window_under_test.h"
+#include "tests/support/library_test.h"
+#include "tests/support/test_support.h"
+#include "tests/support/window_under_test.h"
 
 #include <QSettings>
 #include <QTemporaryDir>

@@ -2,10 +2,10 @@
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/texts.h"
-#include "tests/library_test.h"
-#include "tests/simulated_register.h"
-#include "tests/test_authority.h"
-#include "tests/test_support.h"
+#include "tests/support/library_test.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/test_authority.h"
+#include "tests/support/test_support.h"
 
 #include <QFile>
 #include <QProcess>

@@ -1,8 +1,8 @@
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/velnoext/library_state.h"
-#include "tests/library_test.h"
-#include "tests/test_support.h"
+#include "tests/support/library_test.h"
+#include "tests/support/test_support.h"
 
 #include <QTest>
 

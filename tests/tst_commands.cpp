@@ -4,13 +4,13 @@
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
-#include "simulator/command_table.h"
-#include "simulator/faults.h"
-#include "simulator/fiscal_model.h"
-#include "tests/peer.h"
-#include "tests/refusal_check.h"
-#include "tests/simulated_register.h"
-#include "tests/test_support.h"
+#include "simulator/fiscal/fiscal_model.h"
+#include "simulator/register/command_table.h"
+#include "simulator/register/faults.h"
+#include "tests/support/peer.h"
+#include "tests/support/refusal_check.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/test_support.h"
 
 #include <QDataStream>
 #include <QDateTime>

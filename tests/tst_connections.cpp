@@ -1,8 +1,8 @@
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/connections.h"
-#include "tests/library_test.h"
-#include "tests/test_support.h"
+#include "tests/support/library_test.h"
+#include "tests/support/test_support.h"
 
 #include <QFile>
 #include <QPointer>

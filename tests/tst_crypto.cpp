@@ -2,8 +2,8 @@
 #include "ExtDevice/gmp3/known_groups.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "ExtDevice/gmp3_util.h"
-#include "tests/test_authority.h"
-#include "tests/test_support.h"
+#include "tests/support/test_authority.h"
+#include "tests/support/test_support.h"
 
 #include <QTest>
 

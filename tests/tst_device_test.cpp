@@ -1,10 +1,10 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/velnoext/library_state.h"
-#include "tests/closing_times.h"
-#include "tests/device_test_texts.h"
-#include "tests/library_test.h"
-#include "tests/status_record.h"
-#include "tests/window_under_test.h"
+#include "tests/support/closing_times.h"
+#include "tests/support/device_test_texts.h"
+#include "tests/support/library_test.h"
+#include "tests/support/status_record.h"
+#include "tests/support/window_under_test.h"
 
 #include <QRegularExpression>
 #include <QTcpServer>

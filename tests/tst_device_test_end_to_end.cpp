@@ -1,9 +1,9 @@
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
-#include "tests/device_test_texts.h"
-#include "tests/simulated_register.h"
-#include "tests/status_record.h"
-#include "tests/window_under_test.h"
+#include "tests/support/device_test_texts.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/status_record.h"
+#include "tests/support/window_under_test.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>

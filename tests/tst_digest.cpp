@@ -2,8 +2,8 @@
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/encoding/file.h"
 
-#include "tests/exact_bytes.h"
-#include "tests/test_support.h"
+#include "tests/support/exact_bytes.h"
+#include "tests/support/test_support.h"
 
 #include <QBuffer>
 #include <QDir>

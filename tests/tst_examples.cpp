@@ -1,7 +1,7 @@
-#include "tests/ends_with_test.h"
-#include "tests/full_disk.h"
-#include "tests/simulated_register.h"
-#include "tests/test_support.h"
+#include "tests/support/ends_with_test.h"
+#include "tests/support/full_disk.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/test_support.h"
 
 #include <QDir>
 #include <QProcess>

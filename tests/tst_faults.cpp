@@ -1,11 +1,11 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "pairing/gmp3ui.h"
-#include "simulator/faults.h"
-#include "simulator/foreign_certificate.h"
-#include "tests/simulated_register.h"
-#include "tests/test_authority.h"
-#include "tests/test_support.h"
+#include "simulator/register/faults.h"
+#include "simulator/register/foreign_certificate.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/test_authority.h"
+#include "tests/support/test_support.h"
 
 #include <QComboBox>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "simulator/command_table.h"
-#include "simulator/fiscal_model.h"
-#include "simulator/model_settings.h"
+#include "simulator/fiscal/fiscal_model.h"
+#include "simulator/register/command_table.h"
+#include "simulator/register/model_settings.h"
 
 #include <QDateTime>
 #include <QTest>

@@ -2,10 +2,10 @@
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/library_state.h"
-#include "tests/library_test.h"
-#include "tests/memory_search.h"
-#include "tests/test_support.h"
-#include "tests/window_under_test.h"
+#include "tests/support/library_test.h"
+#include "tests/support/memory_search.h"
+#include "tests/support/test_support.h"
+#include "tests/support/window_under_test.h"
 
 #include <QSettings>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 #include "ExtDevice/network/interruption.h"
 #include "ExtDevice/network/velno_network.h"
-#include "tests/test_support.h"
+#include "tests/support/test_support.h"
 
 #include <QTcpServer>
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "tests/full_disk.h"
-#include "tests/till_at_hand.h"
+#include "tests/support/full_disk.h"
+#include "tests/support/till_at_hand.h"
 
 #include <QFile>
 #include <QSqlQuery>

@@ -2,8 +2,8 @@
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/network/velno_network.h"
-#include "tests/hand_made_register.h"
-#include "tests/test_support.h"
+#include "tests/support/hand_made_register.h"
+#include "tests/support/test_support.h"
 
 #include <QTcpServer>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "tests/till_at_hand.h"
+#include "tests/support/till_at_hand.h"
 
 #include <QFile>
 #include <QTest>

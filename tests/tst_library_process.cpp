@@ -1,5 +1,5 @@
-#include "tests/library_test.h"
-#include "tests/test_support.h"
+#include "tests/support/library_test.h"
+#include "tests/support/test_support.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
-#include "tests/ends_with_test.h"
+#include "tests/support/ends_with_test.h"
 
 #include <QProcess>
 #include <QTest>

@@ -1,7 +1,7 @@
 #include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/payment.h"
-#include "tests/library_test.h"
-#include "tests/test_support.h"
+#include "tests/support/library_test.h"
+#include "tests/support/test_support.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/texts.h"
 #include "ExtDevice/velnoext/velnoext.h"
-#include "tests/simulated_register.h"
-#include "tests/test_support.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/test_support.h"
 
 #include <QFile>
 #include <QProcess>

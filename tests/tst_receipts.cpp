@@ -1,10 +1,10 @@
 #include "simulator/fiscal/money.h"
 #include "simulator/fiscal/paper.h"
 #include "simulator/fiscal/receipt_text.h"
+#include "simulator/fiscal/receipt_writer.h"
 #include "simulator/fiscal/slip.h"
-#include "simulator/receipt_writer.h"
-#include "tests/full_disk.h"
-#include "tests/till_at_hand.h"
+#include "tests/support/full_disk.h"
+#include "tests/support/till_at_hand.h"
 
 #include <QDataStream>
 #include <QDateTime>

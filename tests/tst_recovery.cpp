@@ -2,9 +2,9 @@ extern "C" {
 #include "examples/c/recovery.h"
 }
 #include "ExtDevice/velnoext/connections.h"
-#include "tests/library_test.h"
-#include "tests/simulated_register.h"
-#include "tests/test_support.h"
+#include "tests/support/library_test.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/test_support.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>

@@ -1,7 +1,7 @@
 extern "C" {
 #include "examples/c/recovery.h"
 }
-#include "tests/register_double.h"
+#include "tests/support/register_double.h"
 
 #include <QTest>
 

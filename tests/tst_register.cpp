@@ -3,13 +3,13 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
-#include "simulator/faults.h"
-#include "tests/peer.h"
-#include "tests/refusal_check.h"
-#include "tests/simulated_register.h"
-#include "tests/terminal.h"
-#include "tests/test_authority.h"
-#include "tests/test_support.h"
+#include "simulator/register/faults.h"
+#include "tests/support/peer.h"
+#include "tests/support/refusal_check.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/terminal.h"
+#include "tests/support/test_authority.h"
+#include "tests/support/test_support.h"
 
 #include <QFile>
 #include <QRegularExpression>

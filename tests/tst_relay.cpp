@@ -1,7 +1,7 @@
-#include "simulator/faults.h"
-#include "simulator/register_book.h"
-#include "tests/simulated_relay.h"
-#include "tests/test_support.h"
+#include "simulator/register/faults.h"
+#include "simulator/relay/register_book.h"
+#include "tests/support/simulated_relay.h"
+#include "tests/support/test_support.h"
 
 #include <QFile>
 #include <QRegularExpression>

@@ -1,5 +1,5 @@
 #include "ExtDevice/velnoext/library_state.h"
-#include "tests/library_test.h"
+#include "tests/support/library_test.h"
 
 #include <QTest>
 

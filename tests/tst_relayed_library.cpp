@@ -1,8 +1,8 @@
 #include "ExtDevice/velnoext/library_state.h"
-#include "simulator/faults.h"
-#include "tests/library_test.h"
-#include "tests/simulated_register.h"
-#include "tests/simulated_relay.h"
+#include "simulator/register/faults.h"
+#include "tests/support/library_test.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/simulated_relay.h"
 
 #include <QTcpServer>
 #include <QTest>

@@ -368,7 +368,7 @@ void TestResultTexts::everyReasonOfTheSimulatedRegisterHasWords()
     QCOMPARE(bits.size(), 8);
     for (const int bit : bits)
         QCOMPARE(numbersOf(causeTexts()).contains(10'000 + bit), bit != 0);
-    const QSet<int> states = numbersIn(fileText(sourceFolder() + "/../../simulator/fiscal_model.h"_L1),
+    const QSet<int> states = numbersIn(fileText(sourceFolder() + "/../../simulator/fiscal/fiscal_model.h"_L1),
                                        u"^    \\w+ = ([0-9]+),"_s);
     QCOMPARE(states.size(), 9);
     for (const int state : states)

@@ -1,7 +1,7 @@
 #include "simulator/fiscal/day_totals.h"
 #include "simulator/fiscal/money.h"
 #include "simulator/fiscal/sections.h"
-#include "tests/till_at_hand.h"
+#include "tests/support/till_at_hand.h"
 
 #include <QFile>
 #include <QRandomGenerator>

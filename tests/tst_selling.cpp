@@ -1,9 +1,9 @@
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
 #include "simulator/fiscal/sections.h"
-#include "simulator/provoked_faults.h"
-#include "tests/simulated_register.h"
-#include "tests/test_support.h"
+#include "simulator/register/provoked_faults.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/test_support.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "simulator/command_table.h"
 #include "simulator/fiscal/keyboard.h"
-#include "simulator/receipt_writer.h"
+#include "simulator/fiscal/receipt_writer.h"
+#include "simulator/register/command_table.h"
 
 #include <QDir>
 #include <QRandomGenerator>

@@ -4,9 +4,9 @@
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/network/velno_network.h"
-#include "tests/exact_bytes.h"
-#include "tests/test_authority.h"
-#include "tests/test_support.h"
+#include "tests/support/exact_bytes.h"
+#include "tests/support/test_authority.h"
+#include "tests/support/test_support.h"
 
 #include <QTcpServer>
 #include <QTcpSocket>

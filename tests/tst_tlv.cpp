@@ -1,7 +1,7 @@
 #include "ExtDevice/encoding/tlv.h"
 
-#include "tests/exact_bytes.h"
-#include "tests/test_support.h"
+#include "tests/support/exact_bytes.h"
+#include "tests/support/test_support.h"
 
 #include <QTest>
 

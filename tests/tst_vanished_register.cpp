@@ -4,7 +4,7 @@
  * minute.
  */
 #include "ExtDevice/velnoext/library_state.h"
-#include "tests/library_test.h"
+#include "tests/support/library_test.h"
 
 #include <QCoreApplication>
 #include <QProcess>

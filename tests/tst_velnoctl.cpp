@@ -1,6 +1,6 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "ExtDevice/velnoext/velnoext.h"
-#include "tests/velnoctl_client.h"
+#include "tests/support/velnoctl_client.h"
 
 #include <QDeadlineTimer>
 #include <QJsonObject>

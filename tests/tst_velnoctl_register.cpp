@@ -1,5 +1,5 @@
-#include "tests/simulated_register.h"
-#include "tests/velnoctl_client.h"
+#include "tests/support/simulated_register.h"
+#include "tests/support/velnoctl_client.h"
 
 #include <QJsonArray>
 #include <QTemporaryDir>

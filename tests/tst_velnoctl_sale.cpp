@@ -1,5 +1,5 @@
 #include "ExtDevice/velnoext/velnoext.h"
-#include "tests/velnoctl_client.h"
+#include "tests/support/velnoctl_client.h"
 
 #include <QJsonArray>
 #include <QTemporaryDir>

@@ -1,5 +1,5 @@
-#include "tests/terminal.h"
-#include "tests/velnoctl_client.h"
+#include "tests/support/terminal.h"
+#include "tests/support/velnoctl_client.h"
 
 #include <QScopeGuard>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 #include "ExtDevice/velnoext/connections.h"
-#include "tests/library_test.h"
-#include "tests/test_support.h"
+#include "tests/support/library_test.h"
+#include "tests/support/test_support.h"
 
 #include <QDeadlineTimer>
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "tests/closing_times.h"
-#include "tests/ends_with_test.h"
-#include "tests/window_under_test.h"
+#include "tests/support/closing_times.h"
+#include "tests/support/ends_with_test.h"
+#include "tests/support/window_under_test.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>

@@ -1,6 +1,6 @@
 #include "simulator/fiscal/journal.h"
 
-#include "simulator/private_file.h"
+#include "simulator/common/private_file.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

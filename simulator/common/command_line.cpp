@@ -1,0 +1,32 @@
+#include "simulator/common/command_line.h"
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace Simulator {
+
+namespace {
+
+constexpr int wrongUsage = 64;
+
+} // namespace
+
+QString versionText(const char *program, const QString &anchors)
+{
+    return QLatin1StringView(program) + u" " VELNO_VERSION "\n"_s + anchors;
+}
+
+int showText(const QString &text)
+{
+    std::fputs(qPrintable(text), stdout);
+    return 0;
+}
+
+int showWrongUsage(const char *program, const QString &text)
+{
+    std::fprintf(stderr, "%s: %s\n%s --help shows all options.\n", program, qPrintable(text), program);
+    return wrongUsage;
+}
+
+} // namespace Simulator

@@ -1,0 +1,63 @@
+#include "simulator/common/event_writer.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <cstdio>
+#include <iostream>
+
+using namespace Qt::StringLiterals;
+
+namespace Simulator {
+
+namespace {
+
+QByteArray jsonValue(const QVariant &value)
+{
+    const QByteArray array =
+        QJsonDocument(QJsonArray{QJsonValue::fromVariant(value)}).toJson(QJsonDocument::Compact);
+    return array.sliced(1, array.size() - 2);
+}
+
+QByteArray plainValue(const QVariant &value)
+{
+    if (value.typeId() != QMetaType::QStringList)
+        return value.toString().toUtf8();
+    const QStringList list = value.toStringList();
+    return list.isEmpty() ? QByteArray("none") : list.join(u' ').toUtf8();
+}
+
+} // namespace
+
+QString printable(const QByteArray &bytes)
+{
+    QString text;
+    for (const char byte : bytes) {
+        const bool visible = byte > ' ' && byte <= '~' && byte != '\\';
+        text +=
+            visible ? QString(QLatin1Char(byte)) : u"\\x%1"_s.arg(uint(uchar(byte)), 2, 16, QLatin1Char('0'));
+    }
+    return text;
+}
+
+void EventWriter::write(const char *event, std::initializer_list<Field> fields) const
+{
+    QByteArray line = m_json ? R"({"event":")" + QByteArray(event) + '"' : QByteArray(event);
+    for (const auto &[name, value] : fields)
+        line += m_json ? ",\"" + QByteArray(name) + "\":" + jsonValue(value) : ' ' + plainValue(value);
+    line += m_json ? "}\n" : "\n";
+    std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
+    std::fflush(stdout);
+}
+
+LogsToStandardError::LogsToStandardError()
+    : m_before(std::cout.rdbuf(std::cerr.rdbuf()))
+{
+}
+
+LogsToStandardError::~LogsToStandardError()
+{
+    std::cout.rdbuf(m_before);
+}
+
+} // namespace Simulator

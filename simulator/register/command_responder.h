@@ -1,0 +1,59 @@
+#pragma once
+
+#include "ExtDevice/gmp3/match_ext.h"
+#include "simulator/register/command_table.h"
+#include "simulator/register/faults.h"
+
+#include <QString>
+
+namespace Simulator {
+
+/**
+ * The register's side of a connection on which an application commands it: holds the keys of the last
+ * pairing, opens what comes and seals what goes, right or under faults. Sockets are not its business.
+ *
+ * A message is a GMP3 frame around two elements, the encrypted command (DF E0 02) and its MAC (DF E0 03); an
+ * application that holds no keys sends a single element in clear instead (DF E0 05, "0"). A command is a run
+ * of QDataStream items in its version 12, the command's number in front.
+ */
+class CommandResponder
+{
+public:
+    /** What came, or why it cannot be answered. */
+    struct Request
+    {
+        const CommandRow *command = nullptr; ///< null: the application holds no keys
+        DecodedCommand decoded;
+        QString refusal;
+    };
+
+    struct Answer
+    {
+        QByteArray frame;             ///< empty for a command that is not answered
+        Refusal refusal = NotRefused; ///< why the register says no
+    };
+
+    /** @param faults  looked at for every request; must outlive the responder, like the model */
+    CommandResponder(const QByteArray &serial, FiscalModel &model, const Faults &faults);
+
+    void setKeys(const Velno::GMP::MatchExt &keys) { m_keys = keys; }
+    bool holdsKeys() const { return !m_keys.aesKey.isEmpty(); }
+
+    /** An application without keys makes the register forget its own. */
+    Request read(const QByteArray &frame);
+
+    /** Does what a request with a command asks for. */
+    Answer answer(const Request &request, const Faults &faults);
+
+private:
+    Request readEncrypted(const QByteArray &cipher, const QByteArray &mac) const;
+    QByteArray seal(const QByteArray &plaintext, const Faults &faults) const;
+    void forgetKeys();
+
+    QByteArray m_serial;
+    FiscalModel &m_model;
+    const Faults &m_faults;
+    Velno::GMP::MatchExt m_keys;
+};
+
+} // namespace Simulator

@@ -1,0 +1,74 @@
+#include "simulator/register/frame_faults.h"
+
+#include <QRandomGenerator>
+#include <QtEndian>
+
+namespace Simulator {
+
+namespace {
+
+constexpr int garbageSize = 64;
+constexpr int longestPairingFrame = 4096; // announced length
+constexpr quint32 hugeLength = 1U << 30;
+const QByteArray keepAlive = QByteArrayLiteral("\0\0\0\x04\xDE\xAD\xBE\xEF"); // length and sign
+
+// The first byte announces more than any reader accepts, so that all of them give up at the same place.
+QByteArray garbage()
+{
+    QByteArray bytes(garbageSize, '\xFF');
+    for (int i = 1; i < garbageSize; ++i)
+        bytes[i] = char(QRandomGenerator::global()->bounded(256));
+    return bytes;
+}
+
+/** The frame behind a length of its own, which `Length` has the size of. */
+template <typename Length>
+QByteArray announced(Length length, const QByteArray &frame)
+{
+    QByteArray prefix(sizeof length, Qt::Uninitialized);
+    qToBigEndian(length, prefix.data());
+    return prefix + frame;
+}
+
+QByteArray withBadCrc(QByteArray frame, const Faults &faults)
+{
+    if (faults.has(Fault::BadCrc))
+        frame.back() = char(frame.back() ^ 1);
+    return frame;
+}
+
+} // namespace
+
+QByteArray serialUnderFaults(QByteArray serial, const Faults &faults)
+{
+    if (faults.has(Fault::OtherSerial))
+        serial.back() = serial.back() == '0' ? '1' : '0';
+    return serial;
+}
+
+QByteArray pairingBytes(const QByteArray &frame, const Faults &faults)
+{
+    if (faults.has(Fault::Garbage))
+        return garbage();
+    const QByteArray content = withBadCrc(frame, faults).sliced(sizeof(quint16));
+    if (faults.has(Fault::Oversize))
+        return announced(quint16(longestPairingFrame + 1), content);
+    return announced(quint16(content.size() + faults.has(Fault::BadLength)), content);
+}
+
+CommandBytes commandBytes(const QByteArray &frame, const Faults &faults)
+{
+    const QByteArray before = keepAlive.repeated(faults.number(Fault::KeepAlives));
+    if (faults.has(Fault::Garbage))
+        return {before + garbage(), {}};
+    const auto length = quint32(frame.size() + faults.has(Fault::BadLength));
+    const QByteArray bytes =
+        announced(faults.has(Fault::HugeFrame) ? hugeLength : length, withBadCrc(frame, faults));
+    const bool stale = faults.has(Fault::StaleReply);
+    if (!stale && !faults.has(Fault::HalfFrame))
+        return {before + bytes, {}};
+    const qsizetype half = bytes.size() / 2;
+    return {before + bytes.first(half), stale ? bytes.sliced(half) : QByteArray()};
+}
+
+} // namespace Simulator

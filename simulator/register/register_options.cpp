@@ -1,0 +1,230 @@
+#include "simulator/register/register_options.h"
+
+#include "ExtDevice/gmp3/trust_anchors.h"
+#include "simulator/fiscal/paper.h"
+#include "simulator/register/credentials.h"
+#include "simulator/register/model_settings.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QHostAddress>
+#include <QRegularExpression>
+
+#ifndef VELNO_DEVELOPMENT_CREDENTIALS
+#define VELNO_DEVELOPMENT_CREDENTIALS ""
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace Simulator {
+
+namespace {
+
+QList<QCommandLineOption> settingOptions()
+{
+    QList<QCommandLineOption> options;
+    for (const SettingRow &row : settingTable())
+        options.emplaceBack(QString::fromLatin1(row.name), QString::fromLatin1(row.help),
+                            QString::fromLatin1(row.value));
+    return options;
+}
+
+struct Names
+{
+    QCommandLineOption help{{u"h"_s, u"help"_s}, u"This text."_s};
+    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Version and trust anchors."_s};
+    QCommandLineOption serial{
+        u"serial"_s, u"Serial number: 12 characters, beginning with UB or VELNO. Required."_s, u"NO"_s};
+    QCommandLineOption connect{u"connect"_s,
+                               u"Where the other side listens: 127.0.0.1:4100, [::1]:4100, till:4100."_s,
+                               u"ADDR:PORT"_s};
+    QCommandLineOption relay{u"relay"_s, u"Where a relay keeps waiting registers; instead of --connect."_s,
+                             u"ADDR:PORT"_s};
+    QCommandLineOption credentials{
+        u"credentials"_s,
+        QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS).isEmpty()
+            ? u"Folder with client.crt and client.key. Required."_s
+            : u"Folder with client.crt and client.key; without it those of the development authority."_s,
+        u"DIR"_s, QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS)};
+    QCommandLineOption appHash{
+        u"app-hash"_s, u"SHA-256 of the one application to accept, 64 hexadecimal digits."_s, u"HEX"_s};
+    QCommandLineOption noPaper{u"no-paper"_s, u"The printer has no paper."_s};
+    QList<QCommandLineOption> settings = settingOptions();
+    QCommandLineOption journal{
+        u"journal"_s, u"Keeps receipts and reports in this file; without it in memory."_s, u"FILE"_s};
+    QCommandLineOption receipts{u"receipts"_s,
+                                u"Writes what is printed to this folder, a file for each print."_s, u"DIR"_s};
+    QCommandLineOption showReceipts{u"show-receipts"_s, u"Shows what is printed on standard error."_s};
+    QCommandLineOption json{u"json"_s, u"Events as JSON, one object a line."_s};
+    QCommandLineOption once{u"once"_s, u"End after one pairing: 0 paired, 1 not."_s};
+    QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
+                             u"NAME[=VALUE]"_s};
+};
+
+bool isSerial(const QString &text)
+{
+    static const QRegularExpression rule(u"\\A(UB|VELNO)[!-~]*\\z"_s);
+    return text.size() == 12 && rule.match(text).hasMatch();
+}
+
+/** Fills host and port from HOST:PORT or [IPV6]:PORT. */
+bool parseTarget(const QString &text, RegisterOptions &options)
+{
+    static const QRegularExpression rule(u"\\A(?:\\[([^\\[\\]]+)\\]|([^\\[\\]:\\s]+)):([0-9]{1,5})\\z"_s);
+    const QRegularExpressionMatch match = rule.match(text);
+    const uint port = match.captured(3).toUInt();
+    const QString bracketed = match.captured(1);
+    if (!match.hasMatch() || port < 1 || port > 65535)
+        return false;
+    if (!bracketed.isEmpty() && QHostAddress(bracketed).protocol() != QAbstractSocket::IPv6Protocol)
+        return false;
+    options.host = bracketed.isEmpty() ? match.captured(2) : bracketed;
+    options.port = quint16(port);
+    return true;
+}
+
+bool isWritableFolder(const QString &path)
+{
+    const QFileInfo folder(path);
+    return !path.isEmpty() && folder.isDir() && folder.isWritable();
+}
+
+bool isHash(const QString &text)
+{
+    static const QRegularExpression rule(u"\\A[0-9A-Fa-f]{64}\\z"_s);
+    return rule.match(text).hasMatch();
+}
+
+/** Fills in where to go; returns what was wrong and what is accepted, or nothing. */
+QString fillTarget(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    const QString accepted = u"ADDR:PORT with a port of 1 to 65535, an IPv6 address as [::1]:4100"_s;
+    options.throughRelay = parser.isSet(names.relay);
+    if (options.throughRelay && parser.isSet(names.connect))
+        return u"--connect and --relay exclude each other; accepted is one of them"_s;
+    if (!options.throughRelay && !parser.isSet(names.connect))
+        return u"--connect is missing; accepted is %1, or --relay"_s.arg(accepted);
+    const QCommandLineOption &given = options.throughRelay ? names.relay : names.connect;
+    if (parseTarget(parser.value(given), options))
+        return {};
+    return u"--%1 \"%2\": accepted is %3"_s.arg(given.names().first(), parser.value(given), accepted);
+}
+
+/** Fills in what the model is to be; returns what was wrong and what is accepted, or nothing. */
+QString fillModel(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    options.paper = !parser.isSet(names.noPaper);
+    options.journal = parser.value(names.journal);
+    if (parser.isSet(names.journal) && options.journal.isEmpty())
+        return u"--journal \"\": accepted is the name of a file"_s;
+    for (const SettingRow &row : settingTable()) {
+        const QString name = QString::fromLatin1(row.name);
+        if (!parser.isSet(name))
+            continue;
+        const auto setting = readSetting(row, parser.value(name));
+        if (!setting)
+            return u"--%1 \"%2\": accepted is %3"_s.arg(name, parser.value(name), settingRule(row));
+        options.settings << *setting;
+    }
+    return {};
+}
+
+/** Fills in where prints go; returns what was wrong and what is accepted, or nothing. */
+QString fillReceipts(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    options.receipts = parser.value(names.receipts);
+    options.showReceipts = parser.isSet(names.showReceipts);
+    if (!parser.isSet(names.receipts) || isWritableFolder(options.receipts))
+        return {};
+    return u"--receipts \"%1\": accepted is a folder that can be written to"_s.arg(options.receipts);
+}
+
+/** Fills the options; returns what was wrong and what is accepted, or nothing. */
+QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    const auto wrong = [&parser](const QCommandLineOption &option, const QString &accepted) {
+        const QString name = option.names().last();
+        return parser.isSet(option)
+                   ? u"--%1 \"%2\": accepted is %3"_s.arg(name, parser.value(option), accepted)
+                   : u"--%1 is missing; accepted is %2"_s.arg(name, accepted);
+    };
+    if (!parser.positionalArguments().isEmpty())
+        return u"\"%1\" is no option"_s.arg(parser.positionalArguments().first());
+    if (!isSerial(parser.value(names.serial)))
+        return wrong(names.serial, u"exactly 12 characters, beginning with UB or VELNO"_s);
+    if (const QString problem = fillTarget(parser, names, options); !problem.isEmpty())
+        return problem;
+    if (const QString problem = fillModel(parser, names, options); !problem.isEmpty())
+        return problem;
+    if (parser.isSet(names.appHash) && !isHash(parser.value(names.appHash)))
+        return wrong(names.appHash, u"64 hexadecimal digits"_s);
+    for (const QString &fault : parser.values(names.fault))
+        if (const QString error = options.faults.switchOn(fault); !error.isEmpty())
+            return u"--fault: "_s + error;
+    options.credentials = parser.value(names.credentials);
+    if (options.credentials.isEmpty())
+        return wrong(names.credentials, u"a folder with client.crt and client.key"_s);
+    if (const QString problem = credentialsProblem(options.credentials, options.faults); !problem.isEmpty())
+        return u"--credentials: "_s + problem;
+    if (const QString problem = fillReceipts(parser, names, options); !problem.isEmpty())
+        return problem;
+    options.serial = parser.value(names.serial).toLatin1();
+    options.appHash = QByteArray::fromHex(parser.value(names.appHash).toLatin1());
+    options.json = parser.isSet(names.json);
+    options.once = parser.isSet(names.once);
+    return {};
+}
+
+constexpr int helpWidth = 80;
+
+QString helpText(const QCommandLineParser &parser, const QString &program)
+{
+    QString text = parser.helpText();
+    text.replace(program, u"velno-register"_s);
+    text.replace(u"  -z <N> "_s, u"  --z <N>"_s); // Qt writes a name of one letter with one dash
+    const QString words = u"Faults; a STEP of a pairing is 1 (start), 2 (key exchange) or 3 (confirmation), "
+                          u"a COMMAND is %1; WHEN"
+                          " is one of both; with *N behind it a COMMAND is disturbed N times only:"_s.arg(
+                              commandNames(false).join(", "_L1));
+    return text + u'\n' + wrapped(words, helpWidth).join(u'\n') + u'\n' + faultHelp() +
+           u"Items provoke faults, too: by the name !NAME[=VALUE], or by their price.\n"
+           "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
+           settingLines().join(", "_L1) +
+           u".\n"
+           "Exit status: 0 told to stop, 64 wrong usage; with --once 0 paired, 1 not.\n"_s +
+           Velno::GMP::trustAnchorsInWords() +
+           u"Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
+}
+
+} // namespace
+
+CommandLine parseCommandLine(const QStringList &arguments)
+{
+    const Names names;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"A simulated cash register: connects again and again, pairs, and obeys the application."_s);
+    parser.addOptions({names.help, names.version, names.serial, names.connect, names.relay, names.credentials,
+                       names.appHash, names.noPaper});
+    parser.addOptions(names.settings);
+    parser.addOptions(
+        {names.journal, names.receipts, names.showReceipts, names.json, names.once, names.fault});
+    CommandLine line;
+    const bool parsed = parser.parse(arguments);
+    if (parsed && parser.isSet(names.help)) {
+        line.outcome = CommandLine::Shown;
+        line.text = helpText(parser, arguments.first());
+        return line;
+    }
+    if (parsed && parser.isSet(names.version)) {
+        line.outcome = CommandLine::Shown;
+        line.text = versionText("velno-register", Velno::GMP::trustAnchorsInWords());
+        return line;
+    }
+    line.text = parsed ? fill(parser, names, line.options) : parser.errorText();
+    if (!line.text.isEmpty())
+        line.outcome = CommandLine::WrongUsage;
+    return line;
+}
+
+} // namespace Simulator

@@ -1,0 +1,262 @@
+#include "simulator/register/wire.h"
+
+#include "ExtDevice/network/direct_io.h"
+
+#include <QNetworkProxy>
+#include <QThread>
+#include <QtEndian>
+
+#include <algorithm>
+#include <utility>
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Simulator {
+
+namespace {
+
+constexpr int lengthSize = 2; // a frame begins with the number of bytes that follow
+constexpr int longestFrame = 4096;
+constexpr int commandLengthSize = 4;
+constexpr int longestCommandFrame = lengthSize + 65535;
+constexpr qint64 mostUnread = 128 * 1024; // bytes of the other side that are kept for later
+constexpr qint64 mostUnsent = 1024 * 1024;
+
+int announcedLength(const QByteArray &frame)
+{
+    return uchar(frame[0]) * 256 + uchar(frame[1]);
+}
+
+Purpose purposeOf(const QByteArray &received)
+{
+    if (received.size() < lengthSize)
+        return Purpose::Unknown;
+    return announcedLength(received) <= 1 ? Purpose::Commands : Purpose::KeyExchange;
+}
+
+void setOption(const QTcpSocket &socket, int level, int name, int value)
+{
+    ::setsockopt(int(socket.socketDescriptor()), level, name, &value, sizeof value);
+}
+
+/** The other side is asked whether it is there after so many seconds of silence. */
+void askAfter(const QTcpSocket &socket, int idle)
+{
+    setOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, idle);
+}
+
+// The numbers that applications use on their side too.
+constexpr int usualIdle = 30; // s
+
+/**
+ * Who stops to listen just when this side connects may know nothing of the connection, and say nothing.
+ * Without a first word from either side this one would wait for the usual time, in vain.
+ */
+constexpr int firstIdle = 1; // s
+
+void watchForVanishing(const QTcpSocket &socket)
+{
+    constexpr int interval = 10; // s
+    constexpr int probes = 3;
+    constexpr int unacknowledged = 60'000; // ms
+    const auto set = [&socket](int level, int name, int value) { setOption(socket, level, name, value); };
+    set(SOL_SOCKET, SO_KEEPALIVE, 1);
+    set(IPPROTO_TCP, TCP_KEEPINTVL, interval);
+    set(IPPROTO_TCP, TCP_KEEPCNT, probes);
+    set(IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledged);
+}
+
+constexpr int attemptsAtOnce = 8;
+constexpr int mostCounted = 1000; // attempts to connect; from then on nothing changes
+
+/** ms between two attempts to connect: where somebody has just listened, somebody will listen again soon. */
+int waitBefore(int attempt)
+{
+    constexpr int quickAttempts = 100;
+    constexpr int longestWait = 100;
+    if (attempt < attemptsAtOnce)
+        return 0;
+    return std::clamp(attempt - quickAttempts, 1, longestWait);
+}
+
+} // namespace
+
+Wire::Wire(QObject *parent)
+    : QObject(parent)
+{
+    m_socket.setProxy(QNetworkProxy::NoProxy);
+    m_socket.setReadBufferSize(mostUnread);
+    m_retry.setSingleShot(true);
+    m_retry.setTimerType(Qt::PreciseTimer);
+    connect(&m_retry, &QTimer::timeout, this, &Wire::connectAgain);
+    connect(&m_socket, &QTcpSocket::connected, this, &Wire::takeConnection);
+    connect(&m_socket, &QTcpSocket::readyRead, this, &Wire::takeBytes);
+    connect(&m_socket, &QTcpSocket::stateChanged, this, &Wire::takeState);
+}
+
+void Wire::start(const QString &host, quint16 port, const QByteArray &greeting)
+{
+    m_greeting = greeting;
+    m_host = host;
+    m_port = port;
+    m_attempt = 0;
+    m_stopped = false;
+    connectNow();
+}
+
+void Wire::stop()
+{
+    m_stopped = true;
+    m_retry.stop();
+    drop(u"stopped"_s);
+}
+
+void Wire::connectAgain()
+{
+    // Shorter than a timer can be: on a busy core it lets the other side come to listen.
+    constexpr int nap = 100; // µs
+    if (m_attempt > 1 && m_attempt <= attemptsAtOnce)
+        QThread::usleep(nap);
+    connectNow();
+}
+
+void Wire::connectNow()
+{
+    m_socket.connectToHost(m_host, m_port);
+}
+
+void Wire::takeConnection()
+{
+    // Connecting to a free port of this machine can meet itself; that would even keep the port taken.
+    if (m_socket.localPort() == m_socket.peerPort() && m_socket.localAddress() == m_socket.peerAddress()) {
+        m_socket.abort();
+        return;
+    }
+    m_failing.invalidate();
+    m_failure.clear();
+    m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    watchForVanishing(m_socket);
+    askAfter(m_socket, m_greeting.isEmpty() ? firstIdle : usualIdle);
+    m_connected = true;
+    m_paused = false;
+    m_purpose = Purpose::Unknown;
+    m_received.clear();
+    m_reason = u"closed by the other side"_s;
+    send(m_greeting, 0);
+    emit connected();
+}
+
+void Wire::takeBytes()
+{
+    // Once this side is closing, what else arrives is not heard.
+    while (!m_paused && m_socket.state() == QAbstractSocket::ConnectedState) {
+        m_received += m_socket.readAll();
+        if (m_purpose == Purpose::Unknown)
+            recognise();
+        if (m_purpose == Purpose::Unknown || !takeFrame())
+            return;
+    }
+}
+
+void Wire::recognise()
+{
+    m_purpose = purposeOf(m_received);
+    if (m_purpose == Purpose::Unknown)
+        return;
+    askAfter(m_socket, usualIdle);
+    emit recognised();
+}
+
+/** Cuts one frame off what has come; false when there is none yet, or can be none. */
+bool Wire::takeFrame()
+{
+    const bool command = m_purpose == Purpose::Commands;
+    const qsizetype prefix = command ? commandLengthSize : lengthSize;
+    const qsizetype longest = command ? longestCommandFrame : longestFrame;
+    if (m_received.size() < prefix)
+        return false;
+    const qsizetype length =
+        command ? qsizetype(qFromBigEndian<quint32>(m_received.constData())) : announcedLength(m_received);
+    if (length < 0 || length > longest) {
+        emit unreadable(u"the frame announces more than %1 bytes"_s.arg(longest));
+        return false;
+    }
+    if (m_received.size() - prefix < length)
+        return false;
+    const QByteArray frame = m_received.first(prefix + length);
+    m_received.remove(0, frame.size());
+    m_attempt = 0; // the other side is there, and a pairing needs more connections than one
+    emit frameReceived(command ? frame.sliced(prefix) : frame);
+    return true;
+}
+
+void Wire::pause()
+{
+    m_paused = true;
+}
+
+void Wire::resume()
+{
+    if (!std::exchange(m_paused, false))
+        return;
+    // Not from within: whoever resumes is still busy with the frame before.
+    QMetaObject::invokeMethod(this, &Wire::takeBytes, Qt::QueuedConnection);
+}
+
+void Wire::takeState(QAbstractSocket::SocketState state)
+{
+    if (state != QAbstractSocket::UnconnectedState)
+        return;
+    // Scheduled first: whoever hears of the end may stop the wire.
+    if (!m_stopped)
+        m_retry.start(waitBefore(std::exchange(m_attempt, std::min(m_attempt + 1, mostCounted))));
+    if (std::exchange(m_connected, false))
+        emit disconnected(m_reason);
+    else if (!m_stopped)
+        takeFailure();
+}
+
+void Wire::takeFailure()
+{
+    constexpr qint64 passing = 500; // ms
+    if (!m_failing.isValid())
+        m_failing.start();
+    // Without an error it has met itself; nobody listens there.
+    const bool metItself = m_socket.error() == QAbstractSocket::UnknownSocketError;
+    const QString reason = metItself ? m_failure : m_socket.errorString();
+    if (m_failing.elapsed() < passing || reason == m_failure)
+        return;
+    m_failure = reason;
+    emit unreachable(reason);
+}
+
+void Wire::send(const QByteArray &bytes, int segment)
+{
+    const qsizetype step = segment > 0 ? segment : bytes.size();
+    const auto gone =
+        segment > 0 ? 0 : qsizetype(Velno::sendDirectly(m_socket, bytes.constData(), bytes.size()));
+    for (qsizetype offset = gone; offset < bytes.size(); offset += step) {
+        m_socket.write(bytes.mid(offset, step));
+        m_socket.flush();
+    }
+    if (m_socket.bytesToWrite() > mostUnsent)
+        drop(u"the other side does not read its answers"_s);
+}
+
+void Wire::close(const QString &reason)
+{
+    m_reason = reason;
+    m_socket.disconnectFromHost();
+}
+
+void Wire::drop(const QString &reason)
+{
+    m_reason = reason;
+    m_socket.abort();
+}
+
+} // namespace Simulator

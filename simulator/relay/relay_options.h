@@ -1,0 +1,24 @@
+#pragma once
+
+#include "simulator/common/command_line.h"
+#include "simulator/register/faults.h"
+
+#include <QHostAddress>
+
+namespace Simulator {
+
+/** What velno-relay was asked to be. */
+struct RelayOptions
+{
+    QHostAddress address{QHostAddress::LocalHost};
+    QList<quint16> applicationPorts{50900,
+                                    50902}; ///< for application 999999, for all others; 0: any free one
+    quint16 registerPort = 50910;
+    bool json = false;
+    Faults faults{relayFaultTable()};
+};
+
+/** @param arguments  with the program's name in front */
+ParsedCommandLine<RelayOptions> parseRelayCommandLine(const QStringList &arguments);
+
+} // namespace Simulator

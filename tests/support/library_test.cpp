@@ -1,0 +1,46 @@
+#include "tests/support/library_test.h"
+
+#include "ExtDevice/velnoext/connections.h"
+#include "tests/support/test_support.h"
+
+#include <QTcpSocket>
+#include <QTest>
+
+namespace TestSupport {
+
+using namespace Velno::Ext;
+
+int connectPaired(HandMadeDevice &device, const char *name, unsigned int appNo)
+{
+    library().pairingRecords[name] = device.record;
+    const quint16 port = freePort();
+    device.serve(port);
+    return velnoext_initialize(appNo, name, "127.0.0.1", port, patience);
+}
+
+QList<BrokenAnswer> brokenAnswers(const QByteArray &reply)
+{
+    const HandMadeDevice device;
+    HandMadeDevice stranger;
+    stranger.record.hmacKey = QByteArray(32, 's');
+    return {{"it closes", {}, 2},
+            {"other MAC", {HandMadeDevice::framed(stranger.sealed(reply))}, 11},
+            {"no elements", {HandMadeDevice::framed(device.withElements({}))}, 12}};
+}
+
+QTcpSocket *connection()
+{
+    return static_cast<QTcpSocket *>(library().connections.value(library().activeDevice).data());
+}
+
+void LibraryTest::cleanup()
+{
+    velnoext_close_all();
+    velnoext_close();
+    library().pairingRecords.clear();
+    library().codecSet = false;
+    library().slipContent.clear();
+    QVERIFY(!library().connectionThread);
+}
+
+} // namespace TestSupport

@@ -1,0 +1,18 @@
+#include "tests/support/simulated_register.h"
+
+using namespace Qt::StringLiterals;
+
+QString SimulatedRegister::program()
+{
+    return QStringLiteral(VELNO_REGISTER_PROGRAM);
+}
+
+SimulatedRegister::SimulatedRegister(quint16 port, const QStringList &arguments)
+    : SimulatedRegister(QStringList{u"--connect"_s, u"127.0.0.1:%1"_s.arg(port)} + arguments)
+{
+}
+
+SimulatedRegister::SimulatedRegister(const QStringList &arguments)
+    : ChildProgram(program(), QStringList{u"--serial"_s, QLatin1StringView(serial)} + arguments)
+{
+}
