@@ -167,6 +167,7 @@ void TestInterruption::signalHandlerMayAsk()
     QVERIFY(!waitsForEver(pipe));
     signalling.get();
     std::signal(SIGUSR1, SIG_DFL);
+    asked = nullptr;
 }
 
 void TestInterruption::signalAloneEndsNoWait()

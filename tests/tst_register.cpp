@@ -610,7 +610,7 @@ void TestRegister::itEndsWithATestThatCrashes()
 {
     if (qEnvironmentVariableIsSet(insideVariable)) {
         const SimulatedRegister reg(TestSupport::freePort());
-        std::printf("register %lld\n", reg.processId());
+        std::puts(QByteArray("register " + QByteArray::number(reg.processId())).constData());
         std::fflush(stdout);
         ::raise(SIGKILL);
     }

@@ -162,8 +162,8 @@ int readSaleState(ReplyReader &reader, int *first, VelnoEcrSaleTotals *totals, V
         return failedBy(StepNotTaken, VelnoCause_DisplayEmpty);
     *first = list.first();
     qint32 unused = 0;
-    VelnoEcrSaleTotals readTotals;
-    VelnoReceiptRef readReceipt;
+    VelnoEcrSaleTotals readTotals{};
+    VelnoReceiptRef readReceipt{};
     reader >> unused >> readTotals >> readReceipt.first >> readReceipt.second;
     if (reader.result() == Success) {
         *totals = readTotals;
@@ -186,7 +186,7 @@ bool isPersonId(const QByteArray &id)
 
 int readTotals(ReplyReader &reader, VelnoEcrSaleTotals *totals)
 {
-    VelnoEcrSaleTotals read;
+    VelnoEcrSaleTotals read{};
     reader >> read;
     if (reader.result() == Success)
         *totals = read;

@@ -208,7 +208,7 @@ void CashRegister::takePrint(const Print &print)
 
 void CashRegister::sendAfter(std::chrono::milliseconds wait, std::function<void()> send)
 {
-    if (wait == 0ms)
+    if (wait.count() == 0)
         return send();
     m_send = std::move(send);
     m_silence.stop();
