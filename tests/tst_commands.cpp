@@ -417,8 +417,8 @@ void TestCommands::everyFaultHasARow()
     QFile file(QFINDTESTDATA("../docs/simulated-register.md"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QStringList manual = QString::fromUtf8(file.readAll()).split(u'\n');
-    for (const Simulator::FaultRow &fault : Simulator::faultTable()) {
-        const QString usage = u"| `%1` |"_s.arg(Simulator::faultUsage(fault));
+    for (const Simulator::RegisterFaultRow &fault : Simulator::faultTable()) {
+        const QString usage = u"| `%1` |"_s.arg(fault.usage());
         const auto line = std::ranges::find_if(manual, [&](const QString &l) { return l.startsWith(usage); });
         QVERIFY2(line != manual.end(), qPrintable(usage));
         const QString column = line->section(u'|', -2, -2).trimmed();
@@ -600,7 +600,7 @@ void TestCommands::faultsOfThePairingSpareCommands()
     const quint16 port = TestSupport::freePort();
     SimulatedRegister reg(port);
     QCOMPARE(connectLibrary(port), 0);
-    for (const Simulator::FaultRow &fault : Simulator::faultTable()) {
+    for (const Simulator::RegisterFaultRow &fault : Simulator::faultTable()) {
         if (fault.disturbs != Simulator::Disturbs::KeyExchange)
             continue;
         const QString value = fault.takes == Simulator::Takes::ResultCode ? u"=42"_s : u"=1"_s;

@@ -149,7 +149,7 @@ void TestFaults::cleanup()
 
 void TestFaults::everyFaultHasARow()
 {
-    for (const Simulator::FaultRow &fault : Simulator::faultTable()) {
+    for (const Simulator::RegisterFaultRow &fault : Simulator::faultTable()) {
         if (fault.disturbs == Simulator::Disturbs::Commands)
             continue; // tst_commands has a row for it
         const bool tested = std::ranges::any_of(

@@ -199,7 +199,7 @@ void TestRegister::helpAndManualListTheSameFaults()
         const auto row = match.next();
         listed += u"  "_s + row.captured(1).leftJustified(24) + row.captured(2) + u'\n';
     }
-    QCOMPARE(listed, Simulator::faultHelp());
+    QCOMPARE(listed, Simulator::faultHelp(Simulator::faultTable()));
     QVERIFY2(help.output.contains(listed.toUtf8()), help.output);
     QVERIFY(help.output.endsWith("velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"));
 }

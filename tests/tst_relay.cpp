@@ -1,4 +1,4 @@
-#include "simulator/register/faults.h"
+#include "simulator/relay/relay_faults.h"
 #include "simulator/relay/register_book.h"
 #include "tests/support/simulated_relay.h"
 #include "tests/support/test_support.h"

@@ -1,5 +1,5 @@
 #include "ExtDevice/velnoext/library_state.h"
-#include "simulator/register/faults.h"
+#include "simulator/relay/relay_faults.h"
 #include "tests/support/library_test.h"
 #include "tests/support/simulated_register.h"
 #include "tests/support/simulated_relay.h"

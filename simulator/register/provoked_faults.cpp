@@ -45,7 +45,7 @@ constexpr std::array table{
 };
 
 /** Whether a command that has been read already can still be disturbed by it. */
-bool isProvocable(const FaultRow &row)
+bool isProvocable(const RegisterFaultRow &row)
 {
     return row.disturbs != Disturbs::KeyExchange && row.fault != Fault::ForgetPairing;
 }
@@ -53,9 +53,9 @@ bool isProvocable(const FaultRow &row)
 QString provocableFaults()
 {
     QStringList usages;
-    for (const FaultRow &row : faultTable())
+    for (const RegisterFaultRow &row : faultTable())
         if (isProvocable(row))
-            usages << u'!' + faultUsage(row);
+            usages << u'!' + row.usage();
     return usages.join(", "_L1);
 }
 
@@ -73,10 +73,9 @@ QString faultNamedBy(const ItemRequest &item)
 /** Why an item cannot provoke this fault, and what is accepted; empty when it can. */
 QString problemWith(const QString &fault)
 {
-    const QString name = fault.left(fault.indexOf(u'='));
-    const auto row =
-        std::ranges::find(faultTable(), name, [](const FaultRow &r) { return QLatin1StringView(r.name); });
-    if (row == faultTable().end() || !isProvocable(*row))
+    const QString name = TypedFault(fault).name;
+    const RegisterFaultRow *const row = faultByName(faultTable(), name);
+    if (!row || !isProvocable(*row))
         return u"\"%1\" is no fault that an item provokes; accepted are %2"_s.arg(name, provocableFaults());
     return Faults().switchOn(fault);
 }

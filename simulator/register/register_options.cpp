@@ -186,7 +186,7 @@ QString helpText(const QCommandLineParser &parser, const QString &program)
                           u"a COMMAND is %1; WHEN"
                           " is one of both; with *N behind it a COMMAND is disturbed N times only:"_s.arg(
                               commandNames(false).join(", "_L1));
-    return text + u'\n' + wrapped(words, helpWidth).join(u'\n') + u'\n' + faultHelp() +
+    return text + u'\n' + wrapped(words, helpWidth).join(u'\n') + u'\n' + faultHelp(faultTable()) +
            u"Items provoke faults, too: by the name !NAME[=VALUE], or by their price.\n"
            "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
            settingLines().join(", "_L1) +

@@ -212,11 +212,11 @@ bool Relay::mislead(Peer &application)
 {
     const QByteArray &name = application.connection.name();
     QByteArray echo = name;
-    if (m_options.faults.has(Fault::WrongEcho))
+    if (m_options.faults.has(RelayFault::WrongEcho))
         echo.back() = char(echo.back() ^ 1);
-    if (m_options.faults.has(Fault::ShortEcho))
+    if (m_options.faults.has(RelayFault::ShortEcho))
         echo.chop(1);
-    if (m_options.faults.has(Fault::NoEcho))
+    if (m_options.faults.has(RelayFault::NoEcho))
         echo.clear();
     if (echo == name)
         return false;
@@ -232,10 +232,10 @@ bool Relay::mislead(Peer &application)
 void Relay::join(Peer &application, Peer &cashRegister)
 {
     const QByteArray &name = application.connection.name();
-    const Faults &faults = m_options.faults;
+    const RelayFaults &faults = m_options.faults;
     std::optional<qint64> cutAfter;
-    if (faults.has(Fault::Drop) || faults.has(Fault::DropAfter))
-        cutAfter = faults.has(Fault::Drop) ? 0 : faults.number(Fault::DropAfter);
+    if (faults.has(RelayFault::Drop) || faults.has(RelayFault::DropAfter))
+        cutAfter = faults.has(RelayFault::Drop) ? 0 : faults.number(RelayFault::DropAfter);
     m_book.join(name);
     const auto pair =
         std::make_shared<RelayPair>(application.connection, cashRegister.connection, name, cutAfter);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/common/command_line.h"
-#include "simulator/register/faults.h"
+#include "simulator/relay/relay_faults.h"
 
 #include <QHostAddress>
 
@@ -15,7 +15,7 @@ struct RelayOptions
                                     50902}; ///< for application 999999, for all others; 0: any free one
     quint16 registerPort = 50910;
     bool json = false;
-    Faults faults{relayFaultTable()};
+    RelayFaults faults{relayFaultTable()};
 };
 
 /** @param arguments  with the program's name in front */
