@@ -1,8 +1,10 @@
 #include "ExtDevice/gmp3/tags.h"
 
+#include "ExtDevice/gmp3/protocol_table.h"
 #include "tests/support/exact_bytes.h"
 #include "tests/support/test_support.h"
 
+#include <QHash>
 #include <QTest>
 
 using namespace Velno::GMP;
@@ -75,6 +77,8 @@ private slots:
     void gapsStayGaps();
     void enumeratorsHaveTheirTags();
     void tagsAreNotCopied();
+    void everyTagHasItsName();
+    void messagesHaveNames();
 };
 
 void TestTags::tableIsComplete_data()
@@ -229,6 +233,10 @@ void TestTags::enumeratorsHaveTheirTags()
     QCOMPARE(fieldTag(PairingIndex), hex("DFEF09"));
     QCOMPARE(fieldTag(Signature), hex("DFEF0A"));
     QCOMPARE(fieldTag(KeyCheckValue), hex("DFEF0E"));
+    QCOMPARE(fieldTag(CommandCipher), hex("DFE002"));
+    QCOMPARE(fieldTag(CommandMac), hex("DFE003"));
+    QCOMPARE(fieldTag(AppHashCipher), hex("DFE004"));
+    QCOMPARE(fieldTag(KeysAbsent), hex("DFE005"));
 }
 
 void TestTags::tagsAreNotCopied()
@@ -236,6 +244,35 @@ void TestTags::tagsAreNotCopied()
     const QByteArray first = fieldTag(Certificate);
     const QByteArray second = fieldTag(Certificate);
     QCOMPARE(static_cast<const void *>(first.constData()), static_cast<const void *>(second.constData()));
+}
+
+/** A name of its own, in all tables, except that what shares a tag shares its name. */
+void TestTags::everyTagHasItsName()
+{
+    QHash<QByteArray, QByteArray> tagOf;
+    int rows = 0;
+    for (const auto &table : tagTables()) {
+        for (const TagRow &row : table) {
+            ++rows;
+            const QByteArray name = row.name;
+            QVERIFY2(!name.isEmpty() && name == name.trimmed(), row.name);
+            QCOMPARE(tagOf.value(name, row.tag), QByteArray(row.tag));
+            tagOf.insert(name, row.tag);
+        }
+    }
+    QCOMPARE(rows, 5 + 9 + 17 + 23 + 14 + 13 + 4);
+    QCOMPARE(tagOf.size(), rows - 1); // both public keys are one
+    QCOMPARE(tagOf.value("Register's certificate"), fieldTag(Certificate));
+    QCOMPARE(tagOf.value("Field DFC213"), fieldTag(FieldC213));
+    QCOMPARE(tagOf.value("Group DF6F"), groupTag(Group6F));
+}
+
+void TestTags::messagesHaveNames()
+{
+    QCOMPARE(messageTable().size(), size_t(None));
+    QCOMPARE(QByteArray(messageTable()[PairingStart].name), "PairingStart");
+    QCOMPARE(QByteArray(messageTable()[PairingConfirm].name), "PairingConfirm");
+    QCOMPARE(QByteArray(messageTable()[Message8A64].name), "Message8A64");
 }
 
 QTEST_APPLESS_MAIN(TestTags)

@@ -3,7 +3,7 @@
 #include <QByteArray>
 
 /**
- * The tag dictionary of GMP3: enumerators to tag bytes and back.
+ * The tag dictionary of GMP3: enumerators to tag bytes and back, over the tables of protocol_table.h.
  *
  * The value of an enumerator is the index of its row. A forward look-up refers to constant bytes (no copy,
  * valid for the life of the program) and is empty for a value outside the enumeration. A reverse look-up
@@ -121,6 +121,14 @@ enum PairingFieldTag {
     KeyCheckValue, ///< 32 bytes
 };
 
+/** What is encrypted, and what says that somebody cannot encrypt. */
+enum CommandFieldTag {
+    CommandCipher, ///< see envelope.h
+    CommandMac,    ///< 32 bytes
+    AppHashCipher, ///< the application hash in a PairingConfirm
+    KeysAbsent,    ///< "0": an application that holds no keys of this register
+};
+
 QByteArray requestMessageTag(MessageTag message);
 QByteArray responseMessageTag(MessageTag message);
 QByteArray groupTag(GroupTag group);
@@ -129,6 +137,7 @@ QByteArray fieldTag(SpecialDataFieldTag field);
 QByteArray fieldTag(ExternalDataFieldTag field);
 QByteArray fieldTag(DataSecurityFieldTag field);
 QByteArray fieldTag(PairingFieldTag field);
+QByteArray fieldTag(CommandFieldTag field);
 
 /** The kind of a message tag; sets `isResponse`, except for an unknown tag (`None`), which leaves it as it
  * was. */

@@ -1,0 +1,270 @@
+#include "ExtDevice/gmp3/protocol_table.h"
+
+#include "ExtDevice/gmp3/tags.h"
+
+#include <algorithm>
+
+namespace Velno::GMP {
+
+namespace {
+
+constexpr MessageRow messages[] = {
+    {Message8801, "\xFF\x88\x01", "\xFF\x8C\x01", "Message8801"},
+    {Message8802, "\xFF\x88\x02", "\xFF\x8C\x02", "Message8802"},
+    {Message8803, "\xFF\x88\x03", "\xFF\x8C\x03", "Message8803"},
+    {Message8804, "\xFF\x88\x04", "\xFF\x8C\x04", "Message8804"},
+    {Message8805, "\xFF\x88\x05", "\xFF\x8C\x05", "Message8805"},
+    {Message8806, "\xFF\x88\x06", "\xFF\x8C\x06", "Message8806"},
+    {Message8807, "\xFF\x88\x07", "\xFF\x8C\x07", "Message8807"},
+    {Message8808, "\xFF\x88\x08", "\xFF\x8C\x08", "Message8808"},
+    {PairingStart, "\xFF\x8A\x60", "\xFF\x8E\x60", "PairingStart"},
+    {PairingKeyExchange, "\xFF\x8A\x62", "\xFF\x8E\x62", "PairingKeyExchange"},
+    {PairingConfirm, "\xFF\x8A\x63", "\xFF\x8E\x63", "PairingConfirm"},
+    {Message8A64, "\xFF\x8A\x64", "\xFF\x8E\x64", "Message8A64"},
+};
+
+constexpr TagRow groupTags[] = {
+    {Group02, "\xDF\x02", "Group DF02"}, {Group40, "\xDF\x40", "Group DF40"},
+    {Group41, "\xDF\x41", "Group DF41"}, {Group42, "\xDF\x42", "Group DF42"},
+    {Group6F, "\xDF\x6F", "Group DF6F"},
+};
+
+constexpr TagRow transactionFieldTags[] = {
+    {Field8204, "\xDF\x82\x04", "Field DF8204"}, {SequenceNumber, "\xDF\x82\x08", "Sequence number"},
+    {TransactionDate, "\xDF\x82\x09", "Date"},   {TransactionTime, "\xDF\x82\x0A", "Time"},
+    {Field820B, "\xDF\x82\x0B", "Field DF820B"}, {Field820D, "\xDF\x82\x0D", "Field DF820D"},
+    {Field820E, "\xDF\x82\x0E", "Field DF820E"}, {Field8210, "\xDF\x82\x10", "Field DF8210"},
+    {Field8211, "\xDF\x82\x11", "Field DF8211"},
+};
+
+constexpr TagRow specialDataFieldTags[] = {
+    {FieldC001, "\xDF\xC0\x01", "Field DFC001"}, {FieldC002, "\xDF\xC0\x02", "Field DFC002"},
+    {FieldC003, "\xDF\xC0\x03", "Field DFC003"}, {FieldC004, "\xDF\xC0\x04", "Field DFC004"},
+    {FieldC005, "\xDF\xC0\x05", "Field DFC005"}, {FieldC006, "\xDF\xC0\x06", "Field DFC006"},
+    {FieldC007, "\xDF\xC0\x07", "Field DFC007"}, {FieldC008, "\xDF\xC0\x08", "Field DFC008"},
+    {FieldC009, "\xDF\xC0\x09", "Field DFC009"}, {FieldC00A, "\xDF\xC0\x0A", "Field DFC00A"},
+    {FieldC00B, "\xDF\xC0\x0B", "Field DFC00B"}, {FieldC00C, "\xDF\xC0\x0C", "Field DFC00C"},
+    {FieldC00D, "\xDF\xC0\x0D", "Field DFC00D"}, {FieldC00E, "\xDF\xC0\x0E", "Field DFC00E"},
+    {FieldC00F, "\xDF\xC0\x0F", "Field DFC00F"}, {FieldC010, "\xDF\xC0\x10", "Field DFC010"},
+    {FieldC011, "\xDF\xC0\x11", "Field DFC011"},
+};
+
+constexpr TagRow externalDataFieldTags[] = {
+    {FieldC101, "\xDF\xC1\x01", "Field DFC101"},
+    {FieldC102, "\xDF\xC1\x02", "Field DFC102"},
+    {FieldC103, "\xDF\xC1\x03", "Field DFC103"},
+    {FieldC104, "\xDF\xC1\x04", "Field DFC104"},
+    {FieldC105, "\xDF\xC1\x05", "Field DFC105"},
+    {FieldC106, "\xDF\xC1\x06", "Field DFC106"},
+    {ExtDeviceVendor, "\xDF\xC1\x07", "Application's vendor"},
+    {ExtDeviceModel, "\xDF\xC1\x08", "Application's model"},
+    {ExtDeviceIdentity, "\xDF\xC1\x09", "Application's identity"},
+    {EcrBrand, "\xDF\xC1\x0A", "Register's brand"},
+    {EcrModel, "\xDF\xC1\x0B", "Register's model"},
+    {EcrIdentity, "\xDF\xC1\x0C", "Register's serial number"},
+    {RequesterRandom, "\xDF\xC1\x0D", "Application's random"},
+    {ResponderRandom, "\xDF\xC1\x0E", "Register's random"},
+    {FieldC111, "\xDF\xC1\x11", "Field DFC111"},
+    {FieldC112, "\xDF\xC1\x12", "Field DFC112"},
+    {FieldC113, "\xDF\xC1\x13", "Field DFC113"},
+    {FieldC114, "\xDF\xC1\x14", "Field DFC114"},
+    {FieldC115, "\xDF\xC1\x15", "Field DFC115"},
+    {FieldC116, "\xDF\xC1\x16", "Field DFC116"},
+    {FieldC117, "\xDF\xC1\x17", "Field DFC117"},
+    {FieldC118, "\xDF\xC1\x18", "Field DFC118"},
+    {FieldC119, "\xDF\xC1\x19", "Field DFC119"},
+};
+
+constexpr TagRow dataSecurityFieldTags[] = {
+    {FieldC201, "\xDF\xC2\x01", "Field DFC201"}, {FieldC202, "\xDF\xC2\x02", "Field DFC202"},
+    {FieldC203, "\xDF\xC2\x03", "Field DFC203"}, {FieldC204, "\xDF\xC2\x04", "Field DFC204"},
+    {FieldC205, "\xDF\xC2\x05", "Field DFC205"}, {FieldC206, "\xDF\xC2\x06", "Field DFC206"},
+    {FieldC207, "\xDF\xC2\x07", "Field DFC207"}, {FieldC208, "\xDF\xC2\x08", "Field DFC208"},
+    {FieldC209, "\xDF\xC2\x09", "Field DFC209"}, {FieldC20A, "\xDF\xC2\x0A", "Field DFC20A"},
+    {FieldC20B, "\xDF\xC2\x0B", "Field DFC20B"}, {FieldC210, "\xDF\xC2\x10", "Field DFC210"},
+    {FieldC212, "\xDF\xC2\x12", "Field DFC212"}, {FieldC213, "\xDF\xC2\x13", "Field DFC213"},
+};
+
+constexpr TagRow pairingFieldTags[] = {
+    {Certificate, "\xDF\xEF\x01", "Register's certificate"},
+    {PairingNumber, "\xDF\xEF\x02", "Pairing number"},
+    {ResponderPublicKey, "\xDF\xEF\x03", "Diffie-Hellman public key"},
+    {RequesterPublicKey, "\xDF\xEF\x03", "Diffie-Hellman public key"},
+    {FieldEF04, "\xDF\xEF\x04", "Field DFEF04"},
+    {ResultCode, "\xDF\xEF\x06", "Result code"},
+    {FieldEF07, "\xDF\xEF\x07", "Field DFEF07"},
+    {PairingIndex, "\xDF\xEF\x09", "Pairing index"},
+    {Signature, "\xDF\xEF\x0A", "Signature of the public key"},
+    {ProtocolVersion, "\xDF\xEF\x0B", "Protocol version"},
+    {DhPrime, "\xDF\xEF\x0C", "Diffie-Hellman prime"},
+    {DhGenerator, "\xDF\xEF\x0D", "Diffie-Hellman generator"},
+    {KeyCheckValue, "\xDF\xEF\x0E", "Key check value"},
+};
+
+// What is encrypted, and what tells that somebody cannot.
+constexpr TagRow commandFieldTags[] = {
+    {CommandCipher, "\xDF\xE0\x02", "Encrypted command"},
+    {CommandMac, "\xDF\xE0\x03", "MAC of the encrypted command"},
+    {AppHashCipher, "\xDF\xE0\x04", "Encrypted application hash"},
+    {KeysAbsent, "\xDF\xE0\x05", "Keys absent"},
+};
+
+constexpr std::span<const TagRow> tags[] = {
+    groupTags,
+    transactionFieldTags,
+    specialDataFieldTags,
+    externalDataFieldTags,
+    dataSecurityFieldTags,
+    pairingFieldTags,
+    commandFieldTags,
+};
+
+// Sequences that more than one command has.
+
+constexpr ItemRow totals[] = {
+    {"total", ItemType::Int64}, {"tax", ItemType::Int64},    {"cash", ItemType::Int64},
+    {"card", ItemType::Int64},  {"change", ItemType::Int64}, {"items", ItemType::Int32},
+};
+
+constexpr ItemRow saleItem[] = {
+    {"price", ItemType::Int64},  {"quantity", ItemType::Int32}, {"percentage", ItemType::Int32},
+    {"amount", ItemType::Int64}, {"section", ItemType::Int8},   {"name", ItemType::Bytes},
+    {"type", ItemType::Int32},
+};
+
+constexpr ItemRow receiptRef[] = {{"z", ItemType::Int32}, {"receipt", ItemType::Int32}};
+
+constexpr ItemRow yesOrNo[] = {{"accepted", ItemType::Flag}};
+
+constexpr ItemRow standing[] = {
+    {"state", ItemType::Int32},
+    {"display", ItemType::Numbers},
+    {"error", ItemType::Int32, Presence::WhenSaleIsOpen},
+};
+
+constexpr ItemRow saleStep[] = {
+    {"accepted", ItemType::Flag},
+    {"state", ItemType::Int32},
+    {"display", ItemType::Numbers},
+    {"error", ItemType::Int32},
+};
+
+constexpr ItemRow saleStepWithTotals[] = {
+    {"accepted", ItemType::Flag},
+    {"state", ItemType::Int32},
+    {"display", ItemType::Numbers},
+    {"error", ItemType::Int32},
+    {"totals", ItemType::Record, Presence::Always, totals},
+};
+
+constexpr ItemRow acquirers[] = {{"acquirers", ItemType::Numbers}};
+
+constexpr ItemRow secondsSince1970[] = {{"time", ItemType::Int32}};
+
+// Sequences of one command.
+
+constexpr ItemRow keys[] = {
+    {"state", ItemType::Int32},
+    {"step", ItemType::Int32},
+    {"extra", ItemType::Int32},
+    {"keys", ItemType::Numbers, Presence::Always, {}, 0, 64}, // more than any sequence that means something
+    {"answer-wanted", ItemType::Flag},
+};
+
+constexpr ItemRow itemIndex[] = {{"index", ItemType::Int32, Presence::WhenMoreFollows}};
+
+constexpr ItemRow saleState[] = {
+    {"accepted", ItemType::Flag},
+    {"state", ItemType::Int32},
+    {"display", ItemType::Numbers},
+    {"error", ItemType::Int32},
+    {"totals", ItemType::Record, Presence::Always, totals},
+    {"receipt", ItemType::Record, Presence::Always, receiptRef},
+};
+
+constexpr ItemRow receiptData[] = {
+    {"accepted", ItemType::Flag},
+    {"totals", ItemType::Record, Presence::Always, totals},
+};
+
+constexpr ItemRow contribution[] = {
+    {"amount", ItemType::Int64},
+    {"identity", ItemType::Int64, Presence::WhenNotZero},
+};
+
+constexpr ItemRow section[] = {{"section", ItemType::Int8}};
+constexpr ItemRow sectionData[] = {{"name", ItemType::Bytes}, {"tax-rate", ItemType::Int32}};
+constexpr ItemRow report[] = {{"z-report", ItemType::Flag}};
+constexpr ItemRow currentZ[] = {{"accepted", ItemType::Flag}, {"z", ItemType::Int32}};
+constexpr ItemRow slip[] = {{"with-head", ItemType::Flag}, {"lines", ItemType::Lines}};
+
+constexpr ItemRow invoice[] = {
+    {"type", ItemType::Int32},      {"id-kind", ItemType::Int32}, {"reference", ItemType::Bytes},
+    {"id-number", ItemType::Bytes}, {"mode", ItemType::Int32},    {"delivers", ItemType::Flag},
+};
+
+constexpr ItemRow limit[] = {{"limit", ItemType::Int64}};
+constexpr ItemRow saleItems[] = {{"items", ItemType::Records, Presence::Always, saleItem, 1, 10}};
+
+constexpr CommandForm commands[] = {
+    {0, "state", {}, standing},
+    {1, "login", {}, yesOrNo},
+    {2, "logout", {}, yesOrNo},
+    {3, "change-state", keys, standing},
+    {4, "item", saleItem, saleStepWithTotals},
+    {5, "delete", itemIndex, saleStepWithTotals},
+    {6, "sale-state", {}, saleState},
+    {7, "receipt", receiptRef, receiptData},
+    {8, "paper", {}, yesOrNo},
+    {9, "medical", contribution, saleStep},
+    {10, "section", section, sectionData},
+    {11, "report", report, yesOrNo},
+    {12, "z", {}, currentZ},
+    {13, "print", slip, yesOrNo},
+    {14, "end-invoice", invoice, yesOrNo},
+    {15, "sale-limit", {}, limit},
+    {16, "items", saleItems, saleStepWithTotals},
+    {17, "last-z", {}, secondsSince1970},
+    {18, "datetime", {}, secondsSince1970},
+    {19, "acquirers", {}, acquirers},
+    {20, "sale-acquirers", {}, acquirers},
+};
+
+/** Whether each row has the index of its number, which look-ups rely on. */
+template <typename Rows, typename Row>
+constexpr bool areInOrder(const Rows &rows, int Row::*number)
+{
+    for (size_t i = 0; i < std::size(rows); ++i) {
+        if (rows[i].*number != int(i))
+            return false;
+    }
+    return true;
+}
+
+static_assert(areInOrder(messages, &MessageRow::value) && std::size(messages) == None);
+static_assert(std::ranges::all_of(tags, [](const auto &rows) { return areInOrder(rows, &TagRow::value); }));
+static_assert(areInOrder(commands, &CommandForm::code));
+
+} // namespace
+
+std::span<const std::span<const TagRow>> tagTables()
+{
+    return tags;
+}
+
+std::span<const MessageRow> messageTable()
+{
+    return messages;
+}
+
+std::span<const CommandForm> commandForms()
+{
+    return commands;
+}
+
+const CommandForm *commandForm(qint32 code)
+{
+    return code >= 0 && size_t(code) < std::size(commands) ? &commands[code] : nullptr;
+}
+
+} // namespace Velno::GMP
