@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 
 #include <array>
 #include <cstring>
@@ -67,6 +68,12 @@ inline unsigned char *octets(QByteArray &bytes)
     for (size_t size = 1; size <= half; size *= 2) // other registers for other sizes
         std::memcpy(left.data(), left.data() + half, size);
     OPENSSL_cleanse(left.data(), left.size()); // so that no compiler leaves the copying out
+}
+
+/** Compares what nobody may guess byte by byte: how long that takes does not tell where they differ. */
+inline bool sameSecret(QByteArrayView a, QByteArrayView b)
+{
+    return a.size() == b.size() && CRYPTO_memcmp(a.data(), b.data(), size_t(a.size())) == 0;
 }
 
 /** Empties a secret and overwrites its memory, unless another byte string still shares it. */

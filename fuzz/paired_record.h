@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/gmp3_util.h"
 
 namespace Fuzz {
@@ -23,10 +23,7 @@ inline Velno::GMP::MatchExt pairedRecord()
 /** A frame around a ciphertext, whose MAC is right. */
 inline QByteArray authentic(const Velno::GMP::MatchExt &record, const QByteArray &cipher)
 {
-    const QByteArray body =
-        Velno::tlvElement(QByteArrayLiteral("\xDF\xE0\x02"), cipher) +
-        Velno::tlvElement(QByteArrayLiteral("\xDF\xE0\x03"), Velno::GMP::GMP3_HMAC(record, cipher));
-    return Velno::GMP::GMP3::frame(true, Velno::GMP::None, body, serial);
+    return Velno::GMP::GMP3::frame(true, Velno::GMP::None, authenticated(record, cipher), serial);
 }
 
 /** A frame that holds this plaintext, encrypted. */

@@ -46,11 +46,6 @@ private:
     QByteArray m_bytes;
 };
 
-bool sameSecret(const QByteArray &a, const QByteArray &b)
-{
-    return a.size() == b.size() && CRYPTO_memcmp(a.constData(), b.constData(), size_t(a.size())) == 0;
-}
-
 // The requester: the application ---------------------------------------------------------------------
 
 void addRequestHead(Body &body, const char *identity)

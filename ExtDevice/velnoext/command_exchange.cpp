@@ -1,12 +1,8 @@
 #include "ExtDevice/velnoext/command_exchange.h"
 
-#include "ExtDevice/encoding/tlv.h"
-#include "ExtDevice/gmp3/gmp3.h"
-#include "ExtDevice/gmp3_util.h"
+#include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/number_format.h"
-
-#include <openssl/crypto.h>
 
 #include <algorithm>
 #include <iterator>
@@ -16,39 +12,6 @@ namespace Velno::Ext {
 using namespace Velno::GMP;
 
 namespace {
-
-const QByteArray cipherTag = QByteArrayLiteral("\xDF\xE0\x02");
-const QByteArray macTag = QByteArrayLiteral("\xDF\xE0\x03");
-constexpr int headerSize = 14; // length field and identity
-constexpr int crcSize = 2;
-constexpr int largestElement = 0xFFFF;
-constexpr int roomForRest = 64; // of an envelope beside its ciphertext
-
-/** Views into the frame that they came in. */
-struct Envelope
-{
-    QByteArrayView cipher;
-    QByteArrayView mac;
-};
-
-/** The two elements of a reply; false when there is any other, or one of them is missing. */
-bool readEnvelope(QByteArrayView payload, Envelope *envelope)
-{
-    for (TlvView element; takeTlvElement(&payload, &element);) {
-        if (element.tag == cipherTag)
-            envelope->cipher = element.value;
-        else if (element.tag == macTag)
-            envelope->mac = element.value;
-        else
-            return false;
-    }
-    return payload.isEmpty() && !envelope->cipher.isEmpty() && !envelope->mac.isEmpty();
-}
-
-bool isSame(QByteArrayView left, QByteArrayView right)
-{
-    return left.size() == right.size() && CRYPTO_memcmp(left.data(), right.data(), size_t(left.size())) == 0;
-}
 
 QIODevice *activeConnection()
 {
@@ -68,39 +31,25 @@ int beginRaw()
 
 QByteArray prepareTlvElements(const QByteArray &plaintext)
 {
-    if (plaintext.size() > largestElement)
-        return {};
-    const MatchExt &record = activeRecord();
-    const QByteArray cipher = GMP3_cipher(record, true, plaintext);
-    if (cipher.isEmpty())
-        return {};
-    QByteArray body;
-    body.reserve(cipher.size() + roomForRest);
-    if (!appendTlvElement(body, cipherTag, cipher) ||
-        !appendTlvElement(body, macTag, GMP3_HMAC(record, cipher)))
-        return {};
-    return GMP3::frame(true, None, body, record.registerData.constData());
+    return seal(activeRecord(), plaintext);
 }
 
 int parseTlvElements(const QByteArray &frame, QByteArray *plaintext)
 {
-    const MatchExt &record = activeRecord();
-    const auto check = [&] {
-        return GMP3::check(frame.constData(), int(frame.size()), record.registerData.constData(), false);
-    };
-    if (const int fault = keepingNumberFormat(check); fault != 0)
-        return failedBy(MalformedReply, fault);
-    Envelope envelope;
-    if (!readEnvelope(QByteArrayView(frame).sliced(headerSize).chopped(crcSize), &envelope))
-        return failedBy(MalformedReply, VelnoCause_ElementsWrong);
-    const QByteArray cipher = QByteArray::fromRawData(envelope.cipher.data(), envelope.cipher.size());
-    if (!isSame(GMP3_HMAC(record, cipher), envelope.mac))
+    const int status = keepingNumberFormat([&] { return unseal(activeRecord(), frame, plaintext); });
+    switch (status) {
+    case 0:
+        return Success;
+    case MacWrong:
         return failedBy(NotAuthentic, VelnoCause_MacWrong);
-    const QByteArray decrypted = GMP3_cipher(record, false, cipher);
-    if (decrypted.isEmpty())
+    case NothingDecrypted:
         return failedBy(NotAuthentic, VelnoCause_DecryptedToNothing);
-    *plaintext = decrypted;
-    return Success;
+    case EnvelopeOfNoKeys:
+    case ElementsWrong:
+        return failedBy(MalformedReply, VelnoCause_ElementsWrong);
+    default:
+        return failedBy(MalformedReply, status);
+    }
 }
 
 int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QByteArray &request,

@@ -1,7 +1,7 @@
 #include "ExtDevice/velnoext/connection_helper.h"
 
 #include "ExtDevice/encoding/digest.h"
-#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "ExtDevice/network/direct_io.h"
@@ -235,9 +235,7 @@ QByteArray applicationHash()
 /** Tells the register, on its first connection, that this side holds no keys for it. */
 bool announceUnpaired(const QByteArray &serialNo)
 {
-    const QByteArray notPaired = tlvElement(QByteArrayLiteral("\xDF\xE0\x05"), QByteArrayLiteral("0"));
-    const QByteArray frame = GMP3::frame(true, None, notPaired, activeRecord().registerData.constData());
-    return send_to_device(library().connections.value(serialNo), frame);
+    return send_to_device(library().connections.value(serialNo), frameOfNoKeys(activeRecord().registerData));
 }
 
 int exchangeKeys(const Route &route, const QByteArray &hash)

@@ -1,14 +1,11 @@
 #include "simulator/register/command_responder.h"
 
-#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/gmp3/gmp3.h"
-#include "ExtDevice/gmp3_util.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/message_body.h"
 
 #include <QIODevice>
-
-#include <openssl/crypto.h>
 
 using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
@@ -17,23 +14,26 @@ namespace Simulator {
 
 namespace {
 
-const QByteArray cipherTag = QByteArrayLiteral("\xDF\xE0\x02");
-const QByteArray macTag = QByteArrayLiteral("\xDF\xE0\x03");
-const QByteArray otherTag = QByteArrayLiteral("\xDF\xE0\x04");
-const QByteArray unpairedTag = QByteArrayLiteral("\xDF\xE0\x05");
-constexpr int headerSize = 14; // length field and serial number
-constexpr int crcSize = 2;
 constexpr int streamVersion = QDataStream::Qt_4_6;
-
-bool isSame(const QByteArray &left, const QByteArray &right)
-{
-    return left.size() == right.size() &&
-           CRYPTO_memcmp(left.constData(), right.constData(), size_t(left.size())) == 0;
-}
 
 CommandResponder::Request refused(const QString &reason)
 {
     return {nullptr, {}, reason};
+}
+
+/** What became of a frame that came, for people. */
+QString envelopeProblem(int status)
+{
+    switch (status) {
+    case ElementsWrong:
+        return u"the frame holds no encrypted command"_s;
+    case MacWrong:
+        return u"the command's MAC is wrong"_s;
+    case NothingDecrypted:
+        return u"the command cannot be decrypted"_s;
+    default:
+        return frameProblem(status);
+    }
 }
 
 /** Which command a plaintext asks for, and with what. */
@@ -84,32 +84,23 @@ void CommandResponder::forgetKeys()
 
 CommandResponder::Request CommandResponder::read(const QByteArray &frame)
 {
-    const int status = GMP3::check(frame.constData(), int(frame.size()), m_serial.constData(), false);
-    if (status != 0)
-        return refused(frameProblem(status));
-    const MessageBody body(frame.sliced(headerSize).chopped(crcSize));
-    if (body.isRunOf({unpairedTag}) && body.value(unpairedTag) == "0") {
+    Envelope envelope;
+    const int status = readEnvelope(frame, m_serial, &envelope);
+    if (status == EnvelopeOfNoKeys) {
         forgetKeys();
         return {};
     }
-    if (!body.isRunOf({cipherTag, macTag}))
-        return refused(u"the frame holds no encrypted command"_s);
+    if (status != 0)
+        return refused(envelopeProblem(status));
+    if (!envelope.isInOrder)
+        return refused(envelopeProblem(ElementsWrong));
     if (m_faults.has(Fault::ForgetPairing))
         forgetKeys();
-    return readEncrypted(body.value(cipherTag), body.value(macTag));
-}
-
-CommandResponder::Request CommandResponder::readEncrypted(const QByteArray &cipher,
-                                                          const QByteArray &mac) const
-{
     if (!holdsKeys())
         return refused(u"the register holds no keys; it must be paired first"_s);
-    if (mac.isEmpty() || !isSame(GMP3_HMAC(m_keys, cipher), mac))
-        return refused(u"the command's MAC is wrong"_s);
-    const QByteArray plaintext = GMP3_cipher(m_keys, false, cipher);
-    if (plaintext.isEmpty())
-        return refused(u"the command cannot be decrypted"_s);
-    return readCommand(plaintext);
+    QByteArray plaintext;
+    const int opened = openEnvelope(m_keys, envelope, &plaintext);
+    return opened == 0 ? readCommand(plaintext) : refused(envelopeProblem(opened));
 }
 
 CommandResponder::Answer CommandResponder::answer(const Request &request, const Faults &faults)
@@ -127,16 +118,8 @@ CommandResponder::Answer CommandResponder::answer(const Request &request, const 
 
 QByteArray CommandResponder::seal(const QByteArray &plaintext, const Faults &faults) const
 {
-    const QByteArray cipher = GMP3_cipher(m_keys, true, plaintext);
-    QByteArray mac = GMP3_HMAC(m_keys, cipher);
-    if (faults.has(Fault::BadMac))
-        mac.back() = char(mac.back() ^ 1);
-    QByteArray body = Velno::tlvElement(cipherTag, cipher);
-    if (!faults.has(Fault::NoMac))
-        body += Velno::tlvElement(macTag, mac);
-    if (faults.has(Fault::ExtraElement))
-        body += Velno::tlvElement(otherTag, "0");
-    return GMP3::frame(true, None, body, serialUnderFaults(m_serial, faults).constData());
+    const QByteArray elements = elementsUnderFaults(sealedElements(m_keys, plaintext), faults);
+    return GMP3::frame(true, None, elements, serialUnderFaults(m_serial, faults).constData());
 }
 
 } // namespace Simulator

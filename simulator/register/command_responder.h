@@ -12,9 +12,8 @@ namespace Simulator {
  * The register's side of a connection on which an application commands it: holds the keys of the last
  * pairing, opens what comes and seals what goes, right or under faults. Sockets are not its business.
  *
- * A message is a GMP3 frame around two elements, the encrypted command (DF E0 02) and its MAC (DF E0 03); an
- * application that holds no keys sends a single element in clear instead (DF E0 05, "0"). A command is a run
- * of QDataStream items in its version 12, the command's number in front.
+ * What it takes and sends is described in envelope.h; of an application it accepts a ciphertext and its MAC
+ * in this order alone.
  */
 class CommandResponder
 {
@@ -46,7 +45,6 @@ public:
     Answer answer(const Request &request, const Faults &faults);
 
 private:
-    Request readEncrypted(const QByteArray &cipher, const QByteArray &mac) const;
     QByteArray seal(const QByteArray &plaintext, const Faults &faults) const;
     void forgetKeys();
 

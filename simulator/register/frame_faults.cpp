@@ -1,7 +1,13 @@
 #include "simulator/register/frame_faults.h"
 
+#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/tags.h"
+#include "simulator/register/message_body.h"
+
 #include <QRandomGenerator>
 #include <QtEndian>
+
+using namespace Velno::GMP;
 
 namespace Simulator {
 
@@ -30,11 +36,9 @@ QByteArray announced(Length length, const QByteArray &frame)
     return prefix + frame;
 }
 
-QByteArray withBadCrc(QByteArray frame, const Faults &faults)
+QByteArray withBadCrc(const QByteArray &frame, const Faults &faults)
 {
-    if (faults.has(Fault::BadCrc))
-        frame.back() = char(frame.back() ^ 1);
-    return frame;
+    return faults.has(Fault::BadCrc) ? withOneBitWrong(frame) : frame;
 }
 
 } // namespace
@@ -44,6 +48,27 @@ QByteArray serialUnderFaults(QByteArray serial, const Faults &faults)
     if (faults.has(Fault::OtherSerial))
         serial.back() = serial.back() == '0' ? '1' : '0';
     return serial;
+}
+
+QByteArray withOneBitWrong(QByteArray bytes)
+{
+    if (!bytes.isEmpty())
+        bytes.back() = char(bytes.back() ^ 1);
+    return bytes;
+}
+
+QByteArray elementsUnderFaults(QByteArray elements, const Faults &faults)
+{
+    if (faults.has(Fault::ExtraElement))
+        elements += Velno::tlvElement(fieldTag(AppHashCipher), "0");
+    if (!faults.has(Fault::BadMac) && !faults.has(Fault::NoMac))
+        return elements;
+    MessageBody body(elements);
+    if (faults.has(Fault::NoMac))
+        body.remove(fieldTag(CommandMac));
+    else
+        body.replace(fieldTag(CommandMac), withOneBitWrong(body.value(fieldTag(CommandMac))));
+    return body.toBytes();
 }
 
 QByteArray pairingBytes(const QByteArray &frame, const Faults &faults)

@@ -10,6 +10,11 @@ namespace Simulator {
 /** The serial number that a frame carries. */
 QByteArray serialUnderFaults(QByteArray serial, const Faults &faults);
 
+QByteArray withOneBitWrong(QByteArray bytes);
+
+/** The elements of an encrypted answer: what stands beside the ciphertext. */
+QByteArray elementsUnderFaults(QByteArray elements, const Faults &faults);
+
 /** A frame of a key exchange as it leaves. */
 QByteArray pairingBytes(const QByteArray &frame, const Faults &faults);
 

@@ -2,8 +2,6 @@
 
 #include "ExtDevice/encoding/tlv.h"
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace Simulator {
@@ -49,16 +47,16 @@ bool MessageBody::contains(const QByteArray &tag) const
     return false;
 }
 
-bool MessageBody::isRunOf(const QVector<QByteArray> &tags) const
-{
-    return std::ranges::equal(m_fields, tags, {}, &Field::tag);
-}
-
 void MessageBody::replace(const QByteArray &tag, const QByteArray &value)
 {
     for (Field &field : m_fields)
         if (field.tag == tag)
             field.value = value;
+}
+
+void MessageBody::remove(const QByteArray &tag)
+{
+    m_fields.removeIf([&tag](const Field &field) { return field.tag == tag; });
 }
 
 QByteArray MessageBody::toBytes() const

@@ -17,8 +17,8 @@ public:
 
     QByteArray value(const QByteArray &tag) const; ///< empty when absent
     bool contains(const QByteArray &tag) const;
-    bool isRunOf(const QVector<QByteArray> &tags) const; ///< these fields, in this order, and no others
     void replace(const QByteArray &tag, const QByteArray &value); ///< does nothing when absent
+    void remove(const QByteArray &tag);
     QByteArray toBytes() const;
 
 private:

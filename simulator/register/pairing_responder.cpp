@@ -13,13 +13,6 @@ namespace Simulator {
 
 namespace {
 
-QByteArray withOneBitWrong(QByteArray bytes)
-{
-    if (!bytes.isEmpty())
-        bytes.back() = char(bytes.back() ^ 1);
-    return bytes;
-}
-
 /** The 1024-bit prime of RFC 2409: safe, but long within reach of a computation. */
 QByteArray smallPrime()
 {
