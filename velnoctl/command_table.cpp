@@ -68,7 +68,7 @@ constexpr std::array table{
             "item 12.50 \"Tam Ekmek\" section=1 quantity=1.250 percent=-10", Connection, Everywhere, addItem},
     Command{sale, "items", anItem, "sells up to ten items at once, all or none", totals,
             "items 12.50 Ekmek quantity=2 + 45.00 \"Beyaz Peynir\" section=2", Connection, Everywhere,
-            addItems, 10},
+            addItems, mostItems},
     Command{sale, "medical", "AMOUNT [IDENTITY]", "adds a medical contribution, anybody's by default",
             "the amount", "medical 15.00 11111111111", Connection, Everywhere, medical},
     Command{sale, "delete", "LINE", "takes a line out of the sale", totals, "delete last", Connection,

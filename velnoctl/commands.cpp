@@ -66,7 +66,7 @@ QString commandUsage(const Command &command)
 {
     QStringList words{QLatin1StringView(command.name)};
     bool hasKeys = false;
-    for (const Argument &argument : argumentsOf(command)) {
+    for (const Argument &argument : argumentsOf(command.arguments)) {
         hasKeys |= !argument.key.isEmpty();
         if (argument.key.isEmpty())
             words << (argument.isOptional ? u"[%1]"_s : u"%1"_s).arg(argument.usage());
@@ -81,7 +81,7 @@ QString commandUsage(const Command &command)
 QString commandHelp(const Command &command)
 {
     QString text = u"Usage: %1\n  %2\n\n"_s.arg(commandUsage(command), QLatin1StringView(command.help));
-    const QList<Argument> arguments = argumentsOf(command);
+    const QList<Argument> arguments = argumentsOf(command.arguments);
     for (const Argument &argument : arguments)
         text += twoColumns(argument.usage(), usageWidth, QLatin1StringView(argument.kind->accepted));
     if (command.most > 1)

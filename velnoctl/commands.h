@@ -12,6 +12,7 @@
  */
 namespace VelnoCtl {
 
+class Arguments;
 class Session;
 
 /** What a command came to. */
@@ -45,8 +46,7 @@ struct Command
     const char *example;   ///< as it is typed
     Needs needs;
     unsigned places;
-    /** Gets an entry for each argument, null when it is not given. */
-    Answer (*run)(Session &session, const QStringList &arguments);
+    Answer (*run)(Session &session, const Arguments &arguments);
     int most = 1; ///< how often the arguments may be repeated, with a + between
 };
 

@@ -1,9 +1,9 @@
 #include "velnoctl/house_commands.h"
 
+#include "velnoctl/arguments.h"
 #include "velnoctl/explanation.h"
 #include "velnoctl/line_editor.h"
 #include "velnoctl/line_reader.h"
-#include "velnoctl/numbers.h"
 #include "velnoctl/session.h"
 
 #include <cerrno>
@@ -66,10 +66,10 @@ int inputEnded(Session &session, LineReader::Outcome outcome, const QString &whe
 
 } // namespace
 
-Answer explain(Session &, const QStringList &arguments)
+Answer explain(Session &, const Arguments &arguments)
 {
-    const int code = numberFrom<int>(arguments.at(0)).value_or(0);
-    const int detail = numberFrom<int>(arguments.at(1)).value_or(0);
+    const int code = arguments.value(Kinds::code);
+    const int detail = arguments.value(Kinds::detail, 0);
     const Explanation explanation =
         code < Explanation::firstCause ? Explanation(code, 0, detail) : Explanation::ofCause(code);
     Answer answer;
@@ -78,30 +78,30 @@ Answer explain(Session &, const QStringList &arguments)
     return answer;
 }
 
-Answer help(Session &session, const QStringList &arguments)
+Answer help(Session &session, const Arguments &arguments)
 {
-    if (const Command *const command = commandNamed(arguments.first()))
-        return textAnswer(commandHelp(*command));
+    if (arguments.has(Kinds::command))
+        return textAnswer(commandHelp(*commandNamed(arguments.value(Kinds::command))));
     return textAnswer(session.isInteractive() ? commandsHelp(Shell) : helpText());
 }
 
-Answer commands(Session &, const QStringList &)
+Answer commands(Session &, const Arguments &)
 {
     return textAnswer(commandsHelp(CommandLine | Shell));
 }
 
-Answer version(Session &, const QStringList &)
+Answer version(Session &, const Arguments &)
 {
     return textAnswer(versionText());
 }
 
-Answer quit(Session &session, const QStringList &)
+Answer quit(Session &session, const Arguments &)
 {
     session.quit();
     return told(0);
 }
 
-Answer runInput(Session &session, const QStringList &)
+Answer runInput(Session &session, const Arguments &)
 {
     LineReader reader(STDIN_FILENO, session.interrupts().descriptor());
     for (QByteArray line;;) {
@@ -115,7 +115,7 @@ Answer runInput(Session &session, const QStringList &)
     }
 }
 
-Answer shell(Session &session, const QStringList &)
+Answer shell(Session &session, const Arguments &)
 {
     if (isatty(STDIN_FILENO) == 0)
         return runInput(session, {});

@@ -82,24 +82,29 @@ bool takeLanguage(const QString &text, Options &options)
 
 bool takeRelay(const QString &, Options &options)
 {
-    const bool isAlone = options.address.isEmpty();
+    if (!options.address.isEmpty())
+        return false;
     options.address = relayAddress;
-    return options.isRelay = isAlone;
+    options.isRelay = true;
+    return true;
 }
 
 bool takeJson(const QString &, Options &options)
 {
-    return options.isJson = true;
+    options.isJson = true;
+    return true;
 }
 
 bool takeHelp(const QString &, Options &options)
 {
-    return options.isHelp = true;
+    options.isHelp = true;
+    return true;
 }
 
 bool takeVersion(const QString &, Options &options)
 {
-    return options.isVersion = true;
+    options.isVersion = true;
+    return true;
 }
 
 // In the order of the help, which sets them in two columns.
@@ -117,7 +122,7 @@ constexpr std::array rows{
     OptionRow{"json", "", "results as one object a line", "", takeJson},
     OptionRow{"language", "LANG", "of explanations, en or tr", "en or tr", takeLanguage},
 };
-// Without a place in the help: whoever reads it has found them.
+// These are not in the help.
 constexpr std::array helpRows{
     OptionRow{"help", "", "", "", takeHelp},
     OptionRow{"version", "", "", "", takeVersion},

@@ -90,9 +90,11 @@ Parsed takeCommand(QStringList &words, Place place)
         return problem(misplacedCommand(*step.command, place));
     if (const QString wrong = takeArguments(*step.command, place, words, &step.arguments); !wrong.isEmpty())
         return problem(wrong);
-    if (name == "run"_L1 && step.arguments.first() != "-"_L1)
-        return loadScript(step.arguments.first());
-    if (name == "run"_L1 && place != CommandLine)
+    if (name != "run"_L1)
+        return {{step}, {}};
+    if (const QString &file = step.arguments.value(Kinds::file); file != "-"_L1)
+        return loadScript(file);
+    if (place != CommandLine)
         return problem(u"run - belongs on the command line: commands are read from there already"_s);
     return {{step}, {}};
 }

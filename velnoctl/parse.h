@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velnoctl/arguments.h"
 #include "velnoctl/commands.h"
 
 #include <QList>
@@ -10,8 +11,8 @@ namespace VelnoCtl {
 struct Step
 {
     const Command *command;
-    QStringList arguments; ///< as Command::run gets them
-    QString where;         ///< FILE:LINE for a line of a script, otherwise empty
+    Arguments arguments;
+    QString where; ///< FILE:LINE for a line of a script, otherwise empty
 };
 
 /** Steps in the order to be run, or what was wrong and what is accepted. */

@@ -1,8 +1,8 @@
 #include "velnoctl/payment_commands.h"
 
 #include "velnoctl/answers.h"
+#include "velnoctl/arguments.h"
 #include "velnoctl/exit_status.h"
-#include "velnoctl/numbers.h"
 #include "velnoctl/session.h"
 #include "velnoctl/values.h"
 
@@ -14,31 +14,34 @@ namespace VelnoCtl {
 
 namespace {
 
-enum InvoiceArgument : qsizetype { Type, Kind, Id, Reference, Mode, Flag };
-
 constexpr quint32 onPaper = 0;  // the type that needs a reference
 constexpr quint32 archived = 2; // the one for customers who take part in nothing electronic, as anybody does
 constexpr int usualMode = 1;
 constexpr char anybody[] = "11111111111";
 
 /** The type of a payment, which chooses between two keys of the register. */
-int typeOf(const QString &means)
+int typeOf(Means means)
 {
-    return means == "cash"_L1 ? 0 : 1;
+    return means == Means::Cash ? 0 : 1;
 }
 
-VelnoInvoice invoiceFrom(const QStringList &arguments)
+QString nameOf(Means means)
+{
+    return means == Means::Cash ? u"cash"_s : u"card"_s;
+}
+
+VelnoInvoice invoiceFrom(const Arguments &arguments)
 {
     VelnoInvoice invoice{};
-    const quint32 usualType = arguments.at(Reference).isNull() ? archived : onPaper;
-    invoice.invoiceType = numberFrom<quint32>(arguments.at(Type)).value_or(usualType);
-    invoice.idKind = numberFrom<quint32>(arguments.at(Kind)).value_or(0);
-    const QByteArray id = arguments.at(Id).isNull() ? anybody : arguments.at(Id).toUtf8();
-    std::copy(id.begin(), id.end(), invoice.idNumber); // both were measured by their kinds
-    const QByteArray reference = arguments.at(Reference).toUtf8();
-    std::copy(reference.begin(), reference.end(), invoice.reference);
-    invoice.mode = numberFrom<int>(arguments.at(Mode)).value_or(usualMode);
-    invoice.flag = arguments.at(Flag) == "yes"_L1;
+    const quint32 usualType = arguments.has(Kinds::reference) ? onPaper : archived;
+    invoice.invoiceType = arguments.value(Kinds::invoice, usualType);
+    invoice.idKind = arguments.value(Kinds::idKind, 0);
+    const QByteArray id = arguments.value(Kinds::id, anybody);
+    std::ranges::copy(id, invoice.idNumber); // both were measured by their kinds
+    const QByteArray reference = arguments.value(Kinds::reference, {});
+    std::ranges::copy(reference, invoice.reference);
+    invoice.mode = arguments.value(Kinds::mode, usualMode);
+    invoice.flag = arguments.value(Kinds::flag, false);
     return invoice;
 }
 
@@ -52,38 +55,38 @@ Answer unnamedReceipt()
 
 } // namespace
 
-Answer pay(Session &session, const QStringList &arguments)
+Answer pay(Session &session, const Arguments &arguments)
 {
-    const QString &means = arguments.at(0);
-    const qint64 kurus = kurusFrom(arguments.at(1)).value_or(0);
+    const Means means = arguments.value(Kinds::means);
+    const qint64 kurus = arguments.value(Kinds::amount);
     const int code = session.device().ask(velnoext_add_payment, typeOf(means), kurus);
-    return answer(code, u"payment sent: %1, %2"_s.arg(lira(kurus), means),
-                  {{u"kurus"_s, kurus}, {u"means"_s, means}});
+    return answer(code, u"payment sent: %1, %2"_s.arg(lira(kurus), nameOf(means)),
+                  {{u"kurus"_s, kurus}, {u"means"_s, nameOf(means)}});
 }
 
-Answer endSale(Session &session, const QStringList &arguments)
+Answer endSale(Session &session, const Arguments &arguments)
 {
-    const QString &means = arguments.first();
+    const Means means = arguments.value(Kinds::means);
     const int code = session.device().ask(velnoext_end_sale, typeOf(means));
-    return answer(code, u"end of the sale sent: %1"_s.arg(means), {{u"means"_s, means}});
+    return answer(code, u"end of the sale sent: %1"_s.arg(nameOf(means)), {{u"means"_s, nameOf(means)}});
 }
 
-Answer endInvoice(Session &session, const QStringList &arguments)
+Answer endInvoice(Session &session, const Arguments &arguments)
 {
     VelnoInvoice invoice = invoiceFrom(arguments);
     const int code = session.device().ask(velnoext_end_sale_with_invoice, &invoice);
     return answer(code, u"sale ended with an invoice"_s);
 }
 
-Answer cancel(Session &session, const QStringList &)
+Answer cancel(Session &session, const Arguments &)
 {
     return answer(session.device().command(velnoext_cancel_sale), u"sale cancelled"_s);
 }
 
-Answer receipt(Session &session, const QStringList &arguments)
+Answer receipt(Session &session, const Arguments &arguments)
 {
-    const auto [first, second] = pairFrom(arguments.first()).value_or(session.remembered().receipt);
-    if (arguments.first().isNull() && first == 0 && second == 0)
+    const auto [first, second] = arguments.value(Kinds::receipt, session.remembered().receipt);
+    if (!arguments.has(Kinds::receipt) && first == 0 && second == 0)
         return unnamedReceipt();
     VelnoReceiptRef reference{first, second};
     VelnoEcrSaleTotals totals{};

@@ -1,8 +1,8 @@
 #include "velnoctl/printing_commands.h"
 
 #include "velnoctl/answers.h"
+#include "velnoctl/arguments.h"
 #include "velnoctl/exit_status.h"
-#include "velnoctl/numbers.h"
 #include "velnoctl/session.h"
 
 #include <QTextCodec>
@@ -34,11 +34,6 @@ Answer cannotBeWritten(Session &session, const QString &text)
     return answer;
 }
 
-VelnoTextStyle styleFrom(const QString &size, const QString &style)
-{
-    return {numberFrom<int>(size).value_or(0), style.contains(u'a'), style.contains(u'b')};
-}
-
 Answer added(int code)
 {
     return answer(code, u"added to the slip"_s);
@@ -46,9 +41,9 @@ Answer added(int code)
 
 } // namespace
 
-Answer encoding(Session &session, const QStringList &arguments)
+Answer encoding(Session &session, const Arguments &arguments)
 {
-    const QString &name = arguments.first();
+    const QString &name = arguments.value(Kinds::encoding);
     const QByteArray bytes = name.toUtf8();
     const int code = session.device().ask(velnoext_printer_set_encoding, bytes.constData());
     if (code == 0)
@@ -56,47 +51,50 @@ Answer encoding(Session &session, const QStringList &arguments)
     return answer(code, u"texts of the slip in %1"_s.arg(name), {{u"encoding"_s, name}});
 }
 
-Answer addText(Session &session, const QStringList &arguments)
+Answer addText(Session &session, const Arguments &arguments)
 {
-    VelnoTextStyle style = styleFrom(arguments.at(1), arguments.at(2));
-    const QByteArray text = encoded(session, arguments.first());
+    const QString &typed = arguments.value(Kinds::text);
+    const auto [a, b] = arguments.value(Kinds::style, {});
+    VelnoTextStyle style{arguments.value(Kinds::size, 0), a, b};
+    const QByteArray text = encoded(session, typed);
     if (text.isNull())
-        return cannotBeWritten(session, arguments.first());
+        return cannotBeWritten(session, typed);
     return added(session.device().ask(velnoext_printer_add_text, text.constData(), &style));
 }
 
-Answer addJustified(Session &session, const QStringList &arguments)
+Answer addJustified(Session &session, const Arguments &arguments)
 {
-    VelnoTextStyle style = styleFrom({}, arguments.at(2));
-    const QByteArray left = encoded(session, arguments.at(0));
-    const QByteArray right = encoded(session, arguments.at(1));
+    const auto [a, b] = arguments.value(Kinds::style, {});
+    VelnoTextStyle style{0, a, b};
+    const QByteArray left = encoded(session, arguments.value(Kinds::left));
+    const QByteArray right = encoded(session, arguments.value(Kinds::right));
     if (left.isNull() || right.isNull())
-        return cannotBeWritten(session, arguments.at(left.isNull() ? 0 : 1));
+        return cannotBeWritten(session, arguments.value(left.isNull() ? Kinds::left : Kinds::right));
     return added(session.device().ask(velnoext_printer_add_justified_text, left.constData(),
                                       right.constData(), &style));
 }
 
-Answer feed(Session &session, const QStringList &arguments)
+Answer feed(Session &session, const Arguments &arguments)
 {
-    const unsigned int count = numberFrom<quint32>(arguments.first()).value_or(0);
+    const unsigned int count = arguments.value(Kinds::count);
     return added(session.device().ask(velnoext_printer_add_line_feed, count));
 }
 
-Answer printSlip(Session &session, const QStringList &arguments)
+Answer printSlip(Session &session, const Arguments &arguments)
 {
-    const bool flag = arguments.first() == "yes"_L1;
+    const bool flag = arguments.value(Kinds::flag, false);
     const int code = session.device().command(velnoext_print_slip, flag);
     if (code == 0)
         session.remembered().encoding.clear(); // the next slip begins with its own
     return answer(code, u"slip printed"_s);
 }
 
-Answer xReport(Session &session, const QStringList &)
+Answer xReport(Session &session, const Arguments &)
 {
     return answer(session.device().ask(velnoext_x_report), u"X report printed"_s);
 }
 
-Answer zReport(Session &session, const QStringList &)
+Answer zReport(Session &session, const Arguments &)
 {
     return answer(session.device().ask(velnoext_z_report), u"Z report printed"_s);
 }

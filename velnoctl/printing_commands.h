@@ -6,13 +6,13 @@
 namespace VelnoCtl {
 
 /** Remembers the encoding for the texts behind it. */
-Answer encoding(Session &session, const QStringList &arguments);
-Answer addText(Session &session, const QStringList &arguments);
-Answer addJustified(Session &session, const QStringList &arguments);
-Answer feed(Session &session, const QStringList &arguments);
-Answer printSlip(Session &session, const QStringList &arguments);
+Answer encoding(Session &session, const Arguments &arguments);
+Answer addText(Session &session, const Arguments &arguments);
+Answer addJustified(Session &session, const Arguments &arguments);
+Answer feed(Session &session, const Arguments &arguments);
+Answer printSlip(Session &session, const Arguments &arguments);
 
-Answer xReport(Session &session, const QStringList &arguments);
-Answer zReport(Session &session, const QStringList &arguments);
+Answer xReport(Session &session, const Arguments &arguments);
+Answer zReport(Session &session, const Arguments &arguments);
 
 } // namespace VelnoCtl

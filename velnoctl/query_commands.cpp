@@ -1,7 +1,7 @@
 #include "velnoctl/query_commands.h"
 
 #include "velnoctl/answers.h"
-#include "velnoctl/numbers.h"
+#include "velnoctl/arguments.h"
 #include "velnoctl/session.h"
 #include "velnoctl/values.h"
 #include "velnoext.h"
@@ -43,22 +43,22 @@ Answer numbers(Session &session, ListQuery query)
 
 } // namespace
 
-Answer login(Session &session, const QStringList &)
+Answer login(Session &session, const Arguments &)
 {
     return answer(session.device().command(velnoext_login), u"logged in"_s);
 }
 
-Answer logout(Session &session, const QStringList &)
+Answer logout(Session &session, const Arguments &)
 {
     return answer(session.device().command(velnoext_logout), u"logged out"_s);
 }
 
-Answer forget(Session &session, const QStringList &)
+Answer forget(Session &session, const Arguments &)
 {
     return answer(session.device().forget(), u"keys forgotten"_s);
 }
 
-Answer state(Session &session, const QStringList &)
+Answer state(Session &session, const Arguments &)
 {
     int number = 0;
     const int code = session.device().command(velnoext_ecr_state, &number);
@@ -66,7 +66,7 @@ Answer state(Session &session, const QStringList &)
     return answer(code, u"state %1 (%2)"_s.arg(number).arg(name), {{u"state"_s, number}, {u"name"_s, name}});
 }
 
-Answer currentZ(Session &session, const QStringList &)
+Answer currentZ(Session &session, const Arguments &)
 {
     constexpr int none = -1;
     int z = none;
@@ -79,7 +79,7 @@ Answer currentZ(Session &session, const QStringList &)
     return result;
 }
 
-Answer lastZ(Session &session, const QStringList &)
+Answer lastZ(Session &session, const Arguments &)
 {
     int seconds = 0;
     const int code = session.device().command(velnoext_last_z_datetime, &seconds);
@@ -88,27 +88,27 @@ Answer lastZ(Session &session, const QStringList &)
     return instant(code, u"last Z"_s, seconds);
 }
 
-Answer dateTime(Session &session, const QStringList &)
+Answer dateTime(Session &session, const Arguments &)
 {
     int seconds = 0;
     const int code = session.device().command(velnoext_ecr_datetime, &seconds);
     return instant(code, u"clock"_s, seconds);
 }
 
-Answer saleLimit(Session &session, const QStringList &)
+Answer saleLimit(Session &session, const Arguments &)
 {
     long long kurus = 0;
     const int code = session.device().command(velnoext_sale_limit, &kurus);
     return answer(code, u"sale limit %1"_s.arg(lira(kurus)), {{u"kurus"_s, qint64(kurus)}});
 }
 
-Answer paper(Session &session, const QStringList &)
+Answer paper(Session &session, const Arguments &)
 {
     return answer(session.device().command(velnoext_check_printer_paper), u"paper present"_s,
                   {{u"paper"_s, true}});
 }
 
-Answer serialNumber(Session &session, const QStringList &)
+Answer serialNumber(Session &session, const Arguments &)
 {
     char buffer[32] = {}; // the library writes at most 17 bytes, not always a zero behind the last
     const int code = session.device().ask(velnoext_ecr_serialno, buffer);
@@ -116,10 +116,10 @@ Answer serialNumber(Session &session, const QStringList &)
     return answer(code, u"serial number %1"_s.arg(serial), {{u"serial"_s, serial}});
 }
 
-Answer section(Session &session, const QStringList &arguments)
+Answer section(Session &session, const Arguments &arguments)
 {
     VelnoSaleItem item{};
-    item.section = numberFrom<signed char>(arguments.first()).value_or(0);
+    item.section = arguments.value(Kinds::section);
     const int code = session.device().command(velnoext_section_data, &item);
     const QString name = printable(item.name);
     const int number = item.quantity;
@@ -130,12 +130,12 @@ Answer section(Session &session, const QStringList &arguments)
         {{u"section"_s, item.section}, {u"name"_s, name}, {u"number"_s, number}});
 }
 
-Answer acquirers(Session &session, const QStringList &)
+Answer acquirers(Session &session, const Arguments &)
 {
     return numbers(session, velnoext_active_acquirers);
 }
 
-Answer saleAcquirers(Session &session, const QStringList &)
+Answer saleAcquirers(Session &session, const Arguments &)
 {
     return numbers(session, velnoext_acquirers_of_sale);
 }

@@ -5,18 +5,18 @@
 /** The commands that log in and out and read the register, one function of velnoext.h each. */
 namespace VelnoCtl {
 
-Answer login(Session &session, const QStringList &arguments);
-Answer logout(Session &session, const QStringList &arguments);
-Answer forget(Session &session, const QStringList &arguments);
-Answer state(Session &session, const QStringList &arguments);
-Answer currentZ(Session &session, const QStringList &arguments);
-Answer lastZ(Session &session, const QStringList &arguments);
-Answer dateTime(Session &session, const QStringList &arguments);
-Answer saleLimit(Session &session, const QStringList &arguments);
-Answer paper(Session &session, const QStringList &arguments);
-Answer serialNumber(Session &session, const QStringList &arguments);
-Answer section(Session &session, const QStringList &arguments);
-Answer acquirers(Session &session, const QStringList &arguments);
-Answer saleAcquirers(Session &session, const QStringList &arguments);
+Answer login(Session &session, const Arguments &arguments);
+Answer logout(Session &session, const Arguments &arguments);
+Answer forget(Session &session, const Arguments &arguments);
+Answer state(Session &session, const Arguments &arguments);
+Answer currentZ(Session &session, const Arguments &arguments);
+Answer lastZ(Session &session, const Arguments &arguments);
+Answer dateTime(Session &session, const Arguments &arguments);
+Answer saleLimit(Session &session, const Arguments &arguments);
+Answer paper(Session &session, const Arguments &arguments);
+Answer serialNumber(Session &session, const Arguments &arguments);
+Answer section(Session &session, const Arguments &arguments);
+Answer acquirers(Session &session, const Arguments &arguments);
+Answer saleAcquirers(Session &session, const Arguments &arguments);
 
 } // namespace VelnoCtl

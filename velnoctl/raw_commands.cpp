@@ -1,25 +1,25 @@
 #include "velnoctl/raw_commands.h"
 
 #include "velnoctl/answers.h"
-#include "velnoctl/numbers.h"
+#include "velnoctl/arguments.h"
 #include "velnoctl/session.h"
 
 using namespace Qt::StringLiterals;
 
 namespace VelnoCtl {
 
-Answer sendRaw(Session &session, const QStringList &arguments)
+Answer sendRaw(Session &session, const Arguments &arguments)
 {
-    const QByteArray bytes = bytesFrom(arguments.first()).value_or(QByteArray());
+    const QByteArray &bytes = arguments.value(Kinds::hex);
     const int size = int(bytes.size());
     const int code = session.device().ask(velnoext_send_data, bytes.constData(), size);
     session.device().expectStrayAnswer();
     return answer(code, u"sent %1 bytes"_s.arg(size), {{u"bytes"_s, size}});
 }
 
-Answer getRaw(Session &session, const QStringList &arguments)
+Answer getRaw(Session &session, const Arguments &arguments)
 {
-    const QByteArray frame = bytesFrom(arguments.first()).value_or(QByteArray());
+    const QByteArray &frame = arguments.value(Kinds::hex);
     QByteArray plain(frame.size(), '\0'); // never longer than what holds it
     int size = int(plain.size());
     const int code =

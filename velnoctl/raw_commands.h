@@ -5,7 +5,7 @@
 /** The commands that pass bytes as they are, for the applications that may. */
 namespace VelnoCtl {
 
-Answer sendRaw(Session &session, const QStringList &arguments);
-Answer getRaw(Session &session, const QStringList &arguments);
+Answer sendRaw(Session &session, const Arguments &arguments);
+Answer getRaw(Session &session, const Arguments &arguments);
 
 } // namespace VelnoCtl

@@ -52,8 +52,11 @@ void Report::answer(const Step &step, const Answer &answer)
         return wrongUsage(whereOf(step) + command + u": "_s + answer.text);
     if (answer.code != 0)
         return failure(step, command, command, answer);
-    if (!m_isJson)
-        return answer.text.isEmpty() ? void() : write(answer.text);
+    if (!m_isJson) {
+        if (!answer.text.isEmpty())
+            write(answer.text);
+        return;
+    }
     QJsonObject object = answer.values;
     object.insert(u"command"_s, command);
     object.insert(u"code"_s, 0);

@@ -1,7 +1,7 @@
 #include "velnoctl/sale_commands.h"
 
 #include "velnoctl/answers.h"
-#include "velnoctl/numbers.h"
+#include "velnoctl/arguments.h"
 #include "velnoctl/session.h"
 #include "velnoctl/values.h"
 
@@ -17,20 +17,17 @@ constexpr int onePiece = 1000;
 constexpr signed char firstSection = 1;
 constexpr quint64 anybody = 11111111111;
 
-enum ItemArgument : qsizetype { Price, Name, Section, Quantity, Percent, Amount, Type, ItemArguments };
-
 /** The item whose arguments are these; see the row of `item`. */
-VelnoSaleItem itemFrom(const QStringList &arguments)
+VelnoSaleItem itemFrom(const Arguments &arguments)
 {
     VelnoSaleItem item{};
-    item.price = kurusFrom(arguments.at(Price)).value_or(0);
-    item.quantity = thousandthsFrom(arguments.at(Quantity)).value_or(onePiece);
-    item.percentage = numberFrom<int>(arguments.at(Percent)).value_or(0);
-    item.amount = kurusFrom(arguments.at(Amount)).value_or(0);
-    item.section = numberFrom<signed char>(arguments.at(Section)).value_or(firstSection);
-    item.type = numberFrom<int>(arguments.at(Type)).value_or(0);
-    const QByteArray name = arguments.at(Name).toUtf8();
-    std::copy(name.begin(), name.end(), item.name); // which its kind has measured
+    item.price = arguments.value(Kinds::price);
+    item.quantity = arguments.value(Kinds::quantity, onePiece);
+    item.percentage = arguments.value(Kinds::percent, 0);
+    item.amount = arguments.value(Kinds::amount, 0);
+    item.section = arguments.value(Kinds::section, firstSection);
+    item.type = arguments.value(Kinds::type, 0);
+    std::ranges::copy(arguments.value(Kinds::name), item.name); // which its kind has measured
     return item;
 }
 
@@ -41,17 +38,17 @@ Answer started(int code)
 
 } // namespace
 
-Answer startSale(Session &session, const QStringList &)
+Answer startSale(Session &session, const Arguments &)
 {
     return started(session.device().command(velnoext_start_sale));
 }
 
-Answer startInvoiceSale(Session &session, const QStringList &)
+Answer startInvoiceSale(Session &session, const Arguments &)
 {
     return started(session.device().command(velnoext_start_sale_with_invoice));
 }
 
-Answer saleState(Session &session, const QStringList &)
+Answer saleState(Session &session, const Arguments &)
 {
     int first = 0;
     VelnoEcrSaleTotals totals{};
@@ -68,7 +65,7 @@ Answer saleState(Session &session, const QStringList &)
                   values);
 }
 
-Answer addItem(Session &session, const QStringList &arguments)
+Answer addItem(Session &session, const Arguments &arguments)
 {
     VelnoSaleItem item = itemFrom(arguments);
     VelnoEcrSaleTotals totals{};
@@ -76,29 +73,29 @@ Answer addItem(Session &session, const QStringList &arguments)
     return totalsAnswer(code, totals);
 }
 
-Answer addItems(Session &session, const QStringList &arguments)
+Answer addItems(Session &session, const Arguments &arguments)
 {
     VelnoSaleItemList list{};
-    list.count = static_cast<unsigned short>(arguments.size() / ItemArguments);
-    for (unsigned short i = 0; i < list.count; ++i)
-        list.items[i] = itemFrom(arguments.mid(i * ItemArguments, ItemArguments));
+    list.items[list.count++] = itemFrom(arguments);
+    for (const Arguments &next : arguments.repeated())
+        list.items[list.count++] = itemFrom(next);
     VelnoEcrSaleTotals totals{};
     const int code = session.device().command(velnoext_add_multiple_sale_items, &list, &totals);
     return totalsAnswer(code, totals);
 }
 
-Answer medical(Session &session, const QStringList &arguments)
+Answer medical(Session &session, const Arguments &arguments)
 {
-    const qint64 kurus = kurusFrom(arguments.at(0)).value_or(0);
-    const quint64 identity = numberFrom<quint64>(arguments.at(1)).value_or(anybody);
+    const qint64 kurus = arguments.value(Kinds::amount);
+    const quint64 identity = arguments.value(Kinds::identity, anybody);
     const int code = session.device().command(velnoext_add_medical_contribution, kurus, identity);
     return answer(code, u"medical contribution %1"_s.arg(lira(kurus)), {{u"kurus"_s, kurus}});
 }
 
-Answer deleteItem(Session &session, const QStringList &arguments)
+Answer deleteItem(Session &session, const Arguments &arguments)
 {
     VelnoEcrSaleTotals totals{};
-    const std::optional<int> index = numberFrom<int>(arguments.first()); // none: the last
+    const std::optional<int> index = arguments.value(Kinds::line).index;
     const int code = index ? session.device().command(velnoext_delete_sale_item, *index, &totals)
                            : session.device().command(velnoext_delete_last_sale_item, &totals);
     return totalsAnswer(code, totals);

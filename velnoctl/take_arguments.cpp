@@ -1,6 +1,5 @@
 #include "velnoctl/take_arguments.h"
 
-#include "velnoctl/arguments.h"
 #include "velnoctl/nearest.h"
 
 #include <QRegularExpression>
@@ -15,7 +14,7 @@ namespace {
 
 bool isCommandName(const ArgumentKind &kind)
 {
-    return QLatin1StringView(kind.name) == "COMMAND"_L1;
+    return &kind == &Kinds::command;
 }
 
 /** Whether the next word belongs to an optional argument of this kind, not to the command behind it. */
@@ -32,14 +31,15 @@ bool hasKey(const QString &word)
     return rule.match(word).hasMatch();
 }
 
-/** What is wrong with a value, or nothing. */
-QString fault(const Argument &argument, const QString &value)
+/** Reads a value. @return what is wrong with it, or nothing */
+QString readValue(const ArgumentKind &kind, const QString &value, Arguments &taken)
 {
-    if (argument.kind->matches(value))
+    const bool isUnknownCommand = isCommandName(kind) && !commandNamed(value);
+    if (!isUnknownCommand && taken.read(kind, value))
         return {};
-    const QString problem = u"\"%1\" is no %2; accepted is %3"_s.arg(
-        value, QLatin1StringView(argument.kind->name), QLatin1StringView(argument.kind->accepted));
-    return isCommandName(*argument.kind) ? problem + didYouMean(value, commandNames(Everywhere)) : problem;
+    const QString problem = u"\"%1\" is no %2; accepted is %3"_s.arg(value, QLatin1StringView(kind.name),
+                                                                     QLatin1StringView(kind.accepted));
+    return isCommandName(kind) ? problem + didYouMean(value, commandNames(Everywhere)) : problem;
 }
 
 QString keysHelp(const QList<Argument> &arguments)
@@ -63,36 +63,34 @@ QStringList keysOf(const QList<Argument> &arguments)
 }
 
 /** Takes the words behind each other that stand in front. */
-QString takePlaced(const QList<Argument> &arguments, Place place, QStringList &words, QStringList &values)
+QString takePlaced(const QList<Argument> &row, Place place, QStringList &words, Arguments &taken)
 {
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const Argument &argument = arguments.at(i);
+    for (const Argument &argument : row) {
         if (!argument.key.isEmpty() || (argument.isOptional && !isGiven(*argument.kind, words, place)))
             return {};
         if (words.isEmpty())
             return u"%1 is missing; accepted is %2"_s.arg(argument.usage(),
                                                           QLatin1StringView(argument.kind->accepted));
-        if (const QString wrong = fault(argument, words.first()); !wrong.isEmpty())
+        if (const QString wrong = readValue(*argument.kind, words.takeFirst(), taken); !wrong.isEmpty())
             return wrong;
-        values[i] = words.takeFirst();
     }
     return {};
 }
 
 /** Takes the words key=VALUE that stand in front. */
-QString takeKeyed(const QList<Argument> &arguments, QStringList &words, QStringList &values)
+QString takeKeyed(const QList<Argument> &row, QStringList &words, Arguments &taken)
 {
-    const QString accepted = keysHelp(arguments);
+    const QString accepted = keysHelp(row);
     while (!accepted.isEmpty() && !words.isEmpty() && hasKey(words.first())) {
         const QString word = words.takeFirst();
         const QString key = word.left(word.indexOf(u'='));
-        const qsizetype i = std::ranges::find(arguments, key, &Argument::key) - arguments.begin();
-        if (i == arguments.size())
-            return u"\"%1\": accepted are %2"_s.arg(word, accepted) + didYouMean(key, keysOf(arguments));
-        if (!values.at(i).isNull())
+        const auto argument = std::ranges::find(row, key, &Argument::key);
+        if (argument == row.end())
+            return u"\"%1\": accepted are %2"_s.arg(word, accepted) + didYouMean(key, keysOf(row));
+        if (taken.has(*argument->kind))
             return u"\"%1\": %2= is given twice"_s.arg(word, key);
-        values[i] = word.sliced(key.size() + 1); // empty, but not null, behind a lone key=
-        if (const QString wrong = fault(arguments.at(i), values.at(i)); !wrong.isEmpty())
+        const QString value = word.sliced(key.size() + 1);
+        if (const QString wrong = readValue(*argument->kind, value, taken); !wrong.isEmpty())
             return u"%1="_s.arg(key) + wrong;
     }
     return {};
@@ -100,23 +98,24 @@ QString takeKeyed(const QList<Argument> &arguments, QStringList &words, QStringL
 
 } // namespace
 
-QString takeArguments(const Command &command, Place place, QStringList &words, QStringList *values)
+QString takeArguments(const Command &command, Place place, QStringList &words, Arguments *arguments)
 {
     const QLatin1StringView name(command.name);
-    const QList<Argument> arguments = argumentsOf(command);
+    const QList<Argument> row = argumentsOf(command.arguments);
+    *arguments = Arguments(row);
+    Arguments *taken = arguments;
     for (int times = 1;; ++times) {
-        QStringList taken(arguments.size());
-        QString wrong = takePlaced(arguments, place, words, taken);
+        QString wrong = takePlaced(row, place, words, *taken);
         if (wrong.isEmpty())
-            wrong = takeKeyed(arguments, words, taken);
+            wrong = takeKeyed(row, words, *taken);
         if (!wrong.isEmpty())
             return name + u": "_s + wrong;
-        *values << taken;
         if (command.most == 1 || words.isEmpty() || words.first() != "+"_L1)
             return {};
         if (times == command.most)
             return u"%1: \"+\" is one too many; accepted are up to %2"_s.arg(name).arg(command.most);
         words.removeFirst();
+        taken = &arguments->repeat(row);
     }
 }
 
