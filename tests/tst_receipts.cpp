@@ -38,9 +38,6 @@ private slots:
     void slipLinesAreSet();
     void slipsFollowTheEncodingNamedLast();
     void slipsAreBounded();
-    void slipLinesTravel();
-    void brokenSlipLinesAreRefused_data();
-    void brokenSlipLinesAreRefused();
     void paperRunsOutAfterSoManyPrints();
     void nothingIsWiderThanThePaper();
     void noAmountIsCut_data();
@@ -66,17 +63,6 @@ QString squeezed(const QString &text)
     for (QString &line : lines)
         line = line.simplified();
     return lines.join(u'\n');
-}
-
-QByteArray travelling(const QList<QByteArray> &lines)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_6);
-    stream << qint32(lines.size());
-    for (const QByteArray &line : lines)
-        stream << line;
-    return bytes;
 }
 
 } // namespace
@@ -362,37 +348,6 @@ void TestReceipts::slipsAreBounded()
     QCOMPARE(till.printSlip({feeds}, true), SlipTooLong);
     QCOMPARE(till.printSlip({"\x04"_ba}, true), NotRefused);
     QCOMPARE(till.prints.last().kind, "slip");
-}
-
-void TestReceipts::slipLinesTravel()
-{
-    const QList<QByteArray> sent{"@UTF-8", QByteArray(), "\x04 abc"};
-    QList<QByteArray> lines;
-    QVERIFY(readSlipLines(travelling(sent), lines));
-    QCOMPARE(lines, sent);
-    QVERIFY(readSlipLines(travelling({}), lines));
-    QVERIFY(lines.isEmpty());
-}
-
-void TestReceipts::brokenSlipLinesAreRefused_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-
-    const QByteArray good = travelling({"\x04 abc", "\x04 def"});
-    for (qsizetype size = 0; size < good.size(); ++size)
-        QTest::addRow("first %d bytes", int(size)) << good.first(size);
-    QTest::newRow("one byte more") << good + 'x';
-    QTest::newRow("negative count") << QByteArray::fromHex("FFFFFFFF");
-    QTest::newRow("more than there is") << QByteArray::fromHex("7FFFFFFF");
-    QTest::newRow("a line longer than all") << QByteArray::fromHex("000000017FFFFFFF41");
-}
-
-void TestReceipts::brokenSlipLinesAreRefused()
-{
-    QFETCH(const QByteArray, bytes);
-    QList<QByteArray> lines{"kept"};
-    QVERIFY(!readSlipLines(bytes, lines));
-    QCOMPARE(lines, QList<QByteArray>{"kept"});
 }
 
 void TestReceipts::paperRunsOutAfterSoManyPrints()

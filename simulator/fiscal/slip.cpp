@@ -4,7 +4,6 @@
 #include "simulator/fiscal/receipt_text.h"
 #include "simulator/fiscal/text_input.h"
 
-#include <QDataStream>
 #include <QTextCodec>
 
 using namespace Qt::StringLiterals;
@@ -80,24 +79,6 @@ QStringList slipText(const QList<QByteArray> &lines, bool withHead)
             return {};
     }
     return texts << centred(u"MALİ DEĞERİ YOKTUR"_s);
-}
-
-bool readSlipLines(const QByteArray &bytes, QList<QByteArray> &lines)
-{
-    QDataStream stream(bytes);
-    stream.setVersion(QDataStream::Qt_4_6);
-    qint32 count = 0;
-    stream >> count;
-    QList<QByteArray> read;
-    for (qint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i) {
-        QByteArray line;
-        stream >> line;
-        read << line;
-    }
-    if (stream.status() != QDataStream::Ok || !stream.atEnd() || count < 0)
-        return false;
-    lines = read;
-    return true;
 }
 
 } // namespace Simulator

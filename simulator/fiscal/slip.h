@@ -20,7 +20,4 @@ constexpr int longestSlip = 1000;
  */
 QStringList slipText(const QList<QByteArray> &lines, bool withHead);
 
-/** How such lines travel: a count, then each with its length. @return false: the bytes are none */
-bool readSlipLines(const QByteArray &bytes, QList<QByteArray> &lines);
-
 } // namespace Simulator

@@ -3,6 +3,7 @@
 #include "simulator/register/credentials.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/model_settings.h"
+#include "simulator/register/selling_commands.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -163,9 +164,10 @@ void CashRegister::obey(const CommandResponder::Request &request)
 /** The faults in force for a request; those that its items provoke are among them, and may be spent by it. */
 Faults CashRegister::takeFaultsFor(const CommandResponder::Request &request)
 {
-    for (const QString &message : misnamedAmong(request.decoded.items))
+    const QList<ItemRequest> sold = itemsToSell(request.items);
+    for (const QString &message : misnamedAmong(sold))
         m_events.write("warning", {{"message", message}});
-    const QStringList provoked = provokedBy(request.decoded.items);
+    const QStringList provoked = provokedBy(sold);
     for (const QString &fault : provoked)
         m_events.write("provoked", {{"fault", fault}});
     m_provoked.add(provoked);

@@ -14,7 +14,7 @@ namespace Simulator {
 
 namespace {
 
-constexpr int streamVersion = QDataStream::Qt_4_6;
+constexpr int streamVersion = QDataStream::Qt_4_6; // that registers speak
 
 CommandResponder::Request refused(const QString &reason)
 {
@@ -37,25 +37,22 @@ QString envelopeProblem(int status)
 }
 
 /** Which command a plaintext asks for, and with what. */
-CommandResponder::Request readCommand(const QByteArray &plaintext)
+CommandResponder::Request readCommand(QByteArrayView plaintext)
 {
-    QDataStream stream(plaintext);
-    stream.setVersion(streamVersion);
-    qint32 code = 0;
-    stream >> code;
-    if (stream.status() != QDataStream::Ok)
+    const auto code = takeCode(&plaintext);
+    if (!code)
         return refused(u"the command is shorter than its number"_s);
-    const CommandRow *const command = commandByCode(code);
+    const CommandRow *const command = commandByCode(*code);
     if (!command)
-        return refused(u"command %1 is unknown"_s.arg(code));
+        return refused(u"command %1 is unknown"_s.arg(*code));
     const QLatin1StringView name(command->name);
-    const DecodedCommand decoded = command->decode(stream);
-    if (stream.status() != QDataStream::Ok)
+    const auto items = takeItems(command->request, &plaintext);
+    if (!items)
         return refused(
             u"the command %1 carries less than it should, or what is none of its items"_s.arg(name));
-    if (!stream.atEnd())
+    if (!plaintext.isEmpty())
         return refused(u"the command %1 carries more than it should"_s.arg(name));
-    return {command, decoded, {}};
+    return {command, *items, {}};
 }
 
 Disturbance disturbanceOf(const CommandRow &command, const Faults &faults)
@@ -108,7 +105,8 @@ CommandResponder::Answer CommandResponder::answer(const Request &request, const 
     QByteArray plaintext;
     QDataStream reply(&plaintext, QIODevice::WriteOnly);
     reply.setVersion(streamVersion);
-    const Refusal refusal = request.decoded.run({m_model, reply, disturbanceOf(*request.command, faults)});
+    const Disturbance wrong = disturbanceOf(*request.command, faults);
+    const Refusal refusal = request.command->run({m_model, request.items, reply, wrong});
     if (plaintext.isEmpty())
         return {{}, refusal};
     if (faults.has(Fault::ShortReply))

@@ -22,7 +22,7 @@ public:
     struct Request
     {
         const CommandRow *command = nullptr; ///< null: the application holds no keys
-        DecodedCommand decoded;
+        Velno::GMP::Items items;             ///< what it carries
         QString refusal;
     };
 

@@ -74,48 +74,45 @@ Refusal dateTime(const CommandCall &call)
     return NotRefused;
 }
 
-/** A command that is nothing but its number. */
-template <Refusal (*run)(const CommandCall &)>
-DecodedCommand alone(QDataStream &)
+CommandRow row(int code, bool refusable, Execution run)
 {
-    return {run};
+    return {*Velno::GMP::commandForm(code), refusable, run};
 }
-
-constexpr std::array table{
-    CommandRow{0, "state", false, alone<state>},
-    CommandRow{1, "login", true, alone<login>},
-    CommandRow{2, "logout", true, alone<logout>},
-    CommandRow{3, "change-state", true, changeState},
-    CommandRow{4, "item", true, addItem},
-    CommandRow{5, "delete", true, deleteItem},
-    CommandRow{6, "sale-state", true, saleState},
-    CommandRow{7, "receipt", true, receiptData},
-    CommandRow{8, "paper", true, alone<paper>},
-    CommandRow{9, "medical", true, medicalContribution},
-    CommandRow{10, "section", false, sectionData},
-    CommandRow{11, "report", true, printReport},
-    CommandRow{12, "z", true, alone<currentZ>},
-    CommandRow{13, "print", true, printSlip},
-    CommandRow{14, "end-invoice", true, endWithInvoice},
-    CommandRow{15, "sale-limit", false, alone<saleLimit>},
-    CommandRow{16, "items", true, addItems},
-    CommandRow{17, "last-z", false, alone<lastZ>},
-    CommandRow{18, "datetime", false, alone<dateTime>},
-    CommandRow{19, "acquirers", false, listAcquirers},
-    CommandRow{20, "sale-acquirers", false, listSaleAcquirers},
-};
 
 template <typename Rule>
 const CommandRow *find(Rule rule)
 {
-    const auto row = std::ranges::find_if(table, rule);
-    return row == table.end() ? nullptr : &*row;
+    const auto row = std::ranges::find_if(commandTable(), rule);
+    return row == commandTable().end() ? nullptr : &*row;
 }
 
 } // namespace
 
 std::span<const CommandRow> commandTable()
 {
+    static const std::array table{
+        row(0, false, state),
+        row(1, true, login),
+        row(2, true, logout),
+        row(3, true, changeState),
+        row(4, true, sellItems),
+        row(5, true, deleteItem),
+        row(6, true, saleState),
+        row(7, true, receiptData),
+        row(8, true, paper),
+        row(9, true, medicalContribution),
+        row(10, false, sectionData),
+        row(11, true, printReport),
+        row(12, true, currentZ),
+        row(13, true, printSlip),
+        row(14, true, endWithInvoice),
+        row(15, false, saleLimit),
+        row(16, true, sellItems),
+        row(17, false, lastZ),
+        row(18, false, dateTime),
+        row(19, false, listAcquirers),
+        row(20, false, listSaleAcquirers),
+    };
     return table;
 }
 
@@ -132,7 +129,7 @@ const CommandRow *commandByName(const QString &name)
 QStringList commandNames(bool refusableOnly)
 {
     QStringList names;
-    for (const CommandRow &row : table)
+    for (const CommandRow &row : commandTable())
         if (row.refusable || !refusableOnly)
             names << QLatin1StringView(row.name);
     return names;

@@ -2,61 +2,47 @@
 
 #include "simulator/fiscal/acquirers.h"
 #include "simulator/fiscal/sections.h"
-#include "simulator/fiscal/slip.h"
-#include "simulator/register/command_items.h"
 
 #include <QVector>
 
 #include <algorithm>
+#include <iterator>
+
+using Velno::GMP::Items;
 
 namespace Simulator {
 
 namespace {
 
-/** Keys that belong to a display; three numbers in front of them say which. */
-struct KeyRequest
+QDataStream &operator<<(QDataStream &stream, const SaleTotals &totals)
 {
-    qint32 display = 0;
-    qint32 mode = 0;
-    qint32 extra = 0;
-    QList<qint32> keys;
-    bool answer = false;
-};
+    return stream << totals.total << totals.tax << totals.cash << totals.card << totals.change
+                  << totals.items;
+}
 
 constexpr qint32 saleDisplay = 4;
-constexpr qint32 saleMode = 1;
+constexpr qint32 saleStep = 1;
 constexpr qint32 noExtra = -1;
 
 /** Whether the keys are meant for what the register displays now. */
-bool isMeantForNow(const KeyRequest &request, State state)
+bool areMeantForNow(const Items &keys, State state)
 {
-    if (state == State::SaleOpen)
-        return request.display == saleDisplay && request.mode == saleMode && request.extra == noExtra;
-    return request.display == qint32(state) && request.mode == 0 && request.extra == 0;
+    const auto areFor = [&keys](qint32 display, qint32 step, qint32 extra) {
+        return keys.int32("state") == display && keys.int32("step") == step && keys.int32("extra") == extra;
+    };
+    return state == State::SaleOpen ? areFor(saleDisplay, saleStep, noExtra) : areFor(qint32(state), 0, 0);
 }
 
 /** Presses the keys, or says why not. */
-Refusal tryKeys(const CommandCall &call, const KeyRequest &request)
+Refusal pressKeys(const CommandCall &call)
 {
     Till *const till = call.model.seller();
     if (!till)
         return call.wrong.refuse ? FaultRefuses : StateForbids;
     if (call.wrong.refuse)
         return till->refuseKeys(FaultRefuses);
-    const bool meant = isMeantForNow(request, call.model.state());
-    return meant ? till->press(request.keys) : till->refuseKeys(OtherDisplay);
-}
-
-Refusal pressKeys(const CommandCall &call, const KeyRequest &request)
-{
-    const Refusal refusal = tryKeys(call, request);
-    if (request.answer) {
-        writeState(call);
-        const qint32 error = call.model.tellError();
-        if (toldState(call) == State::SaleOpen)
-            call.reply << call.wrong.error.value_or(error);
-    }
-    return refusal == NotRefused ? madeUpError(call) : refusal;
+    const bool meant = areMeantForNow(call.items, call.model.state());
+    return meant ? till->press(call.items.numbers("keys")) : till->refuseKeys(OtherDisplay);
 }
 
 /** Changes the open sale unless something is wrong. */
@@ -86,13 +72,11 @@ Refusal answerChange(const CommandCall &call, Change change)
 }
 
 template <typename Change>
-Execution itemChange(Change change)
+Refusal changeItems(const CommandCall &call, Change change)
 {
-    return [change](const CommandCall &call) {
-        const Refusal refusal = answerChange(call, change);
-        call.reply << call.model.saleTotals();
-        return refusal;
-    };
+    const Refusal refusal = answerChange(call, change);
+    call.reply << call.model.saleTotals();
+    return refusal;
 }
 
 template <typename Work>
@@ -106,13 +90,11 @@ Refusal tryWork(const CommandCall &call, Work work)
 
 /** Printing and closing, which are answered by yes or no. */
 template <typename Work>
-Execution work(Work work)
+Refusal answerWork(const CommandCall &call, Work work)
 {
-    return [work](const CommandCall &call) {
-        const Refusal refusal = tryWork(call, work);
-        call.reply << (refusal == NotRefused);
-        return refusal;
-    };
+    const Refusal refusal = tryWork(call, work);
+    call.reply << (refusal == NotRefused);
+    return refusal;
 }
 
 bool areDigits(const QByteArray &text, qsizetype count)
@@ -125,17 +107,6 @@ bool isPrintable(const QByteArray &text)
     return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-/** What stands on an invoice as it is asked for. */
-struct InvoiceRequest
-{
-    qint32 type = 0;
-    qint32 idKind = 0;
-    QByteArray reference;
-    QByteArray idNumber;
-    qint32 mode = 0; ///< how the rest is paid: 1 in cash, 2 by card
-    bool delivers = false;
-};
-
 constexpr qsizetype personDigits = 11;
 constexpr qsizetype companyDigits = 10;
 constexpr qsizetype longestReference = 17;
@@ -145,28 +116,39 @@ constexpr qint32 restInCash = 1;
 constexpr qint32 restByCard = 2;
 
 /** Why it does not look like an invoice; whether the customer exists the register cannot know. */
-Refusal faultOf(const InvoiceRequest &request)
+Refusal faultOf(const Items &invoice)
 {
-    const bool onPaper = request.type == Invoice::OnPaper;
-    if (request.type < Invoice::OnPaper || request.type > Invoice::Archived)
+    const qint32 type = invoice.int32("type");
+    const qint32 mode = invoice.int32("mode");
+    const bool onPaper = type == Invoice::OnPaper;
+    if (type < Invoice::OnPaper || type > Invoice::Archived)
         return BadInvoiceType;
-    if (request.mode < restInCash || request.mode > restByCard)
+    if (mode < restInCash || mode > restByCard)
         return BadInvoiceMode;
-    const qsizetype length = request.reference.size();
-    if (!isPrintable(request.reference) || length > longestReference ||
+    const QByteArray &reference = invoice.bytes("reference");
+    const qsizetype length = reference.size();
+    if (!isPrintable(reference) || length > longestReference ||
         (onPaper && (length < shortestNumber || length > longestNumber)))
         return BadReference;
-    const bool person = request.idKind == Invoice::Person;
-    if (!person && request.idKind != Invoice::Company)
+    const qint32 kind = invoice.int32("id-kind");
+    if (kind != Invoice::Person && kind != Invoice::Company)
         return BadIdNumber;
-    return areDigits(request.idNumber, person ? personDigits : companyDigits) ? NotRefused : BadIdNumber;
+    const qsizetype digits = kind == Invoice::Person ? personDigits : companyDigits;
+    return areDigits(invoice.bytes("id-number"), digits) ? NotRefused : BadIdNumber;
 }
 
 /** Of a request without a fault. */
-Invoice invoiceOf(const InvoiceRequest &request)
+Invoice invoiceOf(const Items &invoice)
 {
-    return {Invoice::Type(request.type), Invoice::IdKind(request.idKind),
-            QString::fromLatin1(request.reference), QString::fromLatin1(request.idNumber), request.delivers};
+    return {Invoice::Type(invoice.int32("type")), Invoice::IdKind(invoice.int32("id-kind")),
+            QString::fromLatin1(invoice.bytes("reference")), QString::fromLatin1(invoice.bytes("id-number")),
+            invoice.flag("delivers")};
+}
+
+ItemRequest itemOf(const Items &item)
+{
+    return {item.int64("price"),   item.int32("quantity"), item.int32("percentage"), item.int64("amount"),
+            item.int32("section"), item.bytes("name"),     item.int32("type")};
 }
 
 } // namespace
@@ -187,131 +169,114 @@ void writeState(const CommandCall &call)
     call.reply << qint32(toldState(call)) << QVector<qint32>(steps.begin(), steps.end());
 }
 
-DecodedCommand changeState(QDataStream &items)
+QList<ItemRequest> itemsToSell(const Items &items)
 {
-    KeyRequest request;
-    items >> request.display >> request.mode >> request.extra;
-    request.keys = readKeys(items);
-    items >> request.answer;
-    return {[request](const CommandCall &call) { return pressKeys(call, request); }};
+    if (items.has("price"))
+        return {itemOf(items)};
+    QList<ItemRequest> list;
+    if (items.has("items"))
+        std::ranges::transform(items.records("items"), std::back_inserter(list), itemOf);
+    return list;
 }
 
-DecodedCommand addItem(QDataStream &items)
+Refusal changeState(const CommandCall &call)
 {
-    const QList<ItemRequest> list{readItem(items)};
-    return {itemChange([list](Till &till) { return till.add(list); }), list};
-}
-
-DecodedCommand addItems(QDataStream &items)
-{
-    const QList<ItemRequest> list = readItems(items);
-    return {itemChange([list](Till &till) { return till.add(list); }), list};
-}
-
-DecodedCommand deleteItem(QDataStream &items)
-{
-    if (items.atEnd())
-        return {itemChange([](Till &till) { return till.removeLast(); })};
-    qint32 index = 0;
-    items >> index;
-    return {itemChange([index](Till &till) { return till.remove(index); })};
-}
-
-DecodedCommand medicalContribution(QDataStream &items)
-{
-    qint64 amount = 0;
-    qint64 identity = 0;
-    items >> amount;
-    if (amount != 0)
-        items >> identity;
-    return {[amount, identity](const CommandCall &call) {
-        return answerChange(call, [=](Till &till) { return till.setMedicalContribution(amount, identity); });
-    }};
-}
-
-DecodedCommand saleState(QDataStream &)
-{
-    return {[](const CommandCall &call) {
-        call.reply << !call.wrong.refuse;
+    const Refusal refusal = pressKeys(call);
+    if (call.items.flag("answer-wanted")) {
         writeState(call);
-        const ReceiptRef ref = call.model.saleReference();
-        call.reply << call.wrong.error.value_or(call.model.tellError()) << call.model.saleTotals() << ref.z
-                   << ref.number;
-        return call.wrong.refuse ? FaultRefuses : madeUpError(call);
-    }};
+        const qint32 error = call.model.tellError();
+        if (toldState(call) == State::SaleOpen)
+            call.reply << call.wrong.error.value_or(error);
+    }
+    return refusal == NotRefused ? madeUpError(call) : refusal;
 }
 
-DecodedCommand receiptData(QDataStream &items)
+Refusal sellItems(const CommandCall &call)
 {
-    ReceiptRef ref;
-    items >> ref.z >> ref.number;
-    return {[ref](const CommandCall &call) {
-        const auto totals = call.wrong.refuse ? std::nullopt : call.model.receipt(ref);
-        call.reply << totals.has_value() << totals.value_or(SaleTotals());
-        if (totals)
-            return NotRefused;
-        if (call.wrong.refuse)
-            return FaultRefuses;
-        return ref == call.model.saleReference() ? ReceiptStillOpen : ReceiptNotClosed;
-    }};
+    return changeItems(call, [&call](Till &till) { return till.add(itemsToSell(call.items)); });
 }
 
-DecodedCommand sectionData(QDataStream &items)
+Refusal deleteItem(const CommandCall &call)
 {
-    qint8 number = 0;
-    items >> number;
-    return {[number](const CommandCall &call) {
-        const Section *const section = findSection(number);
-        call.reply << (section ? QString::fromUtf16(section->name).toUtf8() : QByteArray())
-                   << qint32(section ? section->taxRate : 0);
-        return section ? NotRefused : BadSection;
-    }};
+    const Items &items = call.items;
+    return changeItems(call, [&items](Till &till) {
+        return items.has("index") ? till.remove(items.int32("index")) : till.removeLast();
+    });
 }
 
-DecodedCommand printReport(QDataStream &items)
+Refusal medicalContribution(const CommandCall &call)
 {
-    bool z = false;
-    items >> z;
-    return {work([z](Till &till) { return z ? till.printZ() : till.printX(); })};
+    const Items &items = call.items;
+    const qint64 identity = items.has("identity") ? items.int64("identity") : 0;
+    return answerChange(call, [&items, identity](Till &till) {
+        return till.setMedicalContribution(items.int64("amount"), identity);
+    });
 }
 
-DecodedCommand printSlip(QDataStream &items)
+Refusal saleState(const CommandCall &call)
 {
-    bool withHead = false;
-    QByteArray bytes;
-    QList<QByteArray> lines;
-    items >> withHead >> bytes;
-    if (items.status() == QDataStream::Ok && !readSlipLines(bytes, lines))
-        items.setStatus(QDataStream::ReadCorruptData);
-    return {work([lines, withHead](Till &till) { return till.printSlip(lines, withHead); })};
+    call.reply << !call.wrong.refuse;
+    writeState(call);
+    const ReceiptRef ref = call.model.saleReference();
+    call.reply << call.wrong.error.value_or(call.model.tellError()) << call.model.saleTotals() << ref.z
+               << ref.number;
+    return call.wrong.refuse ? FaultRefuses : madeUpError(call);
 }
 
-DecodedCommand endWithInvoice(QDataStream &items)
+Refusal receiptData(const CommandCall &call)
 {
-    InvoiceRequest request;
-    items >> request.type >> request.idKind >> request.reference >> request.idNumber >> request.mode >>
-        request.delivers;
-    const auto rest = request.mode == restByCard ? PaymentKind::Card : PaymentKind::Cash;
-    return {work([request, rest](Till &till) {
-        const Refusal fault = faultOf(request);
-        return fault == NotRefused ? till.closeWithInvoice(invoiceOf(request), rest) : fault;
-    })};
-}
-
-DecodedCommand listAcquirers(QDataStream &)
-{
-    return {[](const CommandCall &call) {
-        call.reply << QVector<qint32>(activeAcquirers());
+    const ReceiptRef ref{call.items.int32("z"), call.items.int32("receipt")};
+    const auto totals = call.wrong.refuse ? std::nullopt : call.model.receipt(ref);
+    call.reply << totals.has_value() << totals.value_or(SaleTotals());
+    if (totals)
         return NotRefused;
-    }};
+    if (call.wrong.refuse)
+        return FaultRefuses;
+    return ref == call.model.saleReference() ? ReceiptStillOpen : ReceiptNotClosed;
 }
 
-DecodedCommand listSaleAcquirers(QDataStream &)
+Refusal sectionData(const CommandCall &call)
 {
-    return {[](const CommandCall &call) {
-        call.reply << QVector<qint32>(call.model.saleAcquirers());
-        return NotRefused;
-    }};
+    const Section *const section = findSection(call.items.int32("section"));
+    call.reply << (section ? QString::fromUtf16(section->name).toUtf8() : QByteArray())
+               << qint32(section ? section->taxRate : 0);
+    return section ? NotRefused : BadSection;
+}
+
+Refusal printReport(const CommandCall &call)
+{
+    const bool z = call.items.flag("z-report");
+    return answerWork(call, [z](Till &till) { return z ? till.printZ() : till.printX(); });
+}
+
+Refusal printSlip(const CommandCall &call)
+{
+    const Items &slip = call.items;
+    return answerWork(
+        call, [&slip](Till &till) { return till.printSlip(slip.lines("lines"), slip.flag("with-head")); });
+}
+
+Refusal endWithInvoice(const CommandCall &call)
+{
+    const Items &invoice = call.items;
+    return answerWork(call, [&invoice](Till &till) {
+        const Refusal fault = faultOf(invoice);
+        const bool byCard = invoice.int32("mode") == restByCard;
+        const auto rest = byCard ? PaymentKind::Card : PaymentKind::Cash;
+        return fault == NotRefused ? till.closeWithInvoice(invoiceOf(invoice), rest) : fault;
+    });
+}
+
+Refusal listAcquirers(const CommandCall &call)
+{
+    call.reply << QVector<qint32>(activeAcquirers());
+    return NotRefused;
+}
+
+Refusal listSaleAcquirers(const CommandCall &call)
+{
+    call.reply << QVector<qint32>(call.model.saleAcquirers());
+    return NotRefused;
 }
 
 } // namespace Simulator
