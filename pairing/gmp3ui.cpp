@@ -19,6 +19,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int pcApplicationNo = 14242; // this tool's own application on the PC
@@ -28,8 +30,8 @@ constexpr int hardwareIdLength = 12;
 constexpr unsigned int deviceTimeout = 10'000; // ms
 constexpr int noPaper = 9;
 
-const auto tsmSuffix = QLatin1String(":tsm");
-const auto tsmAddress = QByteArrayLiteral("255.255.255.255"); // stands for the relay
+const auto tsmSuffix = ":tsm"_L1;
+const auto tsmAddress = "255.255.255.255"_ba; // stands for the relay
 
 bool isPort(const QString &text)
 {
@@ -39,8 +41,7 @@ bool isPort(const QString &text)
 
 bool isSerialNo(const QString &text)
 {
-    return text.size() == serialNoLength &&
-           (text.startsWith(QLatin1String("UB")) || text.startsWith(QLatin1String("VELNO")));
+    return text.size() == serialNoLength && (text.startsWith("UB"_L1) || text.startsWith("VELNO"_L1));
 }
 
 bool isApplicationNo(const QString &text)
@@ -52,8 +53,8 @@ bool isApplicationNo(const QString &text)
 void storeRegister(int port, const QString &serialNo)
 {
     QSettings settings;
-    settings.setValue(QStringLiteral("irup"), port);
-    settings.setValue(QStringLiteral("irudsn"), serialNo);
+    settings.setValue(u"irup"_s, port);
+    settings.setValue(u"irudsn"_s, serialNo);
 }
 
 /** The exchange leaves the session open. The socket belongs to this thread, and nothing is said on it any
@@ -68,8 +69,7 @@ QString inLines(const QString &text)
 {
     if (text.isEmpty())
         return {};
-    return QStringLiteral("<p>%1</p>")
-        .arg(text.toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")));
+    return u"<p>%1</p>"_s.arg(text.toHtmlEscaped().replace(QLatin1Char('\n'), "<br>"_L1));
 }
 
 /**
@@ -116,7 +116,7 @@ bool Gmp3UI::verifyData(QByteArray &hash)
         return false;
     };
 
-    if (ui->ipComboBox->currentText() != QLatin1String("TSM") && !isPort(ui->portLineEdit->text()))
+    if (ui->ipComboBox->currentText() != "TSM"_L1 && !isPort(ui->portLineEdit->text()))
         return refuse(tr("Port geçerli değil."));
 
     const QString path = ui->applicationPathLineEdit->text();
@@ -194,7 +194,7 @@ void Gmp3UI::on_testPushButton_clicked()
     if (m_running != Workflow::None)
         return;
 
-    QByteArray hash; // not needed here, but what cannot be paired is not tested either
+    QByteArray hash; // not needed here, but the test asks for the same form as the pairing
     if (!verifyData(hash))
         return;
     if (ui->applicationNoLineEdit->text() == QString::number(pcApplicationNo))
@@ -230,10 +230,10 @@ Gmp3UI::Device Gmp3UI::device() const
 
 void Gmp3UI::begin(Workflow workflow)
 {
-    m_workflow.waitForFinished(); // of the one before nothing but its return can be left
+    m_workflow.waitForFinished(); // the one before has ended but for its return
     m_stop.tryAcquire(m_stop.available());
     m_ended.tryAcquire(m_ended.available());
-    m_call.emplace(m_interruption); // from here on, so that no wish to stop comes too early
+    m_call.emplace(m_interruption); // from here on stop() reaches it
     m_running = workflow;
 }
 
@@ -250,7 +250,7 @@ void Gmp3UI::stop()
 
 void Gmp3UI::end()
 {
-    OPENSSL_thread_stop(); // what it keeps for this thread: the pool ends the thread when OpenSSL may be gone
+    OPENSSL_thread_stop();      // here, as the pool may end the thread when OpenSSL is gone
     m_running = Workflow::None; // before the buttons come back: the next click counts
     setButtonsEnabled(true);
     m_ended.release();

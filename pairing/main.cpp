@@ -8,6 +8,8 @@
 
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /** Repeats on standard error what the status line shows, for scripts: each text once it has been painted, or
@@ -46,12 +48,12 @@ int main(int argc, char *argv[])
 
     QApplication application(argc, argv);
     // They name the file that the settings of a pairing go to.
-    QCoreApplication::setOrganizationName(QStringLiteral("dalmoriven"));
-    QCoreApplication::setApplicationName(QStringLiteral("velno"));
+    QCoreApplication::setOrganizationName(u"dalmoriven"_s);
+    QCoreApplication::setApplicationName(u"velno"_s);
 
     Gmp3UI window;
     if (qEnvironmentVariableIntValue("VELNO_TRACE_STATUS") == 1)
-        new StatusTrace(window.findChild<QLabel *>(QStringLiteral("resultLabel")));
+        new StatusTrace(window.findChild<QLabel *>(u"resultLabel"_s));
     window.show();
     return QApplication::exec();
 }

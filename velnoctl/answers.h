@@ -5,7 +5,7 @@
 
 namespace VelnoCtl {
 
-/** A result of the library's; a failure keeps its words and values for itself. */
+/** What a command answers with the library's result code; text and values are told on success alone. */
 Answer answer(int code, const QString &text, const QJsonObject &values = {});
 
 /** Totals as the simulated register means them, for people. */

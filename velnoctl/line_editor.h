@@ -31,7 +31,7 @@ private:
     static int readCharacter(EditLine *editLine, wchar_t *character);
     static unsigned char complete(EditLine *editLine, int);
 
-    /** Obeys Ctrl-C. @return false when that is no matter of the line */
+    /** Obeys Ctrl-C. @return false when the line is empty, and behind SIGTERM */
     bool clear();
 
     /** Draws the line for the terminal's new size. */

@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-/** Numbers as they are typed. All arithmetic is exact, and what does not fit is no number. */
+/** Numbers as they are typed, read exactly; one that does not fit its type is none. */
 namespace VelnoCtl {
 
 /**

@@ -15,7 +15,7 @@ namespace VelnoCtl {
 namespace {
 
 constexpr quint32 onPaper = 0;  // the type that needs a reference
-constexpr quint32 archived = 2; // the one for customers who take part in nothing electronic, as anybody does
+constexpr quint32 archived = 2; // the type for customers without electronic invoices, as anybody is
 constexpr int usualMode = 1;
 constexpr char anybody[] = "11111111111";
 

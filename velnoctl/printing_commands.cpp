@@ -19,7 +19,7 @@ QByteArray encoded(Session &session, const QString &text)
 {
     const QTextCodec *const codec = QTextCodec::codecForName(session.remembered().encoding);
     if (!codec)
-        return text.toUtf8(); // there is no slip yet, which the library will say
+        return text.toUtf8(); // no slip has been begun: the library refuses the text
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
     const QByteArray bytes = codec->fromUnicode(text.constData(), int(text.size()), &state);
     return state.invalidChars > 0 || bytes.contains('\0') ? QByteArray() : bytes;

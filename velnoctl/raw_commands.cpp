@@ -20,7 +20,7 @@ Answer sendRaw(Session &session, const Arguments &arguments)
 Answer getRaw(Session &session, const Arguments &arguments)
 {
     const QByteArray &frame = arguments.value(Kinds::hex);
-    QByteArray plain(frame.size(), '\0'); // never longer than what holds it
+    QByteArray plain(frame.size(), '\0'); // never longer than the frame that it came in
     int size = int(plain.size());
     const int code =
         session.device().ask(velnoext_get_data, frame.constData(), int(frame.size()), plain.data(), &size);

@@ -33,7 +33,7 @@ Register::~Register()
     if (!m_isInitialised)
         return;
     velnoext_close_all();
-    velnoext_close(); // also ends what a failed connecting left
+    velnoext_close(); // also a connection whose pairing failed
 }
 
 QString Register::target() const

@@ -36,7 +36,8 @@ public:
     template <typename Function, typename... Arguments>
     int ask(Function function, Arguments... arguments)
     {
-        m_whenInterrupted = QStringLiteral("before it was sent");
+        using namespace Qt::StringLiterals;
+        m_whenInterrupted = u"before it was sent"_s;
         return m_interrupts.requested() ? int(Interrupted) : noted(function(arguments...));
     }
 

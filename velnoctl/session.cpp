@@ -33,7 +33,7 @@ int Session::run(const QList<Step> &steps)
 
 int Session::run(const Step &step)
 {
-    m_log.take(); // of what went well there is nothing to tell
+    m_log.take(); // lines of the step before, which did not fail
     if (const int code = connect(step); code != 0)
         return code;
     const Answer answer = step.command->run(*this, step.arguments);

@@ -55,7 +55,7 @@ void ControlInput::readLines()
     const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
     if (count <= 0) {
         m_inputNotifier.setEnabled(false);
-        // In the background of a terminal. The program may yet come to the front: nobody tells it.
+        // In the background of a terminal. It is not told when it comes to the front, so it asks again.
         if (count < 0 && errno == EIO)
             QTimer::singleShot(backgroundPause, this, [this] { m_inputNotifier.setEnabled(true); });
         return;

@@ -34,7 +34,8 @@ std::span<const StateRow> stateTable();
 
 /**
  * What a cash register knows and does, without a word of how it is asked: no sockets, no messages. Dates are
- * seconds since 1970 (UTC), amounts kuruş. It sells with a till, which it lends to whoever may sell now.
+ * seconds since 1970 (UTC), amounts kuruş. It sells with a till, which it gives out in states in which it
+ * sells.
  */
 class FiscalModel
 {
@@ -58,7 +59,7 @@ public:
     /** Opens the application's session; again is the same as once. @return false: refused */
     bool login();
 
-    /** Ends the session, if there is one. @return false: a sale is open, which would be nobody's */
+    /** Ends the session, if there is one. @return false: a sale is open, which would belong to no session */
     bool logout();
     bool isLoggedIn() const { return m_loggedIn; }
 

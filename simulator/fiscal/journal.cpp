@@ -138,7 +138,7 @@ QString Journal::resume()
     m_statements = std::make_unique<Statements>(m_database);
     if (!readCounters() || isMade(m_z) || !day(m_z))
         return u"it is damaged"_s;
-    // A sale that was open when the program ended is nobody's any more.
+    // A sale that was open when the program ended belongs to no session any more: it is cancelled.
     return execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s});
 }
 

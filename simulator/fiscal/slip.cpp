@@ -67,7 +67,8 @@ QStringList slipText(const QList<QByteArray> &lines, bool withHead)
     for (const QByteArray &line : lines) {
         const int attribute = line.isEmpty() ? 0 : uchar(line[0]);
         const QByteArray bytes = line.mid(1);
-        // "@" is an attribute too, of a size that nobody needs; so a name that is none stays text.
+        // "@" begins the name of an encoding. It is also an attribute, of a size that is not in use: a line
+        // that names no encoding is a text of that size.
         QTextCodec *const named = attribute == '@' ? QTextCodec::codecForName(bytes) : nullptr;
         if (named)
             codec = named;

@@ -129,7 +129,7 @@ Refusal Till::pay(PaymentKind kind)
 
 Refusal Till::closeByKey(PaymentKind rest)
 {
-    // What was begun as an invoice needs one: its customer stands on it.
+    // A sale that was opened with an invoice needs its customer, whom no key can name.
     return m_open->withInvoice ? InvoiceNeeded : close(rest, {});
 }
 
@@ -196,7 +196,7 @@ qint32 Till::standingError() const
     return m_open && !m_open->sale.payments().isEmpty() ? PaymentBegun : NoError;
 }
 
-// Without paper it still takes the keys that cancel, so paper is no matter of the display.
+// Lack of paper does not show on the display: the keys that cancel still work.
 qint32 Till::display() const
 {
     return m_screen == Screen::Amount || m_screen == Screen::CancelQuestion ? 2 : 1;
@@ -287,8 +287,7 @@ void Till::print(const Print &print)
 {
     if (!hasPaper())
         return; // of a sale that is cancelled
-    // What was begun with paper is finished with it: the printer notices the end of the roll between two
-    // prints.
+    // A print that was begun is finished: the printer notices the end of the roll between two prints.
     if (m_papersLeft > 0)
         --m_papersLeft;
     if (m_output)

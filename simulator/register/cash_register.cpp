@@ -13,8 +13,8 @@ namespace Simulator {
 
 namespace {
 
-// In a key exchange the tool asks at once, so silence means that it has given up. A mute register outlasts
-// every reader's patience.
+// In a key exchange the tool asks at once, so silence means that it has given up. A mute register stays
+// connected for longer than any tool waits.
 constexpr auto patience = 10s;
 constexpr auto mutePatience = 40s;
 constexpr auto staleAfter = 10s; // outlasts the time-outs that applications use
@@ -76,14 +76,14 @@ void CashRegister::takeConnection()
 {
     m_conversed = m_mute = m_paired = m_restIsDue = false;
     m_pairing.begin();
-    // Whoever has nothing to say to a register without keys wants nothing; with keys, or at a relay, it may
-    // be long before an application has a command.
+    // A register without keys closes connections on which nobody speaks. With keys, or at a relay, it may be
+    // long before an application has a command.
     if (!m_commands.holdsKeys() && !m_options.throughRelay)
         m_silence.start(patience);
     m_events.write("connected");
 }
 
-/** The first bytes of a key exchange oblige to the rest of it. */
+/** A key exchange that has begun must go on: silence ends it, also at a relay. */
 void CashRegister::takePurpose()
 {
     if (m_wire.purpose() != Purpose::KeyExchange)
@@ -201,7 +201,7 @@ void CashRegister::takePrint(const Print &print)
     const QString kind = QString::fromLatin1(print.kind);
     if (const QString problem = m_receipts.write(print); !problem.isEmpty())
         m_events.write("error", {{"message", problem}});
-    if (m_options.json) // a line for people has no room for lines
+    if (m_options.json) // a single line for people cannot show the printed lines
         m_events.write("printed",
                        {{"kind", kind}, {"z", print.z}, {"receipt", print.number}, {"lines", print.lines}});
     else
@@ -285,7 +285,7 @@ void CashRegister::refuse(const QString &reason)
     close(u"refused"_s);
 }
 
-/** Whoever does not take the last bytes in time does not get them. */
+/** Closes when everything is sent, or when the other side has not taken it in time. */
 void CashRegister::close(const QString &reason)
 {
     m_silence.start(patience);
@@ -342,7 +342,7 @@ void CashRegister::changeFaults(const QString &line)
     if (line != u"fault none")
         putPaperIn({line.section(u' ', 1)});
     if (m_restIsDue)
-        sendNow(); // first, so that whoever hears of the change is past it
+        sendNow(); // before the change is told: a test that has read of it knows that the rest is sent
     m_events.write("fault", {{"active", faults.names()}});
     if (m_wire.isConnected() && (m_conversed || m_mute || m_delay.isActive()))
         m_wire.drop(u"the faults have changed"_s);
@@ -350,7 +350,7 @@ void CashRegister::changeFaults(const QString &line)
 
 void CashRegister::stop()
 {
-    m_options.once = false; // told to stop: no verdict
+    m_options.once = false; // told to stop: the exit code does not say whether it was paired
     m_wire.stop();
     finish(0);
 }

@@ -7,8 +7,7 @@ namespace Simulator {
 /**
  * Whether a register can answer with what lies in the folder: client.crt and client.key, for the fault
  * expired-certificate expired.crt and expired.key too. Each pair is a certificate and its RSA key, both PEM,
- * the key without a password. Nothing is judged beyond that: a certificate that nobody trusts has its uses
- * here.
+ * the key without a password. Nothing else is checked: a fault may need a certificate that nobody trusts.
  *
  * @return an empty text, or what is wrong and what is accepted
  */

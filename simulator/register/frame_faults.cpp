@@ -7,6 +7,7 @@
 #include <QRandomGenerator>
 #include <QtEndian>
 
+using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
 
 namespace Simulator {
@@ -16,7 +17,7 @@ namespace {
 constexpr int garbageSize = 64;
 constexpr int longestPairingFrame = 4096; // announced length
 constexpr quint32 hugeLength = 1U << 30;
-const QByteArray keepAlive = QByteArrayLiteral("\0\0\0\x04\xDE\xAD\xBE\xEF"); // length and sign
+const QByteArray keepAlive = "\0\0\0\x04\xDE\xAD\xBE\xEF"_ba; // length and sign
 
 // The first byte announces more than any reader accepts, so that all of them give up at the same place.
 QByteArray garbage()

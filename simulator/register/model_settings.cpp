@@ -30,7 +30,7 @@ constexpr std::array table{
                    model.setSaleLimit(value);
                    return true;
                }},
-    // Last, as a sale is opened with what the others set.
+    // Last: with state 5 a sale is opened, under the settings above.
     SettingRow{"state", "N", 0, lastState, "The state it is in; 1 is idle.", false,
                [](FiscalModel &model, qint64 value) { return model.setState(State(value)); }},
 };

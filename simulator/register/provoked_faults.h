@@ -5,8 +5,8 @@
 #include <span>
 
 /**
- * Faults that a sale provokes by what it contains, so that the tests of an application choose their failure
- * without a word to the register: an item named "!" and a fault of commands, or one at a price of this table.
+ * Faults that a sale provokes by what it contains, so that the tests of an application can choose a failure
+ * through the sale alone: an item named "!" and a fault of commands, or one at a price of this table.
  */
 namespace Simulator {
 

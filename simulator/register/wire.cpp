@@ -73,7 +73,8 @@ void watchForVanishing(const QTcpSocket &socket)
 constexpr int attemptsAtOnce = 8;
 constexpr int mostCounted = 1000; // attempts to connect; from then on nothing changes
 
-/** ms between two attempts to connect: where somebody has just listened, somebody will listen again soon. */
+/** ms between two attempts to connect, fewer at first: an application that has just listened does so again
+ * soon. */
 int waitBefore(int attempt)
 {
     constexpr int quickAttempts = 100;
@@ -131,7 +132,8 @@ void Wire::connectNow()
 
 void Wire::takeConnection()
 {
-    // Connecting to a free port of this machine can meet itself; that would even keep the port taken.
+    // TCP may connect a socket with itself when nobody listens on a port of this machine; the port would then
+    // stay taken, and nobody could listen on it.
     if (m_socket.localPort() == m_socket.peerPort() && m_socket.localAddress() == m_socket.peerAddress()) {
         m_socket.abort();
         return;
@@ -152,7 +154,7 @@ void Wire::takeConnection()
 
 void Wire::takeBytes()
 {
-    // Once this side is closing, what else arrives is not heard.
+    // Bytes that arrive while this side is closing are not read.
     while (!m_paused && m_socket.state() == QAbstractSocket::ConnectedState) {
         m_received += m_socket.readAll();
         if (m_purpose == Purpose::Unknown)
@@ -203,7 +205,7 @@ void Wire::resume()
 {
     if (!std::exchange(m_paused, false))
         return;
-    // Not from within: whoever resumes is still busy with the frame before.
+    // Queued, as the caller is still handling the frame before.
     QMetaObject::invokeMethod(this, &Wire::takeBytes, Qt::QueuedConnection);
 }
 
@@ -211,9 +213,11 @@ void Wire::takeState(QAbstractSocket::SocketState state)
 {
     if (state != QAbstractSocket::UnconnectedState)
         return;
-    // Scheduled first: whoever hears of the end may stop the wire.
-    if (!m_stopped)
-        m_retry.start(waitBefore(std::exchange(m_attempt, std::min(m_attempt + 1, mostCounted))));
+    // Before the end is told: who receives the signal may stop the wire.
+    if (!m_stopped) {
+        m_retry.start(waitBefore(m_attempt));
+        m_attempt = std::min(m_attempt + 1, mostCounted);
+    }
     if (std::exchange(m_connected, false))
         emit disconnected(m_reason);
     else if (!m_stopped)
@@ -225,7 +229,7 @@ void Wire::takeFailure()
     constexpr qint64 passing = 500; // ms
     if (!m_failing.isValid())
         m_failing.start();
-    // Without an error it has met itself; nobody listens there.
+    // Without an error the socket was connected with itself, and closed by takeConnection().
     const bool metItself = m_socket.error() == QAbstractSocket::UnknownSocketError;
     const QString reason = metItself ? m_failure : m_socket.errorString();
     if (m_failing.elapsed() < passing || reason == m_failure)

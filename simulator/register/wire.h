@@ -54,7 +54,7 @@ public:
 signals:
     /**
      * Attempts to connect have been failing for half a second, for this reason: told once, and again when the
-     * reason changes or when there was a connection in between. Shorter gaps are nobody's concern: an
+     * reason changes or when there was a connection in between. Shorter gaps are not told: an
      * application stops to listen between two contacts.
      */
     void unreachable(const QString &reason);

@@ -109,7 +109,7 @@ QString Relay::open(Door &door, quint16 port, Role role)
     connect(&door, &Door::entered, this,
             [this, &door, role](int socket) { admit(socket, role, door.serverPort()); });
     connect(&door, &Door::acceptError, this, [&door] {
-        // The door has closed itself: the system is short of something that only time brings back.
+        // The door has stopped accepting: the system is short of descriptors or memory. It tries again soon.
         QTimer::singleShot(sweepInterval, &door, &Door::resumeAccepting);
     });
     return {};
@@ -160,7 +160,9 @@ void Relay::readName(Peer &peer)
     case RelayConnection::Naming::Ended:
         return refuse(peer, u"closed after %1"_s.arg(progressOf(peer.connection)));
     case RelayConnection::Naming::Complete:
-        return peer.role == Role::Register ? takeRegister(peer) : takeApplication(peer);
+        if (peer.role == Role::Register)
+            return takeRegister(peer);
+        return takeApplication(peer);
     }
 }
 

@@ -12,7 +12,7 @@ namespace Simulator {
 
 namespace {
 
-// A register that waits says nothing for hours; whether it is still there only the kernel can ask.
+// A waiting register says nothing for hours: the kernel asks whether it is still there.
 constexpr int keepAliveIdle = 30; // seconds
 constexpr int keepAliveInterval = 10;
 constexpr int keepAliveProbes = 3;

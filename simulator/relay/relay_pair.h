@@ -28,7 +28,7 @@ public:
     /** Moves what can be moved, and has the poller told what is awaited next. */
     void pump();
 
-    /** Nothing more can be moved; the connections can be closed. */
+    /** Whether nothing more can be moved, so that the connections can be closed. */
     bool hasEnded() const { return m_cut || (m_toRegister.done && m_toApplication.done); }
 
     /** One side has closed or takes no bytes, so that a pair on which nothing moves may stay so for ever. */
