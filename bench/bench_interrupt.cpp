@@ -88,7 +88,7 @@ void connectFullRegister()
 {
     connectSilentRegister();
     static const std::string bytes(64 * 1024, 'x');
-    auto *const socket = qobject_cast<QTcpSocket *>(Velno::Ext::library().connections.value(serial).data());
+    auto *const socket = qobject_cast<QTcpSocket *>(Velno::Ext::connectionOf(serial));
     require(socket, "the register's socket");
     const auto descriptor = int(socket->socketDescriptor());
     while (::send(descriptor, bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) {

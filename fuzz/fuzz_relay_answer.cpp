@@ -1,7 +1,7 @@
 // What the device library hears from a relay that it has named a register to. It needs the relay's fixed
 // port: run it in a network of its own, as scripts/fuzz and the tests do.
 #include "ExtDevice/network/velno_network.h"
-#include "ExtDevice/velnoext/connections.h"
+#include "ExtDevice/velnoext/relay_route.h"
 #include "fuzz/fuzz_input.h"
 #include "fuzz/loopback.h"
 

@@ -30,7 +30,6 @@ public:
 
     bool isSequential() const override { return true; }
     qint64 bytesAvailable() const override { return m_unread.size() + QIODevice::bytesAvailable(); }
-    bool waitForReadyRead(int) override { return false; }
 
 protected:
     qint64 readData(char *data, qint64 size) override
@@ -252,12 +251,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     do {
         auto &device = library().connections[Fuzz::serial];
         if (!device) // the first one, or a failure has ended the one before
-            device = new AnsweringDevice(input);
+            device.reset(new AnsweringDevice(input));
         const Row &row = functions[input.byte() % functions.size()];
         const int result = row.call();
         FUZZ_EXPECT(result >= Success && result <= NoApplicationHash);
     } while (!input.atEnd());
-    delete library().connections.take(Fuzz::serial).data();
+    library().connections.erase(Fuzz::serial);
     library().slipContent.clear();
     return 0;
 }

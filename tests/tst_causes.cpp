@@ -238,11 +238,10 @@ int registerThatNeverStopsTalking()
     HandMadeDevice device;
     if (connectPaired(device) != 0)
         return -1;
-    const QPointer<QIODevice> before = library().connections.value(serial);
-    Talker talker;
-    library().connections[serial] = &talker;
+    OwnedDevice talker(new Talker);
+    library().connections[serial].swap(talker);
     const int result = login();
-    library().connections[serial] = before;
+    library().connections[serial].swap(talker);
     return result;
 }
 

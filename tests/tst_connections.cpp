@@ -1,6 +1,8 @@
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/connections.h"
+#include "ExtDevice/velnoext/identity_numbers.h"
+#include "ExtDevice/velnoext/terminal_identity.h"
 #include "tests/support/library_test.h"
 #include "tests/support/test_support.h"
 
@@ -164,7 +166,7 @@ void TestConnections::failedPairingLeavesNoRecord()
     QCOMPARE(velnoext_error_detail(), 0);
     QVERIFY(library().pairingRecords.value(serial).registerData.isEmpty());
     QVERIFY(library().activeDevice.isEmpty());
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
 }
 
 void TestConnections::registerThatLeavesDuringPairing()
@@ -179,7 +181,7 @@ void TestConnections::registerThatLeavesDuringPairing()
     QCOMPARE(velnoext_initialize(5, serial, "127.0.0.1", port, patience), 10);
     QVERIFY(capture.text().startsWith("CRC is not equal: "));
     QCOMPARE(std::cout.flags(), format); // the stream is the application's
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
 }
 
 void TestConnections::registerThatStaysAwayAfterPairing()
@@ -192,7 +194,7 @@ void TestConnections::registerThatStaysAwayAfterPairing()
     QVERIFY(!device.appHash.isEmpty()); // it did pair
     QVERIFY(!library().pairingRecords.contains(serial));
     QVERIFY(library().activeDevice.isEmpty());
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
 }
 
 void TestConnections::closingForgetsTheDetail_data()
@@ -306,7 +308,7 @@ void TestConnections::connectionWithoutARegisterIsClosed()
     QVERIFY(stray->waitForConnected());
     setConnection(stray);
     QCOMPARE(stray->state(), QAbstractSocket::UnconnectedState);
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
     QTRY_VERIFY(!stray);
 }
 
@@ -315,7 +317,9 @@ void TestConnections::connectionOfTheApplicationsThreadIsItsChild()
     QTcpSocket socket;
     library().activeDevice = serial;
     setConnection(&socket);
-    QCOMPARE(library().connections.take(serial), &socket);
+    QCOMPARE(connectionOf(serial), &socket);
+    library().connections[serial].release();
+    library().connections.clear();
     library().activeDevice.clear();
     QCOMPARE(socket.parent(), QCoreApplication::instance());
     socket.setParent(nullptr);
@@ -325,12 +329,7 @@ void TestConnections::connectionThatIsGoneIsReported()
 {
     HandMadeDevice device;
     QCOMPARE(connectPaired(device), 0);
-    onConnectionThread(
-        [] {
-            delete connection();
-            return true;
-        },
-        false);
+    onConnectionThread([] { delete connection(); });
     QCOMPARE(velnoext_login(patience), 2);
     QCOMPARE(velnoext_set_active_device(serial), 0); // it is still listed
     velnoext_close();
@@ -347,7 +346,7 @@ void TestConnections::reconnectingReplacesTheConnection()
     device.serve(port);
     QCOMPARE(velnoext_initialize(5, serial, "127.0.0.1", port, patience), 0);
     QVERIFY(before.isNull());
-    QCOMPARE(library().connections.size(), 1);
+    QCOMPARE(library().connections.size(), size_t(1));
 }
 
 void TestConnections::closingWithNothingOpen()
@@ -370,7 +369,7 @@ void TestConnections::closeAllClosesEveryRegister()
     QCOMPARE(connectPaired(first), 0);
     QCOMPARE(connectPaired(second, otherSerial), 0);
     velnoext_close_all();
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
     QVERIFY(!library().connectionThread);
 }
 

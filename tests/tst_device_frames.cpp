@@ -15,10 +15,10 @@ using namespace TestSupport;
 
 namespace {
 
-/** What the connection still holds, asked on its own thread. */
+/** What the connection still holds. */
 QByteArray unread()
 {
-    return onConnectionThread([] { return connection()->peek(1 << 20); }, QByteArray());
+    return connection()->peek(1 << 20);
 }
 
 /** A device that always has more to say, for a time that a test can wait. */

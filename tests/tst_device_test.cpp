@@ -107,7 +107,7 @@ bool libraryIsClosed()
 {
     char buffer[13] = {};
     return velnoext_active_device(buffer) == NotReady && !library().connectionThread &&
-           library().connections.isEmpty() && connection_handle == 0;
+           library().connections.empty() && connection_handle == 0;
 }
 
 } // namespace

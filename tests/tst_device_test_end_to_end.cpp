@@ -74,7 +74,7 @@ void TestDeviceTestEndToEnd::cleanup()
     m_window.reset();
     char buffer[13] = {};
     QCOMPARE(velnoext_active_device(buffer), 1);
-    QVERIFY(Velno::Ext::library().connections.isEmpty());
+    QVERIFY(Velno::Ext::library().connections.empty());
     Velno::Ext::library().pairingRecords.clear();
 }
 

@@ -1,5 +1,5 @@
 #include "ExtDevice/velnoext/connections.h"
-#include "ExtDevice/velnoext/payment.h"
+#include "ExtDevice/velnoext/identity_numbers.h"
 #include "tests/support/library_test.h"
 #include "tests/support/test_support.h"
 

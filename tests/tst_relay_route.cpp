@@ -83,7 +83,7 @@ void TestRelayRoute::relayThatEchoesWrong()
     QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
     QCOMPARE(velnoext_error_detail(), 0);
     QVERIFY(library().activeDevice.isEmpty());
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
 }
 
 void TestRelayRoute::echoMayComeInPieces()
@@ -112,7 +112,7 @@ void TestRelayRoute::registerThatLeavesBeforeTheFirstFrame()
     QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
     QVERIFY(!library().pairingRecords.contains(serial));
     QVERIFY(library().activeDevice.isEmpty());
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
 }
 
 void TestRelayRoute::pairedRegisterThatLeavesAtOnce()
@@ -149,7 +149,7 @@ void TestRelayRoute::relayThatRefusesLater()
     QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), contact, int(patience));
     QVERIFY(!library().pairingRecords.contains(serial));
     QVERIFY(library().activeDevice.isEmpty());
-    QVERIFY(library().connections.isEmpty());
+    QVERIFY(library().connections.empty());
 }
 
 void TestRelayRoute::relayThatIsDown()

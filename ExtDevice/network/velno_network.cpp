@@ -1,9 +1,8 @@
 #include "ExtDevice/network/velno_network.h"
 
 #include "ExtDevice/network/dial.h"
-#include "ExtDevice/network/direct_io.h"
 #include "ExtDevice/network/interruption.h"
-#include "ExtDevice/network/socket_waits.h"
+#include "ExtDevice/network/socket_io.h"
 #include "ExtDevice/network/wait_time.h"
 
 #include <QHash>
@@ -61,24 +60,24 @@ void discard(unsigned int handle)
     delete sockets.take(handle).data();
 }
 
-/** Looks whether the peer has closed: without an event loop nobody else does. */
-bool isStillOpen(QTcpSocket &socket)
+/** One that the peer has closed is discarded. */
+QTcpSocket *findOpen(unsigned int handle)
 {
-    if (socket.bytesAvailable() == 0 && Velno::waitUntilReadable(socket, QDeadlineTimer(0)))
-        socket.waitForReadyRead(0);
-    return isConnected(socket);
+    QTcpSocket *const socket = find(handle);
+    if (!socket || Velno::isStillConnected(*socket))
+        return socket;
+    discard(handle);
+    return nullptr;
 }
 
-/** Waits only when nothing is there. What came together with the peer's close counts. @return bytes read */
-qint64 readWhatComes(QTcpSocket &socket, const QDeadlineTimer &deadline, char *buffer, qint64 size)
+/** What is wrong with the arguments of a transfer; 0 for nothing. */
+int transferFault(unsigned int handle, const void *bytes, int size)
 {
-    if (!Velno::waitUntilReadable(socket, deadline))
-        return 0;
-    if (const qint64 count = Velno::receiveDirectly(socket, buffer, size); count > 0)
-        return count;
-    if (socket.bytesAvailable() == 0)
-        socket.waitForReadyRead(0);
-    return socket.bytesAvailable() > 0 ? socket.read(buffer, size) : 0;
+    if (handle == 0)
+        return 4;
+    if (!bytes)
+        return 2;
+    return size > 0 ? 0 : 3;
 }
 
 /** Tries each address of the host. @return as dial() */
@@ -160,24 +159,12 @@ int velno_network_accept(const char *address, unsigned short port, int timeout, 
 
 int velno_network_write(unsigned int handle, unsigned int timeout, const char *data, int size)
 {
-    if (handle == 0)
-        return 4;
-    if (!data)
-        return 2;
-    if (size <= 0)
-        return 3;
-    QTcpSocket *const socket = find(handle);
+    if (const int fault = transferFault(handle, data, size); fault != 0)
+        return fault;
+    QTcpSocket *const socket = findOpen(handle);
     if (!socket)
         return 5;
-    if (!isStillOpen(*socket)) {
-        discard(handle);
-        return 5;
-    }
-
-    const qint64 sent = Velno::sendDirectly(*socket, data, size);
-    if (sent == size)
-        return 0;
-    if (socket->write(data + sent, size - sent) == -1)
+    if (!Velno::write(*socket, data, size))
         return 6;
     if (Velno::writeOut(*socket, deadlineAfter(timeout)))
         return 0;
@@ -188,17 +175,13 @@ int velno_network_write(unsigned int handle, unsigned int timeout, const char *d
 
 int velno_network_read(unsigned int handle, unsigned int timeout, char *buffer, int *size)
 {
-    if (handle == 0)
-        return 4;
-    if (!buffer)
-        return 2;
-    if (!size || *size <= 0)
-        return 3;
+    if (const int fault = transferFault(handle, buffer, size ? *size : 0); fault != 0)
+        return fault;
     QTcpSocket *const socket = find(handle);
     if (!socket)
         return 5;
 
-    const qint64 count = readWhatComes(*socket, deadlineAfter(timeout), buffer, *size);
+    const qint64 count = Velno::receive(*socket, buffer, *size, deadlineAfter(timeout));
     if (count == 0 && isConnected(*socket))
         return 6;
     if (count == 0) {
@@ -211,20 +194,13 @@ int velno_network_read(unsigned int handle, unsigned int timeout, char *buffer, 
 
 int velno_network_local_address(unsigned int handle, char *buffer, int *size)
 {
-    if (handle == 0)
-        return 4;
-    if (!buffer)
-        return 2;
-    if (!size || *size <= 0)
-        return 3;
-    QTcpSocket *const socket = find(handle);
-    if (!socket)
+    if (const int fault = transferFault(handle, buffer, size ? *size : 0); fault != 0)
+        return fault;
+    if (!find(handle))
         return 6;
-    if (!isStillOpen(*socket)) {
-        discard(handle);
+    const QTcpSocket *const socket = findOpen(handle);
+    if (!socket)
         return 5;
-    }
-
     const QByteArray text = socket->localAddress().toString().toLatin1();
     if (*size <= text.size())
         return 5;
@@ -237,14 +213,9 @@ int velno_network_disconnect(unsigned int handle)
 {
     if (handle == 0)
         return 2;
-    QTcpSocket *const socket = find(handle);
+    QTcpSocket *const socket = findOpen(handle);
     if (!socket)
         return 3;
-    if (!isStillOpen(*socket)) {
-        discard(handle);
-        return 3;
-    }
-
     Velno::closeSocket(*socket, QDeadlineTimer(disconnectTimeout));
     discard(handle);
     return 0;

@@ -1,4 +1,3 @@
-#include "ExtDevice/gmp3/log.h"
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
 
@@ -13,7 +12,6 @@ void velnoext_interrupt(void)
 int velnoext_set_answer_limit(unsigned int ms)
 {
     const PublicCall call;
-    forgetFailure();
     if (ms == 0)
         return failed(BadValue, 0x414);
     library().answerLimit = ms;
@@ -22,6 +20,6 @@ int velnoext_set_answer_limit(unsigned int ms)
 
 void velnoext_set_log(void (*line)(const char *text, void *context), void *context)
 {
-    const PublicCall call; // no line is under way to the receiver before, nor will one be
-    Velno::GMP::setLogReceiver(line, context);
+    const QMutexLocker lock(&library().connectionMutex); // no line is on its way to the one before
+    setLog(line, context);
 }

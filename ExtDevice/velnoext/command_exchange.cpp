@@ -2,7 +2,6 @@
 
 #include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/velnoext/connections.h"
-#include "ExtDevice/velnoext/number_format.h"
 
 #include <algorithm>
 #include <iterator>
@@ -15,16 +14,16 @@ namespace {
 
 QIODevice *activeConnection()
 {
-    return library().connections.value(library().activeDevice);
+    return connectionOf(library().activeDevice);
 }
 
 /** beginCommand() for the two functions that only some applications may use. */
-int beginRaw()
+int beginRaw(std::initializer_list<Required> pointers)
 {
     const int result = beginCommand();
-    if (result == NotReady || isSpecialApplication())
-        return result;
-    return failedBy(NotReady, VelnoCause_RawNotAllowed);
+    if (result != NotReady && !isSpecialApplication())
+        return failedBy(NotReady, VelnoCause_RawNotAllowed);
+    return result == Success ? checkPointers(pointers) : result;
 }
 
 } // namespace
@@ -36,7 +35,7 @@ QByteArray prepareTlvElements(const QByteArray &plaintext)
 
 int parseTlvElements(const QByteArray &frame, QByteArray *plaintext)
 {
-    const int status = keepingNumberFormat([&] { return unseal(activeRecord(), frame, plaintext); });
+    const int status = unseal(activeRecord(), frame, plaintext);
     switch (status) {
     case 0:
         return Success;
@@ -59,10 +58,7 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
     if (frame.isEmpty())
         return failedBy(NotAuthentic, VelnoCause_NotEncrypted);
     QByteArray answer;
-    // One visit to the worker thread carries both ways.
-    const bool answered = onConnectionThread(
-        [&] { return send_to_device(device, frame) && get_from_device(timeout, device, &answer); }, false);
-    if (!answered)
+    if (!send_to_device(device, frame) || !get_from_device(timeout, device, &answer))
         return ConnectionFailed;
     QByteArray plaintext;
     if (const int result = parseTlvElements(answer, &plaintext); result != Success)
@@ -82,14 +78,13 @@ int causeOfNotReady()
     return activeRecord().aesKey.isEmpty() ? VelnoCause_KeysAbsent : VelnoCause_None;
 }
 
-int beginCommand()
+int beginCommand(std::initializer_list<Required> pointers)
 {
-    forgetFailure();
     if (const int cause = causeOfNotReady(); cause != VelnoCause_None)
         return failedBy(NotReady, cause);
     if (!library().connections.contains(library().activeDevice))
         return failedBy(ConnectionFailed, VelnoCause_NotConnected);
-    return Success;
+    return checkPointers(pointers);
 }
 
 ReplyReader::ReplyReader(const QByteArray &reply)
@@ -169,10 +164,8 @@ using namespace Velno::Ext;
 int velnoext_send_data(const char *data, int length)
 {
     const PublicCall call;
-    if (const int result = beginRaw(); result != Success)
+    if (const int result = beginRaw({{data, 0x300}}); result != Success)
         return result;
-    if (!data)
-        return failed(NullArgument, 0x300);
     if (length < 0)
         return failedBy(BadValue, VelnoCause_NegativeLength);
     return sendCommand(QByteArray::fromRawData(data, length));
@@ -181,14 +174,9 @@ int velnoext_send_data(const char *data, int length)
 int velnoext_get_data(const char *frame, int frameLength, char *output, int *outputLength)
 {
     const PublicCall call;
-    if (const int result = beginRaw(); result != Success)
+    if (const int result = beginRaw({{frame, 0x300}, {output, 0x301}, {outputLength, 0x302}});
+        result != Success)
         return result;
-    if (!frame)
-        return failed(NullArgument, 0x300);
-    if (!output)
-        return failed(NullArgument, 0x301);
-    if (!outputLength)
-        return failed(NullArgument, 0x302);
     if (frameLength < 0)
         return failedBy(BadValue, VelnoCause_NegativeLength);
     QByteArray plaintext;

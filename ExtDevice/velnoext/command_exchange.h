@@ -28,8 +28,13 @@ int send_and_receive_encrypted(unsigned int timeout, QIODevice *device, const QB
 /** Why no register can be asked; 0 when one can. */
 int causeOfNotReady();
 
-/** What every command starts with. @return 0; 1: not initialised or not paired; 2: not connected */
-int beginCommand();
+/**
+ * What every command starts with.
+ *
+ * @param pointers  that its caller has to give, in the order in which they are asked for
+ * @return 0; 1: not initialised or not paired; 2: not connected; 3: as checkPointers()
+ */
+int beginCommand(std::initializer_list<Required> pointers = {});
 
 /** Items one behind the other, as a plaintext holds them. */
 template <typename... Items>

@@ -9,8 +9,12 @@ namespace Velno::Ext {
 /** The largest payload that is read: far more than a GMP3 frame can hold. */
 constexpr qint64 largestPayload = 1024 * 1024;
 
+/** Closes a TCP connection, waiting up to 30 s for it; one that is only being opened is aborted. */
+void disconnectFromDevice(QIODevice *device);
+
 /**
- * All work on sockets, to be called on connectionThread alone while its caller waits.
+ * All work on connections, under the lock: what makes or ends them on connectionThread, sending and receiving
+ * on the thread of the call as well.
  *
  * A device frame: 4 bytes payload length, big-endian, and the payload. The payload DE AD BE EF is a
  * keep-alive of the register.

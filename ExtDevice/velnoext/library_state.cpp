@@ -1,6 +1,10 @@
 #include "ExtDevice/velnoext/library_state.h"
 
+#include "ExtDevice/gmp3/log.h"
+
 #include <QThread>
+
+#include <iostream>
 
 namespace Velno::Ext {
 
@@ -12,10 +16,17 @@ namespace {
 
 std::atomic<Interruption *> ofCalls = nullptr; // a signal handler must not make the state
 
+/** std::cout belongs to the application: the engine, left to itself, would change how it writes numbers. */
+void print(const char *text, void *)
+{
+    std::cout << text << std::endl;
+}
+
 LibraryState *makeState()
 {
     auto *const state = new LibraryState;
     ofCalls = &state->interruption;
+    setLog(nullptr, nullptr);
     return state;
 }
 
@@ -32,11 +43,18 @@ PublicCall::PublicCall()
     : m_lock(&library().connectionMutex)
     , m_call(library().interruption)
 {
+    library().errorDetail = 0;
+    library().cause = VelnoCause_None;
 }
 
 Interruption *interruptionOfCalls()
 {
     return ofCalls;
+}
+
+void setLog(void (*line)(const char *text, void *context), void *context)
+{
+    Velno::GMP::setLogReceiver(line ? line : print, context);
 }
 
 int failed(Result result, int detail)
@@ -51,10 +69,32 @@ int failedBy(Result result, int cause)
     return result;
 }
 
-void forgetFailure()
+int causeOfWait(int seen)
 {
-    library().errorDetail = 0;
-    library().cause = VelnoCause_None;
+    if (library().interruption.isRequested())
+        return VelnoCause_Interrupted;
+    return isWaitOver() ? int(VelnoCause_AnswerLimitPassed) : seen;
+}
+
+bool brokenBy(int seen)
+{
+    library().cause = causeOfWait(seen);
+    return false;
+}
+
+int checkPointers(std::initializer_list<Required> pointers)
+{
+    for (const auto &[pointer, detail] : pointers) {
+        if (!pointer)
+            return failed(NullArgument, detail);
+    }
+    return Success;
+}
+
+QIODevice *connectionOf(const QByteArray &serialNo)
+{
+    const auto entry = library().connections.find(serialNo);
+    return entry == library().connections.end() ? nullptr : entry->second.get().data();
 }
 
 Velno::GMP::MatchExt &activeRecord()
@@ -69,8 +109,8 @@ bool isSpecialApplication()
 
 int checkSerialNo(const char *serialNo)
 {
-    if (!serialNo)
-        return failed(NullArgument, 0x300);
+    if (const int result = checkPointers({{serialNo, 0x300}}); result != Success)
+        return result;
     if (qstrnlen(serialNo, serialNoSize + 1) != serialNoSize)
         return failed(BadValue, 0x400);
     return Success;

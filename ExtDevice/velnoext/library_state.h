@@ -13,6 +13,9 @@
 #include <QVector>
 
 #include <atomic>
+#include <initializer_list>
+#include <map>
+#include <memory>
 
 /** The inside of the device library. */
 namespace Velno::Ext {
@@ -38,10 +41,19 @@ enum Result {
 constexpr qsizetype serialNoSize = 12;
 constexpr unsigned int noTimeLimit = 0xFFFFFFFF;
 
+/** Owns a connection; null also once somebody else has deleted it, as its parent may. */
+struct DeleteDevice
+{
+    using pointer = QPointer<QIODevice>;
+    void operator()(const pointer &device) const { delete device.data(); }
+};
+using OwnedDevice = std::unique_ptr<QIODevice, DeleteDevice>;
+
 /**
  * The process-wide state. Everything but errorDetail and cause is guarded by connectionMutex, which each
  * public function holds for its whole run. The worker thread reads and writes it only while a caller that
- * holds the lock waits for it; it never takes the lock itself.
+ * holds the lock waits for it; it never takes the lock itself. It makes and ends the connections, and lends
+ * them to the thread of a call, which sends and receives by itself.
  */
 struct LibraryState
 {
@@ -50,7 +62,7 @@ struct LibraryState
     std::atomic<int> cause = 0;       ///< a VelnoCause; read without the lock
     unsigned int appNo = 0;
     QByteArray activeDevice;                                ///< serial number; empty for none
-    QHash<QByteArray, QPointer<QIODevice>> connections;     ///< by serial number; owned, see closeConnection
+    std::map<QByteArray, OwnedDevice> connections;          ///< by serial number
     QHash<QByteArray, Velno::GMP::MatchExt> pairingRecords; ///< by serial number
     std::unique_ptr<ConnectionThread>
         connectionThread;                   ///< where all sockets live; null while not initialised
@@ -63,7 +75,8 @@ struct LibraryState
 /** The one state; it lives until the process ends, also for threads that outlast static destruction. */
 LibraryState &library();
 
-/** The time of a public function: it holds the lock, and velnoext_interrupt() ends its waits. */
+/** The time of a public function: it holds the lock, nothing is wrong yet, and velnoext_interrupt() ends its
+ * waits. */
 class PublicCall
 {
 public:
@@ -77,17 +90,37 @@ private:
 /** For a signal handler: what ends the waits of the function under way. Null before the first one. */
 Interruption *interruptionOfCalls();
 
+/** Where the engine's lines go; null: to standard output. */
+void setLog(void (*line)(const char *text, void *context), void *context);
+
 /** Sets errorDetail to the argument that is at fault, and the cause. @return `result`, 3 or 4 */
 int failed(Result result, int detail);
 
 /** Sets the cause. @return `result` */
 int failedBy(Result result, int cause);
 
-/** What every call that has to do with registers begins with: nothing is wrong yet. */
-void forgetFailure();
+/** The cause of a wait that brought nothing: an interruption or the answer limit goes before what was seen.
+ */
+int causeOfWait(int seen);
+
+/** Notes why the connection failed. @return false */
+bool brokenBy(int seen);
+
+/** A pointer that the caller has to give, and the detail that names it. */
+struct Required
+{
+    const void *pointer;
+    int detail;
+};
+
+/** @return 0; 3 with the detail of the first that is null */
+int checkPointers(std::initializer_list<Required> pointers);
 
 /** The pairing record of the active register; an empty one is inserted for a register never met. */
 Velno::GMP::MatchExt &activeRecord();
+
+/** A register's connection; null for none. */
+QIODevice *connectionOf(const QByteArray &serialNo);
 
 /** Whether this application may use the raw pass-through and is to forget keys when it closes. */
 bool isSpecialApplication();

@@ -1,6 +1,5 @@
-#include "ExtDevice/velnoext/payment.h"
-
 #include "ExtDevice/velnoext/command_exchange.h"
+#include "ExtDevice/velnoext/identity_numbers.h"
 #include "ExtDevice/velnoext/keyboard.h"
 #include "ExtDevice/velnoext/queries.h"
 #include "ExtDevice/velnoext/reasons.h"
@@ -55,12 +54,8 @@ int readCancelled(ReplyReader &reader)
 int askAcquirers(VelnoExtMessage code, unsigned int timeout, int *list, int *count)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{list, 0x309}, {count, 0x30A}}); result != Success)
         return result;
-    if (!list)
-        return failed(NullArgument, 0x309);
-    if (!count)
-        return failed(NullArgument, 0x30A);
     QVector<int> acquirers;
     if (const int result = runAndRead(timeout, requestOf(code), acquirers); result != Success)
         return result;
@@ -99,21 +94,6 @@ QByteArray invoiceRequest(const VelnoInvoice &invoice)
 
 } // namespace
 
-bool isTaxNumber(const QByteArray &number)
-{
-    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
-    if (number.size() != 10 || !std::all_of(number.cbegin(), number.cend(), isDigit))
-        return false;
-    const auto digit = [&number](unsigned int index) { return unsigned(number.at(index) - '0'); };
-    unsigned int sum = 0;
-    for (unsigned int i = 0; i < 9; ++i) {
-        const unsigned int shifted = (digit(i) + 9 - i) % 10;
-        const unsigned int weighed = (shifted << (9 - i)) % 9;
-        sum += weighed == 0 && shifted != 0 ? 9 : weighed;
-    }
-    return (10 - sum % 10) % 10 == digit(9);
-}
-
 } // namespace Velno::Ext
 
 using namespace Velno::Ext;
@@ -148,10 +128,8 @@ int velnoext_cancel_sale(unsigned int timeout)
 int velnoext_end_sale_with_invoice(VelnoInvoice *invoice)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{invoice, 0x308}}); result != Success)
         return result;
-    if (!invoice)
-        return failed(NullArgument, 0x308);
     if (const int fault = invoiceFault(*invoice); fault != 0)
         return failed(BadValue, fault);
     return runFlagCommand(fixedTimeout, invoiceRequest(*invoice));
@@ -160,12 +138,8 @@ int velnoext_end_sale_with_invoice(VelnoInvoice *invoice)
 int velnoext_receipt_data(unsigned int timeout, VelnoReceiptRef *receipt, VelnoEcrSaleTotals *totals)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{receipt, 0x305}, {totals, 0x304}}); result != Success)
         return result;
-    if (!receipt)
-        return failed(NullArgument, 0x305);
-    if (!totals)
-        return failed(NullArgument, 0x304);
     if (receipt->first == 0)
         return failed(BadValue, 0x40F);
     if (receipt->second == 0)
@@ -193,10 +167,8 @@ int velnoext_acquirers_of_sale(unsigned int timeout, int *list, int *count)
 int velnoext_section_data(unsigned int timeout, VelnoSaleItem *item)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{item, 0x306}}); result != Success)
         return result;
-    if (!item)
-        return failed(NullArgument, 0x306);
     if (!isSection(item->section))
         return failed(BadValue, 0x406);
     QByteArray name;

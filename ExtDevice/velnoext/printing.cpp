@@ -90,7 +90,6 @@ using namespace Velno::Ext;
 int velnoext_printer_set_encoding(const char *name)
 {
     const PublicCall call;
-    forgetFailure();
     if (!name)
         return failed(NullArgument, 0x30D);
     if (!QTextCodec::codecForName(name))
@@ -102,14 +101,12 @@ int velnoext_printer_set_encoding(const char *name)
 int velnoext_printer_add_text(const char *text, VelnoTextStyle *style)
 {
     const PublicCall call;
-    forgetFailure();
     return addText(text, style);
 }
 
 int velnoext_printer_add_line_feed(unsigned int count)
 {
     const PublicCall call;
-    forgetFailure();
     if (!library().codecSet)
         return failedBy(Refused, VelnoCause_NoEncoding);
     if (count > mostLineFeeds)
@@ -127,7 +124,6 @@ int velnoext_printer_add_line_feed(unsigned int count)
 int velnoext_printer_add_justified_text(const char *left, const char *right, VelnoTextStyle *style)
 {
     const PublicCall call;
-    forgetFailure();
     if (isEmpty(left) || isEmpty(right))
         return failed(NullArgument, 0x30E);
     if (!style)

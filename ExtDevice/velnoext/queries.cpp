@@ -24,10 +24,8 @@ template <typename Number>
 int askNumber(VelnoExtMessage code, unsigned int timeout, Number *output, int nullDetail)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{output, nullDetail}}); result != Success)
         return result;
-    if (!output)
-        return failed(NullArgument, nullDetail);
     Number number = 0;
     const int result = runAndRead(timeout, requestOf(code), number);
     if (result == Success)
@@ -39,10 +37,8 @@ int askNumber(VelnoExtMessage code, unsigned int timeout, Number *output, int nu
 
 int velnoext_ecr_state_impl(unsigned int timeout, int *state, QVector<int> *list, int *extra)
 {
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{state, 0x302}}); result != Success)
         return result;
-    if (!state)
-        return failed(NullArgument, 0x302);
     QByteArray reply;
     if (const int result = runCommand(timeout, requestOf(VelnoExtMessage_EcrState), &reply);
         result != Success)
@@ -92,7 +88,6 @@ int velnoext_ecr_state(unsigned int timeout, int *state)
 int velnoext_ecr_serialno(char *buffer)
 {
     const PublicCall call;
-    forgetFailure();
     const Velno::GMP::MatchExt &record = activeRecord();
     if (const int cause = causeOfNotReady(); cause != VelnoCause_None && cause != VelnoCause_KeysAbsent)
         return failedBy(NotReady, cause);
@@ -111,10 +106,8 @@ int velnoext_ecr_serialno(char *buffer)
 int velnoext_current_z(unsigned int timeout, int *z)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{z, 0x30B}}); result != Success)
         return result;
-    if (!z)
-        return failed(NullArgument, 0x30B);
     bool accepted = false;
     qint32 number = 0;
     const QByteArray request = requestOf(VelnoExtMessage_CurrentZ);

@@ -1,7 +1,7 @@
 #include "ExtDevice/velnoext/sale.h"
 
 #include "ExtDevice/velnoext/command_exchange.h"
-#include "ExtDevice/velnoext/connections.h"
+#include "ExtDevice/velnoext/identity_numbers.h"
 #include "ExtDevice/velnoext/keyboard.h"
 #include "ExtDevice/velnoext/queries.h"
 #include "ExtDevice/velnoext/reasons.h"
@@ -133,10 +133,8 @@ int startSale(unsigned int timeout, QVector<int> (*keysFrom)(int state))
 int deleteItem(unsigned int timeout, const int *index, VelnoEcrSaleTotals *totals)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{totals, 0x304}}); result != Success)
         return result;
-    if (!totals)
-        return failed(NullArgument, 0x304);
     const VelnoExtMessage code = VelnoExtMessage_DeleteSaleItem;
     return runItemStep(timeout, index ? requestOf(code, *index) : requestOf(code), totals);
 }
@@ -179,11 +177,6 @@ bool isSection(int section)
     return section >= 1 && section <= 8;
 }
 
-bool isPersonId(const QByteArray &id)
-{
-    return isValidId(id) || id == "11111111111";
-}
-
 int readTotals(ReplyReader &reader, VelnoEcrSaleTotals *totals)
 {
     VelnoEcrSaleTotals read{};
@@ -224,14 +217,9 @@ int velnoext_sale_state(unsigned int timeout, int *first, VelnoEcrSaleTotals *to
                         VelnoReceiptRef *receipt)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{first, 0x303}, {totals, 0x304}, {receipt, 0x305}});
+        result != Success)
         return result;
-    if (!first)
-        return failed(NullArgument, 0x303);
-    if (!totals)
-        return failed(NullArgument, 0x304);
-    if (!receipt)
-        return failed(NullArgument, 0x305);
     QByteArray reply;
     if (const int result = runCommand(timeout, requestOf(VelnoExtMessage_SaleState), &reply);
         result != Success)
@@ -243,12 +231,8 @@ int velnoext_sale_state(unsigned int timeout, int *first, VelnoEcrSaleTotals *to
 int velnoext_add_sale_item(unsigned int timeout, VelnoSaleItem *item, VelnoEcrSaleTotals *totals)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{item, 0x306}, {totals, 0x304}}); result != Success)
         return result;
-    if (!item)
-        return failed(NullArgument, 0x306);
-    if (!totals)
-        return failed(NullArgument, 0x304);
     if (const int fault = itemFault(*item); fault != 0)
         return failed(BadValue, fault);
     return runItemStep(timeout, requestOf(VelnoExtMessage_AddSaleItem) + bytesOf(*item), totals);
@@ -258,12 +242,8 @@ int velnoext_add_multiple_sale_items(unsigned int timeout, VelnoSaleItemList *li
                                      VelnoEcrSaleTotals *totals)
 {
     const PublicCall call;
-    if (const int result = beginCommand(); result != Success)
+    if (const int result = beginCommand({{list, 0x307}, {totals, 0x304}}); result != Success)
         return result;
-    if (!list)
-        return failed(NullArgument, 0x307);
-    if (!totals)
-        return failed(NullArgument, 0x304);
     if (const int fault = listFault(*list); fault != 0)
         return failed(BadValue, fault);
     QByteArray request = requestOf(VelnoExtMessage_AddMultipleSaleItems, qint16(list->count));

@@ -13,9 +13,6 @@ class ReplyReader;
 /** Whether a section (department) of this number exists. */
 bool isSection(int section);
 
-/** Whether a person's identity number is valid or stands for anybody. */
-bool isPersonId(const QByteArray &id);
-
 /** Price times quantity / 1000, rounded half up; 0 instead of less, 2^64 - 1 instead of more. */
 quint64 lineTotal(const VelnoSaleItem &item);
 

@@ -431,9 +431,9 @@ VELNOEXT_API int velnoext_set_answer_limit(unsigned int ms);
  * Sends the lines that tell what goes wrong in a pairing, or with the frame of an answer, to a function in
  * place of standard output.
  *
- * @param line     called with one line without its line feed, on a thread of the library, while a call is
- * under way: it must not call the library, velnoext_interrupt() apart. The text lives until it returns. NULL:
- * standard output, as at the start
+ * @param line     called with one line without its line feed, on the thread of the call that is under way or
+ * on the library's own: it must not call the library, velnoext_interrupt() apart. The text lives until it
+ * returns. NULL: standard output, as at the start
  * @param context  handed to it; borrowed until another function is set
  */
 VELNOEXT_API void velnoext_set_log(void (*line)(const char *text, void *context), void *context);

@@ -1,6 +1,7 @@
 #include "simulator/register/wire.h"
 
-#include "ExtDevice/network/direct_io.h"
+#include "ExtDevice/network/keep_alive.h"
+#include "ExtDevice/network/socket_io.h"
 
 #include <QNetworkProxy>
 #include <QThread>
@@ -8,10 +9,6 @@
 
 #include <algorithm>
 #include <utility>
-
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
 
 using namespace Qt::StringLiterals;
 
@@ -38,37 +35,11 @@ Purpose purposeOf(const QByteArray &received)
     return announcedLength(received) <= 1 ? Purpose::Commands : Purpose::KeyExchange;
 }
 
-void setOption(const QTcpSocket &socket, int level, int name, int value)
-{
-    ::setsockopt(int(socket.socketDescriptor()), level, name, &value, sizeof value);
-}
-
-/** The other side is asked whether it is there after so many seconds of silence. */
-void askAfter(const QTcpSocket &socket, int idle)
-{
-    setOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, idle);
-}
-
-// The numbers that applications use on their side too.
-constexpr int usualIdle = 30; // s
-
 /**
  * Who stops to listen just when this side connects may know nothing of the connection, and say nothing.
  * Without a first word from either side this one would wait for the usual time, in vain.
  */
 constexpr int firstIdle = 1; // s
-
-void watchForVanishing(const QTcpSocket &socket)
-{
-    constexpr int interval = 10; // s
-    constexpr int probes = 3;
-    constexpr int unacknowledged = 60'000; // ms
-    const auto set = [&socket](int level, int name, int value) { setOption(socket, level, name, value); };
-    set(SOL_SOCKET, SO_KEEPALIVE, 1);
-    set(IPPROTO_TCP, TCP_KEEPINTVL, interval);
-    set(IPPROTO_TCP, TCP_KEEPCNT, probes);
-    set(IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledged);
-}
 
 constexpr int attemptsAtOnce = 8;
 constexpr int mostCounted = 1000; // attempts to connect; from then on nothing changes
@@ -141,8 +112,8 @@ void Wire::takeConnection()
     m_failing.invalidate();
     m_failure.clear();
     m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    watchForVanishing(m_socket);
-    askAfter(m_socket, m_greeting.isEmpty() ? firstIdle : usualIdle);
+    Velno::watchForVanishedPeer(int(m_socket.socketDescriptor()),
+                                m_greeting.isEmpty() ? firstIdle : Velno::keepAliveIdle);
     m_connected = true;
     m_paused = false;
     m_purpose = Purpose::Unknown;
@@ -169,7 +140,7 @@ void Wire::recognise()
     m_purpose = purposeOf(m_received);
     if (m_purpose == Purpose::Unknown)
         return;
-    askAfter(m_socket, usualIdle);
+    Velno::watchForVanishedPeer(int(m_socket.socketDescriptor()));
     emit recognised();
 }
 
@@ -241,12 +212,8 @@ void Wire::takeFailure()
 void Wire::send(const QByteArray &bytes, int segment)
 {
     const qsizetype step = segment > 0 ? segment : bytes.size();
-    const auto gone =
-        segment > 0 ? 0 : qsizetype(Velno::sendDirectly(m_socket, bytes.constData(), bytes.size()));
-    for (qsizetype offset = gone; offset < bytes.size(); offset += step) {
-        m_socket.write(bytes.mid(offset, step));
-        m_socket.flush();
-    }
+    for (qsizetype offset = 0; offset < bytes.size(); offset += step)
+        Velno::write(m_socket, bytes.constData() + offset, std::min(step, bytes.size() - offset));
     if (m_socket.bytesToWrite() > mostUnsent)
         drop(u"the other side does not read its answers"_s);
 }

@@ -1,9 +1,10 @@
 #include "simulator/relay/relay_connection.h"
 
+#include "ExtDevice/network/keep_alive.h"
+
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -11,16 +12,6 @@
 namespace Simulator {
 
 namespace {
-
-// A waiting register says nothing for hours: the kernel asks whether it is still there.
-constexpr int keepAliveIdle = 30; // seconds
-constexpr int keepAliveInterval = 10;
-constexpr int keepAliveProbes = 3;
-
-void setOption(int socket, int level, int option, int value)
-{
-    setsockopt(socket, level, option, &value, sizeof value);
-}
 
 /** What a call came to that is done again when the poller says so. */
 qint64 progress(ssize_t result)
@@ -38,11 +29,9 @@ RelayConnection::RelayConnection(int socket, Poller::Key key, Poller &poller)
     , m_poller(poller)
 {
     fcntl(socket, F_SETFL, fcntl(socket, F_GETFL) | O_NONBLOCK);
-    setOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
-    setOption(socket, SOL_SOCKET, SO_KEEPALIVE, 1);
-    setOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, keepAliveIdle);
-    setOption(socket, IPPROTO_TCP, TCP_KEEPINTVL, keepAliveInterval);
-    setOption(socket, IPPROTO_TCP, TCP_KEEPCNT, keepAliveProbes);
+    const int on = 1;
+    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    Velno::watchForVanishedPeer(socket); // a register that waits says nothing for hours
 }
 
 RelayConnection::~RelayConnection()

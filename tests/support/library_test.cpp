@@ -30,7 +30,7 @@ QList<BrokenAnswer> brokenAnswers(const QByteArray &reply)
 
 QTcpSocket *connection()
 {
-    return static_cast<QTcpSocket *>(library().connections.value(library().activeDevice).data());
+    return static_cast<QTcpSocket *>(connectionOf(library().activeDevice));
 }
 
 void LibraryTest::cleanup()

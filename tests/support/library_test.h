@@ -45,7 +45,7 @@ struct BrokenAnswer
 /** One for each code, as a HandMadeDevice gives it; `reply` is in the one that somebody else has sealed. */
 QList<BrokenAnswer> brokenAnswers(const QByteArray &reply);
 
-/** The active register's; touch it on its own thread alone. */
+/** The active register's. */
 QTcpSocket *connection();
 
 /**
