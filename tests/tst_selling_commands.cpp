@@ -1,6 +1,7 @@
 #include "simulator/fiscal/keyboard.h"
 #include "simulator/fiscal/receipt_writer.h"
 #include "simulator/register/command_table.h"
+#include "tests/support/plain.h"
 
 #include <QDir>
 #include <QRandomGenerator>
@@ -12,6 +13,7 @@
 #include <limits>
 
 using namespace Simulator;
+using TestSupport::plain;
 using namespace Velno::GMP;
 using namespace Qt::StringLiterals;
 
@@ -41,18 +43,8 @@ private slots:
 
 namespace {
 
-template <typename... Items>
-QByteArray packed(const Items &...items)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_6);
-    (stream << ... << items);
-    return bytes;
-}
-
 const QByteArray bread =
-    packed(qint64(1250), qint32(2000), qint32(0), qint64(0), qint8(1), "Ekmek"_ba, qint32(0));
+    plain(qint64(1250), qint32(2000), qint32(0), qint64(0), qint8(1), "Ekmek"_ba, qint32(0));
 const QVector<qint32> noKeys;
 const QVector<qint32> one{1};
 
@@ -85,12 +77,12 @@ QByteArray answer(FiscalModel &model, const char *command, const QByteArray &byt
 
 QByteArray keys(qint32 display, qint32 mode, qint32 extra, const QVector<qint32> &pressed, bool wanted = true)
 {
-    return packed(display, mode, extra, pressed, wanted);
+    return plain(display, mode, extra, pressed, wanted);
 }
 
 QByteArray invoice(qint32 type, qint32 kind, const QByteArray &reference, const QByteArray &id, qint32 mode)
 {
-    return packed(type, kind, reference, id, mode, true);
+    return plain(type, kind, reference, id, mode, true);
 }
 
 const QByteArray goodInvoice = invoice(0, 0, "A12345", "11111111111", 1);
@@ -104,14 +96,14 @@ struct GoodRequest
 const GoodRequest goodRequests[] = {
     {"change-state", keys(1, 0, 0, {'E'})},
     {"item", bread},
-    {"delete", packed(qint32(0))},
-    {"receipt", packed(qint32(1), qint32(1))},
-    {"medical", packed(qint64(100), qint64(11'111'111'111))},
-    {"section", packed(qint8(1))},
-    {"report", packed(true)},
-    {"print", packed(true, packed(qint32(1), "\x04x"_ba))},
+    {"delete", plain(qint32(0))},
+    {"receipt", plain(qint32(1), qint32(1))},
+    {"medical", plain(qint64(100), qint64(11'111'111'111))},
+    {"section", plain(qint8(1))},
+    {"report", plain(true)},
+    {"print", plain(true, plain(qint32(1), "\x04x"_ba))},
     {"end-invoice", goodInvoice},
-    {"items", packed(qint16(2)) + bread + bread},
+    {"items", plain(qint16(2)) + bread + bread},
 };
 
 } // namespace
@@ -152,34 +144,33 @@ void TestSellingCommands::answersCarryTheirItems_data()
     QTest::addColumn<QByteArray>("open"); ///< the answer with bread sold and a lira of 25 paid
     QTest::addColumn<QByteArray>("idle"); ///< before that
 
-    const QByteArray sale = packed(qint32(5), one);
-    const QByteArray noSale = packed(qint32(1), noKeys);
-    const QByteArray totals = packed(qint64(2500), qint64(25), qint64(100), qint64(0), qint64(0), qint32(1));
+    const QByteArray sale = plain(qint32(5), one);
+    const QByteArray noSale = plain(qint32(1), noKeys);
+    const QByteArray totals = plain(qint64(2500), qint64(25), qint64(100), qint64(0), qint64(0), qint32(1));
     const QByteArray nothing(44, '\0');
-    const QByteArray paid = packed(true) + sale + packed(qint32(PaymentBegun));
-    const QByteArray none = packed(true) + noSale + packed(qint32(NothingThere));
-    QTest::newRow("state") << "state"_ba << QByteArray() << sale + packed(qint32(PaymentBegun)) << noSale;
+    const QByteArray paid = plain(true) + sale + plain(qint32(PaymentBegun));
+    const QByteArray none = plain(true) + noSale + plain(qint32(NothingThere));
+    QTest::newRow("state") << "state"_ba << QByteArray() << sale + plain(qint32(PaymentBegun)) << noSale;
     QTest::newRow("item") << "item"_ba << bread << paid + totals << none + nothing;
-    QTest::newRow("items") << "items"_ba << packed(qint16(1)) + bread << paid + totals << none + nothing;
+    QTest::newRow("items") << "items"_ba << plain(qint16(1)) + bread << paid + totals << none + nothing;
     QTest::newRow("delete") << "delete"_ba << QByteArray() << paid + totals << none + nothing;
-    QTest::newRow("delete one") << "delete"_ba << packed(qint32(0)) << paid + totals << none + nothing;
-    QTest::newRow("medical") << "medical"_ba << packed(qint64(0)) << paid << none;
+    QTest::newRow("delete one") << "delete"_ba << plain(qint32(0)) << paid + totals << none + nothing;
+    QTest::newRow("medical") << "medical"_ba << plain(qint64(0)) << paid << none;
     QTest::newRow("sale-state") << "sale-state"_ba << QByteArray()
-                                << paid + totals + packed(qint32(1), qint32(1))
-                                << packed(true) + noSale + QByteArray(4 + 44 + 8, '\0');
-    QTest::newRow("receipt") << "receipt"_ba << packed(qint32(1), qint32(1)) << packed(false) + nothing
-                             << packed(false) + nothing;
-    QTest::newRow("section") << "section"_ba << packed(qint8(3)) << packed(u"İÇECEK"_s.toUtf8(), qint32(10))
-                             << packed(u"İÇECEK"_s.toUtf8(), qint32(10));
-    QTest::newRow("no section") << "section"_ba << packed(qint8(-1)) << packed(QByteArray(), qint32(0))
-                                << packed(QByteArray(), qint32(0));
-    QTest::newRow("report") << "report"_ba << packed(false) << packed(false) << packed(true);
-    QTest::newRow("print") << "print"_ba << packed(false, packed(qint32(0))) << packed(false) << packed(true);
-    QTest::newRow("end-invoice") << "end-invoice"_ba << goodInvoice << packed(false) << packed(false);
-    QTest::newRow("acquirers") << "acquirers"_ba << QByteArray() << packed(QVector<qint32>{11, 23, 35})
-                               << packed(QVector<qint32>{11, 23, 35});
-    QTest::newRow("sale-acquirers") << "sale-acquirers"_ba << QByteArray() << packed(noKeys)
-                                    << packed(noKeys);
+                                << paid + totals + plain(qint32(1), qint32(1))
+                                << plain(true) + noSale + QByteArray(4 + 44 + 8, '\0');
+    QTest::newRow("receipt") << "receipt"_ba << plain(qint32(1), qint32(1)) << plain(false) + nothing
+                             << plain(false) + nothing;
+    QTest::newRow("section") << "section"_ba << plain(qint8(3)) << plain(u"İÇECEK"_s.toUtf8(), qint32(10))
+                             << plain(u"İÇECEK"_s.toUtf8(), qint32(10));
+    QTest::newRow("no section") << "section"_ba << plain(qint8(-1)) << plain(QByteArray(), qint32(0))
+                                << plain(QByteArray(), qint32(0));
+    QTest::newRow("report") << "report"_ba << plain(false) << plain(false) << plain(true);
+    QTest::newRow("print") << "print"_ba << plain(false, plain(qint32(0))) << plain(false) << plain(true);
+    QTest::newRow("end-invoice") << "end-invoice"_ba << goodInvoice << plain(false) << plain(false);
+    QTest::newRow("acquirers") << "acquirers"_ba << QByteArray() << plain(QVector<qint32>{11, 23, 35})
+                               << plain(QVector<qint32>{11, 23, 35});
+    QTest::newRow("sale-acquirers") << "sale-acquirers"_ba << QByteArray() << plain(noKeys) << plain(noKeys);
 }
 
 void TestSellingCommands::answersCarryTheirItems()
@@ -220,9 +211,9 @@ void TestSellingCommands::keysAreForADisplay()
     QVERIFY(model.setState(State(state)));
     const QByteArray reply = answer(model, "change-state", request);
     QCOMPARE(int(model.state()), becomes);
-    QCOMPARE(reply.first(4), packed(qint32(becomes)));
+    QCOMPARE(reply.first(4), plain(qint32(becomes)));
     if (becomes == 5)
-        QCOMPARE(reply.last(4), packed(qint32(state == 5 ? WrongKey : NoError)));
+        QCOMPARE(reply.last(4), plain(qint32(state == 5 ? WrongKey : NoError)));
 }
 
 void TestSellingCommands::keysNeedNoAnswer()
@@ -281,7 +272,7 @@ void TestSellingCommands::invoicesAreJudgedByTheirLook()
     FiscalModel model;
     answer(model, "change-state", keys(1, 0, 0, {'M', '3'}));
     answer(model, "item", bread);
-    QCOMPARE(answer(model, "end-invoice", request), packed(good));
+    QCOMPARE(answer(model, "end-invoice", request), plain(good));
     QCOMPARE(model.state(), good ? State::Idle : State::SaleOpen);
 }
 
@@ -333,7 +324,7 @@ void withoutLimit(FiscalModel &model)
 
 QByteArray item(qint64 price, qint32 percentage, qint64 amount, qint8 section, qint32 type)
 {
-    return packed(price, qint32(1000), percentage, amount, section, "Ekmek"_ba, type);
+    return plain(price, qint32(1000), percentage, amount, section, "Ekmek"_ba, type);
 }
 
 QByteArray saleKeys(const QVector<qint32> &pressed)
@@ -361,7 +352,7 @@ const Refused refusals[] = {
     {ItemsStay, "delete", {}, payALira},
     {BadPrice, "item", item(-1, 0, 0, 1, 0), openSale},
     {BadSection, "item", item(100, 0, 0, 9, 0), openSale},
-    {BadSection, "section", packed(qint8(9))},
+    {BadSection, "section", plain(qint8(9))},
     {BadPercentage, "item", item(100, 101, 0, 1, 0), openSale},
     {BadDiscount, "item", item(100, 0, 101, 1, 0), openSale},
     {BadUnit, "item", item(100, 0, 0, 1, 8), openSale},
@@ -373,9 +364,9 @@ const Refused refusals[] = {
          for (int i = 0; i < Sale::mostLines; ++i)
              answer(model, "item", item(0, 0, 0, 1, 0));
      }},
-    {NoItem, "delete", packed(qint32(1)), sellBread},
-    {BadContribution, "medical", packed(qint64(-1), qint64(11'111'111'111)), openSale},
-    {BadPatient, "medical", packed(qint64(1), qint64(1)), openSale},
+    {NoItem, "delete", plain(qint32(1)), sellBread},
+    {BadContribution, "medical", plain(qint64(-1), qint64(11'111'111'111)), openSale},
+    {BadPatient, "medical", plain(qint64(1), qint64(1)), openSale},
     {NothingSold, "change-state", saleKeys({keyF10}), openSale},
     {BadPayment, "change-state", saleKeys({'0', keyF10}), sellBread},
     {NothingLeft, "change-state", saleKeys({'1', keyF10}),
@@ -396,29 +387,29 @@ const Refused refusals[] = {
     {BadReference, "end-invoice", invoice(0, 0, "A1", "11111111111", 1), sellWithInvoice},
     {BadIdNumber, "end-invoice", invoice(0, 0, "A12345", "1", 1), sellWithInvoice},
     {PaperOut, "paper", {}, withoutPaper},
-    {PaperOut, "report", packed(false), withoutPaper},
+    {PaperOut, "report", plain(false), withoutPaper},
     {PaperOut, "change-state", keys(1, 0, 0, {'E'}), withoutPaper},
     {SaleStillOpen, "logout", {}, openSale},
-    {SaleStillOpen, "report", packed(true), openSale},
-    {SlipTooLong, "print", packed(true, packed(qint32(1), "\x04"_ba + QByteArray(1001, '\n')))},
-    {ZNumbersUsedUp, "report", packed(true),
+    {SaleStillOpen, "report", plain(true), openSale},
+    {SlipTooLong, "print", plain(true, plain(qint32(1), "\x04"_ba + QByteArray(1001, '\n')))},
+    {ZNumbersUsedUp, "report", plain(true),
      [](FiscalModel &model) { model.setZNumber(std::numeric_limits<qint32>::max()); }},
-    {ReceiptStillOpen, "receipt", packed(qint32(1), qint32(1)), openSale},
-    {ReceiptNotClosed, "receipt", packed(qint32(1), qint32(1))},
+    {ReceiptStillOpen, "receipt", plain(qint32(1), qint32(1)), openSale},
+    {ReceiptNotClosed, "receipt", plain(qint32(1), qint32(1))},
     {StateForbids, "login", {}, [](FiscalModel &model) { model.setState(State::Starting); }},
     {StateForbids, "logout", {}, [](FiscalModel &model) { model.setState(State::Paying); }},
     {StateForbids, "z", {}, [](FiscalModel &model) { model.setState(State::OutOfService); }},
     {StateForbids, "item", bread, [](FiscalModel &model) { model.setState(State::Locked); }},
     {StateForbids, "change-state", keys(2, 0, 0, {'E'}),
      [](FiscalModel &model) { model.setState(State::Locked); }},
-    {StateForbids, "print", packed(true, packed(qint32(0))),
+    {StateForbids, "print", plain(true, plain(qint32(0))),
      [](FiscalModel &model) { model.setState(State::Reporting); }},
     {FaultRefuses, "login", {}, sellBread, {.refuse = true}},
     {FaultRefuses, "item", bread, sellBread, {.refuse = true}},
     {FaultRefuses, "change-state", saleKeys({keyF10}), sellBread, {.refuse = true}},
     {FaultRefuses, "sale-state", {}, sellBread, {.refuse = true}},
-    {FaultRefuses, "receipt", packed(qint32(1), qint32(1)), sellBread, {.refuse = true}},
-    {FaultRefuses, "print", packed(true, packed(qint32(0))), sellBread, {.refuse = true}},
+    {FaultRefuses, "receipt", plain(qint32(1), qint32(1)), sellBread, {.refuse = true}},
+    {FaultRefuses, "print", plain(true, plain(qint32(0))), sellBread, {.refuse = true}},
     {FaultError, "item", bread, sellBread, {.error = 64}},
     {FaultError, "state", {}, sellBread, {.error = 64}},
     {FaultError, "sale-state", {}, sellBread, {.error = 64}},

@@ -90,7 +90,7 @@ int beginCommand(std::initializer_list<Required> pointers)
 ReplyReader::ReplyReader(const QByteArray &reply)
     : m_stream(reply)
 {
-    m_stream.setVersion(streamVersion);
+    m_stream.setVersion(itemStreamVersion);
 }
 
 ReplyReader &ReplyReader::operator>>(QVector<int> &list)

@@ -1,19 +1,16 @@
 #pragma once
 
+#include "ExtDevice/gmp3/item_stream.h"
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
 
-#include <QDataStream>
 #include <QtEndian>
 
 /**
  * One command: a request and its reply over the active register's connection, encrypted and authenticated.
- * The lock is the caller's. A plaintext is a run of QDataStream items in its version 12.
+ * The lock is the caller's. What a plaintext holds is in the tables of protocol_table.h.
  */
 namespace Velno::Ext {
-
-/** The stream version that registers speak. */
-constexpr int streamVersion = QDataStream::Qt_4_6;
 
 /** Encrypts a plaintext for the active register into a GMP3 frame; empty when that fails. */
 QByteArray prepareTlvElements(const QByteArray &plaintext);
@@ -36,16 +33,7 @@ int causeOfNotReady();
  */
 int beginCommand(std::initializer_list<Required> pointers = {});
 
-/** Items one behind the other, as a plaintext holds them. */
-template <typename... Items>
-QByteArray itemBytes(const Items &...items)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(streamVersion);
-    (stream << ... << items);
-    return bytes;
-}
+using GMP::itemBytes;
 
 /** A request: the command's code, most often alone, and its items. */
 template <typename... Items>

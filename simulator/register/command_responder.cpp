@@ -2,6 +2,7 @@
 
 #include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/gmp3/gmp3.h"
+#include "ExtDevice/gmp3/item_stream.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/message_body.h"
 
@@ -13,8 +14,6 @@ using namespace Velno::GMP;
 namespace Simulator {
 
 namespace {
-
-constexpr int streamVersion = QDataStream::Qt_4_6; // that registers speak
 
 CommandResponder::Request refused(const QString &reason)
 {
@@ -104,7 +103,7 @@ CommandResponder::Answer CommandResponder::answer(const Request &request, const 
 {
     QByteArray plaintext;
     QDataStream reply(&plaintext, QIODevice::WriteOnly);
-    reply.setVersion(streamVersion);
+    reply.setVersion(itemStreamVersion);
     const Disturbance wrong = disturbanceOf(*request.command, faults);
     const Refusal refusal = request.command->run({m_model, request.items, reply, wrong});
     if (plaintext.isEmpty())

@@ -1,6 +1,6 @@
 #include "tests/support/hand_made_device.h"
 
-#include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/gmp3_util.h"
 
 #include <QDeadlineTimer>
@@ -147,26 +147,14 @@ QByteArray HandMadeDevice::withElements(const QByteArray &run) const
 QByteArray HandMadeDevice::sealed(const QByteArray &plaintext) const
 {
     const QMutexLocker lock(&m_sealing);
-    const QByteArray cipher = GMP3_cipher(record, true, plaintext);
-    return withElements(tlvElement("\xDF\xE0\x02", cipher) +
-                        tlvElement("\xDF\xE0\x03", GMP3_HMAC(record, cipher)));
+    return withElements(sealedElements(record, plaintext));
 }
 
 QByteArray HandMadeDevice::opened(const QByteArray &frame) const
 {
-    if (frame.size() < 16)
-        return {};
-    const QVector<QByteArray> elements = extractTlvElements(frame.mid(14).chopped(2));
-    if (elements.size() != 2)
-        return {};
-    QByteArray tag;
-    QByteArray cipher;
-    QByteArray mac;
-    unsigned short size = 0;
-    extractTlvElement(elements.at(1), &tag, &mac, &size);
-    extractTlvElement(elements.at(0), &tag, &cipher, &size);
     const QMutexLocker lock(&m_sealing);
-    return GMP3_HMAC(record, cipher) == mac ? GMP3_cipher(record, false, cipher) : QByteArray();
+    QByteArray plaintext;
+    return unseal(record, frame, &plaintext) == 0 ? plaintext : QByteArray();
 }
 
 QByteArray HandMadeDevice::framed(const QByteArray &payload)

@@ -3,9 +3,8 @@
 #include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/velnoext.h"
 #include "tests/support/hand_made_device.h"
+#include "tests/support/plain.h"
 
-#include <QDataStream>
-#include <QIODevice>
 #include <QObject>
 #include <QTest>
 
@@ -19,17 +18,6 @@ inline constexpr char otherSerial[] = "UB0000000001";
 inline constexpr char relay[] = "255.255.255.255";
 inline constexpr unsigned int patience = 20'000;
 inline constexpr unsigned int brief = 200; // for waits that are meant to run out
-
-/** The plaintext that holds these items. */
-template <typename... Items>
-QByteArray plain(const Items &...items)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_6);
-    (stream << ... << items);
-    return bytes;
-}
 
 /** Connects with keys that both sides hold already. @return of velnoext_initialize() */
 int connectPaired(HandMadeDevice &device, const char *name = serial, unsigned int appNo = 5);

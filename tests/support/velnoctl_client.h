@@ -1,9 +1,9 @@
 #pragma once
 
 #include "tests/support/hand_made_device.h"
+#include "tests/support/plain.h"
 #include "tests/support/test_support.h"
 
-#include <QDataStream>
 #include <QHash>
 #include <QJsonObject>
 #include <QProcess>
@@ -16,17 +16,6 @@ QT_FORWARD_DECLARE_CLASS(QTemporaryDir)
 namespace TestSupport {
 
 constexpr int longestWait = 60'000; // ms, for a machine under load and sanitizers
-
-/** The plaintext of a reply. */
-template <typename... Items>
-QByteArray plain(const Items &...items)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_6);
-    (stream << ... << items);
-    return bytes;
-}
 
 /** The options that send velnoctl to the register UB1234567890 on this port. */
 QStringList target(quint16 port);
