@@ -1,6 +1,6 @@
 // A connection of the simulated register to anybody: what it is for, where a frame ends, what comes next.
 #include "fuzz/fuzz_input.h"
-#include "fuzz/honest_requests.h"
+#include "fuzz/honest_application.h"
 #include "fuzz/loopback.h"
 #include "fuzz/paired_record.h"
 #include "simulator/register/cash_register.h"
@@ -20,7 +20,7 @@ QByteArray withLength(const QByteArray &frame)
     return length + frame;
 }
 
-QByteArray bytesFrom(std::uint8_t how, Fuzz::Input &input)
+QByteArray bytesFrom(std::uint8_t how, Fuzz::Input &input, Fuzz::HonestApplication &application)
 {
     const MessageTag kind = MessageTag(PairingStart + (how & 3));
     const QByteArray bytes = input.chunk();
@@ -28,15 +28,15 @@ QByteArray bytesFrom(std::uint8_t how, Fuzz::Input &input)
     case 0:
         return bytes;
     case 1:
-        return GMP3::frame(false, kind, bytes, Fuzz::serial);
+        return makeFrame(false, kind, bytes, Fuzz::serial);
     case 2:
-        return GMP3::frame(false, kind, Fuzz::honestRequest(kind) + bytes, Fuzz::serial);
+        return makeFrame(false, kind, application.request(kind) + bytes, Fuzz::serial);
     case 3:
         return withLength(bytes);
     case 4:
-        return withLength(GMP3::frame(true, None, bytes, Fuzz::serial));
+        return withLength(makeFrame(true, None, bytes, Fuzz::serial));
     default:
-        return withLength(Fuzz::sealed(Fuzz::agreedRecord(), bytes));
+        return withLength(Fuzz::sealed(application.record(), bytes));
     }
 }
 
@@ -52,7 +52,7 @@ void letItRunUntil(Condition condition)
 }
 
 /** One connection, up to its end or to where the input says that the next one begins. */
-void converse(const Fuzz::Listener &listener, Fuzz::Input &input)
+void converse(const Fuzz::Listener &listener, Fuzz::Input &input, Fuzz::HonestApplication &application)
 {
     constexpr std::uint8_t nextConnection = 0xE0;
     Fuzz::Descriptor peer;
@@ -61,9 +61,10 @@ void converse(const Fuzz::Listener &listener, Fuzz::Input &input)
         const std::uint8_t how = input.byte();
         if (how >= nextConnection)
             break;
-        peer.send(bytesFrom(how, input));
+        peer.send(bytesFrom(how, input, application));
         for (int i = 0; i < 4; ++i)
             QCoreApplication::processEvents();
+        application.hear(peer.received());
     }
     peer.endWriting();
     letItRunUntil([&] { return peer.hasEnded(); });
@@ -74,7 +75,7 @@ void converse(const Fuzz::Listener &listener, Fuzz::Input &input)
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static int argumentCount = 0;
-    static const QCoreApplication application(argumentCount, nullptr);
+    static const QCoreApplication program(argumentCount, nullptr);
     [[maybe_unused]] static const bool isSilent = Fuzz::silence();
     static const Fuzz::Listener listener;
 
@@ -86,9 +87,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     Simulator::CashRegister cashRegister(options);
     FUZZ_EXPECT(cashRegister.prepare().isEmpty());
     cashRegister.start();
+    Fuzz::HonestApplication application;
     Fuzz::Input input(data, size);
     do
-        converse(listener, input);
+        converse(listener, input, application);
     while (!input.atEnd());
     cashRegister.stop();
     return 0;

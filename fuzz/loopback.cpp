@@ -2,6 +2,7 @@
 
 #include "fuzz/fuzz_input.h"
 
+#include <algorithm>
 #include <array>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -32,6 +33,14 @@ void Descriptor::send(const QByteArray &bytes) const
 {
     [[maybe_unused]] const ssize_t sent =
         ::send(m_number, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL | MSG_DONTWAIT);
+}
+
+QByteArray Descriptor::received() const
+{
+    QByteArray bytes(64 * 1024, Qt::Uninitialized);
+    const ssize_t count = ::recv(m_number, bytes.data(), size_t(bytes.size()), MSG_DONTWAIT);
+    bytes.truncate(qsizetype(std::max<ssize_t>(count, 0)));
+    return bytes;
 }
 
 void Descriptor::endWriting() const

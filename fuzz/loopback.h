@@ -32,6 +32,8 @@ public:
 
     /** Sends what the other side has room for. */
     void send(const QByteArray &bytes) const;
+    /** What has come from the other side until now. Never waits. */
+    QByteArray received() const;
     void endWriting() const;
     /** Whether the other side has closed; what it has sent until then is thrown away. Never waits. */
     bool hasEnded() const;

@@ -1,5 +1,7 @@
-#include "ExtDevice/gmp3/gmp3.h"
+#include "ExtDevice/gmp3/certificates.h"
+
 #include "ExtDevice/gmp3/log.h"
+#include "ExtDevice/openssl_ptr.h"
 
 #include <mutex>
 #include <openssl/pem.h>
@@ -89,23 +91,6 @@ X509StorePtr storeOf(const QByteArray &chain)
     return last.get(chain, makeStore);
 }
 
-QByteArray openssl_signChecksum(const QByteArray &data, const QByteArray &keyPem)
-{
-    static LastMade<PkeyPtr, EVP_PKEY_up_ref> last;
-    const PkeyPtr key = last.get(keyPem, parsePrivateKey);
-    const MdCtxPtr ctx{EVP_MD_CTX_new()};
-    size_t length = 0;
-    if (!key || !EVP_PKEY_is_a(key.get(), "RSA") || !ctx ||
-        EVP_DigestSignInit(ctx.get(), nullptr, EVP_sha256(), nullptr, key.get()) != 1 ||
-        EVP_DigestSign(ctx.get(), nullptr, &length, octets(data), size_t(data.size())) != 1)
-        return {};
-    QByteArray signature(qsizetype(length), '\0');
-    if (EVP_DigestSign(ctx.get(), octets(signature), &length, octets(data), size_t(data.size())) != 1)
-        return {};
-    signature.truncate(qsizetype(length));
-    return signature;
-}
-
 /** Digests under which two certificates with one signature can be made. */
 bool isBrokenDigest(int digest)
 {
@@ -134,7 +119,7 @@ const char *registerFault(X509 *x509)
 
 } // namespace
 
-bool GMP3::verifyCertificate(const QByteArray &certificate, const QByteArray &chain)
+bool verifyCertificate(const QByteArray &certificate, const QByteArray &chain)
 {
     if (certificate.isEmpty() || chain.isEmpty())
         return false;
@@ -155,13 +140,24 @@ bool GMP3::verifyCertificate(const QByteArray &certificate, const QByteArray &ch
     return true;
 }
 
-QByteArray GMP3::rsassa_pkcs1v15_sha256_sign(const QByteArray &data, const QByteArray &privateKey)
+QByteArray openssl_signChecksum(const QByteArray &data, const QByteArray &privateKey)
 {
-    return openssl_signChecksum(data, privateKey);
+    static LastMade<PkeyPtr, EVP_PKEY_up_ref> last;
+    const PkeyPtr key = last.get(privateKey, parsePrivateKey);
+    const MdCtxPtr ctx{EVP_MD_CTX_new()};
+    size_t length = 0;
+    if (!key || !EVP_PKEY_is_a(key.get(), "RSA") || !ctx ||
+        EVP_DigestSignInit(ctx.get(), nullptr, EVP_sha256(), nullptr, key.get()) != 1 ||
+        EVP_DigestSign(ctx.get(), nullptr, &length, octets(data), size_t(data.size())) != 1)
+        return {};
+    QByteArray signature(qsizetype(length), '\0');
+    if (EVP_DigestSign(ctx.get(), octets(signature), &length, octets(data), size_t(data.size())) != 1)
+        return {};
+    signature.truncate(qsizetype(length));
+    return signature;
 }
 
-bool GMP3::rsassa_pkcs1v15_sha256_verify(const QByteArray &certificate, const QByteArray &data,
-                                         const QByteArray &signature)
+bool verifyChecksum(const QByteArray &certificate, const QByteArray &data, const QByteArray &signature)
 {
     const X509Ptr x509 = certificateOf(certificate);
     EVP_PKEY *key = x509 ? X509_get0_pubkey(x509.get()) : nullptr; // lent: x509 goes on owning it

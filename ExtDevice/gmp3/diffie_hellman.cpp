@@ -1,4 +1,6 @@
-#include "ExtDevice/gmp3_util.h"
+#include "ExtDevice/gmp3/diffie_hellman.h"
+
+#include "ExtDevice/gmp3/built_in_group.h"
 
 #include <openssl/core_names.h>
 
@@ -33,7 +35,7 @@ PkeyPtr peerKey(const PkeyPtr &dh, const QByteArray &publicKey)
 
 } // namespace
 
-PkeyPtr GMP3::DH_get(const char *p, int pLength, const char *g, int gLength)
+PkeyPtr dhGroup(const char *p, int pLength, const char *g, int gLength)
 {
     const BnPtr prime = number(p, pLength);
     const BnPtr generator = number(g, gLength);
@@ -52,12 +54,12 @@ PkeyPtr GMP3::DH_get(const char *p, int pLength, const char *g, int gLength)
     return PkeyPtr{group};
 }
 
-PkeyPtr GMP3::DH_get_dh2048()
+PkeyPtr dhGroup2048()
 {
-    return DH_get(get_dh2048_p_value(), get_dh2048_p_size(), get_dh2048_g_value(), get_dh2048_g_size());
+    return dhGroup(get_dh2048_p_value(), get_dh2048_p_size(), get_dh2048_g_value(), get_dh2048_g_size());
 }
 
-bool GMP3::DH_generate(PkeyPtr &dh)
+bool generateKeyPair(PkeyPtr &dh)
 {
     if (!dh)
         return false;
@@ -69,7 +71,7 @@ bool GMP3::DH_generate(PkeyPtr &dh)
     return true;
 }
 
-QByteArray GMP3::DH_get_pubkey(const PkeyPtr &dh)
+QByteArray publicKeyOf(const PkeyPtr &dh)
 {
     BIGNUM *taken = nullptr;
     if (!dh || EVP_PKEY_get_bn_param(dh.get(), OSSL_PKEY_PARAM_PUB_KEY, &taken) != 1)
@@ -81,7 +83,7 @@ QByteArray GMP3::DH_get_pubkey(const PkeyPtr &dh)
     return bytes;
 }
 
-QByteArray GMP3::DH_compute(const PkeyPtr &dh, const QByteArray &peerPublicKey)
+QByteArray sharedSecret(const PkeyPtr &dh, const QByteArray &peerPublicKey)
 {
     if (!dh || peerPublicKey.isEmpty())
         return {};

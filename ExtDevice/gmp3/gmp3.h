@@ -1,55 +1,42 @@
 #pragma once
 
-#include "ExtDevice/gmp3/tags.h"
-#include "ExtDevice/openssl_ptr.h"
-
-#include <QByteArray>
-#include <QVector>
+#include "ExtDevice/encoding/digest.h"
+#include "ExtDevice/gmp3/certificates.h"
+#include "ExtDevice/gmp3/diffie_hellman.h"
+#include "ExtDevice/gmp3/key_schedule.h"
+#include "ExtDevice/gmp3/prepare.h"
+#include "ExtDevice/gmp3/session.h"
 
 namespace Velno::GMP {
 
-/** The state of the one GMP3 session of this process. */
-struct GMP3_Message
+/** The session of this process, over the transport. No lock: one thread at a time. */
+extern Session processSession;
+
+/** Its record. */
+extern GMP3_Message &gmp3_message;
+
+/** Its connection, a handle of velno_network.h; 0 for none. */
+extern unsigned int &connection_handle;
+
+/** The credentials that it answers with as a responder, PEM, relative to the working directory unless
+ * replaced. */
+extern QString &cert_path;
+extern QString &prikey_path;
+
+/** SHA-256: 32 bytes. */
+inline QByteArray GMP3_SHA256(const QByteArray &data)
 {
-    ~GMP3_Message();
-
-    /** Drops the keys and the key pair, overwritten except for keys that a pairing record shares. */
-    void forgetKeys();
-
-    bool isResponse = false; ///< direction of the last message that check() recognised
-    bool failed = false;     ///< the responder's verdict on the last PairingConfirm: true = refused
-    MessageTag message = MessageTag(0); ///< kind of the last message that check() recognised
-    QVector<QByteArray> fields;         ///< field store: whole elements, as received over the session
-    PkeyPtr dh;                         ///< this side's Diffie-Hellman key pair
-    quint8 pairingIndex = 0;            ///< what a responder assigns
-    quint16 pairingNumber = 0;          ///< what a responder assigns, 0 to 9999
-    QByteArray responderRandom;         ///< 16 bytes
-    QByteArray requesterRandom;         ///< 16 bytes
-    QByteArray appHash;                 ///< 32 bytes
-    QByteArray hmacKey;                 ///< 32 bytes
-    QByteArray kcvIv;                   ///< 16 bytes
-    QByteArray aesKey;                  ///< 32 bytes
-    bool secretAgreed =
-        false; ///< whether the keys come from a shared secret; otherwise anybody can make them
-};
-
-/** The session. No lock: one thread at a time. */
-extern GMP3_Message gmp3_message;
-
-/** The session's connection, a handle of velno_network.h; 0 for none. */
-extern unsigned int connection_handle;
+    return sha256Sum(data);
+}
 
 /**
- * The GMP3 engine: framing and checking, message bodies, cryptography. All members are static and work on
- * gmp3_message and connection_handle. Diagnostics are single lines, see log.h.
- *
- * A frame: 2 bytes length of what follows, 12 bytes identity padded with spaces, the body (one message
- * element, or raw bytes for kind None), CRC-16/X.25 over identity and body; numbers big-endian.
+ * The engine under one roof: its functions, those that need a session on that of the process. Diagnostics are
+ * single lines, see log.h. Whoever has a session of his own uses the functions behind these.
  */
 class GMP3
 {
 public:
-    // Session and transport ---------------------------------------------------------------------------
+    // Session and transport, see session.h ------------------------------------------------------------
 
     /** Empties the field store and sets the connection; randoms, keys and the application hash stay. */
     static void init(unsigned int handle);
@@ -57,104 +44,96 @@ public:
     /** Replaces the session's connection by one that it waits for. @return 0 or 1000 + transport status */
     [[nodiscard]] static int accept(const char *address, unsigned short port, unsigned int timeout);
 
-    /** Sends all bytes, waiting at most 10 s. @return 0 or 2000 + transport status */
-    [[nodiscard]] static int send(const char *data, int size);
+    [[nodiscard]] static int send(const char *data, int size) { return processSession.send(data, size); }
 
-    /**
-     * Reads one frame, its length field included.
-     *
-     * @param timeout  ms of silence allowed before each read
-     * @param buffer   room for *length + 2 bytes
-     * @param length   in: the longest announced length to accept; out: bytes received, also on failure
-     * @return 0; 4000: null length, or more announced than accepted; 3000 + transport status
-     */
-    [[nodiscard]] static int receive(unsigned int timeout, char *buffer, int *length);
+    [[nodiscard]] static int receive(unsigned int timeout, char *buffer, int *length)
+    {
+        return processSession.receive(timeout, buffer, length);
+    }
 
-    /** Closes the session's connection. @return 0 or 3000 + transport status; there is no connection
-     * afterwards */
-    static int disconnect();
+    /** There is no connection afterwards. */
+    static int disconnect() { return processSession.disconnect(); }
 
-    // Frames and fields -------------------------------------------------------------------------------
+    // Frames and fields, see frame.h, session.h and prepare.h -----------------------------------------
 
-    /** The whole frame; empty when its length would not fit 16 bits. */
-    static QByteArray frame(bool response, MessageTag kind, const QByteArray &body, const char *identity);
+    static QByteArray frame(bool response, MessageTag kind, const QByteArray &body, const char *identity)
+    {
+        return makeFrame(response, kind, body, identity);
+    }
 
-    /**
-     * Checks a frame and, with `parse`, stores the fields of its message (a later field replaces an earlier
-     * one of the same tag).
-     *
-     * @param identity  12 characters that the frame must carry; null accepts any
-     * @return 0; 4000 length; 4001 CRC; 4002 identity; 4003 no message element. Nothing is stored on failure
-     */
-    [[nodiscard]] static int check(const char *data, int size, const char *identity, bool parse);
+    [[nodiscard]] static int check(const char *data, int size, const char *identity, bool parse)
+    {
+        return processSession.check(data, size, identity, parse);
+    }
 
-    /** Stores an element, with `replace` in place of the first of its tag. @return true when appended */
-    static bool TLV_add(const QByteArray &tag, const QByteArray &value, bool replace);
+    static bool TLV_add(const QByteArray &tag, const QByteArray &value, bool replace)
+    {
+        return gmp3_message.add(tag, value, replace);
+    }
 
-    /** The value of the first stored element of the tag; empty when there is none. */
-    static QByteArray TLV_value(const QByteArray &tag);
+    static QByteArray TLV_value(const QByteArray &tag) { return gmp3_message.value(tag); }
 
-    /** The request that follows this one in a pairing; None at its end. */
-    static MessageTag next_state(MessageTag kind);
+    static MessageTag next_state(MessageTag kind) { return nextRequest(kind); }
 
-    /**
-     * The body of a pairing message.
-     *
-     * @param response  false: the requester's side (the application), true: the responder's (the register)
-     * @param identity  of the side that prepares
-     * @return field elements, concatenated; empty for a kind that is no pairing message
-     */
-    static QByteArray prepare(MessageTag kind, bool response, const char *identity);
+    static QByteArray prepare(MessageTag kind, bool response, const char *identity)
+    {
+        return prepareBody(processSession, kind, response, identity);
+    }
 
-    // Diffie-Hellman ----------------------------------------------------------------------------------
+    // Diffie-Hellman, see diffie_hellman.h ------------------------------------------------------------
 
-    /** A group without key pair; null when p is even or has no usable size, or g is not in 2 .. p-2. */
-    static PkeyPtr DH_get(const char *p, int pLength, const char *g, int gLength);
+    static PkeyPtr DH_get(const char *p, int pLength, const char *g, int gLength)
+    {
+        return dhGroup(p, pLength, g, gLength);
+    }
 
-    /** The 2048-bit group 14 of RFC 3526. */
-    static PkeyPtr DH_get_dh2048();
+    static PkeyPtr DH_get_dh2048() { return dhGroup2048(); }
 
-    /** Makes a key pair in the group. @return false, the group untouched, when that fails */
-    [[nodiscard]] static bool DH_generate(PkeyPtr &dh);
+    [[nodiscard]] static bool DH_generate(PkeyPtr &dh) { return generateKeyPair(dh); }
 
-    /** The public key, padded with zeros on the left to the size of p; empty without a key pair. */
-    static QByteArray DH_get_pubkey(const PkeyPtr &dh);
+    static QByteArray DH_get_pubkey(const PkeyPtr &dh) { return publicKeyOf(dh); }
 
-    /** The shared secret without leading zeros; empty on any failure. */
-    static QByteArray DH_compute(const PkeyPtr &dh, const QByteArray &peerPublicKey);
+    static QByteArray DH_compute(const PkeyPtr &dh, const QByteArray &peerPublicKey)
+    {
+        return sharedSecret(dh, peerPublicKey);
+    }
 
-    // Certificates and signatures ---------------------------------------------------------------------
+    // Certificates and signatures, see certificates.h -------------------------------------------------
 
-    /**
-     * Whether the certificate (PEM) verifies against the chain (PEM) and is one that a register signs with:
-     * an RSA key of at least 2048 bits that may make signatures, no authority's, and not signed with MD5.
-     * Says why not in the log.
-     */
-    static bool verifyCertificate(const QByteArray &certificate, const QByteArray &chain);
+    static bool verifyCertificate(const QByteArray &certificate, const QByteArray &chain)
+    {
+        return GMP::verifyCertificate(certificate, chain);
+    }
 
-    /** RSA PKCS#1 v1.5 signature over SHA-256 of the data; empty on failure. */
-    static QByteArray rsassa_pkcs1v15_sha256_sign(const QByteArray &data, const QByteArray &privateKey);
+    static QByteArray rsassa_pkcs1v15_sha256_sign(const QByteArray &data, const QByteArray &privateKey)
+    {
+        return openssl_signChecksum(data, privateKey);
+    }
 
-    /** Whether the signature over the data is by the certificate's key. */
     static bool rsassa_pkcs1v15_sha256_verify(const QByteArray &certificate, const QByteArray &data,
-                                              const QByteArray &signature);
+                                              const QByteArray &signature)
+    {
+        return verifyChecksum(certificate, data, signature);
+    }
 
-    // Digests and key schedule ------------------------------------------------------------------------
+    // Digests and key schedule, see digest.h, key_schedule.h and session.h ----------------------------
 
-    /** 32 bytes. */
-    static QByteArray sha256sum(const QByteArray &data);
-    static QByteArray HMAC_sha256(const QByteArray &key, const QByteArray &data);
+    static QByteArray sha256sum(const QByteArray &data) { return sha256Sum(data); }
 
-    /** The first 32 bytes of TLS 1.2's P_SHA256. */
-    static QByteArray TLS_PRF(const QByteArray &secret, const QByteArray &label, const QByteArray &seed);
+    static QByteArray HMAC_sha256(const QByteArray &key, const QByteArray &data)
+    {
+        return hmacSha256(key, data);
+    }
 
-    /**
-     * Derives hmacKey, kcvIv and aesKey of the session from its key pair, its randoms and the peer's key.
-     * Making the check value leaves its last cipher block in kcvIv.
-     *
-     * @return the 32-byte key check value
-     */
-    static QByteArray create_keys(const QByteArray &peerPublicKey);
+    static QByteArray TLS_PRF(const QByteArray &secret, const QByteArray &label, const QByteArray &seed)
+    {
+        return tlsPrf(secret, label, seed);
+    }
+
+    static QByteArray create_keys(const QByteArray &peerPublicKey)
+    {
+        return gmp3_message.createKeys(peerPublicKey);
+    }
 };
 
 } // namespace Velno::GMP

@@ -12,18 +12,6 @@
 
 namespace Velno::GMP {
 
-MatchExt::~MatchExt()
-{
-    forgetKeys();
-}
-
-void MatchExt::forgetKeys()
-{
-    contexts.forget();
-    for (QByteArray *key : {&hmacKey, &kcvIv, &aesKey})
-        cleanse(*key);
-}
-
 namespace {
 
 enum ResultOfPairing {
@@ -35,13 +23,8 @@ enum ResultOfPairing {
 
 constexpr int longestFrame = 4096; // announced length; the two bytes that announce it come on top
 constexpr unsigned int acceptTimeout = 30000;
-constexpr int listeningReceiveTimeout = 10000;
-constexpr int heldReceiveTimeout = 30000;
-
-QByteArray stored(PairingFieldTag field)
-{
-    return GMP3::TLV_value(fieldTag(field));
-}
+constexpr unsigned int listeningReceiveTimeout = 10000;
+constexpr unsigned int heldReceiveTimeout = 30000;
 
 /**
  * The requester's side of one pairing. What has been verified and what keys were derived from cannot be
@@ -51,11 +34,10 @@ QByteArray stored(PairingFieldTag field)
 class Conversation
 {
 public:
-    Conversation(int receiveTimeout, unsigned int answerLimit, const char *serialNo, const char *terminalId)
-        : m_receiveTimeout(unsigned(receiveTimeout))
-        , m_answerLimit(answerLimit)
-        , m_serialNo(serialNo)
-        , m_terminalId(terminalId)
+    Conversation(Session &session, const PairingTerms &terms)
+        : m_session(session)
+        , m_record(session.record)
+        , m_terms(terms)
     {
     }
 
@@ -65,28 +47,32 @@ private:
     int askUntilAnswered(MessageTag kind);
     int ask(MessageTag kind, bool *answered);
     int hear(MessageTag kind, bool *answered);
+    void takeAnswer(const ReceivedMessage &answer);
     int judge(MessageTag kind);
     int verifyCertificate();
     int verifySignature();
     void fill(MatchExt &record) const;
+    template <typename Tag>
+    QByteArray stored(Tag field) const
+    {
+        return m_record.value(fieldTag(field));
+    }
 
-    unsigned int m_receiveTimeout;
-    unsigned int m_answerLimit;
-    const char *m_serialNo;
-    const char *m_terminalId;
+    Session &m_session;
+    GMP3_Message &m_record;
+    const PairingTerms &m_terms;
     QByteArray m_verifiedCertificate;
     QByteArray m_signedKey;
 };
 
 int Conversation::run(MatchExt &record)
 {
-    gmp3_message.responderRandom.clear(); // that of another conversation
-    for (MessageTag kind = PairingStart; kind != None;) {
+    m_record.responderRandom.clear(); // that of another conversation
+    for (MessageTag kind = PairingStart; kind != None; kind = nextRequest(kind)) {
         if (const int result = askUntilAnswered(kind); result != 0)
             return result;
         if (const int result = judge(kind); result != 0)
             return result;
-        kind = GMP3::next_state(kind);
     }
     fill(record);
     return Paired;
@@ -95,7 +81,7 @@ int Conversation::run(MatchExt &record)
 /** What comes and is not the answer makes the same request go out again. */
 int Conversation::askUntilAnswered(MessageTag kind)
 {
-    const WaitScope scope(deadlineAfter(m_answerLimit));
+    const WaitScope scope(deadlineAfter(m_terms.answerLimit));
     for (bool answered = false; !answered;) {
         if (const int result = ask(kind, &answered); result != 0)
             return result;
@@ -106,47 +92,59 @@ int Conversation::askUntilAnswered(MessageTag kind)
 /** Makes the request, sends it and hears what comes back. */
 int Conversation::ask(MessageTag kind, bool *answered)
 {
-    const QByteArray body = GMP3::prepare(kind, false, m_terminalId);
+    const QByteArray body = prepareBody(m_session, kind, false, m_terms.terminalId);
     // Keys that come from no shared secret can be made by everybody who saw the randoms: nothing leaves under
     // them.
-    if (kind == PairingConfirm && !gmp3_message.secretAgreed)
+    if (kind == PairingConfirm && !m_record.secretAgreed)
         return SignatureInvalid;
-    const QByteArray frame = GMP3::frame(false, kind, body, m_serialNo);
-    int result = GMP3::send(frame.constData(), int(frame.size()));
+    const QByteArray frame = makeFrame(false, kind, body, m_terms.serialNo);
+    int result = m_session.send(frame.constData(), int(frame.size()));
     if (result == 0)
         result = hear(kind, answered);
     // Without a key pair of this side the register may answer what it likes, or leave: that is the reason.
-    if (kind == PairingKeyExchange && !gmp3_message.dh)
+    if (kind == PairingKeyExchange && !m_record.dh)
         return SignatureInvalid;
     return result;
 }
 
-/** Receives a message and takes over what it may bring. */
+/** Receives a message. Only the answer leaves something behind. */
 int Conversation::hear(MessageTag kind, bool *answered)
 {
     std::array<char, longestFrame + 2> buffer{};
     int length = longestFrame;
-    if (const int result = GMP3::receive(m_receiveTimeout, buffer.data(), &length); result != 0)
+    if (const int result = m_session.receive(m_terms.longestSilence, buffer.data(), &length); result != 0)
         return result;
-    // Each response brings its own result code; one left from an earlier message does not speak for it.
-    gmp3_message.fields.removeIf(
-        [](const QByteArray &field) { return field.startsWith(fieldTag(ResultCode)); });
-    const QVector<QByteArray> fieldsBefore = gmp3_message.fields;
-    const QByteArray requesterRandom = gmp3_message.requesterRandom;
-    const QByteArray responderRandom = gmp3_message.responderRandom;
-    if (const int result = GMP3::check(buffer.data(), length, m_serialNo, true); result != 0)
+    ReceivedMessage message;
+    const int result = readFrame(buffer.data(), length, m_terms.serialNo, &message);
+    m_record.message = message.kind; // None when it is no message
+    if (result != 0)
         return result;
-    *answered = gmp3_message.isResponse && gmp3_message.message == kind;
-    gmp3_message.requesterRandom = requesterRandom; // this side's own, as it was sent
-    if (!*answered || kind != PairingStart)
-        gmp3_message.responderRandom = responderRandom;
-    if (*answered)
+    m_record.isResponse = message.isResponse;
+    *answered = message.isResponse && message.kind == kind;
+    if (*answered) {
+        takeAnswer(message);
         return 0;
-    const bool keyReplaced = !m_signedKey.isEmpty() && stored(ResponderPublicKey) != m_signedKey;
-    gmp3_message.fields = fieldsBefore;
+    }
+    const QByteArray *const key = message.find(fieldTag(ResponderPublicKey));
+    const bool keyReplaced = key && !m_signedKey.isEmpty() && *key != m_signedKey;
     return keyReplaced ? SignatureInvalid : 0; // somebody is at work
 }
 
+/** Takes over what an answer may bring: its fields, and the random of the first. */
+void Conversation::takeAnswer(const ReceivedMessage &answer)
+{
+    // Each response brings its own result code; one left from an earlier message does not speak for it.
+    m_record.fields.removeIf([](const QByteArray &field) { return field.startsWith(fieldTag(ResultCode)); });
+    m_record.store(answer.fields);
+    const QByteArray *const random = answer.find(fieldTag(ResponderRandom));
+    if (random && answer.kind == PairingStart)
+        m_record.responderRandom = *random;
+}
+
+// Without a default, and that an error in every build: a message that is new does not compile before somebody
+// says here how it is judged.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic error "-Wswitch"
 int Conversation::judge(MessageTag kind)
 {
     if (stored(ResultCode) != "00")
@@ -156,15 +154,28 @@ int Conversation::judge(MessageTag kind)
         return verifyCertificate();
     case PairingKeyExchange:
         return verifySignature();
-    default:
+    case PairingConfirm:
         return Paired;
+    case Message8801:
+    case Message8802:
+    case Message8803:
+    case Message8804:
+    case Message8805:
+    case Message8806:
+    case Message8807:
+    case Message8808:
+    case Message8A64:
+    case None:
+        break; // no part of a pairing
     }
+    return RegisterRefused;
 }
+#pragma GCC diagnostic pop
 
 int Conversation::verifyCertificate()
 {
     const QByteArray certificate = stored(Certificate);
-    if (!GMP3::verifyCertificate(certificate, trustAnchors()))
+    if (!GMP::verifyCertificate(certificate, trustAnchors()))
         return CertificateNotTrusted;
     m_verifiedCertificate = certificate;
     return Paired;
@@ -177,36 +188,27 @@ int Conversation::verifySignature()
             return result;
     }
     m_signedKey = stored(ResponderPublicKey);
-    const bool valid =
-        GMP3::rsassa_pkcs1v15_sha256_verify(m_verifiedCertificate, m_signedKey, stored(Signature));
-    return valid ? Paired : SignatureInvalid;
+    return verifyChecksum(m_verifiedCertificate, m_signedKey, stored(Signature)) ? Paired : SignatureInvalid;
 }
 
 void Conversation::fill(MatchExt &record) const
 {
-    record.forgetKeys();
     record.valueDFEF09 = quint8(bcdToUInt(stored(PairingIndex).left(1)));
-    record.pairingTime = QDateTime::currentDateTimeUtc();
+    record.pairingTime = m_session.clock().toUTC();
     record.valueDFEF02 = quint16(bcdToUInt(stored(PairingNumber).left(2)));
-    record.terminalId = m_terminalId;
-    record.randomDFC10D = gmp3_message.requesterRandom;
-    record.registerData = GMP3::TLV_value(fieldTag(EcrIdentity));
-    record.randomDFC10E = gmp3_message.responderRandom;
-    record.hmacKey = gmp3_message.hmacKey;
-    record.kcvIv = gmp3_message.kcvIv;
-    record.aesKey = gmp3_message.aesKey;
-}
-
-int GMP3_KeyExchange_Server_Impl(MatchExt &record, int receiveTimeout, const char *serialNo,
-                                 const char *terminalId, const QByteArray &applicationHash,
-                                 unsigned int answerLimit)
-{
-    const auto forget = qScopeGuard([] { gmp3_message.forgetKeys(); });
-    gmp3_message.appHash = applicationHash;
-    return Conversation(receiveTimeout, answerLimit, serialNo, terminalId).run(record);
+    record.terminalId = m_terms.terminalId;
+    record.registerData = stored(EcrIdentity);
+    m_record.putKeysInto(record);
 }
 
 } // namespace
+
+int pairRegister(Session &session, MatchExt &record, const PairingTerms &terms)
+{
+    const auto forget = qScopeGuard([&session] { session.record.forgetKeys(); });
+    session.record.appHash = terms.applicationHash;
+    return Conversation(session, terms).run(record);
+}
 
 int GMP3_KeyExchange_Server(MatchExt &record, quint16 port, const char *serialNo, const char *terminalId,
                             const QByteArray &applicationHash, unsigned int answerLimit)
@@ -214,8 +216,8 @@ int GMP3_KeyExchange_Server(MatchExt &record, quint16 port, const char *serialNo
     GMP3::init(0);
     if (const int result = GMP3::accept("0.0.0.0", port, acceptTimeout); result != 0)
         return result;
-    return GMP3_KeyExchange_Server_Impl(record, listeningReceiveTimeout, serialNo, terminalId,
-                                        applicationHash, answerLimit);
+    return pairRegister(processSession, record,
+                        {serialNo, terminalId, applicationHash, listeningReceiveTimeout, answerLimit});
 }
 
 int GMP3_KeyExchange_Server(MatchExt &record, quint32 connection, const char *serialNo,
@@ -223,8 +225,8 @@ int GMP3_KeyExchange_Server(MatchExt &record, quint32 connection, const char *se
                             unsigned int answerLimit)
 {
     GMP3::init(connection);
-    const int result = GMP3_KeyExchange_Server_Impl(record, heldReceiveTimeout, serialNo, terminalId,
-                                                    applicationHash, answerLimit);
+    const int result = pairRegister(processSession, record,
+                                    {serialNo, terminalId, applicationHash, heldReceiveTimeout, answerLimit});
     GMP3::disconnect();
     return result;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExtDevice/gmp3/match_ext.h"
+#include "ExtDevice/gmp3/session.h"
 
 namespace Velno::GMP {
 
@@ -8,9 +8,29 @@ namespace Velno::GMP {
  * ever. */
 inline constexpr unsigned int noAnswerLimit = 0xFFFFFFFF;
 
+/** Between whom a pairing is, and how long it may take. */
+struct PairingTerms
+{
+    const char *serialNo;                     ///< the register's, 12 characters; every frame must carry it
+    const char *terminalId;                   ///< identity of this terminal
+    QByteArray applicationHash;               ///< SHA-256 of the application, 32 bytes
+    unsigned int longestSilence;              ///< ms a read
+    unsigned int answerLimit = noAnswerLimit; ///< ms for each of the three answers
+};
+
+/**
+ * Drives the three-step conversation over the session's link: the requester's side of a pairing.
+ *
+ * @param record  filled on success, otherwise untouched
+ * @return as GMP3_KeyExchange_Server(), but for accepting
+ *
+ * The session's keys are overwritten and forgotten before this returns.
+ */
+[[nodiscard]] int pairRegister(Session &session, MatchExt &record, const PairingTerms &terms);
+
 /**
  * Pairs with a register: waits 30 s for it on all local addresses, then drives the three-step conversation,
- * with at most 10 s of silence a read. The accepted connection stays in the session.
+ * with at most 10 s of silence a read. The accepted connection stays in the session of the process (gmp3.h).
  *
  * Blocks; one conversation at a time in a process.
  *

@@ -1,9 +1,14 @@
+#include "ExtDevice/gmp3/prepare.h"
+
 #include "ExtDevice/encoding/bcd.h"
 #include "ExtDevice/encoding/file.h"
 #include "ExtDevice/encoding/tlv.h"
+#include "ExtDevice/gmp3/built_in_group.h"
+#include "ExtDevice/gmp3/certificates.h"
+#include "ExtDevice/gmp3/cipher.h"
+#include "ExtDevice/gmp3/diffie_hellman.h"
 #include "ExtDevice/gmp3/known_groups.h"
 #include "ExtDevice/gmp3/log.h"
-#include "ExtDevice/gmp3_util.h"
 
 #include <QScopeGuard>
 
@@ -17,13 +22,20 @@ constexpr char appHashTag[] = "\xDF\xE0\x04";
 // A signature of another size than the public key cannot become right by trying again.
 constexpr int mostKeyPairs = 4;
 
+constexpr int randomSize = 16;
+
 constexpr char protocolVersion[] = "1.0.0.0";
 
 /** The body of a message: field elements, one after the other. */
 class Body
 {
 public:
-    Body() { m_bytes.reserve(2048); }
+    /** @param record  where echoes come from */
+    explicit Body(const GMP3_Message &record)
+        : m_record(record)
+    {
+        m_bytes.reserve(2048);
+    }
 
     template <typename Field>
     void add(Field field, const QByteArray &value)
@@ -37,181 +49,197 @@ public:
     template <typename... Fields>
     void echo(Fields... fields)
     {
-        (add(fields, GMP3::TLV_value(fieldTag(fields))), ...);
+        (add(fields, m_record.value(fieldTag(fields))), ...);
     }
 
     const QByteArray &bytes() const { return m_bytes; }
 
 private:
+    const GMP3_Message &m_record;
     QByteArray m_bytes;
 };
 
 // The requester: the application ---------------------------------------------------------------------
 
-void addRequestHead(Body &body, const char *identity)
+/** A body with what every request begins with. */
+Body requestBody(const Session &session, const char *identity)
 {
+    const QDateTime now = session.clock();
+    Body body(session.record);
     body.add(SequenceNumber, toBcd3(1));
-    body.add(TransactionDate, toBcd(QDate::currentDate(), false));
-    body.add(TransactionTime, toBcd(QTime::currentTime(), false));
+    body.add(TransactionDate, toBcd(now.date(), false));
+    body.add(TransactionTime, toBcd(now.time(), false));
     body.add(ExtDeviceVendor, QByteArrayLiteral("VENDOR 1234"));
     body.add(ExtDeviceModel, QByteArrayLiteral("MODEL X"));
     body.add(ExtDeviceIdentity, QByteArray(identity));
+    return body;
 }
 
-QByteArray requestStart(const char *identity)
+QByteArray requestStart(Session &session, const char *identity)
 {
-    Body body;
-    addRequestHead(body, identity);
+    Body body = requestBody(session, identity);
     body.add(ProtocolVersion, protocolVersion);
-    gmp3_message.requesterRandom = GetRandom(16);
-    body.add(RequesterRandom, gmp3_message.requesterRandom);
+    session.record.requesterRandom = session.randoms(randomSize);
+    body.add(RequesterRandom, session.record.requesterRandom);
     return body.bytes();
 }
 
 /** A key pair in the group that the register sent; none when that is no group known beforehand. */
-PkeyPtr keyPairInReceivedGroup()
+PkeyPtr keyPairInReceivedGroup(const GMP3_Message &record)
 {
-    const QByteArray p = GMP3::TLV_value(fieldTag(DhPrime));
-    const QByteArray g = GMP3::TLV_value(fieldTag(DhGenerator));
-    PkeyPtr dh = GMP3::DH_get(p.constData(), int(p.size()), g.constData(), int(g.size()));
+    const QByteArray p = record.value(fieldTag(DhPrime));
+    const QByteArray g = record.value(fieldTag(DhGenerator));
+    PkeyPtr dh = dhGroup(p.constData(), int(p.size()), g.constData(), int(g.size()));
     if (!isKnownGroup(dh)) {
         const QByteArray group = dh ? groupInWords(dh) : QByteArrayLiteral("no usable numbers");
         LogLine() << "Unknown DH group: " << group.constData();
         return {};
     }
-    return GMP3::DH_generate(dh) ? std::move(dh) : PkeyPtr();
+    return generateKeyPair(dh) ? std::move(dh) : PkeyPtr();
 }
 
-QByteArray requestKeyExchange(const char *identity)
+QByteArray requestKeyExchange(Session &session, const char *identity)
 {
-    Body body;
-    addRequestHead(body, identity);
+    Body body = requestBody(session, identity);
     body.echo(EcrBrand, EcrModel, EcrIdentity);
-    gmp3_message.dh = keyPairInReceivedGroup();
-    if (gmp3_message.dh)
-        body.add(RequesterPublicKey, GMP3::DH_get_pubkey(gmp3_message.dh));
+    session.record.dh = keyPairInReceivedGroup(session.record);
+    if (session.record.dh)
+        body.add(RequesterPublicKey, publicKeyOf(session.record.dh));
     body.echo(PairingIndex);
     return body.bytes();
 }
 
-QByteArray requestConfirm(const char *identity)
+QByteArray requestConfirm(Session &session, const char *identity)
 {
-    Body body;
-    addRequestHead(body, identity);
+    GMP3_Message &record = session.record;
+    Body body = requestBody(session, identity);
     body.echo(EcrBrand, EcrModel, EcrIdentity);
-    body.add(KeyCheckValue, GMP3::create_keys(GMP3::TLV_value(fieldTag(ResponderPublicKey))));
+    body.add(KeyCheckValue, record.createKeys(record.value(fieldTag(ResponderPublicKey))));
     body.echo(PairingIndex);
-    QByteArray iv = gmp3_message.kcvIv; // a copy: the record keeps its value
-    body.addTag(appHashTag, GMP3_aes_cipher(true, gmp3_message.aesKey, gmp3_message.appHash, iv));
+    QByteArray iv = record.kcvIv; // a copy: the record keeps its value
+    body.addTag(appHashTag, GMP3_aes_cipher(true, record.aesKey, record.appHash, iv));
     return body.bytes();
 }
 
 // The responder: the register ------------------------------------------------------------------------
 
-QByteArray rawPairingIndex()
+QByteArray rawPairingIndex(const GMP3_Message &record)
 {
-    return QByteArray(1, char(gmp3_message.pairingIndex));
+    return QByteArray(1, char(record.pairingIndex));
 }
 
-QByteArray respondStart(const char *identity)
+QByteArray respondStart(Session &session, const char *identity)
 {
-    Body body;
+    Body body(session.record);
     body.echo(SequenceNumber, TransactionDate, TransactionTime);
     body.add(EcrBrand, QByteArrayLiteral("DALMORIVEN"));
     body.add(EcrModel, QByteArrayLiteral("m120"));
     body.add(EcrIdentity, QByteArray(identity));
     body.add(ProtocolVersion, protocolVersion);
     QByteArray certificate;
-    if (readData(cert_path, &certificate))
+    if (readData(session.certificatePath, &certificate))
         body.add(Certificate, certificate);
     body.add(DhPrime, QByteArray(get_dh2048_p_value(), get_dh2048_p_size()));
     body.add(DhGenerator, QByteArray(get_dh2048_g_value(), get_dh2048_g_size()));
     body.add(ResultCode, QByteArrayLiteral("00"));
     // BCD here, a raw byte in the two later responses: the same for 0 to 9.
-    body.add(PairingIndex, toBcd(quint64(gmp3_message.pairingIndex)));
-    gmp3_message.responderRandom = GetRandom(16);
-    body.add(ResponderRandom, gmp3_message.responderRandom);
+    body.add(PairingIndex, toBcd(quint64(session.record.pairingIndex)));
+    session.record.responderRandom = session.randoms(randomSize);
+    body.add(ResponderRandom, session.record.responderRandom);
     return body.bytes();
 }
 
-QByteArray respondKeyExchange()
+QByteArray respondKeyExchange(Session &session)
 {
-    Body body;
+    GMP3_Message &record = session.record;
+    Body body(record);
     body.echo(SequenceNumber, TransactionDate, TransactionTime);
     QByteArray key;
     const auto wipe = qScopeGuard([&key] { cleanse(key); });
-    readData(prikey_path, &key); // without a key there is no signature, and the answer says so
+    readData(session.keyPath, &key); // without a key there is no signature, and the answer says so
     for (int attempt = 0; attempt < mostKeyPairs; ++attempt) {
-        gmp3_message.dh = GMP3::DH_get_dh2048();
-        if (!GMP3::DH_generate(gmp3_message.dh)) {
-            gmp3_message.dh.reset();
+        record.dh = dhGroup2048();
+        if (!generateKeyPair(record.dh)) {
+            record.dh.reset();
             return body.bytes();
         }
-        const QByteArray publicKey = GMP3::DH_get_pubkey(gmp3_message.dh);
-        const QByteArray signature = GMP3::rsassa_pkcs1v15_sha256_sign(publicKey, key);
+        const QByteArray publicKey = publicKeyOf(record.dh);
+        const QByteArray signature = openssl_signChecksum(publicKey, key);
         if (signature.isEmpty())
             break;
         if (signature.size() != publicKey.size())
             continue;
         body.add(ResponderPublicKey, publicKey);
         body.add(ResultCode, QByteArrayLiteral("00"));
-        body.add(PairingIndex, rawPairingIndex());
+        body.add(PairingIndex, rawPairingIndex(record));
         body.add(Signature, signature);
         return body.bytes();
     }
     body.add(ResultCode, QByteArrayLiteral("01"));
-    body.add(PairingIndex, rawPairingIndex());
+    body.add(PairingIndex, rawPairingIndex(record));
     return body.bytes();
 }
 
-bool appHashMatches()
+bool appHashMatches(const GMP3_Message &record)
 {
-    if (gmp3_message.appHash.isEmpty())
+    if (record.appHash.isEmpty())
         return true; // any application will do
-    QByteArray iv = gmp3_message.kcvIv;
-    const QByteArray sent = GMP3_aes_cipher(false, gmp3_message.aesKey, GMP3::TLV_value(appHashTag), iv);
-    return sameSecret(sent, gmp3_message.appHash);
+    QByteArray iv = record.kcvIv;
+    const QByteArray sent = GMP3_aes_cipher(false, record.aesKey, record.value(appHashTag), iv);
+    return sameSecret(sent, record.appHash);
 }
 
 /** The verdict: "00", or why not. */
-QByteArray judgeConfirmation()
+QByteArray judgeConfirmation(GMP3_Message &record)
 {
-    const QByteArray expected = GMP3::create_keys(GMP3::TLV_value(fieldTag(RequesterPublicKey)));
-    if (!sameSecret(GMP3::TLV_value(fieldTag(KeyCheckValue)), expected)) {
+    const QByteArray expected = record.createKeys(record.value(fieldTag(RequesterPublicKey)));
+    if (!sameSecret(record.value(fieldTag(KeyCheckValue)), expected)) {
         LogLine() << "KCV Error";
         return QByteArrayLiteral("02");
     }
-    if (!appHashMatches()) {
+    if (!appHashMatches(record)) {
         LogLine() << "App Hash Error";
         return QByteArrayLiteral("03");
     }
     return QByteArrayLiteral("00");
 }
 
-QByteArray respondConfirm()
+QByteArray respondConfirm(GMP3_Message &record)
 {
-    Body body;
+    Body body(record);
     body.echo(SequenceNumber, TransactionDate, TransactionTime);
-    const QByteArray verdict = judgeConfirmation();
-    gmp3_message.failed = verdict != "00";
+    const QByteArray verdict = judgeConfirmation(record);
+    record.failed = verdict != "00";
     body.add(ResultCode, verdict);
-    if (!gmp3_message.failed)
-        body.add(PairingNumber, toBcd2(gmp3_message.pairingNumber));
-    body.add(PairingIndex, rawPairingIndex());
+    if (!record.failed)
+        body.add(PairingNumber, toBcd2(record.pairingNumber));
+    body.add(PairingIndex, rawPairingIndex(record));
     return body.bytes();
 }
 
 } // namespace
 
-QByteArray GMP3::prepare(MessageTag kind, bool response, const char *identity)
+MessageTag nextRequest(MessageTag kind)
 {
     switch (kind) {
     case PairingStart:
-        return response ? respondStart(identity) : requestStart(identity);
+        return PairingKeyExchange;
     case PairingKeyExchange:
-        return response ? respondKeyExchange() : requestKeyExchange(identity);
+        return PairingConfirm;
+    default:
+        return None;
+    }
+}
+
+QByteArray prepareBody(Session &session, MessageTag kind, bool response, const char *identity)
+{
+    switch (kind) {
+    case PairingStart:
+        return response ? respondStart(session, identity) : requestStart(session, identity);
+    case PairingKeyExchange:
+        return response ? respondKeyExchange(session) : requestKeyExchange(session, identity);
     case PairingConfirm:
-        return response ? respondConfirm() : requestConfirm(identity);
+        return response ? respondConfirm(session.record) : requestConfirm(session, identity);
     default:
         return {};
     }

@@ -1,7 +1,7 @@
 #include "simulator/register/pairing_responder.h"
 
 #include "ExtDevice/encoding/tlv.h"
-#include "ExtDevice/gmp3_util.h"
+#include "ExtDevice/gmp3/prepare.h"
 #include "simulator/register/foreign_certificate.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/message_body.h"
@@ -54,20 +54,20 @@ PairingResponder::PairingResponder(const QByteArray &serial, const QString &cred
 
 void PairingResponder::begin()
 {
-    GMP3::init(0);
-    gmp3_message.forgetKeys();
+    m_session.begin();
+    m_session.record.forgetKeys();
     m_answeredStep = 0;
     m_misleadingFrames = 0;
 }
 
 PairingResponder::Request PairingResponder::read(const QByteArray &frame)
 {
-    const int status = GMP3::check(frame.constData(), int(frame.size()), m_serial.constData(), true);
+    const int status = m_session.check(frame.constData(), int(frame.size()), m_serial.constData(), true);
     if (status != 0)
         return {None, frameProblem(status)};
-    const MessageTag kind = gmp3_message.message;
+    const MessageTag kind = m_session.record.message;
     const int step = stepOf(kind);
-    if (gmp3_message.isResponse || step < 1 || step > 3)
+    if (m_session.record.isResponse || step < 1 || step > 3)
         return {kind, u"%1 is no pairing request"_s.arg(kindName(kind))};
     if (step > m_answeredStep + 1)
         return {kind, u"%1 came before its turn"_s.arg(kindName(kind))};
@@ -83,7 +83,7 @@ PairingResponder::Answer PairingResponder::answer(MessageTag kind)
     Answer answer{frame(true, kind, body), MessageBody(body).value(fieldTag(ResultCode)), false, {}};
     if (answer.resultCode != "00")
         answer.refusal = u"result code %1"_s.arg(QLatin1StringView(answer.resultCode));
-    else if (kind == PairingConfirm && !gmp3_message.secretAgreed)
+    else if (kind == PairingConfirm && !m_session.record.secretAgreed)
         answer.refusal = u"no shared secret was agreed"_s;
     else
         answer.paired = kind == PairingConfirm;
@@ -95,11 +95,8 @@ MatchExt PairingResponder::takeKeys()
 {
     MatchExt keys;
     keys.registerData = m_serial;
-    keys.randomDFC10D = gmp3_message.requesterRandom;
-    keys.randomDFC10E = gmp3_message.responderRandom;
-    keys.hmacKey = gmp3_message.hmacKey;
-    keys.aesKey = gmp3_message.aesKey;
-    gmp3_message.forgetKeys();
+    m_session.record.putKeysInto(keys);
+    m_session.record.forgetKeys();
     return keys;
 }
 
@@ -121,17 +118,17 @@ void PairingResponder::prepareSession()
     const bool expired = m_faults.has(Fault::ExpiredCertificate);
     const QString name = m_credentialsFolder + (expired ? u"/expired"_s : u"/client"_s);
     const QString absent = m_credentialsFolder + u"/absent"_s;
-    cert_path = m_faults.has(Fault::NoCertificate) ? absent : name + u".crt"_s;
-    prikey_path = m_faults.has(Fault::NoSignature) ? absent : name + u".key"_s;
-    gmp3_message.appHash = m_faults.has(Fault::WrongAppHash) ? QByteArray(32, '\xA5') : m_appHash;
+    m_session.certificatePath = m_faults.has(Fault::NoCertificate) ? absent : name + u".crt"_s;
+    m_session.keyPath = m_faults.has(Fault::NoSignature) ? absent : name + u".key"_s;
+    m_session.record.appHash = m_faults.has(Fault::WrongAppHash) ? QByteArray(32, '\xA5') : m_appHash;
     const QByteArray checkValue = fieldTag(KeyCheckValue);
     if (m_faults.has(Fault::WrongKeyCheck))
-        GMP3::TLV_add(checkValue, withOneBitWrong(GMP3::TLV_value(checkValue)), true);
+        m_session.record.add(checkValue, withOneBitWrong(m_session.record.value(checkValue)), true);
 }
 
 QByteArray PairingResponder::bodyUnderFaults(MessageTag kind)
 {
-    MessageBody body(GMP3::prepare(kind, true, m_serial.constData()));
+    MessageBody body(prepareBody(m_session, kind, true, m_serial.constData()));
     if (m_faults.has(Fault::WrongAuthority) && body.contains(fieldTag(Certificate)))
         body.replace(fieldTag(Certificate), underForeignAuthority(body.value(fieldTag(Certificate))));
     if (m_faults.has(Fault::BadSignature))
@@ -146,7 +143,7 @@ QByteArray PairingResponder::bodyUnderFaults(MessageTag kind)
 QByteArray PairingResponder::frame(bool response, MessageTag kind, const QByteArray &body) const
 {
     const QByteArray serial = serialUnderFaults(m_serial, m_faults);
-    return GMP3::frame(response, m_faults.has(Fault::NoMessageTag) ? None : kind, body, serial.constData());
+    return makeFrame(response, m_faults.has(Fault::NoMessageTag) ? None : kind, body, serial.constData());
 }
 
 } // namespace Simulator

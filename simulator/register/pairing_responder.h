@@ -1,7 +1,6 @@
 #pragma once
 
-#include "ExtDevice/gmp3/match_ext.h"
-#include "ExtDevice/gmp3/tags.h"
+#include "ExtDevice/gmp3/session.h"
 #include "simulator/register/faults.h"
 
 #include <QString>
@@ -18,7 +17,7 @@ int stepOf(Velno::GMP::MessageTag kind);
 
 /**
  * The register's side of a pairing: what it says to each request, right or under faults. Sockets are not its
- * business. It works on the one session of the protocol engine.
+ * business. It works on a session of its own.
  */
 class PairingResponder
 {
@@ -52,6 +51,8 @@ public:
      * forgets them. */
     Velno::GMP::MatchExt takeKeys();
 
+    Velno::GMP::Session &session() { return m_session; }
+
 private:
     std::optional<QByteArray> misleadingFrame(Velno::GMP::MessageTag kind);
     void prepareSession();
@@ -62,6 +63,7 @@ private:
     QString m_credentialsFolder;
     QByteArray m_appHash;
     const Faults &m_faults;
+    Velno::GMP::Session m_session;
     int m_answeredStep = 0;
     int m_misleadingFrames = 0;
 };
