@@ -74,18 +74,29 @@ MacCtxPtr newHmacContext()
     return context;
 }
 
+bool setHmacKey(EVP_MAC_CTX *context, const QByteArray &key)
+{
+    // An empty key has an address too, never null: a null key would mean the one before.
+    return context && EVP_MAC_init(context, octets(key), size_t(key.size()), nullptr) == 1;
+}
+
+QByteArray hmacWith(EVP_MAC_CTX *context, const QByteArray &message)
+{
+    QByteArray mac(digestSize, Qt::Uninitialized);
+    size_t size = 0;
+    const bool done = context && EVP_MAC_init(context, nullptr, 0, nullptr) == 1 &&
+                      EVP_MAC_update(context, octets(message), size_t(message.size())) == 1 &&
+                      EVP_MAC_final(context, octets(mac), &size, size_t(mac.size())) == 1;
+    return done ? mac : QByteArray();
+}
+
 QByteArray hmacSha256(QByteArray key, const QByteArray &message)
 {
     static const MacCtxPtr keyless = newHmacContext(); // copying it costs less than setting one up
     const MacCtxPtr context{keyless ? EVP_MAC_CTX_dup(keyless.get()) : nullptr};
-    QByteArray mac(digestSize, Qt::Uninitialized);
-    size_t size = 0;
-    const auto *keyBytes = octets(std::as_const(key)); // never null: a null key would mean the one before
-    const bool done = context && EVP_MAC_init(context.get(), keyBytes, size_t(key.size()), nullptr) == 1 &&
-                      EVP_MAC_update(context.get(), octets(message), size_t(message.size())) == 1 &&
-                      EVP_MAC_final(context.get(), octets(mac), &size, size_t(mac.size())) == 1;
+    const bool isSet = setHmacKey(context.get(), key);
     cleanse(key);
-    return done ? mac : QByteArray();
+    return isSet ? hmacWith(context.get(), message) : QByteArray();
 }
 
 QByteArray iv(const QTime &time)

@@ -27,6 +27,13 @@ QByteArray hmacSha256(QByteArray key, const QByteArray &message);
 /** A context for HMAC-SHA256 that has no key yet; null when OpenSSL has no HMAC or no memory. */
 MacCtxPtr newHmacContext();
 
+/** Sets the context up for a key. @return false, also for a null context, when OpenSSL fails */
+bool setHmacKey(EVP_MAC_CTX *context, const QByteArray &key);
+
+/** HMAC-SHA256 under the key that the context is set up for. @return 32 bytes; empty as setHmacKey() has it
+ */
+QByteArray hmacWith(EVP_MAC_CTX *context, const QByteArray &message);
+
 /** A fixed 16-byte pattern with the time's seconds added to each byte at an even position, modulo 256. */
 QByteArray iv(const QTime &time);
 

@@ -9,7 +9,6 @@ namespace Velno::GMP {
 namespace {
 
 constexpr qsizetype blockSize = 16; // AES
-constexpr qsizetype macSize = 32;
 
 /** AES-CBC for the key's size, fetched once; null for a size that AES does not know. */
 const EVP_CIPHER *aesCbc(qsizetype keySize)
@@ -42,8 +41,7 @@ CipherCtxPtr cipherContext(bool encrypt, const QByteArray &key)
 MacCtxPtr macContext(const QByteArray &key)
 {
     MacCtxPtr context = newHmacContext();
-    // An empty key has an address too, never null: a null key would mean the one before.
-    if (context && EVP_MAC_init(context.get(), octets(key), size_t(key.size()), nullptr) != 1)
+    if (!setHmacKey(context.get(), key))
         context.reset();
     return context;
 }
@@ -67,13 +65,7 @@ bool CryptoContexts::cipher(bool encrypt, const QByteArray &key, const unsigned 
 
 QByteArray CryptoContexts::hmac(const QByteArray &key, const QByteArray &data)
 {
-    EVP_MAC_CTX *const context = m_mac.get(key, macContext);
-    QByteArray mac(macSize, Qt::Uninitialized);
-    size_t size = 0;
-    const bool done = context && EVP_MAC_init(context, nullptr, 0, nullptr) == 1 &&
-                      EVP_MAC_update(context, octets(data), size_t(data.size())) == 1 &&
-                      EVP_MAC_final(context, octets(mac), &size, size_t(mac.size())) == 1;
-    return done ? mac : QByteArray();
+    return hmacWith(m_mac.get(key, macContext), data);
 }
 
 void CryptoContexts::forget()
