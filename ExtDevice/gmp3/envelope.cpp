@@ -1,20 +1,19 @@
 #include "ExtDevice/gmp3/envelope.h"
 
 #include "ExtDevice/encoding/tlv.h"
-#include "ExtDevice/gmp3_util.h"
+#include "ExtDevice/gmp3/cipher.h"
+#include "ExtDevice/gmp3/frame.h"
 
 namespace Velno::GMP {
 
 namespace {
 
-constexpr int headerSize = 14; // length field and identity
-constexpr int crcSize = 2;
 constexpr int roomForRest = 64; // of an envelope beside its ciphertext
 constexpr char noKeys[] = "0";
 
 QByteArray framed(const QByteArray &elements, const QByteArray &identity)
 {
-    return GMP3::frame(true, None, elements, identity.constData());
+    return makeFrame(true, None, elements, identity.constData());
 }
 
 /** @return 0, EnvelopeOfNoKeys or ElementsWrong */
@@ -42,11 +41,11 @@ int readElements(QByteArrayView run, Envelope *envelope)
 
 int readEnvelope(const QByteArray &frame, const QByteArray &identity, Envelope *envelope)
 {
-    const int status = GMP3::check(frame.constData(), int(frame.size()), identity.constData(), false);
+    const int status = checkFrame(frame.constData(), int(frame.size()), identity.constData());
     if (status != 0)
         return status;
     *envelope = {};
-    return readElements(QByteArrayView(frame).sliced(headerSize).chopped(crcSize), envelope);
+    return readElements(frameBody(frame.constData(), int(frame.size())), envelope);
 }
 
 int openEnvelope(const MatchExt &record, const Envelope &envelope, QByteArray *plaintext)

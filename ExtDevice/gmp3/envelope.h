@@ -5,13 +5,13 @@
 #include <QByteArrayView>
 
 /**
- * The envelope of an encrypted command, of both sides: a frame (see gmp3.h) without message element around
+ * The envelope of an encrypted command, of both sides: a frame (see frame.h) without message element around
  * two elements, what the plaintext encrypts to and the HMAC-SHA256 of that. An application that holds no keys
  * of a register sends a single element in clear instead, which tells the register to forget its own.
  */
 namespace Velno::GMP {
 
-/** What became of a frame that came, beside 0 (all is well) and 4000 to 4002 of GMP3::check(). */
+/** What became of a frame that came, beside 0 (all is well) and 4000 to 4002 of checkFrame(). */
 enum EnvelopeStatus {
     EnvelopeOfNoKeys = 1, ///< it says that the other side holds none
     ElementsWrong,        ///< an element is missing or empty, or there is another one
