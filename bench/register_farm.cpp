@@ -1,10 +1,11 @@
 #include "bench/register_farm.h"
 
-#include "ExtDevice/velnoext/command_exchange.h"
+#include "ExtDevice/gmp3/envelope.h"
 #include "bench/bare_socket.h"
 #include "bench/many_descriptors.h"
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QtEndian>
 
 #include <arpa/inet.h>
@@ -66,7 +67,7 @@ QByteArray zNumberReply()
 {
     QByteArray reply;
     QDataStream stream(&reply, QIODevice::WriteOnly);
-    stream.setVersion(Velno::Ext::streamVersion);
+    stream.setVersion(QDataStream::Qt_4_6);
     stream << true << qint32(42);
     return reply;
 }
@@ -167,21 +168,19 @@ void RegisterFarm::pair(int descriptor, const QByteArray &serialNo, const QByteA
     sendAll(descriptor, reply.frame);
     if (!reply.paired)
         return;
-    Velno::Ext::library().pairingRecords[serialNo] = responder.takeKeys();
+    m_records[serialNo] = responder.takeKeys();
     m_pairing.remove(serialNo);
 }
 
 void RegisterFarm::answer(int descriptor, const QByteArray &serialNo, const QByteArray &frame)
 {
-    // The envelope is the same in both directions, so the library's own opens and closes it here.
-    Velno::Ext::library().activeDevice = serialNo;
-    if (Velno::Ext::activeRecord().aesKey.isEmpty())
+    const auto record = m_records.constFind(serialNo);
+    if (record == m_records.cend())
         return; // the announcement that comes before a pairing
     QByteArray request;
-    require(Velno::Ext::parseTlvElements(frame, &request) == Velno::Ext::Success,
-            "the farm could not open a command");
+    require(Velno::GMP::unseal(*record, frame, &request) == 0, "the farm could not open a command");
     static const QByteArray plaintext = zNumberReply();
-    const QByteArray reply = Velno::Ext::prepareTlvElements(plaintext);
+    const QByteArray reply = Velno::GMP::seal(*record, plaintext);
     QByteArray framed(deviceLengthSize, Qt::Uninitialized);
     qToBigEndian(quint32(reply.size()), framed.data());
     sendAll(descriptor, framed + reply);

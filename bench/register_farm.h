@@ -45,4 +45,5 @@ private:
     Simulator::Faults m_faults;
     std::unordered_map<int, Line> m_lines;
     QHash<QByteArray, std::shared_ptr<Simulator::PairingResponder>> m_pairing; ///< those that pair now
+    QHash<QByteArray, Velno::GMP::MatchExt> m_records;                         ///< of those that have
 };
