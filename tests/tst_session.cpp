@@ -60,10 +60,16 @@ QByteArray valueIn(const QByteArray &body, const char *tag)
     return "missing";
 }
 
-/** Lets the session receive what one side prepared. */
+/** Lets a session receive what one side prepared. */
+void deliver(Session &session, const QByteArray &body, MessageTag kind, bool response)
+{
+    const QByteArray frame = makeFrame(response, kind, body, serial);
+    QCOMPARE(session.check(frame.constData(), int(frame.size()), serial, true), 0);
+}
+
 void deliver(const QByteArray &body, MessageTag kind, bool response)
 {
-    QCOMPARE(checkFrame(GMP3::frame(response, kind, body, serial), serial, true), 0);
+    deliver(processSession, body, kind, response);
 }
 
 } // namespace
@@ -473,18 +479,19 @@ void TestSession::otherKindsHaveNoBody()
     QCOMPARE(GMP3::prepare(MessageTag(kind), true, serial), QByteArray());
 }
 
-/**
- * Both sides in one session: the shared key pair is the other side's key by turns, which works because each
- * side's key is kept here while the other one is at work.
- */
 void TestSession::bothSidesAgree()
 {
-    gmp3_message.pairingIndex = 12;
-    gmp3_message.pairingNumber = 4711;
-    const QByteArray appHash = sha256Sum("application");
+    Session tool;
+    tool.record.appHash = sha256Sum("application");
+    Session device;
+    device.record.appHash = tool.record.appHash;
+    device.certificatePath = cert_path;
+    device.keyPath = prikey_path;
+    device.record.pairingIndex = 12;
+    device.record.pairingNumber = 4711;
 
-    deliver(GMP3::prepare(PairingStart, false, "me"), PairingStart, false);
-    const QByteArray start = GMP3::prepare(PairingStart, true, serial);
+    deliver(device, prepareBody(tool, PairingStart, false, "me"), PairingStart, false);
+    const QByteArray start = prepareBody(device, PairingStart, true, serial);
     QCOMPARE(tagsOf(start),
              QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC10A", "DFC10B", "DFC10C", "DFEF0B", "DFEF01",
                              "DFEF0C", "DFEF0D", "DFEF06", "DFEF09", "DFC10E"}));
@@ -492,39 +499,30 @@ void TestSession::bothSidesAgree()
     QCOMPARE(valueIn(start, "DFC10B"), QByteArray("m120"));
     QCOMPARE(valueIn(start, "DFEF09"), hex("12"));
     QCOMPARE(valueIn(start, "DFEF01"), TestSupport::developmentRegister().certificate);
-    deliver(start, PairingStart, true);
+    deliver(tool, start, PairingStart, true);
 
-    const QByteArray exchange = GMP3::prepare(PairingKeyExchange, false, "me");
+    const QByteArray exchange = prepareBody(tool, PairingKeyExchange, false, "me");
     QCOMPARE(tagsOf(exchange), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC107", "DFC108", "DFC109",
                                                "DFC10A", "DFC10B", "DFC10C", "DFEF03", "DFEF09"}));
-    PkeyPtr requesterPair = std::move(gmp3_message.dh);
-    deliver(exchange, PairingKeyExchange, false);
-    const QByteArray answer = GMP3::prepare(PairingKeyExchange, true, serial);
+    deliver(device, exchange, PairingKeyExchange, false);
+    const QByteArray answer = prepareBody(device, PairingKeyExchange, true, serial);
     QCOMPARE(tagsOf(answer),
              QByteArrayList({"DF8208", "DF8209", "DF820A", "DFEF03", "DFEF06", "DFEF09", "DFEF0A"}));
     QCOMPARE(valueIn(answer, "DFEF09"), hex("0C"));
-    QVERIFY(GMP3::rsassa_pkcs1v15_sha256_verify(valueIn(start, "DFEF01"), valueIn(answer, "DFEF03"),
-                                                valueIn(answer, "DFEF0A")));
-    PkeyPtr responderPair = std::move(gmp3_message.dh);
-    const QByteArray requesterKey = valueIn(exchange, "DFEF03");
-    deliver(answer, PairingKeyExchange, true);
+    QVERIFY(verifyChecksum(valueIn(start, "DFEF01"), valueIn(answer, "DFEF03"), valueIn(answer, "DFEF0A")));
+    deliver(tool, answer, PairingKeyExchange, true);
 
-    gmp3_message.dh = std::move(requesterPair);
-    gmp3_message.appHash = appHash;
-    const QByteArray confirm = GMP3::prepare(PairingConfirm, false, "me");
+    const QByteArray confirm = prepareBody(tool, PairingConfirm, false, "me");
     QCOMPARE(tagsOf(confirm), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFC107", "DFC108", "DFC109",
                                               "DFC10A", "DFC10B", "DFC10C", "DFEF0E", "DFEF09", "DFE004"}));
-    QCOMPARE(valueIn(confirm, "DFEF0E").last(16), gmp3_message.kcvIv); // not moved on by the application hash
-    deliver(confirm, PairingConfirm, false);
-    GMP3::TLV_add(hex("DFEF03"), requesterKey, true);
-    gmp3_message.dh = std::move(responderPair);
-    const QByteArray verdict = GMP3::prepare(PairingConfirm, true, serial);
+    QCOMPARE(valueIn(confirm, "DFEF0E").last(16), tool.record.kcvIv); // not moved on by the application hash
+    deliver(device, confirm, PairingConfirm, false);
+    const QByteArray verdict = prepareBody(device, PairingConfirm, true, serial);
     QCOMPARE(tagsOf(verdict), QByteArrayList({"DF8208", "DF8209", "DF820A", "DFEF06", "DFEF02", "DFEF09"}));
     QCOMPARE(valueIn(verdict, "DFEF06"), QByteArray("00"));
     QCOMPARE(valueIn(verdict, "DFEF02"), hex("4711"));
-    QVERIFY(!gmp3_message.failed);
-    gmp3_message.pairingIndex = 0;
-    gmp3_message.pairingNumber = 0;
+    QVERIFY(!device.record.failed);
+    QCOMPARE(device.record.aesKey, tool.record.aesKey);
 }
 
 void TestSession::responderWithoutCertificateLeavesItOut()

@@ -15,32 +15,15 @@ namespace {
 constexpr char serial[] = "UB1234567890";
 constexpr qsizetype headerSize = 14; // of a frame: its length and the serial number
 
-Fields fieldsOf(const QByteArray &run)
-{
-    Fields fields;
-    for (const QByteArray &element : extractTlvElements(run)) {
-        QByteArray tag;
-        QByteArray value;
-        unsigned short size = 0;
-        extractTlvElement(element, &tag, &value, &size);
-        fields.append({tag, value});
-    }
-    return fields;
-}
-
 Request requestOf(const QByteArray &frame)
 {
-    QByteArray tag;
-    QByteArray body;
-    unsigned short size = 0;
-    bool isResponse = true;
-    extractTlvElement(frame.sliced(headerSize), &tag, &body, &size);
-    const MessageTag kind = message(tag, &isResponse);
-    return {isResponse ? None : kind, fieldsOf(body)};
+    ReceivedMessage message;
+    const int status = readFrame(frame.constData(), int(frame.size()), serial, &message);
+    return {status != 0 || message.isResponse ? None : message.kind, message.fields};
 }
 
 /** A whole frame from the stream; empty when the peer has gone, or is none that exchanges keys. */
-QByteArray readFrame(QTcpSocket &socket, const std::atomic<bool> &stop)
+QByteArray nextFrame(QTcpSocket &socket, const std::atomic<bool> &stop)
 {
     const auto await = [&](qsizetype count) {
         while (socket.bytesAvailable() < count) {
@@ -77,7 +60,7 @@ void replaceValue(Fields &fields, const QByteArray &tag, const QByteArray &value
 
 void removeField(Fields &fields, const QByteArray &tag)
 {
-    fields.removeIf([&](const auto &field) { return field.first == tag; });
+    fields.removeIf([&](const Field &field) { return field.tag == tag; });
 }
 
 HandMadeRegister::HandMadeRegister(Hook hook)
@@ -119,7 +102,7 @@ void HandMadeRegister::connectAndConverse(quint16 port)
 
 void HandMadeRegister::converse(QTcpSocket &socket)
 {
-    for (QByteArray frame; !(frame = readFrame(socket, m_stop)).isEmpty();) {
+    for (QByteArray frame; !(frame = nextFrame(socket, m_stop)).isEmpty();) {
         m_requests.append(requestOf(frame));
         const Request &request = m_requests.constLast();
         const QList<QByteArray> answers = m_hook ? m_hook(*this, request, int(m_requests.size()))
@@ -180,19 +163,13 @@ Fields HandMadeRegister::answerKeyExchange(const Request &request)
 
 Fields HandMadeRegister::answerConfirm(const Request &request)
 {
-    const QByteArray seed = m_responderRandom + m_requesterRandom;
-    QByteArray master = GMP3::TLS_PRF(secret, "GMP-3 istek", seed);
-    hmacKey = GMP3::TLS_PRF(master, "GMP-3 anahtarlar", seed);
-    QByteArray chain = GMP3::TLS_PRF(hmacKey, "GMP-3 anahtarlar", seed);
-    chain.truncate(16);
-    aesKey = GMP3::TLS_PRF(chain, "GMP-3 anahtarlar", seed);
-    kcvIv = chain;
-    const QByteArray check = AES_CBC_Cipher(true, aesKey, QByteArray(32, '\xFF'), kcvIv);
-    for (QByteArray *passed : {&master, &chain})
-        cleanse(*passed);
+    const SessionKeys keys = deriveKeys(secret, m_responderRandom, m_requesterRandom);
+    hmacKey = keys.hmacKey;
+    aesKey = keys.aesKey;
+    kcvIv = keys.kcvIv;
     QByteArray iv = kcvIv;
     appHash = GMP3_aes_cipher(false, aesKey, valueOf(request.fields, QByteArrayLiteral("\xDF\xE0\x04")), iv);
-    const bool right = valueOf(request.fields, fieldTag(KeyCheckValue)) == check;
+    const bool right = valueOf(request.fields, fieldTag(KeyCheckValue)) == keys.checkValue;
     return {{fieldTag(ResultCode), right ? "00" : "02"},
             {fieldTag(PairingNumber), QByteArray("\x47\x11")},
             {fieldTag(PairingIndex), QByteArray(1, '\x42')}};

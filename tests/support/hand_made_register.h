@@ -13,8 +13,8 @@ QT_FORWARD_DECLARE_CLASS(QTcpSocket)
 
 namespace TestSupport {
 
-/** Field elements of a message: tag and value, in order. */
-using Fields = QList<std::pair<QByteArray, QByteArray>>;
+/** Field elements of a message, in order. */
+using Fields = QList<Velno::GMP::Field>;
 
 QByteArray valueOf(const Fields &fields, const QByteArray &tag);
 void replaceValue(Fields &fields, const QByteArray &tag, const QByteArray &value);
