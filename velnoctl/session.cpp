@@ -10,7 +10,7 @@ Session::Session(const Options &options, Report &report, Interrupts &interrupts)
     : m_options(options)
     , m_report(report)
     , m_interrupts(interrupts)
-    , m_register(options, interrupts)
+    , m_device(options, interrupts)
 {
 }
 
@@ -56,11 +56,11 @@ int Session::connect(const Step &step)
     const Needs needs = step.command->needs;
     if (needs != Needs::Connection && needs != Needs::RawConnection)
         return 0;
-    const int code = m_register.connect(needs);
+    const int code = m_device.connect(needs);
     if (code == Interrupted)
         return interrupted(step);
     if (code != 0) {
-        m_report.connectFailed(step, m_register.target(), answer(code, {}));
+        m_report.connectFailed(step, m_device.target(), answer(code, {}));
         m_report.details(m_log.take());
     }
     return code;
@@ -68,7 +68,7 @@ int Session::connect(const Step &step)
 
 int Session::interrupted(const Step &step)
 {
-    m_report.interrupted(step, m_register.whenInterrupted());
+    m_report.interrupted(step, m_device.whenInterrupted());
     return Interrupted;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "velnoctl/device.h"
 #include "velnoctl/library_log.h"
 #include "velnoctl/parse.h"
-#include "velnoctl/register.h"
 #include "velnoctl/report.h"
 
 #include <QByteArray>
@@ -36,7 +36,7 @@ public:
     bool isInteractive() const { return m_isInteractive; }
 
     Remembered &remembered() { return m_remembered; }
-    Register &device() { return m_register; }
+    Device &device() { return m_device; }
     Report &report() { return m_report; }
     Interrupts &interrupts() { return m_interrupts; }
 
@@ -49,7 +49,7 @@ private:
     Report &m_report;
     Interrupts &m_interrupts;
     LibraryLog m_log;
-    Register m_register;
+    Device m_device;
     Remembered m_remembered;
     bool m_hasQuit = false;
     bool m_isInteractive = false;

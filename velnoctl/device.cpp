@@ -1,4 +1,4 @@
-#include "velnoctl/register.h"
+#include "velnoctl/device.h"
 
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "velnoext.h"
@@ -22,13 +22,13 @@ void progress(const QString &text)
 
 } // namespace
 
-Register::Register(const Options &options, Interrupts &interrupts)
+Device::Device(const Options &options, Interrupts &interrupts)
     : m_options(options)
     , m_interrupts(interrupts)
 {
 }
 
-Register::~Register()
+Device::~Device()
 {
     if (!m_isInitialised)
         return;
@@ -36,13 +36,13 @@ Register::~Register()
     velnoext_close(); // also a connection whose pairing failed
 }
 
-QString Register::target() const
+QString Device::target() const
 {
     return QString::fromLatin1(m_options.serial) + (m_options.isRelay ? u" at "_s : u" on "_s) +
            m_options.place();
 }
 
-int Register::connect(Needs needs)
+int Device::connect(Needs needs)
 {
     const bool isSpoilt = m_isConnected && m_hasStrayAnswer && needs == Needs::Connection;
     if (m_isConnected && !isSpoilt)
@@ -67,13 +67,13 @@ int Register::connect(Needs needs)
     return code;
 }
 
-int Register::forget()
+int Device::forget()
 {
     m_isConnected = false;
     return ask(velnoext_forget_device, m_options.serial.constData());
 }
 
-void Register::announce(bool isSpoilt)
+void Device::announce(bool isSpoilt)
 {
     if (!m_isInitialised)
         Velno::GMP::warnOfDevelopmentAuthority("velnoctl");
@@ -84,7 +84,7 @@ void Register::announce(bool isSpoilt)
         progress(u"(it is paired first, which takes three connections)"_s);
 }
 
-int Register::noted(int code)
+int Device::noted(int code)
 {
     // The next command connects afresh: in the shell a cable may have been put back.
     if (code == notReady || code == connectionFailed)

@@ -8,12 +8,12 @@
 namespace VelnoCtl {
 
 /** The register named by the options, behind velnoext.h. Its connection is closed with this object. */
-class Register
+class Device
 {
 public:
-    Register(const Options &options, Interrupts &interrupts);
-    ~Register();
-    Q_DISABLE_COPY_MOVE(Register)
+    Device(const Options &options, Interrupts &interrupts);
+    ~Device();
+    Q_DISABLE_COPY_MOVE(Device)
 
     /**
      * Connects unless it is connected, saying on standard error whom it waits for. The register is paired on
