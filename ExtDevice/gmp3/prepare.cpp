@@ -16,9 +16,6 @@ namespace Velno::GMP {
 
 namespace {
 
-// The encrypted application hash; the only element of a pairing that is in no tag table.
-constexpr char appHashTag[] = "\xDF\xE0\x04";
-
 // A signature of another size than the public key cannot become right by trying again.
 constexpr int mostKeyPairs = 4;
 
@@ -42,8 +39,6 @@ public:
     {
         m_bytes += tlvElement(fieldTag(field), value);
     }
-
-    void addTag(const QByteArray &tag, const QByteArray &value) { m_bytes += tlvElement(tag, value); }
 
     /** Sends back what the other side sent, an empty value when it has not. */
     template <typename... Fields>
@@ -117,7 +112,7 @@ QByteArray requestConfirm(Session &session, const char *identity)
     body.add(KeyCheckValue, record.createKeys(record.value(fieldTag(ResponderPublicKey))));
     body.echo(PairingIndex);
     QByteArray iv = record.kcvIv; // a copy: the record keeps its value
-    body.addTag(appHashTag, GMP3_aes_cipher(true, record.aesKey, record.appHash, iv));
+    body.add(AppHashCipher, GMP3_aes_cipher(true, record.aesKey, record.appHash, iv));
     return body.bytes();
 }
 
@@ -185,7 +180,7 @@ bool appHashMatches(const GMP3_Message &record)
     if (record.appHash.isEmpty())
         return true; // any application will do
     QByteArray iv = record.kcvIv;
-    const QByteArray sent = GMP3_aes_cipher(false, record.aesKey, record.value(appHashTag), iv);
+    const QByteArray sent = GMP3_aes_cipher(false, record.aesKey, record.value(fieldTag(AppHashCipher)), iv);
     return sameSecret(sent, record.appHash);
 }
 

@@ -1,7 +1,7 @@
 #include "simulator/register/command_responder.h"
 
 #include "ExtDevice/gmp3/envelope.h"
-#include "ExtDevice/gmp3/gmp3.h"
+#include "ExtDevice/gmp3/frame.h"
 #include "ExtDevice/gmp3/item_stream.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/message_body.h"
@@ -116,7 +116,7 @@ CommandResponder::Answer CommandResponder::answer(const Request &request, const 
 QByteArray CommandResponder::seal(const QByteArray &plaintext, const Faults &faults) const
 {
     const QByteArray elements = elementsUnderFaults(sealedElements(m_keys, plaintext), faults);
-    return GMP3::frame(true, None, elements, serialUnderFaults(m_serial, faults).constData());
+    return makeFrame(true, None, elements, serialUnderFaults(m_serial, faults).constData());
 }
 
 } // namespace Simulator

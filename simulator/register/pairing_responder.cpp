@@ -2,6 +2,7 @@
 
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3/prepare.h"
+#include "ExtDevice/gmp3/protocol_table.h"
 #include "simulator/register/foreign_certificate.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/message_body.h"
@@ -26,16 +27,8 @@ QByteArray smallPrime()
 
 QString kindName(MessageTag kind)
 {
-    switch (kind) {
-    case PairingStart:
-        return u"PairingStart"_s;
-    case PairingKeyExchange:
-        return u"PairingKeyExchange"_s;
-    case PairingConfirm:
-        return u"PairingConfirm"_s;
-    default:
-        return u"message %1"_s.arg(int(kind));
-    }
+    const bool ofAPairing = kind >= PairingStart && kind <= PairingConfirm;
+    return ofAPairing ? QString::fromLatin1(messageTable()[kind].name) : u"message %1"_s.arg(int(kind));
 }
 
 int stepOf(MessageTag kind)
