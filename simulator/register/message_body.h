@@ -6,7 +6,7 @@
 
 namespace Simulator {
 
-/** What GMP3::check() did not like about a frame that came, for people. */
+/** What checkFrame() and readFrame() did not like about a frame that came, for people. */
 QString frameProblem(int status);
 
 /** The fields of a message body, to be changed before it is sent. */
