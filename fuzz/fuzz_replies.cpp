@@ -249,9 +249,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 
     Fuzz::Input input(data, size);
     do {
-        auto &device = library().connections[Fuzz::serial];
-        if (!device) // the first one, or a failure has ended the one before
-            device.reset(new AnsweringDevice(input));
+        if (!connectionOf(Fuzz::serial))
+            library().connections.emplace(Fuzz::serial, new AnsweringDevice(input));
         const Row &row = functions[input.byte() % functions.size()];
         const int result = row.call();
         FUZZ_EXPECT(result >= Success && result <= NoApplicationHash);

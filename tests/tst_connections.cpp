@@ -314,15 +314,14 @@ void TestConnections::connectionWithoutARegisterIsClosed()
 
 void TestConnections::connectionOfTheApplicationsThreadIsItsChild()
 {
-    QTcpSocket socket;
+    const QPointer<QTcpSocket> socket = new QTcpSocket;
     library().activeDevice = serial;
-    setConnection(&socket);
-    QCOMPARE(connectionOf(serial), &socket);
-    library().connections[serial].release();
-    library().connections.clear();
+    setConnection(socket);
     library().activeDevice.clear();
-    QCOMPARE(socket.parent(), QCoreApplication::instance());
-    socket.setParent(nullptr);
+    QCOMPARE(connectionOf(serial), socket.data());
+    QCOMPARE(socket->parent(), QCoreApplication::instance());
+    library().connections.clear();
+    QVERIFY(!socket); // its entry owned it
 }
 
 void TestConnections::connectionThatIsGoneIsReported()

@@ -68,7 +68,7 @@ void TestDeviceFrames::framesAreReceived_data()
 {
     QTest::addColumn<QList<QByteArray>>("runs");
     QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<QByteArray>("left"); // unread, when nothing is received
+    QTest::addColumn<QByteArray>("left"); // unread
 
     const QByteArray frame = hex("000000024142");
     QList<QByteArray> bytes;
@@ -83,6 +83,10 @@ void TestDeviceFrames::framesAreReceived_data()
     QTest::newRow("like a keep-alive") << QList{hex("00000004DEADBEEE")} << hex("DEADBEEE") << QByteArray();
     QTest::newRow("6 of 10") << QList{hex("0000000A414243444546")} << QByteArray()
                              << hex("0000000A414243444546");
+    QTest::newRow("6 of 10 after a keep-alive")
+        << QList{hex("00000004DEADBEEF0000000A414243444546")} << QByteArray() << hex("0000000A414243444546");
+    QTest::newRow("with the next one's length")
+        << QList{frame + hex("0000000A")} << QByteArray("AB") << hex("0000000A");
     QTest::newRow("half a length") << QList{hex("0000")} << QByteArray() << hex("0000");
     QTest::newRow("1 MiB") << QList{hex("00100000") + QByteArray(1 << 20, 'm')} << QByteArray(1 << 20, 'm')
                            << QByteArray();

@@ -58,7 +58,8 @@ void setConnection(QIODevice *device)
         return;
     }
     closeConnection();
-    state.connections[state.activeDevice].reset(device);
+    state.connections.erase(state.activeDevice);
+    state.connections.emplace(state.activeDevice, device);
     if (auto *const socket = qobject_cast<QTcpSocket *>(device))
         prepareSocket(*socket);
     QCoreApplication *const application = QCoreApplication::instance();
