@@ -188,6 +188,36 @@ std::optional<Items> whole(std::span<const ItemRow> rows, QByteArrayView run)
     return run.isEmpty() ? items : std::nullopt;
 }
 
+/** @param variants  per code which items were there and which were not */
+void checkIsInTheTable(const Exchange &said, QHash<int, QSet<QString>> *variants)
+{
+    QByteArrayView rest = said.request;
+    const CommandForm *const form = commandForm(takeCode(&rest).value_or(-1));
+    QVERIFY2(form, said.request.toHex());
+    const auto items = whole(form->request, rest);
+    QVERIFY2(items, said.request.toHex());
+    const bool isAnswered = !items->has("answer-wanted") || items->flag("answer-wanted");
+    QCOMPARE(said.answer.isEmpty(), !isAnswered);
+    const auto told = isAnswered ? whole(form->answer, said.answer) : Items();
+    QVERIFY2(told, said.request.toHex() + ' ' + said.answer.toHex());
+    for (const ItemRow &row : form->request)
+        (*variants)[form->code] << (items->has(row.name) ? u"with "_s : u"without "_s) +
+                                       QLatin1StringView(row.name);
+    for (const ItemRow &row : form->answer)
+        (*variants)[form->code] << (told->has(row.name) ? u"told "_s : u"not told "_s) +
+                                       QLatin1StringView(row.name);
+}
+
+void checkIsComplete(const QHash<int, QSet<QString>> &variants)
+{
+    for (const CommandForm &form : commandForms())
+        QVERIFY2(variants.contains(form.code), form.name);
+    QVERIFY(variants[0].contains({u"told error"_s, u"not told error"_s}));
+    QVERIFY(variants[3].contains({u"told error"_s, u"not told state"_s}));
+    QVERIFY(variants[5].contains({u"with index"_s, u"without index"_s}));
+    QVERIFY(variants[9].contains({u"with identity"_s, u"without identity"_s}));
+}
+
 } // namespace
 
 /** The real library and the real register's inside in one process: all that they say is what the table says.
@@ -199,10 +229,6 @@ class TestSpokenCommands : public LibraryTest
 private slots:
     void everythingSaidIsInTheTable_data();
     void everythingSaidIsInTheTable();
-
-private:
-    void checkIsInTheTable(const Exchange &said, QHash<int, QSet<QString>> *variants);
-    void checkIsComplete(const QHash<int, QSet<QString>> &variants);
 };
 
 void TestSpokenCommands::everythingSaidIsInTheTable_data()
@@ -229,36 +255,6 @@ void TestSpokenCommands::everythingSaidIsInTheTable()
         checkIsInTheTable(said, &variants);
     if (fault.isEmpty())
         checkIsComplete(variants);
-}
-
-/** @param variants  per code which items were there and which were not */
-void TestSpokenCommands::checkIsInTheTable(const Exchange &said, QHash<int, QSet<QString>> *variants)
-{
-    QByteArrayView rest = said.request;
-    const CommandForm *const form = commandForm(takeCode(&rest).value_or(-1));
-    QVERIFY2(form, said.request.toHex());
-    const auto items = whole(form->request, rest);
-    QVERIFY2(items, said.request.toHex());
-    const bool isAnswered = !items->has("answer-wanted") || items->flag("answer-wanted");
-    QCOMPARE(said.answer.isEmpty(), !isAnswered);
-    const auto told = isAnswered ? whole(form->answer, said.answer) : Items();
-    QVERIFY2(told, said.request.toHex() + ' ' + said.answer.toHex());
-    for (const ItemRow &row : form->request)
-        (*variants)[form->code] << (items->has(row.name) ? u"with "_s : u"without "_s) +
-                                       QLatin1StringView(row.name);
-    for (const ItemRow &row : form->answer)
-        (*variants)[form->code] << (told->has(row.name) ? u"told "_s : u"not told "_s) +
-                                       QLatin1StringView(row.name);
-}
-
-void TestSpokenCommands::checkIsComplete(const QHash<int, QSet<QString>> &variants)
-{
-    for (const CommandForm &form : commandForms())
-        QVERIFY2(variants.contains(form.code), form.name);
-    QVERIFY(variants[0].contains({u"told error"_s, u"not told error"_s}));
-    QVERIFY(variants[3].contains({u"told error"_s, u"not told state"_s}));
-    QVERIFY(variants[5].contains({u"with index"_s, u"without index"_s}));
-    QVERIFY(variants[9].contains({u"with identity"_s, u"without identity"_s}));
 }
 
 QTEST_GUILESS_MAIN(TestSpokenCommands)
