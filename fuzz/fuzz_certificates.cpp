@@ -5,12 +5,13 @@
 #include "fuzz/fuzz_input.h"
 #include "tests/support/test_authority.h"
 
+using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
 
 namespace {
 
-const QByteArray pemBegin = QByteArrayLiteral("-----BEGIN CERTIFICATE-----\n");
-const QByteArray pemEnd = QByteArrayLiteral("-----END CERTIFICATE-----\n");
+const QByteArray pemBegin = "-----BEGIN CERTIFICATE-----\n"_ba;
+const QByteArray pemEnd = "-----END CERTIFICATE-----\n"_ba;
 
 QByteArray pem(const QByteArray &der)
 {

@@ -10,6 +10,7 @@
 #include <QTcpSocket>
 #include <QtEndian>
 
+using namespace Qt::StringLiterals;
 using namespace Velno::Ext;
 using namespace Velno::GMP;
 
@@ -36,7 +37,7 @@ QByteArray bytesFrom(Fuzz::Input &input)
     case 3:
         return framed(Fuzz::authentic(activeRecord(), bytes));
     case 4:
-        return framed(QByteArrayLiteral("\xDE\xAD\xBE\xEF")); // a keep-alive
+        return framed("\xDE\xAD\xBE\xEF"_ba); // a keep-alive
     case 5:
         return framed(GMP3::frame(true, None, bytes, "UB0000000001"));
     default:

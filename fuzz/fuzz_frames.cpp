@@ -4,6 +4,7 @@
 #include "ExtDevice/gmp3/gmp3.h"
 #include "fuzz/fuzz_input.h"
 
+using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
 
 namespace {
@@ -52,7 +53,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         if (status == 0)
             FUZZ_EXPECT(GMP3::check(frame.constData(), int(frame.size()), identity, false) == 0);
         checkFields();
-        FUZZ_EXPECT(GMP3::TLV_value(QByteArrayLiteral("no tag")).isEmpty());
+        FUZZ_EXPECT(GMP3::TLV_value("no tag"_ba).isEmpty());
     }
     return 0;
 }

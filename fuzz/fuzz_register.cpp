@@ -9,6 +9,7 @@
 #include <QDeadlineTimer>
 #include <QtEndian>
 
+using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
 
 namespace {
@@ -81,9 +82,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 
     Simulator::RegisterOptions options;
     options.serial = Fuzz::serial;
-    options.host = QStringLiteral("127.0.0.1");
+    options.host = u"127.0.0.1"_s;
     options.port = listener.port();
-    options.credentials = QStringLiteral(VELNO_DEVELOPMENT_AUTHORITY "/register");
+    options.credentials = QString::fromUtf8(VELNO_DEVELOPMENT_AUTHORITY "/register");
     Simulator::CashRegister cashRegister(options);
     FUZZ_EXPECT(cashRegister.prepare().isEmpty());
     cashRegister.start();

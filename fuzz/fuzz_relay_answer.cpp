@@ -10,10 +10,12 @@
 #include <semaphore>
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr quint16 relayPort = 50902;
-const QByteArray serial = QByteArrayLiteral("UB1234567890");
+const QByteArray serial = "UB1234567890"_ba;
 
 /** A relay on a thread of its own: says the same to whoever comes, and goes when the other side does. */
 class Relay

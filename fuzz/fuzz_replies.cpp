@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
 using namespace Velno::Ext;
 using namespace Velno::GMP;
 
@@ -219,9 +220,9 @@ bool tablesAreComplete()
         known << QString::fromLatin1(row.name);
     for (const char *const name : silentFunctions)
         known << QString::fromLatin1(name);
-    QFile map(QStringLiteral(VELNO_LIBRARY_MAP));
+    QFile map(QString::fromUtf8(VELNO_LIBRARY_MAP));
     FUZZ_EXPECT(map.open(QIODevice::ReadOnly));
-    static const QRegularExpression rule(QStringLiteral("\\b(velnoext_\\w+);"));
+    static const QRegularExpression rule(u"\\b(velnoext_\\w+);"_s);
     auto found = rule.globalMatch(QString::fromUtf8(map.readAll()));
     FUZZ_EXPECT(found.hasNext());
     while (found.hasNext()) {

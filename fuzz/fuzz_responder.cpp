@@ -26,8 +26,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     [[maybe_unused]] static const bool isSilent = Fuzz::silence();
     static const Simulator::Faults faults;
-    Simulator::PairingResponder responder(
-        Fuzz::serial, QStringLiteral(VELNO_DEVELOPMENT_AUTHORITY "/register"), Fuzz::applicationHash, faults);
+    Simulator::PairingResponder responder(Fuzz::serial,
+                                          QString::fromUtf8(VELNO_DEVELOPMENT_AUTHORITY "/register"),
+                                          Fuzz::applicationHash, faults);
     responder.begin();
     Fuzz::HonestApplication application;
     Fuzz::Input input(data, size);

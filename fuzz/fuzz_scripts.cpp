@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
 using namespace VelnoCtl;
 
 namespace {
@@ -18,8 +19,8 @@ void readAsFile(const QByteArray &text)
 {
     const int file = ::memfd_create("script", MFD_CLOEXEC);
     FUZZ_EXPECT(::write(file, text.constData(), size_t(text.size())) == text.size());
-    const QString path = QStringLiteral("/proc/self/fd/%1").arg(file);
-    const Parsed parsed = parseWords({QStringLiteral("run"), path}, CommandLine);
+    const QString path = u"/proc/self/fd/%1"_s.arg(file);
+    const Parsed parsed = parseWords({u"run"_s, path}, CommandLine);
     FUZZ_EXPECT(parsed.problem.isEmpty() || parsed.steps.isEmpty());
     ::close(file);
 }
@@ -28,7 +29,7 @@ void readAsFile(const QByteArray &text)
 void readAsCommands(const QByteArray &line)
 {
     QStringList words;
-    const QStringList standardInput{QStringLiteral("run"), QStringLiteral("-")};
+    const QStringList standardInput{u"run"_s, u"-"_s};
     if (!splitWords(line, &words).isEmpty() ||
         (words.contains(standardInput.first()) && words != standardInput))
         return;

@@ -7,6 +7,8 @@
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
+using namespace Qt::StringLiterals;
+
 namespace Velno::GMP {
 
 namespace {
@@ -68,7 +70,7 @@ PkeyPtr parsePrivateKey(const QByteArray &pem)
 /** Every certificate that ends with the marker and a line feed; what does not parse is skipped. */
 X509StorePtr makeStore(const QByteArray &chain)
 {
-    static const QByteArray marker = QByteArrayLiteral("-----END CERTIFICATE-----\n");
+    static const QByteArray marker = "-----END CERTIFICATE-----\n"_ba;
     X509StorePtr store{X509_STORE_new()};
     for (qsizetype start = 0, found; store && (found = chain.indexOf(marker, start)) >= 0;) {
         const qsizetype end = found + marker.size();

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace Velno::Ext {
 
 namespace {
@@ -97,7 +99,7 @@ bool takeFrame(QIODevice &device, quint32 timeout, QByteArray *bytes, QByteArray
 /** One payload that is no keep-alive; written on success alone. */
 bool receiveAnswer(QIODevice &device, quint32 timeout, QByteArray *answer)
 {
-    const QByteArray keepAlive = QByteArrayLiteral("\xDE\xAD\xBE\xEF");
+    const QByteArray keepAlive = "\xDE\xAD\xBE\xEF"_ba;
     QByteArray bytes;
     QByteArray payload;
     const auto giveBack = qScopeGuard([&] {

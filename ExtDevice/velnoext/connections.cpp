@@ -7,6 +7,8 @@
 #include <QTcpSocket>
 #include <QThread>
 
+using namespace Qt::StringLiterals;
+
 namespace Velno::Ext {
 
 namespace {
@@ -65,7 +67,7 @@ void setConnection(QIODevice *device)
     QCoreApplication *const application = QCoreApplication::instance();
     if (application && QThread::currentThread() == application->thread())
         device->setParent(application);
-    device->setObjectName(isSpecialApplication() ? QStringLiteral("__--dcn--__")
+    device->setObjectName(isSpecialApplication() ? u"__--dcn--__"_s
                                                  : QString::fromLatin1(state.activeDevice.constData()));
 }
 

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace Velno::Ext {
 
 namespace {
@@ -18,7 +20,7 @@ constexpr unsigned int lineFeedsPerText = 5;
 constexpr VelnoTextStyle lineFeedStyle{0, 0, 1};
 
 /** Where the register parts the left from the right text of a line. */
-const QByteArray separator = QByteArrayLiteral("__@\xC2\xA3#$__");
+const QByteArray separator = "__@\xC2\xA3#$__"_ba;
 
 bool isEmpty(const char *text)
 {
