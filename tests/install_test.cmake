@@ -1,19 +1,9 @@
 # Stages an install inside the build folder and builds a stranger's programs on it, with find_package and with
 # pkg-config. Run with -DSOURCE=, -DBUILD=, -DWORK= (inside BUILD), -DGENERATOR=, -DC_COMPILER=, -DCXX_COMPILER=,
-# -DPREFIX= and -DLIBDIR= (as the build is configured), -DPKG_CONFIG=, -DREADELF=, -DLINK_FLAGS= (a sanitizer).
+# -DPREFIX= and -DLIBDIR= (as the build is configured), -DPKG_CONFIG=, -DREADELF=, -DLINK_FLAGS= (a sanitizer),
+# -DDEVELOPMENT= (whether the build trusts a development authority).
 cmake_minimum_required(VERSION 3.25)
-
-set(failures 0)
-set(checks 0)
-
-# expect(WHAT CONDITION...), the condition as if() takes it.
-macro(expect what)
-    math(EXPR checks "${checks} + 1")
-    if(NOT (${ARGN}))
-        math(EXPR failures "${failures} + 1")
-        message("FAIL: ${what}\n${output}")
-    endif()
-endmacro()
+include(${CMAKE_CURRENT_LIST_DIR}/support/checks.cmake)
 
 # Sets `result` and `output`.
 macro(run)
@@ -31,18 +21,20 @@ file(MAKE_DIRECTORY ${WORK})
 set(stage ${WORK}/stage)
 
 # A build that trusts a development authority never leaves the build folder.
-run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/refused)
-expect_refused("an install")
-run(${CMAKE_COMMAND} -E env DESTDIR=${WORK}/refused ${CMAKE_COMMAND} -P ${BUILD}/cmake_install.cmake)
-expect_refused("staging without saying that it is for tests")
-run(${CMAKE_COMMAND} -E env --unset=DESTDIR ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
-    -DCMAKE_INSTALL_PREFIX=${WORK}/refused -P ${BUILD}/cmake_install.cmake)
-expect_refused("installing in place of staging")
-set(outside ${BUILD}/../velno-stage-outside)
-run(${CMAKE_COMMAND} -E env DESTDIR=${outside} ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
-    -P ${BUILD}/cmake_install.cmake)
-expect_refused("a stage outside the build folder")
-expect("nothing was written by what was refused" NOT EXISTS ${WORK}/refused AND NOT EXISTS ${outside})
+if(DEVELOPMENT)
+    run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/refused)
+    expect_refused("an install")
+    run(${CMAKE_COMMAND} -E env DESTDIR=${WORK}/refused ${CMAKE_COMMAND} -P ${BUILD}/cmake_install.cmake)
+    expect_refused("staging without saying that it is for tests")
+    run(${CMAKE_COMMAND} -E env --unset=DESTDIR ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
+        -DCMAKE_INSTALL_PREFIX=${WORK}/refused -P ${BUILD}/cmake_install.cmake)
+    expect_refused("installing in place of staging")
+    set(outside ${BUILD}/../velno-stage-outside)
+    run(${CMAKE_COMMAND} -E env DESTDIR=${outside} ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
+        -P ${BUILD}/cmake_install.cmake)
+    expect_refused("a stage outside the build folder")
+    expect("nothing was written by what was refused" NOT EXISTS ${WORK}/refused AND NOT EXISTS ${outside})
+endif()
 
 run(${CMAKE_COMMAND} -E env DESTDIR=${stage} ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
     -P ${BUILD}/cmake_install.cmake)
@@ -143,7 +135,4 @@ set(ENV{LD_LIBRARY_PATH} ${lib})
 run(${WORK}/main)
 expect("a consumer built with pkg-config runs" output STREQUAL said)
 
-if(failures GREATER 0)
-    message(FATAL_ERROR "${failures} of ${checks} checks failed")
-endif()
-message("${checks} checks passed")
+report_checks()

@@ -1,46 +1,18 @@
 # Configures a project of nothing but known groups, once for each kind of VELNO_DH_GROUPS file, and reads what the
 # configure step says and writes. Run with -DSOURCE=<repository> -DWORK=<folder> -DGENERATOR=<name>.
 cmake_minimum_required(VERSION 3.25)
-
-set(failures 0)
-set(checks 0)
-
-# expect(WHAT CONDITION...), the condition as if() takes it.
-macro(expect what)
-    math(EXPR checks "${checks} + 1")
-    if(NOT (${ARGN}))
-        math(EXPR failures "${failures} + 1")
-        message("FAIL: ${what}\n${output}")
-    endif()
-endmacro()
-
-# Sets `result` and `output`, the latter with every run of white space as one space: CMake wraps its messages.
-macro(configure file)
-    execute_process(COMMAND ${CMAKE_COMMAND} -G "${GENERATOR}" -S ${WORK}/project -B ${WORK}/build
-                            "-DVELNO_DH_GROUPS=${file}"
-                    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-    string(REGEX REPLACE "[ \n]+" " " output "${output}")
-endmacro()
-
-# The configure step stops, and its message names the file and the reason.
-function(refuses name reason)
-    configure(${WORK}/${name})
-    string(FIND "${output}" "VELNO_DH_GROUPS: ${WORK}/${name}: ${reason}" found)
-    expect("${name} stops the configure step" NOT result EQUAL 0)
-    expect("${name}: the message names the file and says \"${reason}\"" found GREATER_EQUAL 0)
-    set(failures ${failures} PARENT_SCOPE)
-    set(checks ${checks} PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/support/checks.cmake)
+set(SETTING VELNO_DH_GROUPS)
 
 # The configure step passes, prints each of the lines, and compiles in exactly `groups`.
 function(accepts file groups)
-    configure("${file}")
+    configure(accepted "-D${SETTING}=${file}")
     expect("'${file}' is accepted" result EQUAL 0)
     foreach(line ${ARGN})
         string(FIND "${output}" "-- ${line}" found)
         expect("'${file}': prints \"${line}\"" found GREATER_EQUAL 0)
     endforeach()
-    file(READ ${WORK}/build/known_groups_data.h header)
+    file(READ ${WORK}/accepted/known_groups_data.h header)
     string(FIND "${header}" "velnoDhGroups[] = R\"pem(${groups})pem\";" found)
     expect("'${file}': the groups are compiled in as they are" found GREATER_EQUAL 0)
     set(failures ${failures} PARENT_SCOPE)
@@ -144,7 +116,4 @@ foreach(generator 00 01 ${last} ${prime})
 endforeach()
 
 file(REMOVE_RECURSE ${WORK})
-if(failures GREATER 0)
-    message(FATAL_ERROR "${failures} of ${checks} checks failed")
-endif()
-message(STATUS "${checks} checks passed")
+report_checks()

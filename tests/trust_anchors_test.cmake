@@ -1,35 +1,8 @@
 # Configures a project of nothing but trust anchors, once for each kind of VELNO_TRUST_ANCHORS file, and reads
 # what the configure step says and writes. Run with -DSOURCE=<repository> -DWORK=<folder> -DGENERATOR=<name>.
 cmake_minimum_required(VERSION 3.25)
-
-set(failures 0)
-set(checks 0)
-
-# expect(WHAT CONDITION...), the condition as if() takes it.
-macro(expect what)
-    math(EXPR checks "${checks} + 1")
-    if(NOT (${ARGN}))
-        math(EXPR failures "${failures} + 1")
-        message("FAIL: ${what}\n${output}")
-    endif()
-endmacro()
-
-# Sets `result` and `output`, the latter with every run of white space as one space: CMake wraps its messages.
-macro(configure folder)
-    execute_process(COMMAND ${CMAKE_COMMAND} -G "${GENERATOR}" -S ${WORK}/project -B ${WORK}/${folder} ${ARGN}
-                    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-    string(REGEX REPLACE "[ \n]+" " " output "${output}")
-endmacro()
-
-# The configure step stops, and its message names the file and the reason.
-function(refuses name reason)
-    configure(refused "-DVELNO_TRUST_ANCHORS=${WORK}/${name}")
-    string(FIND "${output}" "${WORK}/${name}: ${reason}" found)
-    expect("${name} stops the configure step" NOT result EQUAL 0)
-    expect("${name}: the message names the file and says \"${reason}\"" found GREATER_EQUAL 0)
-    set(failures ${failures} PARENT_SCOPE)
-    set(checks ${checks} PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/support/checks.cmake)
+set(SETTING VELNO_TRUST_ANCHORS)
 
 # The configure step passes and compiles in exactly `chain`.
 function(accepts name chain)
@@ -111,7 +84,4 @@ file(WRITE ${WORK}/line-missing.pem "${gap}")
 refuses(line-missing.pem "certificate 1 does not parse")
 
 file(REMOVE_RECURSE ${WORK})
-if(failures GREATER 0)
-    message(FATAL_ERROR "${failures} of ${checks} checks failed")
-endif()
-message(STATUS "${checks} checks passed")
+report_checks()

@@ -4,6 +4,7 @@
 #include "ExtDevice/velnoext/identity_numbers.h"
 #include "ExtDevice/velnoext/terminal_identity.h"
 #include "tests/support/library_test.h"
+#include "tests/support/registers_key.h"
 #include "tests/support/test_support.h"
 
 #include <QFile>
@@ -131,6 +132,7 @@ void TestConnections::nobodyConnectsInTime()
 
 void TestConnections::firstContactPairs()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     const quint16 port = freePort();
     device.pairAndServe(port);
@@ -155,6 +157,7 @@ void TestConnections::firstContactPairs()
 
 void TestConnections::failedPairingLeavesNoRecord()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     const quint16 port = freePort();
     device.pairAndServe(port, 1, [](HandMadeRegister &reg, const Request &request, int) {
@@ -171,6 +174,7 @@ void TestConnections::failedPairingLeavesNoRecord()
 
 void TestConnections::registerThatLeavesDuringPairing()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     const quint16 port = freePort();
     device.pairAndServe(port, 1, [](HandMadeRegister &, const Request &request, int) {
@@ -186,6 +190,7 @@ void TestConnections::registerThatLeavesDuringPairing()
 
 void TestConnections::registerThatStaysAwayAfterPairing()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     const quint16 port = freePort();
     device.pairAndServe(port, 0);
@@ -280,6 +285,7 @@ void TestConnections::failedInitialiseKeepsTheActiveDevice()
 
 void TestConnections::connectionThatNobodyTakesForgetsTheKeys()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     QCOMPARE(connectPaired(device), 0);
     const auto receiver = velno_network_set_receiver(nullptr);

@@ -1,4 +1,5 @@
 #include "tests/support/library_test.h"
+#include "tests/support/registers_key.h"
 #include "tests/support/test_support.h"
 
 #include <QDir>
@@ -208,6 +209,7 @@ void TestLibraryProcess::programsOfEveryKind_data()
 
 void TestLibraryProcess::programsOfEveryKind()
 {
+    NEEDS_A_REGISTERS_KEY();
     QFETCH(QStringList, command);
     QFETCH(const int, visits);
     if (command.first().isEmpty())
@@ -241,6 +243,7 @@ void TestLibraryProcess::programsOfEveryKind()
 /** Freed behind the thread's end, it would be freed while the process ends, too. */
 void TestLibraryProcess::threadLeavesNothingOfOpenSsl()
 {
+    NEEDS_A_REGISTERS_KEY();
     if (!plainBuild)
         QSKIP("NOT TESTED: a sanitizer must be loaded in front of all libraries, and so must the watch");
     HandMadeDevice device;
@@ -262,6 +265,7 @@ void TestLibraryProcess::threadLeavesNothingOfOpenSsl()
 
 void TestLibraryProcess::programWithoutItsFileCannotPair()
 {
+    NEEDS_A_REGISTERS_KEY();
     QTemporaryDir folder;
     const QString copy = folder.filePath(u"program"_s);
     QVERIFY(QFile::copy(QStringLiteral(VELNO_PLAIN_C_PROGRAM), copy));

@@ -1,5 +1,5 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
-#include "tests/support/ends_with_test.h"
+#include "tests/support/program_run.h"
 
 #include <QProcess>
 #include <QTest>
@@ -24,31 +24,17 @@ private slots:
 
 namespace {
 
-constexpr int longestWait = 60'000; // ms
-
-struct Run
-{
-    int code; ///< -1 when it did not end, or crashed
-    QByteArray out;
-    QByteArray err;
-};
-
 /** Runs the program where Qt finds no screen: an application object of the window's would end it. */
-Run runWithoutDisplay(const QStringList &arguments, const QString &outputFile = {})
+Outcome runWithoutDisplay(const QStringList &arguments, const QString &outputFile = {})
 {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString &name : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
-        environment.remove(name);
-    environment.insert(u"QT_QPA_PLATFORM_PLUGIN_PATH"_s, u"/nowhere"_s);
-    environment.insert(u"QT_PLUGIN_PATH"_s, u"/nowhere"_s);
-    process.setProcessEnvironment(environment);
-    process.setChildProcessModifier(endsWithTest());
-    if (!outputFile.isEmpty())
-        process.setStandardOutputFile(outputFile);
-    process.start(QStringLiteral(VELNO_PAIRING), arguments);
-    const bool ended = process.waitForFinished(longestWait) && process.exitStatus() == QProcess::NormalExit;
-    return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
+    return outcomeOf(QStringLiteral(VELNO_PAIRING), arguments, [&outputFile](QProcess &process) {
+        QProcessEnvironment environment = process.processEnvironment();
+        environment.insert(u"QT_QPA_PLATFORM_PLUGIN_PATH"_s, u"/nowhere"_s);
+        environment.insert(u"QT_PLUGIN_PATH"_s, u"/nowhere"_s);
+        process.setProcessEnvironment(environment);
+        if (!outputFile.isEmpty())
+            process.setStandardOutputFile(outputFile);
+    });
 }
 
 } // namespace
@@ -71,10 +57,10 @@ void TestPairingProgram::helpAndVersionNeedNoDisplay()
 {
     QFETCH(const QStringList, arguments);
     QFETCH(const QByteArray, beginning);
-    const Run run = runWithoutDisplay(arguments);
-    QVERIFY2(run.code == 0, run.err.constData());
-    QVERIFY2(run.out.startsWith(beginning), run.out.constData());
-    QVERIFY2(run.out.contains(Velno::GMP::trustAnchorsInWords().toUtf8()), run.out.constData());
+    const Outcome run = runWithoutDisplay(arguments);
+    QVERIFY2(run.exitCode == 0, run.errors.constData());
+    QVERIFY2(run.output.startsWith(beginning), run.output.constData());
+    QVERIFY2(run.output.contains(Velno::GMP::trustAnchorsInWords().toUtf8()), run.output.constData());
 }
 
 void TestPairingProgram::wrongUsageNeedsNoDisplay_data()
@@ -94,12 +80,12 @@ void TestPairingProgram::wrongUsageNeedsNoDisplay()
 {
     QFETCH(const QStringList, arguments);
     QFETCH(const QByteArray, word);
-    const Run run = runWithoutDisplay(arguments);
-    QCOMPARE(run.code, 64);
-    QCOMPARE(run.out, QByteArray());
+    const Outcome run = runWithoutDisplay(arguments);
+    QCOMPARE(run.exitCode, 64);
+    QCOMPARE(run.output, QByteArray());
     QVERIFY2(
-        run.err.endsWith("velno-pairing: \"" + word + "\" is no option; velno-pairing --help shows all\n"),
-        run.err.constData());
+        run.errors.endsWith("velno-pairing: \"" + word + "\" is no option; velno-pairing --help shows all\n"),
+        run.errors.constData());
 }
 
 void TestPairingProgram::optionsOfQtOpenTheWindow_data()
@@ -112,14 +98,14 @@ void TestPairingProgram::optionsOfQtOpenTheWindow_data()
 void TestPairingProgram::optionsOfQtOpenTheWindow()
 {
     QFETCH(const QStringList, arguments);
-    const Run run = runWithoutDisplay(arguments);
-    QVERIFY(run.code != 0 && run.code != 64); // it came as far as looking for a screen
-    QVERIFY2(run.err.contains("platform plugin"), run.err.constData());
+    const Outcome run = runWithoutDisplay(arguments);
+    QVERIFY(run.exitCode != 0 && run.exitCode != 64); // it came as far as looking for a screen
+    QVERIFY2(run.errors.contains("platform plugin"), run.errors.constData());
 }
 
 void TestPairingProgram::helpThatCannotBeWritten()
 {
-    QCOMPARE(runWithoutDisplay({u"--help"_s}, u"/dev/full"_s).code, 74);
+    QCOMPARE(runWithoutDisplay({u"--help"_s}, u"/dev/full"_s).exitCode, 74);
 }
 
 QTEST_GUILESS_MAIN(TestPairingProgram)

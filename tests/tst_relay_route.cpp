@@ -1,5 +1,6 @@
 #include "ExtDevice/velnoext/library_state.h"
 #include "tests/support/library_test.h"
+#include "tests/support/registers_key.h"
 
 #include <QTest>
 
@@ -52,6 +53,7 @@ void TestRelayRoute::relayRoute()
 
 void TestRelayRoute::relayPairsOnFirstContact()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     device.playRelay(50902);
     device.pairAndServe(0);
@@ -105,6 +107,7 @@ void TestRelayRoute::echoMayComeInPieces()
 
 void TestRelayRoute::registerThatLeavesBeforeTheFirstFrame()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     device.leavesWithEcho = true;
     device.playRelay(50902);
@@ -138,6 +141,7 @@ void TestRelayRoute::relayThatRefusesLater_data()
 
 void TestRelayRoute::relayThatRefusesLater()
 {
+    NEEDS_A_REGISTERS_KEY();
     QFETCH(const int, contact);
     HandMadeDevice device;
     device.echo = [contact, count = 0](const QByteArray &name) mutable {

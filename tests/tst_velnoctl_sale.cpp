@@ -1,4 +1,5 @@
 #include "ExtDevice/velnoext/velnoext.h"
+#include "tests/support/keys_request.h"
 #include "tests/support/velnoctl_client.h"
 
 #include <QJsonArray>
@@ -12,12 +13,8 @@ using namespace TestSupport;
 
 namespace {
 
-constexpr int f10 = 0x01000039;
-constexpr int f11 = 0x0100003A;
 constexpr qint64 anybody = 11111111111;
 
-const QByteArray yes = plain(true);
-const QByteArray no = plain(false);
 const QByteArray idle = plain(1, QVector<int>{});
 const QByteArray openSale = plain(5, QVector<int>{1}, 0);
 const QByteArray totals =
@@ -42,26 +39,9 @@ QByteArray itemBytes(qint64 price, const QByteArray &name, int quantity = 1000, 
     return plain(price, quantity, percent, amount, section, name, type);
 }
 
-/** The request that has keys pressed while a sale is open. */
-QByteArray keysRequest(const QVector<int> &keys, bool answerWanted)
-{
-    return plain(3, 4, 1, -1, keys, answerWanted);
-}
-
-/** The words of a line; EMPTY stands for an empty one, which splitting would lose. */
-QStringList wordsOf(const QString &line)
-{
-    QStringList words = QProcess::splitCommand(line);
-    for (QString &word : words) {
-        if (word == "EMPTY"_L1)
-            word = u""_s;
-    }
-    return words;
-}
-
 } // namespace
 
-/** The commands of velnoctl that sell, pay, print and report, in front of a register made by hand. */
+/** The commands of velnoctl that sell, pay and report, in front of a register made by hand. */
 class TestVelnoctlSale : public QObject
 {
     Q_OBJECT
@@ -76,23 +56,10 @@ private slots:
     void sectionNamesAreShownAsTheyAre();
     void failuresEndWithTheirCode_data();
     void failuresEndWithTheirCode();
-    void wrongArgumentsSendNothing_data();
-    void wrongArgumentsSendNothing();
-    void wrongArgumentsInAScriptSendNothing();
     void commandsBehindEachOtherTakeTheirOwnWords();
     void receiptIsRemembered();
     void receiptThatNobodyHasNamed();
-    void slipIsPrintedInItsEncoding_data();
-    void slipIsPrintedInItsEncoding();
-    void textsThatAnEncodingLacksAreRefused_data();
-    void textsThatAnEncodingLacksAreRefused();
-    void slipNeedsNoRegisterBeforeItIsPrinted();
-    void nextSlipBeginsWithItsOwnEncoding();
-    void rawBytesGoThere();
-    void rawBytesComeBack();
-    void lateAnswerToRawBytesIsNotTheNextCommands();
     void scriptsQuoteNames();
-    void everyCommandHasHelpWhoseExampleIsUnderstood();
 };
 
 void TestVelnoctlSale::commandsReachTheRegister_data()
@@ -388,117 +355,6 @@ void TestVelnoctlSale::failuresEndWithTheirCode()
         QCOMPARE(device.commands(), QList<QByteArray>());
 }
 
-void TestVelnoctlSale::wrongArgumentsSendNothing_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QByteArray>("complaint");
-
-    const auto row = [](const char *line, const char *complaint) {
-        QTest::newRow(line) << QString::fromUtf8(line) << QByteArray(complaint);
-    };
-    const auto price = [&row](const char *text) {
-        row(qPrintable(u"item %1 Su"_s.arg(QString::fromUtf8(text))),
-            qPrintable(u"item: \"%1\" is no PRICE; accepted is lira for one unit, up to two decimals"_s.arg(
-                QString::fromUtf8(text))));
-    };
-    for (const char *const text :
-         {"12.505", "1.250,00", "1,250.00", "12.", ".50", "12.5.0", "+5", "1e2", "0x10", "12TL", "--5", "-",
-          "92233720368547758.08", "-92233720368547758.09", "99999999999999999999", "12.5 0", "١٢"})
-        price(text);
-    row("item", "item: PRICE is missing; accepted is lira for one unit");
-    row("item 12.50", "item: NAME is missing; accepted is up to 52 bytes of UTF-8");
-    row("item 1 ÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇÇa", "is no NAME; accepted is up to 52 bytes");
-    row("item 1 Su quantity=1.2505",
-        "item: quantity=\"1.2505\" is no QUANTITY; accepted is up to three decimals: 1.250 or 1,250");
-    row("item 1 Su quantity=2147483.648", "quantity=\"2147483.648\" is no QUANTITY");
-    row("item 1 Su quantity=", "quantity=\"\" is no QUANTITY");
-    row("item 1 Su section=129", "section=\"129\" is no SECTION; accepted is a whole number, -128 to 127");
-    row("item 1 Su percent=1.5", "percent=\"1.5\" is no PERCENT; accepted is a whole number");
-    row("item 1 Su amount=5TL", "amount=\"5TL\" is no AMOUNT; accepted is lira, up to two decimals");
-    row("item 1 Su type=kg", "type=\"kg\" is no TYPE; accepted is a whole number; a register knows 0 to 7");
-    row("item 1 Su type=1 type=1", "item: \"type=1\": type= is given twice");
-    row("item 1 Su colour=red",
-        "item: \"colour=red\": accepted are section=SECTION, quantity=QUANTITY, percent=PERCENT, ");
-    row("item 1 Su quantiy=2", "type=TYPE; did you mean \"quantity\"?");
-    row("item 1 Tam Ekmek", "\"Ekmek\" is no command");
-    row("item 1 Su + 1 Su", "\"+\" is no command");
-    row("items 1 Su + ", "items: PRICE is missing");
-    row("items 1 Su + 1", "items: NAME is missing");
-    row("items 1 Su 1 Su", "\"1\" is no command");
-    row("items 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su + 1 Su",
-        "items: \"+\" is one too many; accepted are up to 10");
-    row("medical", "medical: AMOUNT is missing");
-    row("medical 5 person", "medical: \"person\" is no IDENTITY; accepted is a whole number");
-    row("medical 5 -1", "medical: \"-1\" is no IDENTITY");
-    row("delete", "delete: LINE is missing; accepted is last, or a whole number");
-    row("delete first", "delete: \"first\" is no LINE; accepted is last, or a whole number");
-    row("pay", "pay: MEANS is missing; accepted is cash (the key F10) or card (the key F11)");
-    row("pay cheque 5", "pay: \"cheque\" is no MEANS; accepted is cash (the key F10) or card");
-    row("pay cash", "pay: AMOUNT is missing");
-    row("pay cash 5.005", "pay: \"5.005\" is no AMOUNT; accepted is lira, up to two decimals");
-    row("end-sale", "end-sale: MEANS is missing");
-    row("end-invoice 1", "\"1\" is no command");
-    row("end-invoice type=-1", "type=\"-1\" is no INVOICE; accepted is a whole number from 0 on");
-    row("end-invoice type=4294967296", "type=\"4294967296\" is no INVOICE");
-    row("end-invoice kind=x", "kind=\"x\" is no KIND");
-    row("end-invoice id=1234567890123", "id=\"1234567890123\" is no ID; accepted is up to 12 bytes");
-    row("end-invoice reference=123456789012345678", "reference=\"123456789012345678\" is no REFERENCE; "
-                                                    "accepted is 6 to 16 characters with type 0; up to 17");
-    row("end-invoice mode=cash", "mode=\"cash\" is no MODE; accepted is a whole number");
-    row("end-invoice flag=1", "flag=\"1\" is no FLAG; accepted is yes or no");
-    row("receipt 12", "receipt: \"12\" is no RECEIPT; accepted is two whole numbers with a slash");
-    row("receipt 12/", "receipt: \"12/\" is no RECEIPT");
-    row("receipt 12/1/1", "receipt: \"12/1/1\" is no RECEIPT");
-    row("section", "section: SECTION is missing");
-    row("section GIDA", "section: \"GIDA\" is no SECTION");
-    row("encoding", "encoding: ENCODING is missing; accepted is the name of an encoding");
-    row("text", "text: TEXT is missing");
-    row("text EMPTY", "text: \"\" is no TEXT");
-    row("text a size=big", "size=\"big\" is no SIZE; accepted is a whole number; a register knows");
-    row("text a style=bold", "style=\"bold\" is no STYLE; accepted is a, b or ab");
-    row("justified Masa", "justified: RIGHT is missing");
-    row("justified a b size=1", "justified: \"size=1\": accepted are style=STYLE");
-    row("feed", "feed: COUNT is missing; accepted is a whole number from 0 on");
-    row("feed -1", "feed: \"-1\" is no COUNT");
-    row("print now", "\"now\" is no command");
-    row("print flag=on", "flag=\"on\" is no FLAG");
-    row("send", "send: HEX is missing; accepted is two hexadecimal digits for each byte");
-    row("send 0", "send: \"0\" is no HEX");
-    row("send 0x00", "send: \"0x00\" is no HEX");
-    row("get zz", "get: \"zz\" is no HEX");
-    for (const char *const alone : {"start-sale", "start-invoice-sale", "sale-state", "cancel", "acquirers",
-                                    "sale-acquirers", "x-report", "z-report"})
-        row(qPrintable(QLatin1String(alone) + u" 1"_s), "\"1\" is no command");
-}
-
-void TestVelnoctlSale::wrongArgumentsSendNothing()
-{
-    QFETCH(const QString, line);
-    QFETCH(const QByteArray, complaint);
-    Device device;
-    device.meet();
-    Client client(
-        target(device.port) + QStringList{u"login"_s} +
-        (line.contains("12.5 0"_L1) ? QStringList{u"item"_s, u"12.5 0"_s, u"Su"_s} : wordsOf(line)));
-    QCOMPARE(client.exitCode(), 64);
-    QVERIFY2(client.err.contains(complaint), client.err.constData());
-    QCOMPARE(client.out, QByteArray());
-    QCOMPARE(device.contacts, 0);
-}
-
-void TestVelnoctlSale::wrongArgumentsInAScriptSendNothing()
-{
-    const QTemporaryDir folder;
-    Device device;
-    device.meet();
-    const QString file = fileWith(folder, "start-sale\nitem 12.50 Tam Ekmek\n");
-    Client client(target(device.port) + QStringList{u"run"_s, file});
-    QCOMPARE(client.exitCode(), 64);
-    QVERIFY2(client.err.contains(":2: \"Ekmek\" is one word too many: item PRICE NAME [KEY=VALUE]... is the"),
-             client.err.constData());
-    QCOMPARE(device.contacts, 0);
-}
-
 void TestVelnoctlSale::commandsBehindEachOtherTakeTheirOwnWords()
 {
     Device device;
@@ -536,132 +392,6 @@ void TestVelnoctlSale::receiptThatNobodyHasNamed()
     QCOMPARE(device.commands(), QList<QByteArray>());
 }
 
-void TestVelnoctlSale::slipIsPrintedInItsEncoding_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("text");
-
-    QTest::newRow("UTF-8") << u"UTF-8"_s << QByteArray("A\u00C7I\u011EIZ");
-    QTest::newRow("Windows") << u"windows-1254"_s << QByteArray("A\xC7I\xD0IZ");
-    QTest::newRow("DOS") << u"IBM857"_s << QByteArray("A\x80I\xA6IZ");
-}
-
-void TestVelnoctlSale::slipIsPrintedInItsEncoding()
-{
-    QFETCH(const QString, name);
-    QFETCH(const QByteArray, text);
-    Device device;
-    device.answers = {{13, yes}};
-    device.meet();
-    Client client(
-        target(device.port) +
-        QStringList{u"encoding"_s, name, u"text"_s, u"A\u00C7I\u011EIZ"_s, u"size=1"_s, u"style=ab"_s} +
-        QStringList{u"text"_s, u"a"_s, u"justified"_s, u"Masa no"_s, u"A\u00C7I\u011EIZ"_s, u"style=b"_s,
-                    u"feed"_s, u"6"_s, u"print"_s, u"flag=yes"_s});
-    QVERIFY2(client.exitCode() == 0, client.err.constData());
-    QCOMPARE(client.out, "texts of the slip in " + name.toLatin1() + "\n" +
-                             QByteArray("added to the slip\n").repeated(4) + "slip printed\n");
-    const QByteArray separator("__@\u00A3#$__");
-    const QByteArray lines = plain(6, '@' + name.toLatin1(), QByteArray("\x0B") + text,
-                                   QByteArray("\x04"
-                                              "a"),
-                                   "\x16" + QByteArray("Masa no") + separator + text,
-                                   QByteArray("\x06\n\n\n\n\n"), QByteArray("\x06\n"));
-    QCOMPARE(device.commands(), QList{plain(13, true, lines)});
-}
-
-void TestVelnoctlSale::textsThatAnEncodingLacksAreRefused_data()
-{
-    QTest::addColumn<QStringList>("words");
-    QTest::newRow("a letter") << QStringList{u"ISO-8859-1"_s, u"text"_s, u"5 \u20BA"_s};
-    QTest::newRow("at the left") << QStringList{u"ISO-8859-1"_s, u"justified"_s, u"5 \u20BA"_s, u"b"_s};
-    QTest::newRow("at the right") << QStringList{u"ISO-8859-1"_s, u"justified"_s, u"b"_s, u"5 \u20BA"_s};
-    QTest::newRow("zero bytes") << QStringList{u"UTF-16"_s, u"text"_s, u"5 \u20BA"_s};
-}
-
-void TestVelnoctlSale::textsThatAnEncodingLacksAreRefused()
-{
-    QFETCH(const QStringList, words);
-    for (const bool isJson : {false, true}) {
-        Device device;
-        device.meet();
-        Client client(target(device.port) + (isJson ? QStringList{u"--json"_s} : QStringList()) +
-                      QStringList{u"encoding"_s} + words + QStringList{u"print"_s});
-        QCOMPARE(client.exitCode(), 64);
-        QVERIFY2(client.err.contains("\"5 \u20BA\" cannot be written in " + words.first().toLatin1()),
-                 client.err.constData());
-        QCOMPARE(device.contacts, 0);
-        if (isJson)
-            QCOMPARE(object(client.out.split('\n').at(1)).value(u"result"_s).toString(), u"wrong-usage"_s);
-    }
-}
-
-void TestVelnoctlSale::slipNeedsNoRegisterBeforeItIsPrinted()
-{
-    Client client(target(freePort()) + wordsOf(u"encoding UTF-8 text a justified a b feed 20 feed 21"_s));
-    QCOMPARE(client.exitCode(), 4);
-    QVERIFY2(client.err.contains(velnoext_detail_text(0x413)), client.err.constData());
-    QVERIFY(!client.err.contains("waiting"));
-}
-
-void TestVelnoctlSale::nextSlipBeginsWithItsOwnEncoding()
-{
-    Device device;
-    device.answers = {{13, yes}};
-    device.meet();
-    Client client(target(device.port) + wordsOf(u"encoding ISO-8859-1 text a print text \u20BA"_s));
-    QCOMPARE(client.exitCode(), 8); // not that the letter cannot be written
-    QCOMPARE(device.codes(), QList{13});
-}
-
-void TestVelnoctlSale::rawBytesGoThere()
-{
-    Device device;
-    device.answers = {{12, plain(true, 4)}};
-    device.meet();
-    Client client(target(device.port) + wordsOf(u"--app 14242 send 0000000Cff"_s));
-    QVERIFY2(client.exitCode() == 0, client.err.constData());
-    QCOMPARE(client.out, "sent 5 bytes\n");
-    QTRY_COMPARE_WITH_TIMEOUT(device.commands(), QList{QByteArray::fromHex("0000000CFF")}, longestWait);
-}
-
-void TestVelnoctlSale::rawBytesComeBack()
-{
-    Device device;
-    device.answers = {{12, plain(true, 4)}};
-    device.meet();
-    Client client(target(device.port) + wordsOf(u"--app 14242 --json run -"_s));
-    client.say("z\n"); // the keys are there now
-    QVERIFY(client.printed("\n"));
-    const QByteArray frame = device.sealed(QByteArray::fromHex("00AB12"));
-    client.say("get " + frame.toHex() + "\n");
-    QVERIFY(client.printed("{\"code\":0,\"command\":\"get\",\"hex\":\"00AB12\",\"result\":\"success\"}\n"));
-    QByteArray damaged = device.sealed("x");
-    damaged[20] = char(damaged.at(20) ^ 1);
-    client.say("get " + damaged.toHex() + "\n");
-    QVERIFY2(client.exitCode() == 12, client.out + client.err);
-}
-
-void TestVelnoctlSale::lateAnswerToRawBytesIsNotTheNextCommands()
-{
-    const QByteArray raw = QByteArray::fromHex("CAFE");
-    Device device;
-    // What it answers to the raw bytes comes late: with the answer to the command behind them.
-    device.setAnswer([&device, raw](const QByteArray &payload) {
-        const QByteArray four = HandMadeDevice::framed(device.sealed(plain(true, 4)));
-        if (device.opened(payload) == raw)
-            return QList{QByteArray()};
-        const QByteArray late = HandMadeDevice::framed(device.sealed(plain(true, 99)));
-        return device.contacts == 3 ? QList{late + four} : QList{four};
-    });
-    device.meet(2);
-    Client client(target(device.port) + wordsOf(u"--app 14242 send CAFE send CAFE z z"_s));
-    QVERIFY2(client.exitCode() == 0, client.err.constData());
-    QCOMPARE(client.out, "sent 2 bytes\nsent 2 bytes\nZ 4\nZ 4\n");
-    QCOMPARE(device.contacts, 4); // connected afresh once, and not paired again
-    QVERIFY2(client.err.contains("(afresh, since what it answers to send"), client.err.constData());
-}
-
 void TestVelnoctlSale::scriptsQuoteNames()
 {
     const QTemporaryDir folder;
@@ -679,35 +409,6 @@ void TestVelnoctlSale::scriptsQuoteNames()
              (QList{plain(4) + itemBytes(1250, "Tam Ekmek"), plain(4) + itemBytes(1250, "Tam \"Ekmek\""),
                     plain(4) + itemBytes(1250, "Tam Ekmek"), plain(4) + itemBytes(1250, "#1 \"Su\""),
                     plain(16, qint16(2)) + itemBytes(100, "A B") + itemBytes(200, "C")}));
-}
-
-void TestVelnoctlSale::everyCommandHasHelpWhoseExampleIsUnderstood()
-{
-    const QTemporaryDir folder;
-    Client list({u"commands"_s});
-    QCOMPARE(list.exitCode(), 0);
-    QByteArray script;
-    int count = 0;
-    for (const QByteArray &line : list.out.split('\n')) {
-        if (!line.startsWith("  ") || line.startsWith("   "))
-            continue; // a group's name, or the second line of a command
-        const QString name = QString::fromUtf8(line).simplified().section(u' ', 0, 0);
-        ++count;
-        Client help({u"help"_s, name});
-        QCOMPARE(help.exitCode(), 0);
-        QVERIFY2(help.out.startsWith("Usage: " + name.toUtf8()), help.out.constData());
-        QVERIFY2(help.out.contains("\nPrints: "), help.out.constData());
-        const QByteArray example = help.out.split('\n').at(help.out.count('\n') - 1);
-        QVERIFY2(example.startsWith("Example: " + name.toUtf8()), example.constData());
-        if (name != "run"_L1 && name != "shell"_L1 && name != "quit"_L1) // they have no place in a script
-            script += example.sliced(9) + '\n';
-    }
-    QVERIFY(count >= 39);
-    const QString file = fileWith(folder, script + "no-such-command\n");
-    Client client(target(freePort()) + QStringList{u"run"_s, file});
-    QCOMPARE(client.exitCode(), 64);
-    const QByteArray last = QByteArray::number(script.count('\n') + 1);
-    QVERIFY2(client.err.contains(":" + last + ": \"no-such-command\" is no command"), client.err.constData());
 }
 
 QTEST_GUILESS_MAIN(TestVelnoctlSale)

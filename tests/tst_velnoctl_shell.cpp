@@ -8,12 +8,6 @@
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
 
-namespace {
-
-const QByteArray no = plain(false);
-
-} // namespace
-
 /** velnoctl's shell, with a terminal of its own. */
 class TestVelnoctlShell : public QObject
 {

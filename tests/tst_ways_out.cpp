@@ -1,56 +1,24 @@
 #include "ExtDevice/velnoext/connections.h"
 #include "tests/support/library_test.h"
+#include "tests/support/listening.h"
+#include "tests/support/registers_key.h"
+#include "tests/support/talker.h"
 #include "tests/support/test_support.h"
 
-#include <QDeadlineTimer>
-#include <QFile>
 #include <QSemaphore>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <future>
-#include <sys/socket.h>
 #include <thread>
 #include <vector>
 
-using namespace Velno::Ext;
 using namespace TestSupport;
+using namespace Velno::Ext;
 using namespace std::chrono_literals;
 
 namespace {
-
-constexpr unsigned int forEver = 0xFFFFFFFF;
-const QByteArray keepAlive = hex("00000004DEADBEEF");
-
-/** Looks again and again until it is so. @return false when it has not become so in time */
-bool waitUntil(const std::function<bool()> &isSo)
-{
-    const QDeadlineTimer deadline{qint64(patience)};
-    while (!isSo()) {
-        if (deadline.hasExpired())
-            return false;
-        std::this_thread::sleep_for(1ms); // between two looks
-    }
-    return true;
-}
-
-/** Whether this computer listens on the port, as the system tells without connecting. */
-bool isListening(quint16 port)
-{
-    QFile sockets(QStringLiteral("/proc/self/net/tcp"));
-    if (!sockets.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray wanted = ':' + QByteArray::number(port, 16).rightJustified(4, '0').toUpper() + ' ';
-    for (const QByteArray &line : sockets.readAll().split('\n')) {
-        if (line.contains(wanted) && line.contains(":0000 0A "))
-            return true;
-    }
-    return false;
-}
 
 /** Makes the call, interrupts it once the condition holds, and returns its result. */
 int interrupted(const std::function<int()> &call, const std::function<bool()> &condition)
@@ -64,83 +32,9 @@ int interrupted(const std::function<int()> &call, const std::function<bool()> &c
     return interrupting.get() ? result : -1;
 }
 
-/** A register on a thread of its own that connects, hears something, and then never stops talking. */
-class Talker
-{
-public:
-    /** @param opening  said once, @param again  said every millisecond until the library closes */
-    Talker(quint16 port, const QByteArray &opening, const QByteArray &again)
-        : m_thread([=, this] { talk(port, opening, again); })
-    {
-    }
-    ~Talker()
-    {
-        m_stop = true;
-        m_thread.join();
-    }
-    Q_DISABLE_COPY_MOVE(Talker)
-
-    std::atomic<bool> isTalking = false;
-    std::atomic<bool> isClosed = false; ///< by the library
-
-private:
-    void talk(quint16 port, const QByteArray &opening, const QByteArray &again)
-    {
-        QTcpSocket socket;
-        do {
-            socket.connectToHost(QStringLiteral("127.0.0.1"), port);
-        } while (!m_stop && !socket.waitForConnected(int(patience)));
-        while (!m_stop && !socket.waitForReadyRead(50) && isOpen(socket)) {
-        }
-        socket.write(opening);
-        while (!m_stop && isOpen(socket)) {
-            socket.write(again);
-            socket.waitForBytesWritten(int(patience));
-            isTalking = true;
-            socket.waitForReadyRead(1);
-            socket.readAll();
-        }
-        isClosed = !isOpen(socket);
-    }
-    static bool isOpen(const QTcpSocket &socket) { return socket.state() == QAbstractSocket::ConnectedState; }
-
-    std::atomic<bool> m_stop = false;
-    std::thread m_thread;
-};
-
-int connectTo(quint16 port)
-{
-    return velnoext_initialize(5, serial, "127.0.0.1", port, forEver);
-}
-
-int login()
-{
-    return velnoext_login(forEver);
-}
-
-/** What a peer does that holds an answer up for ever. */
-struct Nuisance
-{
-    const char *name;
-    QByteArray opening;
-    QByteArray again;
-};
-
-const std::vector<Nuisance> nuisances{
-    {"keep-alives for ever", {}, keepAlive},
-    {"a byte a time", hex("00080000"), "x"},
-    {"half a keep-alive", keepAlive.first(6), {}},
-    {"silence", {}, {}},
-};
-
-/** Field 1 of an FF8E62, which is no answer to the first question, in a good frame. */
-QByteArray wrongKind()
-{
-    return HandMadeRegister::frameOf(Velno::GMP::PairingKeyExchange, {{hex("DFEF06"), "00"}});
-}
-
 } // namespace
 
+/** Every wait of the device library ends when it is interrupted. */
 class TestWaysOut : public LibraryTest
 {
     Q_OBJECT
@@ -163,26 +57,13 @@ private slots:
     void interruptTouchesNoCallThatWaitsItsTurn();
     void otherRegistersStayConnected();
     void interruptsFromEightThreads();
-
-    void answerLimitEndsTheWait_data();
-    void answerLimitEndsTheWait();
-    void answerLimitEndsAPairing_data();
-    void answerLimitEndsAPairing();
-    void answersWithinTheLimitCount();
-    void answerLimitOfNothingIsRefused();
-
-    void forgottenRegisterIsPairedAnew();
-    void forgettingLeavesOthersAlone();
-    void forgettingNeedsAKnownRegister();
-
-    void logGoesToTheFunctionThatIsSet();
 };
 
 void TestWaysOut::listeningEnds()
 {
     const quint16 port = freePort();
-    QCOMPARE(interrupted([=] { return connectTo(port); }, [=] { return isListening(port); }), 2);
-    QVERIFY(!isListening(port));
+    QCOMPARE(interrupted([=] { return connectTo(port); }, [=] { return isListenedOn(port); }), 2);
+    QVERIFY(!isListenedOn(port));
     char buffer[13] = {};
     QCOMPARE(velnoext_active_device(buffer), 1);
 }
@@ -191,14 +72,15 @@ void TestWaysOut::listeningForTheKeyExchangeEnds()
 {
     const quint16 port = freePort();
     const Talker first(port, {}, {}); // the announcement is all that it comes for
-    const auto isWaiting = [&] { return bool(first.isClosed) && isListening(port); };
+    const auto isWaiting = [&] { return bool(first.isClosed) && isListenedOn(port); };
     QCOMPARE(interrupted([=] { return connectTo(port); }, isWaiting), 10);
-    QVERIFY(!isListening(port));
+    QVERIFY(!isListenedOn(port));
     QVERIFY(library().pairingRecords.isEmpty());
 }
 
 void TestWaysOut::listeningForTheDataConnectionEnds()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     const quint16 port = freePort();
     std::atomic<bool> isConfirmed = false;
@@ -207,13 +89,14 @@ void TestWaysOut::listeningForTheDataConnectionEnds()
         return QList{HandMadeRegister::frameOf(request.kind, self.honestAnswer(request))};
     });
     // The listener of the key exchange is long gone by then.
-    const auto isWaiting = [&] { return isConfirmed && isListening(port); };
+    const auto isWaiting = [&] { return isConfirmed && isListenedOn(port); };
     QCOMPARE(interrupted([=] { return connectTo(port); }, isWaiting), 2);
     QVERIFY(library().pairingRecords.isEmpty());
 }
 
 void TestWaysOut::silentPairingEnds()
 {
+    NEEDS_A_REGISTERS_KEY();
     HandMadeDevice device;
     const quint16 port = freePort();
     std::atomic<bool> isAsked = false;
@@ -227,11 +110,7 @@ void TestWaysOut::silentPairingEnds()
 
 void TestWaysOut::waitForAnAnswerEnds_data()
 {
-    QTest::addColumn<QByteArray>("opening");
-    QTest::addColumn<QByteArray>("again");
-
-    for (const Nuisance &nuisance : nuisances)
-        QTest::newRow(nuisance.name) << nuisance.opening << nuisance.again;
+    addNuisanceRows();
 }
 
 void TestWaysOut::waitForAnAnswerEnds()
@@ -242,7 +121,7 @@ void TestWaysOut::waitForAnAnswerEnds()
     const quint16 port = freePort();
     const Talker talker(port, opening, again);
     QCOMPARE(connectTo(port), 0);
-    QCOMPARE(interrupted(login, [&] { return bool(talker.isTalking); }), 2);
+    QCOMPARE(interrupted(loginWithoutLimit, [&] { return bool(talker.isTalking); }), 2);
     QVERIFY(waitUntil([&] { return bool(talker.isClosed); }));
     QCOMPARE(velnoext_login(brief), 2);              // the connection is gone
     QCOMPARE(velnoext_set_active_device(serial), 0); // and stays listed, as after every 2
@@ -255,7 +134,7 @@ void TestWaysOut::restOfAnAnswerIsNotWaitedFor()
     const QByteArray answer = HandMadeDevice::framed(device.sealed(plain(true)));
     device.setAnswer([answer](const QByteArray &) { return QList{answer.first(7)}; });
     const auto isAnswered = [&] { return !device.commands().isEmpty(); };
-    QCOMPARE(interrupted(login, isAnswered), 2);
+    QCOMPARE(interrupted(loginWithoutLimit, isAnswered), 2);
 }
 
 void TestWaysOut::sendingEnds()
@@ -388,7 +267,7 @@ void TestWaysOut::interruptTouchesNoCallThatWaitsItsTurn()
         begun.get_future().wait();
         return true;
     };
-    QCOMPARE(interrupted(login, isQueued), 2);
+    QCOMPARE(interrupted(loginWithoutLimit, isQueued), 2);
     QCOMPARE(next.get(), 0);
 }
 
@@ -400,7 +279,7 @@ void TestWaysOut::otherRegistersStayConnected()
     QCOMPARE(connectPaired(first), 0);
     second.answerPlain(plain(true));
     first.setAnswer([](const QByteArray &) { return QList{QByteArray()}; });
-    QCOMPARE(interrupted(login, [&] { return !first.commands().isEmpty(); }), 2);
+    QCOMPARE(interrupted(loginWithoutLimit, [&] { return !first.commands().isEmpty(); }), 2);
     QCOMPARE(velnoext_set_active_device(otherSerial), 0);
     QCOMPARE(velnoext_login(patience), 0);
 }
@@ -436,134 +315,6 @@ void TestWaysOut::interruptsFromEightThreads()
     device.serve(port, 1);
     QCOMPARE(connectTo(port), 0); // nothing of it lasts
     QCOMPARE(velnoext_login(patience), 0);
-}
-
-void TestWaysOut::answerLimitEndsTheWait_data()
-{
-    waitForAnAnswerEnds_data();
-}
-
-void TestWaysOut::answerLimitEndsTheWait()
-{
-    QFETCH(const QByteArray, opening);
-    QFETCH(const QByteArray, again);
-    library().pairingRecords[serial] = HandMadeDevice().record;
-    const quint16 port = freePort();
-    const Talker talker(port, opening, again);
-    QCOMPARE(connectTo(port), 0);
-    QCOMPARE(velnoext_set_answer_limit(50), 0);
-    QCOMPARE(velnoext_login(forEver), 2); // without the limit it never returns
-    QVERIFY(waitUntil([&] { return bool(talker.isClosed); }));
-    QCOMPARE(velnoext_login(forEver), 2);
-}
-
-void TestWaysOut::answerLimitEndsAPairing_data()
-{
-    QTest::addColumn<QByteArray>("opening");
-    QTest::addColumn<QByteArray>("again");
-
-    QTest::newRow("wrong kinds for ever") << QByteArray() << wrongKind();
-    QTest::newRow("a byte a time") << hex("0800") << QByteArray("x");
-    QTest::newRow("silence") << QByteArray() << QByteArray();
-}
-
-void TestWaysOut::answerLimitEndsAPairing()
-{
-    QFETCH(const QByteArray, opening);
-    QFETCH(const QByteArray, again);
-    const quint16 port = freePort();
-    QCOMPARE(velnoext_set_answer_limit(200), 0);
-    auto connecting = std::async(std::launch::async, [=] { return connectTo(port); });
-    {
-        const Talker announced(port, {}, {});
-        QVERIFY(waitUntil([&] { return bool(announced.isClosed); }));
-    }
-    const Talker talker(port, opening, again);
-    QCOMPARE(connecting.get(), 10); // at once wrong kinds and bytes are heard for ever, silence for 10 s
-    QVERIFY(library().pairingRecords.isEmpty());
-}
-
-void TestWaysOut::answersWithinTheLimitCount()
-{
-    HandMadeDevice device;
-    QCOMPARE(velnoext_set_answer_limit(patience), 0);
-    const quint16 port = freePort();
-    device.pairAndServe(port);
-    QCOMPARE(connectTo(port), 0);
-    const QByteArray answer = HandMadeDevice::framed(device.sealed(plain(true)));
-    device.setAnswer([answer](const QByteArray &) { return QList{keepAlive + keepAlive, answer}; });
-    QCOMPARE(velnoext_login(patience), 0);
-}
-
-void TestWaysOut::answerLimitOfNothingIsRefused()
-{
-    QCOMPARE(velnoext_set_answer_limit(0), 4);
-    QCOMPARE(velnoext_error_detail(), 0x414);
-    QCOMPARE(library().answerLimit, forEver);
-    QCOMPARE(velnoext_set_answer_limit(1), 0);
-    QCOMPARE(velnoext_error_detail(), 0);
-}
-
-void TestWaysOut::forgottenRegisterIsPairedAnew()
-{
-    HandMadeDevice device;
-    QCOMPARE(connectPaired(device), 0);
-    QCOMPARE(velnoext_forget_device(serial), 0);
-    char buffer[13] = {};
-    QCOMPARE(velnoext_active_device(buffer), 1);
-    QVERIFY(!library().connectionThread); // it was the last
-    QCOMPARE(velnoext_forget_device(serial), 1);
-    const quint16 port = freePort();
-    device.stop();
-    device.contacts = 0;
-    device.pairAndServe(port);
-    QCOMPARE(connectTo(port), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 3, int(patience)); // told so, keys, data
-    device.answerPlain(plain(true));
-    QCOMPARE(velnoext_login(patience), 0);
-}
-
-void TestWaysOut::forgettingLeavesOthersAlone()
-{
-    HandMadeDevice first;
-    HandMadeDevice second{otherSerial};
-    QCOMPARE(connectPaired(first), 0);
-    QCOMPARE(connectPaired(second, otherSerial), 0);
-    second.answerPlain(plain(true));
-    QCOMPARE(velnoext_forget_device(serial), 0);
-    QCOMPARE(velnoext_login(patience), 0); // the other one is still active
-    QCOMPARE(velnoext_set_active_device(serial), 1);
-    QVERIFY(!library().pairingRecords.contains(serial));
-}
-
-void TestWaysOut::forgettingNeedsAKnownRegister()
-{
-    QCOMPARE(velnoext_forget_device(nullptr), 3);
-    QCOMPARE(velnoext_error_detail(), 0x300);
-    QCOMPARE(velnoext_forget_device("UB123"), 4);
-    QCOMPARE(velnoext_error_detail(), 0x400);
-    QCOMPARE(velnoext_forget_device(serial), 1);
-    QCOMPARE(velnoext_error_detail(), 0);
-}
-
-void TestWaysOut::logGoesToTheFunctionThatIsSet()
-{
-    HandMadeDevice device;
-    HandMadeDevice stranger{otherSerial};
-    QCOMPARE(connectPaired(device), 0);
-    device.setAnswer(
-        [&](const QByteArray &) { return QList{HandMadeDevice::framed(stranger.sealed(plain(true)))}; });
-    QByteArray told;
-    const LogCapture standardOutput;
-    velnoext_set_log([](const char *text, void *context) { *static_cast<QByteArray *>(context) += text; },
-                     &told);
-    QCOMPARE(velnoext_login(patience), 12);
-    QCOMPARE(told, QByteArray("No Serial Match!"));
-    QCOMPARE(standardOutput.text(), QByteArray());
-    velnoext_set_log(nullptr, nullptr);
-    QCOMPARE(velnoext_login(patience), 12);
-    QCOMPARE(told, QByteArray("No Serial Match!"));
-    QCOMPARE(standardOutput.text(), QByteArray("No Serial Match!\n"));
 }
 
 QTEST_GUILESS_MAIN(TestWaysOut)

@@ -79,7 +79,7 @@ void HandMadeDevice::listenAsRelay()
     // The port is fixed: the tests of another build folder may hold it for a moment.
     const QDeadlineTimer deadline(std::chrono::seconds(60));
     m_relay = std::make_unique<QTcpServer>();
-    while (!m_relay->listen(QHostAddress(QStringLiteral(VELNO_TSM_RELAY_ADDRESS)), m_relayPort)) {
+    while (!m_relay->listen(QHostAddress(QString::fromUtf8(VELNO_TSM_RELAY_ADDRESS)), m_relayPort)) {
         if (m_relay->serverError() != QAbstractSocket::AddressInUseError || deadline.hasExpired())
             qFatal("relay port %d: %s", m_relayPort, qPrintable(m_relay->errorString()));
         std::this_thread::yield();
@@ -236,6 +236,8 @@ void HandMadeDevice::announce()
 void HandMadeDevice::exchangeKeys(const HandMadeRegister::Hook &hook)
 {
     const auto socket = nextContact();
+    if (m_stop)
+        return; // nobody was there, so no key is needed
     QByteArray random;
     HandMadeRegister reg([&](HandMadeRegister &self, const Request &request, int count) {
         if (request.kind == PairingStart)

@@ -11,6 +11,8 @@ QT_FORWARD_DECLARE_CLASS(QTcpServer)
 
 namespace TestSupport {
 
+using namespace Qt::StringLiterals;
+
 /**
  * A register as the device library meets it, on a thread of its own: it pairs when asked to, then stays
  * connected and answers each frame as the test says.
@@ -54,9 +56,9 @@ public:
     static QByteArray framed(const QByteArray &payload);  ///< with its length in front
 
     Velno::GMP::MatchExt record;
-    QByteArray announcement;                       ///< payload on the first contact
-    QByteArray appHash;                            ///< as received
-    QString address = QStringLiteral("127.0.0.1"); ///< where the library listens
+    QByteArray announcement;          ///< payload on the first contact
+    QByteArray appHash;               ///< as received
+    QString address = u"127.0.0.1"_s; ///< where the library listens
     /** What the relay answers to a name, written run by run; it leaves behind fewer than 12 bytes. */
     std::function<QList<QByteArray>(const QByteArray &)> echo = [](const QByteArray &name) {
         return QList{name};

@@ -28,6 +28,11 @@ QList<BrokenAnswer> brokenAnswers(const QByteArray &reply)
             {"no elements", {HandMadeDevice::framed(device.withElements({}))}, 12}};
 }
 
+QVector<QByteArray> slip()
+{
+    return library().slipContent;
+}
+
 QTcpSocket *connection()
 {
     return static_cast<QTcpSocket *>(connectionOf(library().activeDevice));

@@ -33,6 +33,11 @@ struct BrokenAnswer
 /** One for each code, as a HandMadeDevice gives it; `reply` is in the one that somebody else has sealed. */
 QList<BrokenAnswer> brokenAnswers(const QByteArray &reply);
 
+/** What is composed of the next slip. */
+QVector<QByteArray> slip();
+
+inline VelnoTextStyle plainStyle = {0, 0, 0};
+
 /** The active register's. */
 QTcpSocket *connection();
 

@@ -1,5 +1,6 @@
 #include "tests/support/velnoctl_client.h"
 
+#include "ExtDevice/velnoext/velnoext.h"
 #include "tests/support/ends_with_test.h"
 
 #include <QDeadlineTimer>
@@ -33,6 +34,23 @@ QStringList target(quint16 port)
 QJsonObject object(const QByteArray &line)
 {
     return QJsonDocument::fromJson(line).object();
+}
+
+QStringList wordsOf(const QString &line)
+{
+    QStringList words = QProcess::splitCommand(line);
+    for (QString &word : words) {
+        if (word == "EMPTY"_L1)
+            word = u""_s;
+    }
+    return words;
+}
+
+QByteArray causeInWords(int cause)
+{
+    QByteArrayList lines = text(velnoext_cause_text(cause)).split('\n');
+    lines[0] += " (cause " + QByteArray::number(cause) + ", " + text(velnoext_cause_name(cause)) + ')';
+    return lines.join("\n  ") + '\n';
 }
 
 QString fileWith(const QTemporaryDir &folder, const QByteArray &content)

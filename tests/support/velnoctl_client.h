@@ -17,11 +17,26 @@ namespace TestSupport {
 
 constexpr int longestWait = 60'000; // ms, for a machine under load and sanitizers
 
+inline const QByteArray yes = plain(true);
+inline const QByteArray no = plain(false);
+
 /** The options that send velnoctl to the register UB1234567890 on this port. */
 QStringList target(quint16 port);
 
 /** The object of a line that velnoctl printed; an empty one for anything else. */
 QJsonObject object(const QByteArray &line);
+
+/** The words of a line; EMPTY stands for an empty one, which splitting would lose. */
+QStringList wordsOf(const QString &line);
+
+/** One of the library's texts; no text for a null pointer. */
+inline QByteArray text(const char *found)
+{
+    return found;
+}
+
+/** As velnoctl tells a cause, the lines behind the first indented. */
+QByteArray causeInWords(int cause);
 
 /** The path of a new file, day.velno, with this content. */
 QString fileWith(const QTemporaryDir &folder, const QByteArray &content);
