@@ -6,6 +6,7 @@
 
 #include <openssl/core_names.h>
 
+using namespace Qt::StringLiterals;
 using namespace Velno;
 
 namespace {
@@ -13,8 +14,8 @@ namespace {
 constexpr qsizetype padBlock = 32;
 constexpr qsizetype macSize = 32;
 constexpr qsizetype headerSize = 14;
-const QByteArray cipherTag = QByteArrayLiteral("\xDF\xE0\x02");
-const QByteArray macTag = QByteArrayLiteral("\xDF\xE0\x03\x20");
+const QByteArray cipherTag = "\xDF\xE0\x02"_ba;
+const QByteArray macTag = "\xDF\xE0\x03\x20"_ba;
 
 CipherCtxPtr keyed(bool encrypt, const QByteArray &key)
 {

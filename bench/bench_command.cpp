@@ -15,6 +15,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int rounds = 4000;
@@ -80,8 +82,7 @@ void startTlsEcho(QProcess &process)
 {
     const quint16 port = freePort();
     process.setProcessChannelMode(QProcess::ForwardedChannels);
-    process.start(QCoreApplication::applicationFilePath(),
-                  {QStringLiteral("--tls-echo"), QString::number(port)});
+    process.start(QCoreApplication::applicationFilePath(), {u"--tls-echo"_s, QString::number(port)});
     BareSocket::connectTo(port); // returns when it listens
     tlsClient = std::make_unique<TlsEchoClient>(port, authority);
 }

@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype fileSize = 100 << 20;
@@ -90,7 +92,7 @@ int main(int argc, char **argv)
 {
     pinToCore();
     const QTemporaryDir folder;
-    path = folder.filePath(QStringLiteral("application"));
+    path = folder.filePath(u"application"_s);
     QByteArray content(fileSize, Qt::Uninitialized);
     for (qsizetype i = 0; i < fileSize; ++i)
         content[i] = char(i * 2654435761 >> 16);

@@ -17,6 +17,8 @@
 #include <cstring>
 #include <iostream>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int rounds = 400;
@@ -151,9 +153,9 @@ quint16 startRegister(QProcess &process, const char *serialNo)
     require(free.listen(QHostAddress::LocalHost, 0), "no free port");
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(QStringLiteral(VELNO_REGISTER),
-                  {QStringLiteral("--serial"), QString::fromLatin1(serialNo), QStringLiteral("--connect"),
-                   QStringLiteral("127.0.0.1:%1").arg(free.serverPort())});
+    process.start(QString::fromUtf8(VELNO_REGISTER),
+                  {u"--serial"_s, QString::fromLatin1(serialNo), u"--connect"_s,
+                   u"127.0.0.1:%1"_s.arg(free.serverPort())});
     require(process.waitForStarted(), "velno-register did not start");
     return free.serverPort();
 }

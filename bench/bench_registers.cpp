@@ -17,6 +17,8 @@
 #include <memory>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr uint16_t relayPort = 50902;
@@ -100,7 +102,7 @@ public:
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_process.start(QCoreApplication::applicationFilePath(),
-                        {QStringLiteral("--registers"), QString::number(first), QString::number(count)});
+                        {u"--registers"_s, QString::number(first), QString::number(count)});
         m_bytes = readNumber();
     }
 
@@ -198,7 +200,7 @@ int main(int argc, char **argv)
 
     QProcess farm;
     farm.setProcessChannelMode(QProcess::ForwardedChannels);
-    farm.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--farm")});
+    farm.start(QCoreApplication::applicationFilePath(), {u"--farm"_s});
     require(farm.waitForStarted(), "the farm did not start");
     BareSocket::connectTo(relayPort); // returns when the farm listens
     const bool frugal = connectAll();

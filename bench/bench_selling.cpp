@@ -11,6 +11,8 @@
 #include <chrono>
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int rounds = 300;
@@ -89,7 +91,7 @@ BENCHMARK_CAPTURE(items, atOnce, addAtOnce)->Repetitions(rounds)->Iterations(1)-
 void printMessages(const char *name, bool (*addItems)())
 {
     const QTemporaryDir folder;
-    const QString events = folder.filePath(QStringLiteral("events"));
+    const QString events = folder.filePath(u"events"_s);
     {
         const RegisterProcess forCounting("UB0000000002", events);
         forCounting.connectLibrary(appNo);

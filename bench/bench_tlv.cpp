@@ -7,6 +7,7 @@
 #include <cstring>
 #include <malloc.h>
 
+using namespace Qt::StringLiterals;
 using namespace Velno;
 
 namespace {
@@ -18,8 +19,8 @@ constexpr int rounds = 200;
 /** A message as a pairing sends it: short texts, a date, two 256-byte numbers. */
 QByteArray buildMessage()
 {
-    static const QByteArray tag = QByteArrayLiteral("\xDF\xC1\x07");
-    static const QByteArray text = QByteArrayLiteral("VENDOR 1234");
+    static const QByteArray tag = "\xDF\xC1\x07"_ba;
+    static const QByteArray text = "VENDOR 1234"_ba;
     static const QByteArray key(256, 'k');
     QByteArray body;
     body.reserve(2048);

@@ -5,6 +5,8 @@
 
 #include <QTcpServer>
 
+using namespace Qt::StringLiterals;
+
 quint16 freePort()
 {
     QTcpServer server;
@@ -18,9 +20,8 @@ RegisterProcess::RegisterProcess(const char *serialNo, const QString &events)
 {
     m_process.setStandardOutputFile(events);
     m_process.setStandardErrorFile(QProcess::nullDevice());
-    m_process.start(QStringLiteral(VELNO_REGISTER),
-                    {QStringLiteral("--serial"), QString::fromLatin1(serialNo), QStringLiteral("--connect"),
-                     QStringLiteral("127.0.0.1:%1").arg(m_port)});
+    m_process.start(QString::fromUtf8(VELNO_REGISTER), {u"--serial"_s, QString::fromLatin1(serialNo),
+                                                        u"--connect"_s, u"127.0.0.1:%1"_s.arg(m_port)});
     require(m_process.waitForStarted(), "velno-register did not start");
 }
 

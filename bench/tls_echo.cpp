@@ -9,6 +9,8 @@
 #include <QSslKey>
 #include <QTcpServer>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int patience = 10000;
@@ -25,7 +27,7 @@ QSslConfiguration tls12()
 {
     QSslConfiguration configuration;
     configuration.setProtocol(QSsl::TlsV1_2);
-    configuration.setCiphers(QStringLiteral("AES256-SHA256"));
+    configuration.setCiphers(u"AES256-SHA256"_s);
     return configuration;
 }
 
@@ -76,7 +78,7 @@ TlsEchoClient::TlsEchoClient(quint16 port, const std::string &authority)
     m_socket.setSslConfiguration(configuration);
     // The certificate names a register, not a host.
     QObject::connect(&m_socket, &QSslSocket::sslErrors, &m_socket, [this] { m_socket.ignoreSslErrors(); });
-    m_socket.connectToHostEncrypted(QStringLiteral("127.0.0.1"), port);
+    m_socket.connectToHostEncrypted(u"127.0.0.1"_s, port);
     const bool encrypted = m_socket.waitForEncrypted(patience);
     require(encrypted, qPrintable(m_socket.errorString()));
     m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
