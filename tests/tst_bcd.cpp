@@ -6,6 +6,7 @@
 #include <QProcess>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace Velno;
 using TestSupport::ExactBytes;
 using TestSupport::hex;
@@ -333,9 +334,9 @@ void TestBcd::shortIntegerEndsTheProcess_data()
     QTest::addColumn<QString>("bytes");
     QTest::addColumn<bool>("ends");
 
-    QTest::newRow("3 bytes") << QStringLiteral("010203") << true;
-    QTest::newRow("1 byte") << QStringLiteral("01") << true;
-    QTest::newRow("4 bytes") << QStringLiteral("01020304") << false;
+    QTest::newRow("3 bytes") << u"010203"_s << true;
+    QTest::newRow("1 byte") << u"01"_s << true;
+    QTest::newRow("4 bytes") << u"01020304"_s << false;
 }
 
 void TestBcd::shortIntegerEndsTheProcess()

@@ -164,7 +164,7 @@ void TestCauses::causeNeedsNoLock()
 void TestCauses::programsTellTheirCause()
 {
     NEEDS_A_REGISTERS_KEY();
-    const QString program = QStringLiteral(VELNO_PLAIN_C_PROGRAM);
+    const QString program = QString::fromUtf8(VELNO_PLAIN_C_PROGRAM);
     int cause = 0;
 #ifndef __SANITIZE_THREAD__ // which starts a thread of its own first
     const auto withoutThreads = [] {

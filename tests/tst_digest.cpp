@@ -12,6 +12,7 @@
 #include <QTest>
 #include <QThread>
 
+using namespace Qt::StringLiterals;
 using namespace Velno;
 using TestSupport::ExactBytes;
 using TestSupport::hex;
@@ -136,7 +137,7 @@ void TestDigest::deviceIsHashedInPieces()
 {
     QFETCH(const int, size);
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("application"));
+    const QString path = folder.filePath(u"application"_s);
     QByteArray data(size, Qt::Uninitialized);
     for (int i = 0; i < size; ++i)
         data[i] = char(i % 251);
@@ -347,7 +348,7 @@ void TestDigest::fileIsReadAsWritten()
 {
     QFETCH(const QByteArray, data);
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("veri dosyası"));
+    const QString path = folder.filePath(u"veri dosyası"_s);
     QVERIFY(writeData(path, data));
     QCOMPARE(QFile(path).size(), data.size());
 
@@ -359,7 +360,7 @@ void TestDigest::fileIsReadAsWritten()
 void TestDigest::writingTruncates()
 {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("file"));
+    const QString path = folder.filePath(u"file"_s);
     QVERIFY(writeData(path, "long content"));
     QVERIFY(writeData(path, "short"));
     QByteArray read;
@@ -372,8 +373,8 @@ void TestDigest::writingTruncates()
 void TestDigest::writingWhereNothingCanBe_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("missing folder") << QStringLiteral("missing/file");
-    QTest::newRow("a folder") << QStringLiteral(".");
+    QTest::newRow("missing folder") << u"missing/file"_s;
+    QTest::newRow("a folder") << u"."_s;
 }
 
 void TestDigest::writingWhereNothingCanBe()
@@ -386,7 +387,7 @@ void TestDigest::writingWhereNothingCanBe()
 
 void TestDigest::fullDeviceIsReported()
 {
-    const QString full = QStringLiteral("/dev/full");
+    const QString full = u"/dev/full"_s;
     if (!QFile::exists(full))
         QSKIP("NOT TESTED: this system has no /dev/full to stand for a full disk");
     QVERIFY(!writeData(full, "data"));
@@ -395,10 +396,10 @@ void TestDigest::fullDeviceIsReported()
 void TestDigest::readingFailsAndTouchesNothing_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("missing") << QStringLiteral("missing");
-    QTest::newRow("a folder") << QStringLiteral(".");
+    QTest::newRow("missing") << u"missing"_s;
+    QTest::newRow("a folder") << u"."_s;
     // Opens, but its first page cannot be read.
-    QTest::newRow("unreadable") << QStringLiteral("/proc/self/mem");
+    QTest::newRow("unreadable") << u"/proc/self/mem"_s;
 }
 
 void TestDigest::readingFailsAndTouchesNothing()
@@ -413,7 +414,7 @@ void TestDigest::readingFailsAndTouchesNothing()
 void TestDigest::readingIntoNothingFails()
 {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("file"));
+    const QString path = folder.filePath(u"file"_s);
     QVERIFY(writeData(path, "data"));
     QVERIFY(!readData(path, nullptr));
 }

@@ -34,7 +34,7 @@ namespace {
 
 Outcome run(const QStringList &arguments)
 {
-    return outcomeOf(QStringLiteral(VELNO_EXAMPLES "/register_state"), arguments);
+    return outcomeOf(QString::fromUtf8(VELNO_EXAMPLES "/register_state"), arguments);
 }
 
 } // namespace

@@ -59,7 +59,7 @@ QStringList matches(const QByteArray &text, const char *pattern)
 
 QByteArray fileText(const char *name)
 {
-    QFile file(QStringLiteral(VELNO_HEADER_FOLDER "/") + QString::fromLatin1(name));
+    QFile file(QString::fromUtf8(VELNO_HEADER_FOLDER "/") + QString::fromLatin1(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
@@ -182,23 +182,23 @@ void TestLibraryProcess::programsOfEveryKind_data()
     QTest::addColumn<int>("visits"); // how often the register comes after it is paired
     QTest::addColumn<QByteArray>("output");
 
-    const QString c = QStringLiteral(VELNO_PLAIN_C_PROGRAM);
+    const QString c = QString::fromUtf8(VELNO_PLAIN_C_PROGRAM);
     QTest::newRow("C") << QStringList{c, {}} << 2
                        << QByteArray("code 0 state 7 locale C\ncode 0 state 7 locale C\n");
     QTest::newRow("C that ends while connected")
         << QStringList{c, {}, u"stay"_s} << 1 << QByteArray("code 0 state 7 locale C\n");
     QTest::newRow("C++ with a Qt application of its own")
-        << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}} << 2
+        << QStringList{QString::fromUtf8(VELNO_QT_PROGRAM), {}} << 2
         << QByteArray("code 0 state 7\ncode 0 state 7\napplication kept\n");
     QTest::newRow("C++ that outlives its Qt application")
-        << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}, u"outlive"_s} << 2
+        << QStringList{QString::fromUtf8(VELNO_QT_PROGRAM), {}, u"outlive"_s} << 2
         << QByteArray("code 0 state 7\n").repeated(3) + "application gone\n";
     QTest::newRow("C++ whose threads and applications come and go")
-        << QStringList{QStringLiteral(VELNO_QT_PROGRAM), {}, u"pass-on"_s} << 2
+        << QStringList{QString::fromUtf8(VELNO_QT_PROGRAM), {}, u"pass-on"_s} << 2
         << QByteArray("code 0 state 7\n").repeated(4);
-    QTest::newRow("Python") << QStringList{QStringLiteral(VELNO_PYTHON),
-                                           QStringLiteral(VELNO_PYTHON_PROGRAM),
-                                           QStringLiteral(VELNO_LIBRARY),
+    QTest::newRow("Python") << QStringList{QString::fromUtf8(VELNO_PYTHON),
+                                           QString::fromUtf8(VELNO_PYTHON_PROGRAM),
+                                           QString::fromUtf8(VELNO_LIBRARY),
                                            {}}
                             << 2
                             << QByteArray("connected 0\ncode 0 state 7\ncode 0 state 7\n").repeated(2) +
@@ -214,7 +214,7 @@ void TestLibraryProcess::programsOfEveryKind()
     QFETCH(const int, visits);
     if (command.first().isEmpty())
         QSKIP("NOT TESTED: python3 was not there when this was configured");
-    if (!plainBuild && command.contains(QStringLiteral(VELNO_LIBRARY)))
+    if (!plainBuild && command.contains(QString::fromUtf8(VELNO_LIBRARY)))
         QSKIP("NOT TESTED: Python cannot load a library that was built for a sanitizer");
     HandMadeDevice device;
     // Sealed when asked: the keys are agreed on only then. The second time the register comes paired.
@@ -255,9 +255,9 @@ void TestLibraryProcess::threadLeavesNothingOfOpenSsl()
     QProcess program;
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s); // Qt warns of any other
-    environment.insert(u"LD_PRELOAD"_s, QStringLiteral(VELNO_THREAD_END_WATCH));
+    environment.insert(u"LD_PRELOAD"_s, QString::fromUtf8(VELNO_THREAD_END_WATCH));
     program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(VELNO_PLAIN_C_PROGRAM), {QString::number(port)});
+    program.start(QString::fromUtf8(VELNO_PLAIN_C_PROGRAM), {QString::number(port)});
     QVERIFY(program.waitForFinished());
     QCOMPARE(program.readAllStandardError(), QByteArray());
     QCOMPARE(program.exitCode(), 0);
@@ -268,7 +268,7 @@ void TestLibraryProcess::programWithoutItsFileCannotPair()
     NEEDS_A_REGISTERS_KEY();
     QTemporaryDir folder;
     const QString copy = folder.filePath(u"program"_s);
-    QVERIFY(QFile::copy(QStringLiteral(VELNO_PLAIN_C_PROGRAM), copy));
+    QVERIFY(QFile::copy(QString::fromUtf8(VELNO_PLAIN_C_PROGRAM), copy));
     HandMadeDevice device;
     const quint16 port = freePort();
     device.pairAndServe(port);
@@ -292,7 +292,7 @@ void TestLibraryProcess::programWithoutThreadsIsToldSo()
         const rlimit limit{std::numeric_limits<size_t>::max() / 4 * 3, RLIM_INFINITY};
         setrlimit(RLIMIT_STACK, &limit);
     });
-    program.start(QStringLiteral(VELNO_PLAIN_C_PROGRAM), {QString::number(freePort())});
+    program.start(QString::fromUtf8(VELNO_PLAIN_C_PROGRAM), {QString::number(freePort())});
     QVERIFY(program.waitForFinished());
     QCOMPARE(program.readAllStandardOutput(), QByteArray("code 1 state -1 locale C\ncause 7008\n"));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
@@ -302,7 +302,7 @@ void TestLibraryProcess::programWithoutThreadsIsToldSo()
 void TestLibraryProcess::libraryShowsItsFunctionsAlone()
 {
     QProcess nm;
-    nm.start(QStringLiteral(VELNO_NM), {u"-D"_s, u"--defined-only"_s, QStringLiteral(VELNO_LIBRARY)});
+    nm.start(QString::fromUtf8(VELNO_NM), {u"-D"_s, u"--defined-only"_s, QString::fromUtf8(VELNO_LIBRARY)});
     QVERIFY(nm.waitForFinished());
     const QStringList shown = matches(nm.readAllStandardOutput(), "^[0-9a-f]+ [^A\\n] ([^@\\n]+)");
     const QStringList declared = matches(fileText("velnoext.h"), "^VELNOEXT_API [^(]*?(\\w+)\\(");

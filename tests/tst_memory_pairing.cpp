@@ -9,8 +9,9 @@
 
 #include <openssl/core_names.h>
 
-using namespace Velno;
+using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
+using namespace Velno;
 using TestSupport::hex;
 using TestSupport::LogCapture;
 using TestSupport::RegisterInMemory;
@@ -212,7 +213,7 @@ void TestMemoryPairing::registerThatRefusesIsNotPaired()
 {
     RegisterInMemory reg;
     Application application(reg);
-    QCOMPARE(reg.faults.switchOn(QStringLiteral("wrong-app-hash")), QString());
+    QCOMPARE(reg.faults.switchOn(u"wrong-app-hash"_s), QString());
     MatchExt record;
     const LogCapture capture;
     QCOMPARE(pairRegister(application.session, record, terms()), 5000);

@@ -12,6 +12,7 @@
 #include <array>
 #include <sys/socket.h>
 
+using namespace Qt::StringLiterals;
 using namespace TestSupport;
 
 namespace {
@@ -105,7 +106,7 @@ void TestNetwork::connectTakesEveryTimeOut()
 
 void TestNetwork::connectTakesANameToo()
 {
-    if (QHostInfo::fromName(QStringLiteral("localhost")).error() != QHostInfo::NoError)
+    if (QHostInfo::fromName(u"localhost"_s).error() != QHostInfo::NoError)
         QSKIP("this system has no address for localhost, so there is no name to connect to");
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));
@@ -277,7 +278,7 @@ void TestNetwork::proxyOfTheApplicationIsNotUsed()
     const auto restore = qScopeGuard([&before] { QNetworkProxy::setApplicationProxy(before); });
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::AnyIPv4));
-    QNetworkProxy::setApplicationProxy({QNetworkProxy::Socks5Proxy, QStringLiteral("127.0.0.1"), freePort()});
+    QNetworkProxy::setApplicationProxy({QNetworkProxy::Socks5Proxy, u"127.0.0.1"_s, freePort()});
 
     unsigned int handle = 0;
     QCOMPARE(velno_network_connect("0.0.0.0", server.serverPort(), patience, &handle), 0);

@@ -27,7 +27,7 @@ namespace {
 /** Runs the program where Qt finds no screen: an application object of the window's would end it. */
 Outcome runWithoutDisplay(const QStringList &arguments, const QString &outputFile = {})
 {
-    return outcomeOf(QStringLiteral(VELNO_PAIRING), arguments, [&outputFile](QProcess &process) {
+    return outcomeOf(QString::fromUtf8(VELNO_PAIRING), arguments, [&outputFile](QProcess &process) {
         QProcessEnvironment environment = process.processEnvironment();
         environment.insert(u"QT_QPA_PLATFORM_PLUGIN_PATH"_s, u"/nowhere"_s);
         environment.insert(u"QT_PLUGIN_PATH"_s, u"/nowhere"_s);

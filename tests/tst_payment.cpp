@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
+using namespace Qt::StringLiterals;
 using namespace TestSupport;
 using namespace Velno::Ext;
 
@@ -206,10 +207,10 @@ void TestPayment::announcedSizesTakeNoMemory_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QByteArray>("head");
 
-    QTest::newRow("cancel") << QStringLiteral("cancel") << plain(1);
-    QTest::newRow("active acquirers") << QStringLiteral("active acquirers") << QByteArray();
-    QTest::newRow("acquirers of sale") << QStringLiteral("acquirers of sale") << QByteArray();
-    QTest::newRow("section") << QStringLiteral("section") << QByteArray();
+    QTest::newRow("cancel") << u"cancel"_s << plain(1);
+    QTest::newRow("active acquirers") << u"active acquirers"_s << QByteArray();
+    QTest::newRow("acquirers of sale") << u"acquirers of sale"_s << QByteArray();
+    QTest::newRow("section") << u"section"_s << QByteArray();
 }
 
 void TestPayment::announcedSizesTakeNoMemory()

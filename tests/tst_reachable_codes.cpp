@@ -92,7 +92,7 @@ int withoutItsFile(quint16 port)
 {
     const QTemporaryDir folder;
     const QString copy = folder.filePath(u"program"_s);
-    if (!QFile::copy(QStringLiteral(VELNO_PLAIN_C_PROGRAM), copy))
+    if (!QFile::copy(QString::fromUtf8(VELNO_PLAIN_C_PROGRAM), copy))
         return -1;
     QProcess program;
     program.start(copy, {QString::number(port), copy});

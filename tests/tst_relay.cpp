@@ -1,5 +1,5 @@
-#include "simulator/relay/relay_faults.h"
 #include "simulator/relay/register_book.h"
+#include "simulator/relay/relay_faults.h"
 #include "tests/support/program_run.h"
 #include "tests/support/relay_line.h"
 #include "tests/support/simulated_relay.h"

@@ -50,7 +50,7 @@ constexpr const char *cuts[] = {"drop", "drop-after=1", "drop-after=30"};
 bool portsAreFree()
 {
     const auto canListen = [](quint16 port) {
-        return QTcpServer().listen(QHostAddress(QStringLiteral(VELNO_TSM_RELAY_ADDRESS)), port);
+        return QTcpServer().listen(QHostAddress(QString::fromUtf8(VELNO_TSM_RELAY_ADDRESS)), port);
     };
     return QTest::qWaitFor([&] { return canListen(50900) && canListen(50902); }, 60'000);
 }
@@ -60,7 +60,7 @@ QStringList wellKnownPlace()
 {
     if (!portsAreFree())
         qWarning("somebody keeps the ports 50900 and 50902");
-    return {u"--listen"_s, QStringLiteral(VELNO_TSM_RELAY_ADDRESS), u"--app-ports"_s, u"50900,50902"_s};
+    return {u"--listen"_s, QString::fromUtf8(VELNO_TSM_RELAY_ADDRESS), u"--app-ports"_s, u"50900,50902"_s};
 }
 
 QStringList atRelay(const SimulatedRelay &relay)

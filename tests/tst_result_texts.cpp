@@ -25,7 +25,7 @@ QString fileText(const QString &path)
 
 QString sourceFolder()
 {
-    return QStringLiteral(VELNO_SOURCE_FOLDER);
+    return QString::fromUtf8(VELNO_SOURCE_FOLDER);
 }
 
 /** The library's own sources in one text, without the texts themselves. */

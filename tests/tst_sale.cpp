@@ -7,6 +7,7 @@
 
 #include <cstddef>
 
+using namespace Qt::StringLiterals;
 using namespace TestSupport;
 using namespace Velno::Ext;
 
@@ -139,7 +140,7 @@ void TestSale::goodCallsReachTheRegister()
     QCOMPARE(device.commands(), expected);
     const bool tellsTotals = call.reply.contains(someTotals());
     QCOMPARE(bytesOf(out.totals), tellsTotals ? someTotals() : bytesOf(Outputs().totals));
-    const bool tellsAll = name == QLatin1String("state");
+    const bool tellsAll = name == "state"_L1;
     QCOMPARE(out.first, tellsAll ? 42 : Outputs().first);
     QCOMPARE(out.receipt.first, tellsAll ? 17 : Outputs().receipt.first);
     QCOMPARE(out.receipt.second, tellsAll ? 18 : Outputs().receipt.second);
@@ -163,7 +164,7 @@ void TestSale::everyPrefixIsUnreadable()
         QVERIFY2(call.run(out) == 5, where);
         QVERIFY2(out.untouchedBesidesFirst(), where);
         // Of a sale's state the first number of the list, once it was whole, is known all the same.
-        const bool listIsWhole = name == QLatin1String("state") && size >= 1 + 4 + 4 + 2 * 4;
+        const bool listIsWhole = name == "state"_L1 && size >= 1 + 4 + 4 + 2 * 4;
         QVERIFY2(out.first == (listIsWhole ? 42 : Outputs().first), where);
         QCOMPARE(velnoext_error_detail(), 0);
     }
@@ -366,7 +367,7 @@ void TestSale::stepsAreJudged()
         } else if (call.reply == plain(true) + openSale()) {
             answer(device, call, plain(true) + step);
             QCOMPARE(call.run(out), medical);
-        } else if (name != QLatin1String("state")) {
+        } else if (name != "state"_L1) {
             answer(device, call, plain(true) + step + totals);
             QCOMPARE(call.run(out), item);
             QCOMPARE(out.untouched(), item != 0);

@@ -439,7 +439,7 @@ void TestVelnoctl::readerThatWentAway()
 void TestVelnoctl::usesThePublicFunctionsAlone()
 {
     QProcess nm;
-    nm.start(QStringLiteral(VELNO_NM), {u"-D"_s, u"--undefined-only"_s, Client::program()});
+    nm.start(QString::fromUtf8(VELNO_NM), {u"-D"_s, u"--undefined-only"_s, Client::program()});
     QVERIFY(nm.waitForFinished());
     const QString wanted = QString::fromLatin1(nm.readAllStandardOutput());
     QVERIFY(wanted.contains("velnoext_initialize"_L1));

@@ -190,7 +190,7 @@ void TestVelnoctlRegister::marketsDay()
     const quint16 port = freePort();
     SimulatedRegister reg(port, {u"--clock"_s, u"1795276800"_s});
     for (const QByteArray z : {"1", "2"}) {
-        Client client(target(port) + QStringList{u"run"_s, QStringLiteral(VELNO_MARKET)});
+        Client client(target(port) + QStringList{u"run"_s, QString::fromUtf8(VELNO_MARKET)});
         QVERIFY2(client.exitCode() == 0, client.err.constData());
         QVERIFY2(client.out.startsWith("logged in\nstate 1 (idle)\npaper present\nsection 1 \"GIDA\", "),
                  client.out.constData());
@@ -219,7 +219,7 @@ void TestVelnoctlRegister::marketsDayAsJson()
 {
     const quint16 port = freePort();
     SimulatedRegister reg(port);
-    Client client(target(port) + QStringList{u"--json"_s, u"run"_s, QStringLiteral(VELNO_MARKET)});
+    Client client(target(port) + QStringList{u"--json"_s, u"run"_s, QString::fromUtf8(VELNO_MARKET)});
     QCOMPARE(client.exitCode(), 0);
     QList<int> changes;
     for (const QByteArray &line : client.out.trimmed().split('\n')) {

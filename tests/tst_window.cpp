@@ -347,10 +347,9 @@ void TestWindow::networksOfOtherMachines()
     environment.insert(QLatin1String(expectedNetwork), network);
     inside.setProcessEnvironment(environment);
     inside.setProcessChannelMode(QProcess::MergedChannels);
-    inside.start(u"unshare"_s,
-                 {u"-rn"_s, u"sh"_s, u"-c"_s, commands + u" && exec \"$0\" \"$1\""_s,
-                  QCoreApplication::applicationFilePath(),
-                  QLatin1String("networksOfOtherMachines:") + QLatin1String(QTest::currentDataTag())});
+    inside.start(u"unshare"_s, {u"-rn"_s, u"sh"_s, u"-c"_s, commands + u" && exec \"$0\" \"$1\""_s,
+                                QCoreApplication::applicationFilePath(),
+                                "networksOfOtherMachines:"_L1 + QLatin1String(QTest::currentDataTag())});
     QVERIFY(inside.waitForFinished());
     QVERIFY2(inside.exitStatus() == QProcess::NormalExit && inside.exitCode() == 0,
              inside.readAll().constData());

@@ -77,7 +77,7 @@ void TestWindowPairing::startRegister(QProcess &cashRegister, quint16 port)
     const QByteArray hash = QCryptographicHash::hash(application.readAll(), QCryptographicHash::Sha256);
     cashRegister.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     cashRegister.setChildProcessModifier(TestSupport::endsWithTest());
-    cashRegister.start(QStringLiteral(VELNO_REGISTER),
+    cashRegister.start(QString::fromUtf8(VELNO_REGISTER),
                        {u"--serial"_s, u"UB1234567890"_s, u"--connect"_s, u"127.0.0.1:%1"_s.arg(port),
                         u"--app-hash"_s, QString::fromLatin1(hash.toHex()), u"--once"_s});
     QVERIFY2(cashRegister.waitForStarted(), qUtf8Printable(cashRegister.errorString()));

@@ -3,6 +3,8 @@
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/gmp3/cipher.h"
 
+using namespace Qt::StringLiterals;
+
 namespace Velno::GMP {
 
 namespace {
@@ -21,8 +23,8 @@ SessionKeys::~SessionKeys()
 SessionKeys deriveKeys(const QByteArray &secret, const QByteArray &responderRandom,
                        const QByteArray &requesterRandom)
 {
-    static const QByteArray masterLabel = QByteArrayLiteral("GMP-3 istek");
-    static const QByteArray keyLabel = QByteArrayLiteral("GMP-3 anahtarlar");
+    static const QByteArray masterLabel = "GMP-3 istek"_ba;
+    static const QByteArray keyLabel = "GMP-3 anahtarlar"_ba;
     const QByteArray seed = responderRandom + requesterRandom;
     SessionKeys keys;
     QByteArray master = tlsPrf(secret, masterLabel, seed);

@@ -12,6 +12,8 @@
 
 #include <QScopeGuard>
 
+using namespace Qt::StringLiterals;
+
 namespace Velno::GMP {
 
 namespace {
@@ -64,8 +66,8 @@ Body requestBody(const Session &session, const char *identity)
     body.add(SequenceNumber, toBcd3(1));
     body.add(TransactionDate, toBcd(now.date(), false));
     body.add(TransactionTime, toBcd(now.time(), false));
-    body.add(ExtDeviceVendor, QByteArrayLiteral("VENDOR 1234"));
-    body.add(ExtDeviceModel, QByteArrayLiteral("MODEL X"));
+    body.add(ExtDeviceVendor, "VENDOR 1234"_ba);
+    body.add(ExtDeviceModel, "MODEL X"_ba);
     body.add(ExtDeviceIdentity, QByteArray(identity));
     return body;
 }
@@ -86,7 +88,7 @@ PkeyPtr keyPairInReceivedGroup(const GMP3_Message &record)
     const QByteArray g = record.value(fieldTag(DhGenerator));
     PkeyPtr dh = dhGroup(p.constData(), int(p.size()), g.constData(), int(g.size()));
     if (!isKnownGroup(dh)) {
-        const QByteArray group = dh ? groupInWords(dh) : QByteArrayLiteral("no usable numbers");
+        const QByteArray group = dh ? groupInWords(dh) : "no usable numbers"_ba;
         LogLine() << "Unknown DH group: " << group.constData();
         return {};
     }
@@ -127,8 +129,8 @@ QByteArray respondStart(Session &session, const char *identity)
 {
     Body body(session.record);
     body.echo(SequenceNumber, TransactionDate, TransactionTime);
-    body.add(EcrBrand, QByteArrayLiteral("DALMORIVEN"));
-    body.add(EcrModel, QByteArrayLiteral("m120"));
+    body.add(EcrBrand, "DALMORIVEN"_ba);
+    body.add(EcrModel, "m120"_ba);
     body.add(EcrIdentity, QByteArray(identity));
     body.add(ProtocolVersion, protocolVersion);
     QByteArray certificate;
@@ -136,7 +138,7 @@ QByteArray respondStart(Session &session, const char *identity)
         body.add(Certificate, certificate);
     body.add(DhPrime, QByteArray(get_dh2048_p_value(), get_dh2048_p_size()));
     body.add(DhGenerator, QByteArray(get_dh2048_g_value(), get_dh2048_g_size()));
-    body.add(ResultCode, QByteArrayLiteral("00"));
+    body.add(ResultCode, "00"_ba);
     // BCD here, a raw byte in the two later responses: the same for 0 to 9.
     body.add(PairingIndex, toBcd(quint64(session.record.pairingIndex)));
     session.record.responderRandom = session.randoms(randomSize);
@@ -165,12 +167,12 @@ QByteArray respondKeyExchange(Session &session)
         if (signature.size() != publicKey.size())
             continue;
         body.add(ResponderPublicKey, publicKey);
-        body.add(ResultCode, QByteArrayLiteral("00"));
+        body.add(ResultCode, "00"_ba);
         body.add(PairingIndex, rawPairingIndex(record));
         body.add(Signature, signature);
         return body.bytes();
     }
-    body.add(ResultCode, QByteArrayLiteral("01"));
+    body.add(ResultCode, "01"_ba);
     body.add(PairingIndex, rawPairingIndex(record));
     return body.bytes();
 }
@@ -190,13 +192,13 @@ QByteArray judgeConfirmation(GMP3_Message &record)
     const QByteArray expected = record.createKeys(record.value(fieldTag(RequesterPublicKey)));
     if (!sameSecret(record.value(fieldTag(KeyCheckValue)), expected)) {
         LogLine() << "KCV Error";
-        return QByteArrayLiteral("02");
+        return "02"_ba;
     }
     if (!appHashMatches(record)) {
         LogLine() << "App Hash Error";
-        return QByteArrayLiteral("03");
+        return "03"_ba;
     }
-    return QByteArrayLiteral("00");
+    return "00"_ba;
 }
 
 QByteArray respondConfirm(GMP3_Message &record)

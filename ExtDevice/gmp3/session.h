@@ -99,8 +99,8 @@ struct Session
     Link *link = nullptr; ///< lent; needed by send(), receive() and disconnect()
     std::function<QDateTime()> clock = [] { return QDateTime::currentDateTime(); }; ///< local time
     std::function<QByteArray(int)> randoms = GetRandom;                             ///< so many bytes
-    QString certificatePath = QStringLiteral("./client.crt"); ///< what a responder shows, PEM
-    QString keyPath = QStringLiteral("./client.key");         ///< what a responder signs with, PEM
+    QString certificatePath = QString::fromLatin1("./client.crt"); ///< what a responder shows, PEM
+    QString keyPath = QString::fromLatin1("./client.key");         ///< what a responder signs with, PEM
 };
 
 } // namespace Velno::GMP

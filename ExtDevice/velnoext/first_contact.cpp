@@ -13,6 +13,8 @@
 
 #include <cstring>
 
+using namespace Qt::StringLiterals;
+
 namespace Velno::Ext {
 
 using namespace Velno::GMP;
@@ -51,7 +53,7 @@ QByteArray applicationHash()
 {
     static QByteArray hash;
     if (hash.isEmpty()) {
-        QFile file(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
+        QFile file(QFile::symLinkTarget(u"/proc/self/exe"_s));
         if (file.open(QIODevice::ReadOnly))
             hash = sha256Sum(file);
     }

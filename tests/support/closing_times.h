@@ -33,7 +33,7 @@ public:
         QStringList words;
         for (const qint64 time : m_times)
             words << QString::number(time);
-        return words.join(u' ') + QStringLiteral(" ms");
+        return words.join(u' ') + QString::fromLatin1(" ms");
     }
 
 private:

@@ -5,6 +5,8 @@
 
 #include <QTcpSocket>
 
+using namespace Qt::StringLiterals;
+
 namespace TestSupport {
 
 using namespace Velno;
@@ -92,7 +94,7 @@ void HandMadeRegister::connectAndConverse(quint16 port)
 {
     QTcpSocket socket;
     while (!m_stop) {
-        socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+        socket.connectToHost(u"127.0.0.1"_s, port);
         if (socket.waitForConnected(5000))
             break;
         std::this_thread::yield(); // nobody listens yet
@@ -168,7 +170,7 @@ Fields HandMadeRegister::answerConfirm(const Request &request)
     aesKey = keys.aesKey;
     kcvIv = keys.kcvIv;
     QByteArray iv = kcvIv;
-    appHash = GMP3_aes_cipher(false, aesKey, valueOf(request.fields, QByteArrayLiteral("\xDF\xE0\x04")), iv);
+    appHash = GMP3_aes_cipher(false, aesKey, valueOf(request.fields, "\xDF\xE0\x04"_ba), iv);
     const bool right = valueOf(request.fields, fieldTag(KeyCheckValue)) == keys.checkValue;
     return {{fieldTag(ResultCode), right ? "00" : "02"},
             {fieldTag(PairingNumber), QByteArray("\x47\x11")},

@@ -4,10 +4,12 @@
 
 namespace TestSupport {
 
+using namespace Qt::StringLiterals;
+
 /** Whether this computer listens on the port, as the system tells. Who tried it would be in the way. */
 inline bool isListenedOn(quint16 port)
 {
-    QFile sockets(QStringLiteral("/proc/self/net/tcp"));
+    QFile sockets(u"/proc/self/net/tcp"_s);
     if (!sockets.open(QIODevice::ReadOnly))
         return false;
     const QByteArray wanted = ':' + QByteArray::number(port, 16).rightJustified(4, '0').toUpper() + ' ';

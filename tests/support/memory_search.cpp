@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace TestSupport {
 
 namespace {
@@ -26,7 +28,7 @@ struct Range
 /** What is written to while the process runs, but for one range. */
 QList<Range> writableMemory(const Range &without)
 {
-    QFile maps(QStringLiteral("/proc/self/maps"));
+    QFile maps(u"/proc/self/maps"_s);
     if (!maps.open(QIODevice::ReadOnly))
         qFatal("no /proc/self/maps");
     QList<Range> ranges;

@@ -40,7 +40,7 @@ void Shop::open()
         if (size > 0)
             fullDisk.emplace(size);
     }));
-    m_till->start(QStringLiteral(VELNO_EXAMPLES "/pos"),
+    m_till->start(QString::fromUtf8(VELNO_EXAMPLES "/pos"),
                   {serialNo, u"127.0.0.1"_s, QString::number(m_port), booksFile()});
 }
 

@@ -11,6 +11,8 @@
 /** The till of examples/c as a program, at the real velno-register. */
 namespace TestSupport {
 
+using namespace Qt::StringLiterals;
+
 inline const QString serialNo = QString::fromLatin1(SimulatedRegister::serial);
 
 /** The till with a register of its own, both of which remember what they sold. */
@@ -33,7 +35,7 @@ public:
     /** Until the till has sent this; what came before is passed over. */
     bool waitForCommand(const QString &command) const;
 
-    QString booksFile() const { return m_folder.filePath(QStringLiteral("books")); }
+    QString booksFile() const { return m_folder.filePath(u"books"_s); }
     void write(const QByteArray &books) const;
     QByteArray books() const;
 

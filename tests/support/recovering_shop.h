@@ -12,6 +12,8 @@ extern "C" {
 /** An application that recovers as examples/c does, at the real velno-register. */
 namespace TestSupport {
 
+using namespace Qt::StringLiterals;
+
 /** A row of the journal. */
 struct Entry
 {
@@ -63,7 +65,7 @@ private:
     QString m_next;
     bool m_isKnown = false;
 
-    QString journal() const { return m_folder.filePath(QStringLiteral("journal")); }
+    QString journal() const { return m_folder.filePath(u"journal"_s); }
     void hear(const QByteArray &text);
     int take(SaleStatus status, const VelnoReceiptRef &ref);
     QList<Entry> withStatus(int status) const;

@@ -7,6 +7,8 @@
 
 namespace TestSupport {
 
+using namespace Qt::StringLiterals;
+
 /** Sends bytes to a fresh register, which must say why it refuses them, close, and come again. */
 inline void checkRefused(const QByteArray &bytes, const QString &reason)
 {
@@ -14,7 +16,7 @@ inline void checkRefused(const QByteArray &bytes, const QString &reason)
     SimulatedRegister reg(peer.port());
     QVERIFY(peer.accept());
     QVERIFY(peer.send(bytes));
-    const QString given = reg.waitFor(QStringLiteral("refused")).value(QLatin1String("reason")).toString();
+    const QString given = reg.waitFor(u"refused"_s).value("reason"_L1).toString();
     QVERIFY2(given.contains(reason), qPrintable(given));
     QVERIFY(peer.waitForClose());
     QVERIFY(peer.accept()); // it goes on

@@ -10,7 +10,7 @@ constexpr int longestFrame = 4096; // announced length; the two bytes that annou
 } // namespace
 
 RegisterInMemory::RegisterInMemory(const QByteArray &serialNo)
-    : responder(serialNo, QStringLiteral(VELNO_DEVELOPMENT_AUTHORITY "/register"), {}, faults)
+    : responder(serialNo, QString::fromUtf8(VELNO_DEVELOPMENT_AUTHORITY "/register"), {}, faults)
 {
     responder.begin();
     responder.session().link = &m_end;

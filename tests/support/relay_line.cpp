@@ -2,6 +2,8 @@
 
 #include <sys/socket.h>
 
+using namespace Qt::StringLiterals;
+
 namespace TestSupport {
 
 Line::Line(quint16 port, const QByteArray &firstBytes)
@@ -48,10 +50,10 @@ void Line::reset()
 Joined::Joined(SimulatedRelay &relay, const QByteArray &name)
     : cashRegister(relay.registerPort(), name)
 {
-    relay.waitFor(QStringLiteral("waiting"));
+    relay.waitFor(u"waiting"_s);
     application = std::make_unique<Line>(relay.applicationPort(), name);
     echoed = application->read(name.size()) == name;
-    relay.waitFor(QStringLiteral("joined"));
+    relay.waitFor(u"joined"_s);
 }
 
 QString text(const QJsonObject &event, const QString &field)

@@ -4,7 +4,7 @@ using namespace Qt::StringLiterals;
 
 QString SimulatedRegister::program()
 {
-    return QStringLiteral(VELNO_REGISTER_PROGRAM);
+    return QString::fromUtf8(VELNO_REGISTER_PROGRAM);
 }
 
 SimulatedRegister::SimulatedRegister(quint16 port, const QStringList &arguments)

@@ -15,7 +15,7 @@ quint16 portOf(const QJsonValue &place)
 
 QString SimulatedRelay::program()
 {
-    return QStringLiteral(VELNO_RELAY_PROGRAM);
+    return QString::fromUtf8(VELNO_RELAY_PROGRAM);
 }
 
 // A port that is named again later in the line replaces the free one.

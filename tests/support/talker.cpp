@@ -9,6 +9,7 @@
 
 #include <chrono>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace TestSupport {
@@ -26,7 +27,7 @@ void Talker::talk(quint16 port, const QByteArray &opening, const QByteArray &aga
 {
     QTcpSocket socket;
     do {
-        socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+        socket.connectToHost(u"127.0.0.1"_s, port);
     } while (!m_stop && !socket.waitForConnected(int(patience)));
     while (!m_stop && !socket.waitForReadyRead(50) && isOpen(socket)) {
     }

@@ -17,6 +17,8 @@
 #include <unistd.h>
 #include <utmp.h>
 
+using namespace Qt::StringLiterals;
+
 namespace TestSupport {
 
 namespace {
@@ -35,9 +37,9 @@ QList<char *> listed(const QByteArrayList &words)
 QByteArrayList environment()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TERM"), QStringLiteral("xterm"));
+    environment.insert(u"TERM"_s, u"xterm"_s);
     // Whose settings of line editors are not those of a test.
-    environment.insert(QStringLiteral("HOME"), QStringLiteral("/nonexistent"));
+    environment.insert(u"HOME"_s, u"/nonexistent"_s);
     QByteArrayList words;
     for (const QString &word : environment.toStringList())
         words << word.toLocal8Bit();

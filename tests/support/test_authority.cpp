@@ -5,6 +5,8 @@
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
+using namespace Qt::StringLiterals;
+
 namespace TestSupport {
 
 namespace {
@@ -112,10 +114,10 @@ QByteArray encryptedKey(const QByteArray &key, const char *password)
 
 Credentials developmentRegister()
 {
-    const QString folder = QStringLiteral(VELNO_DEVELOPMENT_AUTHORITY "/register/");
+    const QString folder = QString::fromUtf8(VELNO_DEVELOPMENT_AUTHORITY "/register/");
     Credentials credentials;
-    if (!Velno::readData(folder + QStringLiteral("client.crt"), &credentials.certificate) ||
-        !Velno::readData(folder + QStringLiteral("client.key"), &credentials.key))
+    if (!Velno::readData(folder + u"client.crt"_s, &credentials.certificate) ||
+        !Velno::readData(folder + u"client.key"_s, &credentials.key))
         qFatal("the build folder holds no development authority");
     return credentials;
 }
@@ -123,7 +125,7 @@ Credentials developmentRegister()
 QByteArray groupOfItsOwn()
 {
     QByteArray pem;
-    if (!Velno::readData(QStringLiteral(VELNO_GROUP_OF_ITS_OWN), &pem))
+    if (!Velno::readData(QString::fromUtf8(VELNO_GROUP_OF_ITS_OWN), &pem))
         qFatal("the group of the tests is not there");
     return pem;
 }

@@ -63,7 +63,7 @@ QString fileWith(const QTemporaryDir &folder, const QByteArray &content)
 
 QString Client::program()
 {
-    return QStringLiteral(VELNO_VELNOCTL);
+    return QString::fromUtf8(VELNO_VELNOCTL);
 }
 
 Client::Client(const QStringList &arguments, const QString &redirection)

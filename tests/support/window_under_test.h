@@ -37,10 +37,11 @@ public:
     /** A form that verifyData() accepts, on a machine with and without a network alike. */
     void fill(const QString &applicationPath)
     {
-        hardwareId = QStringLiteral("001A2B3C4D5E");
+        using namespace Qt::StringLiterals;
+        hardwareId = u"001A2B3C4D5E"_s;
         form().portLineEdit->setText(QString::number(TestSupport::freePort()));
         form().applicationPathLineEdit->setText(applicationPath);
-        form().serialNoLineEdit->setText(QStringLiteral("UB1234567890"));
-        form().applicationNoLineEdit->setText(QStringLiteral("4711"));
+        form().serialNoLineEdit->setText(u"UB1234567890"_s);
+        form().applicationNoLineEdit->setText(u"4711"_s);
     }
 };
