@@ -2,7 +2,6 @@
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/encoding/file.h"
 #include "ExtDevice/gmp3_util.h"
-#include "ExtDevice/gmp3_util.h"
 #include "ExtDevice/network/velno_network.h"
 #include "tests/support/engine_session.h"
 #include "tests/support/test_authority.h"
