@@ -106,7 +106,7 @@ QByteArray BareEnvelope::open(const QByteArray &frame) const
         qFromBigEndian<quint16>(frame.constData() + end) !=
             qChecksum(QByteArrayView(frame).first(end).sliced(2)))
         return {};
-    const qsizetype size = frame.at(headerSize + 3);
+    const qsizetype size = uchar(frame.at(headerSize + 3));
     if (frame.mid(2, 12) != m_identity || frame.mid(headerSize, 3) != cipherTag ||
         end != headerSize + 4 + size + 4 + macSize)
         return {};

@@ -161,6 +161,7 @@ double interruptOnce(const Wait &wait, int round)
 bool measure(const Wait &wait)
 {
     std::vector<double> times;
+    times.reserve(size_t(rounds));
     for (int round = 0; round < rounds; ++round)
         times.push_back(interruptOnce(wait, round));
     std::sort(times.begin(), times.end());
