@@ -29,7 +29,7 @@ VelnoSaleItem bread()
 bool addSingly()
 {
     VelnoSaleItem item = bread();
-    VelnoEcrSaleTotals totals;
+    VelnoEcrSaleTotals totals{};
     for (int i = 0; i < itemsOfASale; ++i) {
         if (velnoext_add_sale_item(timeout, &item, &totals) != 0)
             return false;
@@ -43,7 +43,7 @@ bool addAtOnce()
     list.count = itemsOfASale;
     for (VelnoSaleItem &item : list.items)
         item = bread();
-    VelnoEcrSaleTotals totals;
+    VelnoEcrSaleTotals totals{};
     return velnoext_add_multiple_sale_items(timeout, &list, &totals) == 0;
 }
 
