@@ -31,10 +31,10 @@ void TestRelayRoute::relayRoute_data()
     QTest::addColumn<quint16>("relayPort");
     QTest::addColumn<QByteArray>("address");
 
-    QTest::newRow("most applications") << 5U << quint16(50902) << QByteArray(relay);
-    QTest::newRow("14242") << 14242U << quint16(50902) << QByteArray(relay);
-    QTest::newRow("999999") << 999999U << quint16(50900) << QByteArray(relay);
-    QTest::newRow("15 characters count") << 5U << quint16(50902) << relay + QByteArray(":1");
+    QTest::newRow("most applications") << 5U << quint16(50902) << QByteArray(throughRelay);
+    QTest::newRow("14242") << 14242U << quint16(50902) << QByteArray(throughRelay);
+    QTest::newRow("999999") << 999999U << quint16(50900) << QByteArray(throughRelay);
+    QTest::newRow("15 characters count") << 5U << quint16(50902) << throughRelay + QByteArray(":1");
 }
 
 void TestRelayRoute::relayRoute()
@@ -57,7 +57,7 @@ void TestRelayRoute::relayPairsOnFirstContact()
     HandMadeDevice device;
     device.playRelay(50902);
     device.pairAndServe(0);
-    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
+    QCOMPARE(velnoext_initialize(5, serial, throughRelay, 0, brief), 0);
     QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), 3, int(patience));
     device.answerPlain(plain(true));
     QCOMPARE(velnoext_login(patience), 0);
@@ -82,7 +82,7 @@ void TestRelayRoute::relayThatEchoesWrong()
     device.echo = [echo](const QByteArray &) { return echo; };
     device.playRelay(50902);
     device.serve(0);
-    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QCOMPARE(velnoext_initialize(5, serial, throughRelay, 0, brief), 2);
     QCOMPARE(velnoext_error_detail(), 0);
     QVERIFY(library().activeDevice.isEmpty());
     QVERIFY(library().connections.empty());
@@ -100,7 +100,7 @@ void TestRelayRoute::echoMayComeInPieces()
     device.playRelay(50902);
     library().pairingRecords[serial] = device.record;
     device.serve(0);
-    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
+    QCOMPARE(velnoext_initialize(5, serial, throughRelay, 0, brief), 0);
     device.answerPlain(plain(true));
     QCOMPARE(velnoext_login(patience), 0);
 }
@@ -112,7 +112,7 @@ void TestRelayRoute::registerThatLeavesBeforeTheFirstFrame()
     device.leavesWithEcho = true;
     device.playRelay(50902);
     device.pairAndServe(0);
-    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QCOMPARE(velnoext_initialize(5, serial, throughRelay, 0, brief), 2);
     QVERIFY(!library().pairingRecords.contains(serial));
     QVERIFY(library().activeDevice.isEmpty());
     QVERIFY(library().connections.empty());
@@ -126,7 +126,7 @@ void TestRelayRoute::pairedRegisterThatLeavesAtOnce()
     library().pairingRecords[serial] = device.record;
     device.serve(0);
     // Nothing is sent to one that is paired, so the first command finds out.
-    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 0);
+    QCOMPARE(velnoext_initialize(5, serial, throughRelay, 0, brief), 0);
     QCOMPARE(velnoext_login(patience), 2);
     QVERIFY(library().pairingRecords.contains(serial));
 }
@@ -149,7 +149,7 @@ void TestRelayRoute::relayThatRefusesLater()
     };
     device.playRelay(50902);
     device.pairAndServe(0);
-    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QCOMPARE(velnoext_initialize(5, serial, throughRelay, 0, brief), 2);
     QTRY_COMPARE_WITH_TIMEOUT(int(device.contacts), contact, int(patience));
     QVERIFY(!library().pairingRecords.contains(serial));
     QVERIFY(library().activeDevice.isEmpty());
@@ -158,7 +158,7 @@ void TestRelayRoute::relayThatRefusesLater()
 
 void TestRelayRoute::relayThatIsDown()
 {
-    QCOMPARE(velnoext_initialize(5, serial, relay, 0, brief), 2);
+    QCOMPARE(velnoext_initialize(5, serial, throughRelay, 0, brief), 2);
     QCOMPARE(velnoext_error_detail(), 0);
 }
 

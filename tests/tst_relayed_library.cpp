@@ -85,7 +85,7 @@ struct RelayAndRegister
 
 int connectThroughRelay(unsigned int appNo = 5)
 {
-    return velnoext_initialize(appNo, serial, TestSupport::relay, 0, timeout);
+    return velnoext_initialize(appNo, serial, TestSupport::throughRelay, 0, timeout);
 }
 
 /** Of connecting, or else of the first command. */
@@ -171,7 +171,7 @@ void TestRelayedLibrary::unknownRegister()
 {
     RelayAndRegister both;
     QVERIFY(both.registerWaits());
-    QCOMPARE(velnoext_initialize(5, otherSerial, TestSupport::relay, 0, timeout), 2);
+    QCOMPARE(velnoext_initialize(5, otherSerial, TestSupport::throughRelay, 0, timeout), 2);
     QCOMPARE(velnoext_error_detail(), 0);
     QCOMPARE(both.relay.waitFor(u"unknown"_s).value(u"reason"_s).toString(), u"no such register"_s);
     QCOMPARE(connectAndAsk(), 0);

@@ -471,7 +471,7 @@ void TestSaleModel::theSaleLimitHolds()
 void TestSaleModel::randomSalesAddUp()
 {
     const quint32 seed = qEnvironmentVariableIsSet("VELNO_TEST_SEED")
-                             ? qEnvironmentVariableIntValue("VELNO_TEST_SEED")
+                             ? quint32(qEnvironmentVariableIntValue("VELNO_TEST_SEED"))
                              : QRandomGenerator::global()->generate() & 0x7FFFFFFF;
     qInfo("VELNO_TEST_SEED=%u repeats this", seed);
     RandomShop shop(seed);

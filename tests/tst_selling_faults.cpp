@@ -397,13 +397,13 @@ void TestSellingFaults::whatWasProvokedIsForgotten()
 void TestSellingFaults::whatIsProvokedAgainWaitsOnce()
 {
     // An application may ask for items without end, and none of what they provoke may come to go off.
-    Simulator::ProvokedFaults provoked;
+    Simulator::ProvokedFaults waiting;
     for (int i = 0; i < 1000; ++i)
-        provoked.add({u"refuse=print"_s, u"mute=report"_s});
-    provoked.add({u"refuse=print"_s});
-    QCOMPARE(provoked.waiting(), QStringList({u"mute=report"_s, u"refuse=print"_s}));
-    provoked.take(*Simulator::commandByName(u"print"_s), Simulator::Faults());
-    QCOMPARE(provoked.waiting(), QStringList{u"mute=report"_s});
+        waiting.add({u"refuse=print"_s, u"mute=report"_s});
+    waiting.add({u"refuse=print"_s});
+    QCOMPARE(waiting.waiting(), QStringList({u"mute=report"_s, u"refuse=print"_s}));
+    waiting.take(*Simulator::commandByName(u"print"_s), Simulator::Faults());
+    QCOMPARE(waiting.waiting(), QStringList{u"mute=report"_s});
 }
 
 QTEST_GUILESS_MAIN(TestSellingFaults)

@@ -7,8 +7,7 @@ using namespace Qt::StringLiterals;
 namespace VelnoCtl {
 
 Session::Session(const Options &options, Report &report, Interrupts &interrupts)
-    : m_options(options)
-    , m_report(report)
+    : m_report(report)
     , m_interrupts(interrupts)
     , m_device(options, interrupts)
 {

@@ -45,7 +45,6 @@ private:
     int connect(const Step &step);
     int interrupted(const Step &step);
 
-    const Options &m_options;
     Report &m_report;
     Interrupts &m_interrupts;
     LibraryLog m_log;

@@ -55,7 +55,9 @@ std::optional<QList<qint32>> takeNumbers(const ItemRow &row, QByteArrayView *run
 std::optional<QList<QByteArray>> takeLines(QByteArrayView *run)
 {
     const auto packed = takeBytes(run);
-    QByteArrayView inside = packed.value_or(QByteArray());
+    if (!packed)
+        return {};
+    QByteArrayView inside(*packed);
     const auto count = takeCount(sizeof(quint32), &inside);
     if (!count)
         return {};

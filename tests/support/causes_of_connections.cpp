@@ -47,26 +47,26 @@ int relayAnswers(const QList<QByteArray> &runs, bool stays = false)
     QTcpServer silent;
     if (stays) { // accepts, and says nothing
         silent.listen(QHostAddress::LocalHost, relayPort);
-        return initialize(relay, 0);
+        return initialize(throughRelay, 0);
     }
     HandMadeDevice device;
     device.echo = [runs](const QByteArray &) { return runs; };
     device.playRelay(relayPort);
     device.serve(0);
-    return initialize(relay, 0);
+    return initialize(throughRelay, 0);
 }
 
 /** As in a process that may open nothing more. */
 int relayWithoutDescriptors()
 {
-    if (initialize(relay, 0) != 2) // so that the library's thread is there
+    if (initialize(throughRelay, 0) != 2) // so that the library's thread is there
         return -1;
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     const auto restore = qScopeGuard([limit] { setrlimit(RLIMIT_NOFILE, &limit); });
     const rlimit none{0, limit.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
-    return initialize(relay, 0);
+    return initialize(throughRelay, 0);
 }
 
 int connectionThatNobodyTakes()
@@ -175,7 +175,7 @@ std::vector<Way> waysOfConnecting()
          [] { return initialize("127.0.0.1", freePort(), 10); }},
         {VelnoCause_CannotListen, 2, "a foreign address",
          [] { return initialize("198.51.100.1", freePort()); }},
-        {VelnoCause_RelayNotAnswering, 2, "no relay", [] { return initialize(relay, 0); }},
+        {VelnoCause_RelayNotAnswering, 2, "no relay", [] { return initialize(throughRelay, 0); }},
         {VelnoCause_RelayUnreachable, 2, "no descriptor for a connection", relayWithoutDescriptors},
         {VelnoCause_RelayUnknownRegister, 2, "the relay closes", [] { return relayAnswers({}); }},
         {VelnoCause_RelayUnknownRegister, 2, "the relay closes in its answer",
@@ -227,7 +227,7 @@ std::vector<Way> waysOfTheCall()
          [] {
              QTcpServer silent;
              silent.listen(QHostAddress::LocalHost, relayPort);
-             return interrupted([] { return initialize(relay, 0); });
+             return interrupted([] { return initialize(throughRelay, 0); });
          }},
         {VelnoCause_Interrupted, 2, "interrupted while waiting for an answer", interruptedAnswer},
         {VelnoCause_AnswerLimitPassed, 2, "keep-alives and no answer", limitedAnswer},

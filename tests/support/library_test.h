@@ -15,7 +15,7 @@ namespace TestSupport {
 
 inline constexpr char serial[] = "UB1234567890";
 inline constexpr char otherSerial[] = "UB0000000001";
-inline constexpr char relay[] = "255.255.255.255";
+inline constexpr char throughRelay[] = "255.255.255.255";
 inline constexpr unsigned int patience = 20'000;
 inline constexpr unsigned int brief = 200; // for waits that are meant to run out
 
