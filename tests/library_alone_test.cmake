@@ -3,7 +3,7 @@
 # -DGENERATOR=<name>.
 cmake_minimum_required(VERSION 3.25)
 
-set(products WINDOW SIMULATOR CTL)
+set(products WINDOW SIMULATOR CTL TILL)
 set(hidden Qt6Concurrent Qt6Sql Qt6Widgets)
 list(TRANSFORM hidden REPLACE "(.+)" "-DCMAKE_DISABLE_FIND_PACKAGE_\\1=ON")
 # A library that does not exist is an error of the configure step, not of the linker.
@@ -42,6 +42,7 @@ endfunction()
 set(missed_by_WINDOW "Failed to find required Qt component \"Concurrent\"")
 set(missed_by_SIMULATOR "Failed to find required Qt component \"Sql\"")
 set(missed_by_CTL "Package 'libedit'[^-]* not found")
+set(missed_by_TILL "Failed to find required Qt component \"Sql\"")
 foreach(product ${products})
     configure(${product})
     expect("${product} misses what is hidden" NOT result EQUAL 0 AND output MATCHES "${missed_by_${product}}")

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "till/receipt.h"
+
+#include <QJsonObject>
+#include <QStringList>
+
+/** Receipts and slips as JSON; receipt.schema.json describes it, docs/receipts.md explains it. */
+namespace Velno::Receipts {
+
+/** What was wanted: a value that may be used, or everything that is wrong with it. */
+template <typename Value>
+struct Judged
+{
+    Value value;
+    QStringList faults; ///< "items[3].section: 9; accepted: 1 to 8", all of them; empty when it may be used
+};
+
+/** Reads UTF-8 JSON and judges all that can be judged without a register. No bytes end or confuse it. */
+Judged<Receipt> readReceipt(const QByteArray &json);
+Judged<Slip> readSlip(const QByteArray &json);
+
+/** The same, written in one way only: every field that matters, amounts as "12.50". What was read from it is
+ * equal. */
+QJsonObject toJson(const Receipt &receipt);
+QJsonObject toJson(const Slip &slip);
+
+/** "items[2].price: 12.50, before 13.00": the first place where two differ; empty when they are the same. */
+QString firstDifference(const QJsonObject &now, const QJsonObject &before);
+
+} // namespace Velno::Receipts
