@@ -147,6 +147,23 @@ int connectOn(const Route &route)
     return result;
 }
 
+/** connectOn() for a register in this process. */
+int connectInMemory(const QByteArray &serialNo)
+{
+    LibraryState &state = library();
+    MatchExt &record = state.pairingRecords[serialNo];
+    const bool paired = !record.aesKey.isEmpty();
+    std::unique_ptr<QIODevice> connection;
+    if (const int result = state.connector(serialNo, &record, &connection); result != Success) {
+        if (!paired)
+            state.pairingRecords.remove(serialNo);
+        return result;
+    }
+    state.activeDevice = serialNo;
+    setConnection(connection.release());
+    return Success;
+}
+
 } // namespace
 
 int ConnectionHelper::connectToDevice(const QByteArray &serialNo, const char *address, quint16 port,
@@ -156,6 +173,8 @@ int ConnectionHelper::connectToDevice(const QByteArray &serialNo, const char *ad
     if (!throughRelay && port == 0)
         return failed(BadValue, 0x402);
     closeConnection(serialNo);
+    if (library().connector)
+        return connectInMemory(serialNo);
     return connectOn({throughRelay, serialNo, address, port, timeout});
 }
 

@@ -13,6 +13,7 @@
 #include <QVector>
 
 #include <atomic>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -50,6 +51,15 @@ struct DeleteDevice
 using OwnedDevice = std::unique_ptr<QIODevice, DeleteDevice>;
 
 /**
+ * Connects a register that is in this process, in place of sockets. Runs on connectionThread. A record
+ * without keys is that of a register that is not paired: it is to be filled then.
+ *
+ * @return Success, and the connection; or another Result, its cause set by failedBy()
+ */
+using Connector = std::function<int(const QByteArray &serialNo, Velno::GMP::MatchExt *record,
+                                    std::unique_ptr<QIODevice> *connection)>;
+
+/**
  * The process-wide state. Everything but errorDetail and cause is guarded by connectionMutex, which each
  * public function holds for its whole run. The worker thread reads and writes it only while a caller that
  * holds the lock waits for it; it never takes the lock itself. It makes and ends the connections, and lends
@@ -70,6 +80,8 @@ struct LibraryState
     unsigned int answerLimit = noTimeLimit; ///< ms for all of an answer
     bool codecSet = false;                  ///< whether the slip has an encoding
     QVector<QByteArray> slipContent;        ///< lines to be printed
+
+    Connector connector; ///< empty: registers come over sockets
 };
 
 /** The one state; it lives until the process ends, also for threads that outlast static destruction. */

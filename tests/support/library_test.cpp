@@ -43,6 +43,7 @@ void LibraryTest::cleanup()
     velnoext_close_all();
     velnoext_close();
     library().pairingRecords.clear();
+    library().connector = nullptr;
     library().codecSet = false;
     library().slipContent.clear();
     QVERIFY(!library().connectionThread);
