@@ -27,8 +27,7 @@ enum class Durability {
 /**
  * What must not be forgotten, in an SQLite database: every order with its state, its history and the fiscal
  * receipts that it was entered on. One process at a time has it open. Each change is one transaction: whole
- * or not there, and true only when it is. Lives on one thread at a time; needs a QCoreApplication no more
- * than Qt's SQLite driver does.
+ * or not there, and true only when it is. Every function may be called from any thread; they take turns.
  */
 class Ledger
 {
@@ -40,16 +39,17 @@ public:
     /** Opens the file, or makes it for its owner alone. @return empty, or in words why it cannot be used */
     QString open(const LedgerPlace &place);
 
-    /** Why the last change failed, in words. */
-    const QString &problem() const { return m_problem; }
+    /** Why the last call failed, in words; empty when it did not. */
+    QString problem() const;
 
     std::optional<Order> find(const QString &key) const;
+    std::optional<Order> at(qint64 number) const;
 
     /** Orders of these states, as accepted. No more than `most`. */
     QList<Order> list(const QList<State> &states, int most = 1000) const;
 
-    /** Puts a new order on record, flushed, and gives it its number. @return false: it is not there */
-    bool accept(Order *order, const Event &event);
+    /** Puts a new order on record and gives it its number. @return false: it is not there */
+    bool accept(Order *order, const Event &event, Durability durability = Durability::Flushed);
 
     /** Writes what has become of an order, with the attempt on its reference when it has one. */
     bool save(const Order &order, const Event &event, Durability durability);

@@ -109,6 +109,7 @@ struct Event
     QString person; ///< who answered; empty for the program
 };
 
-bool isSettled(State state); ///< closed, cancelled, refused: nothing more is done about it
+bool isSettled(State state);   ///< closed, cancelled, refused: nothing more is done about it
+QString textOf(Answer answer); ///< for an order's history
 
 } // namespace Velno::Receipts

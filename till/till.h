@@ -2,26 +2,16 @@
 
 #include "till/clock.h"
 #include "till/ledger.h"
+#include "till/meeting.h"
 #include "till/progress.h"
 #include "till/rules.h"
 
-#include <QMutex>
+#include <QByteArray>
+#include <QStringList>
 
-#include <atomic>
+#include <memory>
 
 namespace Velno::Receipts {
-
-/** Where the register is met, as for velnoext_initialize(), and how long it is waited for. */
-struct Meeting
-{
-    unsigned appNo = 0;
-    QByteArray serial; ///< 12 characters
-    QByteArray address;
-    quint16 port = 0;
-    unsigned connectTimeout = 10'000; ///< ms for it to connect
-    unsigned answerLimit = 120'000;   ///< ms for an answer, in which a cashier or a customer may have to act
-    unsigned patience = 30'000;       ///< ms for a register that is busy, before the order waits
-};
 
 /** What handing something over came to. The numbers are those of velnotill.h. */
 enum class Result {
@@ -32,7 +22,6 @@ enum class Result {
     Unknown = 4,      ///< no order has this key
     NotAsked = 5,     ///< the order does not wait for this answer
     Interrupted = 6,  ///< the order stays as it is and goes on when it is asked for again
-    NoSuchAnswer = 7,
 };
 
 struct Outcome
@@ -45,12 +34,12 @@ struct Outcome
 /**
  * A till: one register, one ledger, one receipt under one key. Every function may be called from any thread.
  * Orders are worked off one at a time, in the order in which they were accepted, on the threads of the calls
- * that want their outcome.
+ * that want their outcome; one that needs a person lets others pass. One till in a process.
  */
 class Till
 {
 public:
-    /** @param clock  must outlive the till, like the rules */
+    /** @param clock  must outlive the till */
     Till(const Meeting &meeting, Clock &clock, const Rules &rules = {});
     ~Till();
     Q_DISABLE_COPY_MOVE(Till)
@@ -58,6 +47,7 @@ public:
     /** To be called first. @return empty, or in words why the ledger cannot be used */
     QString open(const LedgerPlace &place);
 
+    /** Who hears what goes on, on the thread that works; must not call the till but to interrupt it. */
     void setListener(Listener listener);
 
     /** Puts an order on record and does nothing more about it. @param json  UTF-8; of reports empty */
@@ -66,7 +56,7 @@ public:
     /** accept(), then works off what was accepted until this order is settled, waits or needs a person. */
     Outcome perform(const QString &key, Kind kind, const QByteArray &json);
 
-    /** Works off everything that can go on. Done: nothing can now; Interrupted, LedgerFailed. */
+    /** Works off everything that can go on. Done: nothing can now; otherwise Interrupted or LedgerFailed. */
     Result workOff();
 
     Outcome find(const QString &key);
@@ -82,14 +72,13 @@ public:
     /** Forgets settled orders that have not changed since. @return how many; -1: the ledger failed */
     int prune(const QDateTime &unchangedSince);
 
-    /** Ends the work under way soon; from any thread, and from a signal handler. A call without work under
-     * way is not touched. */
+    /** Ends the work under way soon; from any thread, and from a signal handler. Without work it does
+     * nothing. */
     void interrupt() noexcept;
 
 private:
-    Meeting m_meeting;
-    Clock &m_clock;
-    Rules m_rules;
+    struct Inside;
+    std::unique_ptr<Inside> m;
 };
 
 } // namespace Velno::Receipts

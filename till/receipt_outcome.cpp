@@ -1,0 +1,318 @@
+#include "till/receipt_work.h"
+
+#include "till/slip_printing.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Velno::Receipts {
+
+namespace {
+
+constexpr int mostLosses = 50;
+constexpr int busyPause = 200; // ms
+
+/** Somebody has to put paper in, or to act on the register; then it takes the same step. */
+bool isHindrance(const Reply &reply)
+{
+    return reply.code == VelnoResult_WrongState || reply.code == VelnoResult_NoPaper ||
+           reply.cause == VelnoCause_PaperOut || reply.cause == VelnoCause_DisplayBusy;
+}
+
+bool pays(const Receipt &receipt, Tender tender)
+{
+    return std::any_of(receipt.payments.cbegin(), receipt.payments.cend(),
+                       [tender](const Payment &payment) { return payment.tender == tender; });
+}
+
+} // namespace
+
+OrderWork::End ReceiptWork::lookAtIt()
+{
+    if (m_sent.reply.code != 0)
+        m_place.tell(Stage::Looking);
+    const bool cancelAnswered = m_sent.step == Step::Cancel && m_sent.reply.code == 0;
+    View view;
+    const Looked looked =
+        Look(m_place, m_register).at({m_order.reference, m_place.ledger.lastClosed(), cancelAnswered}, &view);
+    if (looked == Looked::Unproven)
+        return concludeUnproven();
+    if (looked != Looked::Told)
+        return endOf(looked);
+    switch (view.found) {
+    case Found::Closed:
+        return concludeClosed(view.totals);
+    case Found::Cancelled:
+        return concludeCancelled(Fate::Cancelled);
+    case Found::ProbablyCancelled:
+        return concludeCancelled(m_wordGiven ? Fate::GivenUp : Fate::ProbablyCancelled);
+    case Found::NoSale:
+    case Found::Open:
+        break;
+    }
+    return concludeOpen(view);
+}
+
+OrderWork::End ReceiptWork::concludeOpen(const View &view)
+{
+    m_totals = view.totals;
+    m_sawOpen = true;
+    // A register works off one connection in its order, and what was on its way on an earlier one is lost: no
+    // payment is under way any more.
+    const bool hasCash = m_totals.values[VelnoTotal_Cash] != 0;
+    m_mayBePaid = m_totals.values[VelnoTotal_Card] != 0 || (hasCash && !m_receipt.reenterCash);
+    m_isCertain = true;
+    if (m_saidPaid)
+        return ask(m_order.question, u"a person has said that it was paid, but it is open still"_s);
+    if (isLeaving())
+        return concludeLeaving();
+    const std::optional<Position> now = positionOf(m_receipt, m_totals);
+    if (now && isExpected(*now)) {
+        m_wordGiven = false; // it has been acted upon: what happens from here on is new
+        m_order.question = Question::None;
+        m_order.answer = Answer::None;
+        return concludeStep(*now);
+    }
+    if (!m_wordGiven)
+        return ask(Question::NotOurs, u"the open sale holds what was not entered for it"_s);
+    m_isRestarting = true; // what stands on it is not wanted, as a person has said
+    return {};
+}
+
+/** Whether it is as before what was sent, or behind it. */
+bool ReceiptWork::isExpected(const Position &now) const
+{
+    const Position &before = m_sent.before;
+    Position after = before;
+    switch (m_sent.step) {
+    case Step::None:
+        return true;
+    case Step::Lines:
+        after.lines += m_sent.lines;
+        break;
+    case Step::Payment:
+        ++after.payments;
+        break;
+    case Step::Medical:
+    case Step::End:
+    case Step::Cancel:
+        break;
+    }
+    return now == before || now == after;
+}
+
+OrderWork::End ReceiptWork::concludeLeaving()
+{
+    if (m_sent.step != Step::Cancel)
+        return {};
+    if (++m_refusals >= mostRefusals)
+        return wait(m_sent.reply, u"the register does not cancel the sale"_s);
+    return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
+}
+
+OrderWork::End ReceiptWork::concludeStep(const Position &now)
+{
+    const bool isTaken = m_sent.step == Step::None || now != m_position ||
+                         (m_sent.step == Step::Medical && m_sent.reply.code == 0);
+    m_position = now;
+    if (isTaken) {
+        m_refusals = 0;
+        m_sent = {};
+        return {};
+    }
+    const int code = m_sent.reply.code;
+    if (code == VelnoResult_NullArgument || code == VelnoResult_BadValue)
+        return refuseForGood(m_sent.reply, u"a value is not valid"_s);
+    const bool isOld =
+        m_sent.connection != m_register.connections() && m_place.rules.hold(Rule::OldConnectionsProveNothing);
+    if (!isOld && code != VelnoResult_NotReady && !leavesOpen(code))
+        return concludeRefusal();
+    return ++m_losses < mostLosses ? End() : wait(m_sent.reply, u"answers are lost again and again"_s);
+}
+
+/** The step was refused, on a sale that is as before. */
+OrderWork::End ReceiptWork::concludeRefusal()
+{
+    Reply reply = m_sent.reply;
+    if (reply.code == 0) { // keys have no answer that could tell why
+        reply = {VelnoResult_Refused, VelnoCause_SaidNo};
+        if (m_register.ask(velnoext_check_printer_paper, RegisterAccess::answerTimeout) ==
+            VelnoResult_NoPaper)
+            reply = m_register.last();
+        else if (isCardUnderWay())
+            return refuseForGood(reply,
+                                 u"the card payment was refused"_s); // nobody is asked for a card twice
+    }
+    if (isHindrance(reply)) {
+        m_place.tell(Stage::Busy);
+        m_waited += busyPause;
+        if (m_waited > qint64(m_place.meeting.patience))
+            return wait(reply, u"the register takes no steps now"_s);
+        return m_place.clock.pause(busyPause) ? End() : WorkEnd::Stopped;
+    }
+    if (++m_refusals < mostRefusals)
+        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
+    return refuseForGood(reply, u"the register refuses a step"_s);
+}
+
+bool ReceiptWork::isCardUnderWay() const
+{
+    if (m_sent.step == Step::Payment)
+        return m_receipt.payments.at(m_position.payments).tender == Tender::Card;
+    return m_sent.step == Step::End && !m_receipt.payments.constLast().amount &&
+           endTender(m_receipt) == Tender::Card;
+}
+
+OrderWork::End ReceiptWork::refuseForGood(const Reply &reply, const QString &why)
+{
+    const bool isPaid = m_totals.values[VelnoTotal_Cash] != 0 || m_totals.values[VelnoTotal_Card] != 0;
+    m_order.code = reply.code;
+    m_order.cause = reply.cause;
+    if (isPaid)
+        return ask(Question::PaymentRefused, why);
+    if (!m_place.rules.hold(Rule::CancelWhatIsRefused))
+        return refuse(reply, why);
+    m_refusal = reply;
+    m_refusalText = why;
+    m_refusals = 0;
+    return {};
+}
+
+OrderWork::End ReceiptWork::concludeClosed(const VelnoEcrSaleTotals &totals)
+{
+    m_order.totals = totals;
+    if (m_place.rules.hold(Rule::CompareTotals) && !m_saidPaid && !isClosedAs(m_receipt, totals))
+        return ask(Question::NotOurs, u"the receipt was closed with other lines or payments"_s);
+    const bool isAsUsual =
+        m_sent.step == Step::End && m_sent.reply.code == 0 && m_sent.connection == m_register.connections();
+    const bool hasPaper =
+        isAsUsual && m_register.ask(velnoext_check_printer_paper, RegisterAccess::answerTimeout) == 0;
+    m_order.paper = hasPaper ? Paper::Printed : Paper::Unsure;
+    m_order.slipUnsure = m_receipt.slip.has_value();
+    m_order.giveBack = 0;
+    m_place.ledger.note(attempt(Fate::Closed));
+    const WorkEnd end = settle(State::Closed, u"closed"_s);
+    if (end != WorkEnd::Settled)
+        return end;
+    if (m_receipt.slip)
+        printSlip();
+    return askAboutDoubts();
+}
+
+/** A slip is on no record of the register: when it is not certain that it came out nobody prints it again. */
+void ReceiptWork::printSlip()
+{
+    m_place.tell(Stage::Printing);
+    if (Receipts::printSlip(m_register, *m_receipt.slip) != 0)
+        return;
+    m_order.slipUnsure = false;
+    save(State::Closed,
+         u"the slip is printed"_s); // when it is not noted, somebody looks for the slip in vain
+}
+
+/** Asked at another time than before, and beside a receipt that has just been closed. */
+OrderWork::End ReceiptWork::askAboutDoubts()
+{
+    if (!m_place.rules.hold(Rule::AskDoubtsAgain))
+        return WorkEnd::Settled;
+    const QList<Attempt> doubts = m_place.ledger.doubts();
+    for (Attempt doubt : doubts) {
+        View view;
+        if (Look(m_place, m_register).at({doubt.reference, m_order.reference}, &view) != Looked::Told)
+            break; // they are asked about behind the next receipt
+        if (view.found == Found::Closed) {
+            if (const End end = doubtIsClosed(doubt))
+                return end;
+        } else if (view.found == Found::ProbablyCancelled) {
+            doubt.fate = Fate::Cancelled;
+            m_place.ledger.note(doubt);
+        }
+    }
+    return WorkEnd::Settled;
+}
+
+/** It was sold once more, and both count. */
+OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt)
+{
+    Attempt known = doubt;
+    known.fate = Fate::Closed;
+    const QString text = u"receipt %1 of Z %2 was taken for cancelled, and counts"_s.arg(
+        QString::number(doubt.reference.second), QString::number(doubt.reference.first));
+    m_place.ledger.note(known);
+    if (doubt.order == m_order.number)
+        return ask(Question::CountedTwice, text);
+    std::optional<Order> other = m_place.ledger.at(doubt.order);
+    if (!other)
+        return {};
+    other->question = Question::CountedTwice;
+    other->state = State::NeedsPerson;
+    other->changedAt = m_place.clock.now();
+    const Event event{other->changedAt, other->state, 0, 0, text, {}};
+    return m_place.ledger.save(*other, event, Durability::Flushed) ? End() : WorkEnd::LedgerFailed;
+}
+
+/** What lies in the drawer for it, at most, and stands on no receipt. */
+qint64 ReceiptWork::cashTaken() const
+{
+    if (m_sawOpen && m_sent.step != Step::Payment && m_sent.step != Step::End)
+        return m_totals.values[VelnoTotal_Cash];
+    qint64 cash = 0;
+    const qsizetype upTo =
+        m_sawOpen && m_sent.step == Step::Payment ? m_position.payments + 1 : m_receipt.payments.size();
+    for (qsizetype i = 0; i < upTo; ++i)
+        if (m_receipt.payments.at(i).tender == Tender::Cash)
+            cash += m_receipt.payments.at(i).amount.value_or(0);
+    return cash;
+}
+
+OrderWork::End ReceiptWork::concludeCancelled(Fate fate)
+{
+    const bool isCard = pays(m_receipt, Tender::Card) && m_place.rules.hold(Rule::CardsNeverAgain);
+    const bool isCash = pays(m_receipt, Tender::Cash) && !m_receipt.reenterCash &&
+                        m_place.rules.hold(Rule::CashOnlyIfAllowed);
+    const bool isMoney = m_mayBePaid && !m_wordGiven && (isCard || isCash);
+    m_order.giveBack = m_wordGiven ? 0 : std::max(m_order.giveBack, cashTaken());
+    m_place.ledger.note(attempt(fate));
+    forgetSale();
+    if (m_refusal)
+        return refuse(*m_refusal, m_refusalText);
+    if (m_isDropped)
+        return settle(State::Cancelled, u"dropped by a person, and cancelled on the register"_s);
+    if (isMoney)
+        return ask(Question::MoneyTaken,
+                   u"the register has cancelled it when something was, or may have been, paid"_s);
+    m_order.question = Question::None;
+    m_order.answer = Answer::None;
+    return save(State::Accepted, u"the register has cancelled the sale"_s);
+}
+
+void ReceiptWork::forgetSale()
+{
+    m_order.reference = {0, 0};
+    m_order.paymentSent = m_mayBePaid = false;
+    m_isCertain = m_sawOpen = m_startSent = m_wordGiven = m_isRestarting = false;
+    m_sent = {};
+    m_position = {};
+    m_totals = {};
+}
+
+OrderWork::End ReceiptWork::concludeUnproven()
+{
+    if (m_saidPaid)
+        return closeByWord();
+    if (m_wordGiven)
+        return concludeCancelled(Fate::GivenUp);
+    return ask(Question::ReceiptUnknown, u"the register does not tell whether the receipt was closed"_s);
+}
+
+OrderWork::End ReceiptWork::closeByWord()
+{
+    if (!isNone(m_order.reference))
+        m_place.ledger.note(attempt(Fate::GivenUp)); // it proves nothing about other receipts
+    m_order.paper = Paper::Unsure;
+    m_order.giveBack = 0;
+    return settle(State::Closed, u"closed, as a person has said"_s);
+}
+
+} // namespace Velno::Receipts

@@ -1,0 +1,140 @@
+#include "till/receipt_work.h"
+
+#include "till/sale_item.h"
+
+using namespace Qt::StringLiterals;
+
+namespace Velno::Receipts {
+
+namespace {
+
+Stage stageOf(Tender tender)
+{
+    return tender == Tender::Card ? Stage::CardPayment : Stage::CashPayment;
+}
+
+int keyOf(Tender tender)
+{
+    return tender == Tender::Card ? VelnoPaymentKey_F11 : VelnoPaymentKey_F10;
+}
+
+} // namespace
+
+OrderWork::End ReceiptWork::step()
+{
+    if (const End end = reach())
+        return end;
+    if (isLeaving())
+        return cancelSale();
+    if (m_position.lines < m_receipt.items.size())
+        return enterLines();
+    const bool isUnpaid = m_position.payments == 0;
+    if (isUnpaid && m_receipt.medical && !m_medicalDone)
+        return enterMedical();
+    if (isUnpaid && !m_totalsJudged)
+        return judgeTotals();
+    return m_position.payments < amountsOf(m_receipt) ? pay() : endSale();
+}
+
+/** Notes what was sent; anything but a clear yes is looked into. */
+OrderWork::End ReceiptWork::sent(Step step, int code, int lines)
+{
+    m_sent = {step, m_position, lines, m_register.last(), m_register.connections()};
+    m_isCertain = code == 0 && (step == Step::Lines || step == Step::Medical);
+    if (m_isCertain)
+        m_refusals = 0;
+    const bool isLost = code == VelnoResult_NotReady || leavesOpen(code);
+    if (isLost && !m_place.rules.hold(Rule::LookAfterLostAnswer))
+        m_isCertain = true; // and sends it again
+    return {};
+}
+
+/** As many lines at once as the register takes; a remark goes alone. */
+OrderWork::End ReceiptWork::enterLines()
+{
+    m_place.tell(Stage::Entering);
+    VelnoSaleItemList list = saleItems(m_receipt, m_position.lines);
+    const int code = list.count == 1 ? m_register.ask(velnoext_add_sale_item, RegisterAccess::answerTimeout,
+                                                      list.items, &m_totals)
+                                     : m_register.ask(velnoext_add_multiple_sale_items,
+                                                      RegisterAccess::answerTimeout, &list, &m_totals);
+    const int expected = m_position.lines + list.count;
+    const End end = sent(Step::Lines, code, list.count);
+    if (code != 0)
+        return end;
+    if (m_totals.number == expected)
+        m_position.lines = expected;
+    else
+        m_isCertain = false; // somebody else works on it, too
+    return end;
+}
+
+OrderWork::End ReceiptWork::enterMedical()
+{
+    const int code = m_register.ask(velnoext_add_medical_contribution, RegisterAccess::answerTimeout,
+                                    m_receipt.medical->amount, m_receipt.medical->person);
+    const End end = sent(Step::Medical, code);
+    m_medicalDone = code == 0;
+    if (m_medicalDone)
+        m_isCertain = false; // its answer brings no sums
+    return end;
+}
+
+/** Before anything is paid: what a person would have to take back later is found now. */
+OrderWork::End ReceiptWork::judgeTotals()
+{
+    m_totalsJudged = true;
+    const QString fault = faultOfTotals(m_receipt, m_totals);
+    return fault.isEmpty() ? End() : refuseForGood({VelnoResult_BadValue, 0}, fault);
+}
+
+/** That money of which nobody may ask twice is being taken is on the disk before the register hears of it. */
+OrderWork::End ReceiptWork::notePayment(Tender tender)
+{
+    m_place.tell(stageOf(tender));
+    if (!isForOnce(m_receipt, tender))
+        return {};
+    m_mayBePaid = true;
+    if (m_order.paymentSent || !m_place.rules.hold(Rule::PaymentIntentionFlushed))
+        return {};
+    m_order.paymentSent = true;
+    const End failed = save(State::Open, u"a payment is being taken"_s, Durability::Flushed);
+    if (failed)
+        m_order.paymentSent = m_mayBePaid = false;
+    return failed;
+}
+
+OrderWork::End ReceiptWork::pay()
+{
+    const Payment &payment = m_receipt.payments.at(m_position.payments);
+    if (const End failed = notePayment(payment.tender))
+        return failed;
+    const int code = m_register.ask(velnoext_add_payment, keyOf(payment.tender), *payment.amount);
+    const End end = sent(Step::Payment, code);
+    if (code == 0 && !m_place.rules.hold(Rule::LookBehindPayments)) {
+        ++m_position.payments;
+        m_isCertain = true;
+    }
+    return end;
+}
+
+OrderWork::End ReceiptWork::endSale()
+{
+    const Tender tender = endTender(m_receipt);
+    if (!m_receipt.payments.constLast().amount) {
+        if (const End failed = notePayment(tender))
+            return failed;
+    }
+    m_place.tell(Stage::Closing);
+    if (!m_receipt.invoice)
+        return sent(Step::End, m_register.ask(velnoext_end_sale, keyOf(tender)));
+    VelnoInvoice invoice = invoiceOf(m_receipt);
+    return sent(Step::End, m_register.ask(velnoext_end_sale_with_invoice, &invoice));
+}
+
+OrderWork::End ReceiptWork::cancelSale()
+{
+    return sent(Step::Cancel, m_register.ask(velnoext_cancel_sale, RegisterAccess::answerTimeout));
+}
+
+} // namespace Velno::Receipts

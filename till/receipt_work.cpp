@@ -1,0 +1,78 @@
+#include "till/receipt_work.h"
+
+#include "till/receipt_json.h"
+
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+
+namespace Velno::Receipts {
+
+ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bool mayHaveStarted)
+    : OrderWork(place, reg, order)
+    , m_receipt(readReceipt(QJsonDocument(order.content).toJson(QJsonDocument::Compact)).value)
+    , m_mayHaveStarted(mayHaveStarted)
+    , m_mayBePaid(order.paymentSent)
+{
+}
+
+WorkEnd ReceiptWork::run()
+{
+    End end = takeAnswer();
+    while (!end)
+        end = m_place.isStopping ? WorkEnd::Stopped : goOn();
+    if (m_startSent && isNone(m_order.reference))
+        m_mayHaveStarted = true;
+    return *end;
+}
+
+/** What a person has said; from here on it is a matter of the register, unless that is what it settles. */
+OrderWork::End ReceiptWork::takeAnswer()
+{
+    const Answer answer = m_order.answer;
+    if (answer == Answer::None)
+        return {};
+    if (m_order.question == Question::CountedTwice)
+        return settle(State::Closed, u"a person has seen to the receipt that was counted twice"_s);
+    if (m_order.question == Question::OtherRegister && answer == Answer::SellAgain &&
+        !m_place.ledger.beginEra())
+        return WorkEnd::LedgerFailed;
+    if (m_order.question == Question::OtherRegister || m_order.question == Question::MoneyTaken) {
+        if (!isNone(m_order.reference))
+            m_place.ledger.note(attempt(Fate::GivenUp));
+        m_order.reference = {0, 0};
+    }
+    m_isDropped = answer == Answer::Drop;
+    m_saidPaid = answer == Answer::Paid;
+    m_wordGiven = answer == Answer::SellAgain || answer == Answer::Drop;
+    return isNone(m_order.reference) ? answerWithoutReceipt() : End();
+}
+
+OrderWork::End ReceiptWork::answerWithoutReceipt()
+{
+    if (m_saidPaid)
+        return closeByWord();
+    if (m_isDropped && !m_mayHaveStarted)
+        return settle(State::Cancelled, u"dropped by a person"_s);
+    if (m_isDropped)
+        return {};
+    m_order.giveBack = 0; // the person has seen to it
+    m_order.paymentSent = m_mayBePaid = false;
+    m_order.question = Question::None;
+    m_order.answer = Answer::None;
+    return save(State::Accepted, u"to be sold again, as a person has said"_s);
+}
+
+OrderWork::End ReceiptWork::goOn()
+{
+    if (isNone(m_order.reference))
+        return open();
+    return m_isCertain ? step() : lookAtIt();
+}
+
+Attempt ReceiptWork::attempt(Fate fate) const
+{
+    return {m_order.number, m_order.reference, m_place.ledger.era(), fate};
+}
+
+} // namespace Velno::Receipts

@@ -1,0 +1,195 @@
+#include "till/report_work.h"
+
+#include "till/receipt_json.h"
+#include "till/slip_printing.h"
+
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+
+namespace Velno::Receipts {
+
+namespace {
+
+constexpr int mostLosses = 8;
+constexpr int busyPause = 200; // ms
+
+bool isLost(int code)
+{
+    return code == VelnoResult_NotReady || leavesOpen(code);
+}
+
+} // namespace
+
+// Z reports ------------------------------------------------------------------------------------------------
+
+WorkEnd ZReportWork::run()
+{
+    End end = takeAnswer();
+    while (!end)
+        end = m_place.isStopping ? WorkEnd::Stopped : makeOnce();
+    return *end;
+}
+
+OrderWork::End ZReportWork::takeAnswer()
+{
+    switch (m_order.answer) {
+    case Answer::None:
+        return {};
+    case Answer::Paid:
+        return settle(State::Closed, u"made, as a person has said"_s);
+    case Answer::Drop:
+        return settle(State::Cancelled, u"dropped by a person"_s);
+    case Answer::SellAgain:
+        break;
+    }
+    if (m_order.question == Question::OtherRegister && !m_place.ledger.beginEra())
+        return WorkEnd::LedgerFailed;
+    m_order.z = 0; // the number of the register before
+    m_order.question = Question::None;
+    m_order.answer = Answer::None;
+    return save(State::Accepted, u"to be made, as a person has said"_s);
+}
+
+/** Unless an earlier attempt has made it. */
+OrderWork::End ZReportWork::makeOnce()
+{
+    int z = 0;
+    if (const End end = askForNumber(&z))
+        return end;
+    if (z == 0) // not told
+        return {};
+    if (m_order.z == 0) {
+        m_order.z = z;
+        if (const End failed = save(State::Open, u"the Z report is being made"_s, Durability::Flushed))
+            return failed;
+    }
+    if (z > m_order.z)
+        return settle(State::Closed, u"made"_s);
+    if (z < m_order.z)
+        return endOf(Looked::Replaced);
+    m_place.tell(Stage::Reporting);
+    const int code = m_register.ask(velnoext_z_report);
+    if (code == 0 || isLost(code)) // its number tells
+        return code == 0 || ++m_losses < mostLosses ? End() : wait(m_register.last(), u"answers are lost"_s);
+    if (++m_refusals < mostRefusals)
+        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
+    return refuse(m_register.last(), u"the register refuses the Z report"_s);
+}
+
+/** @param z  stays 0 when it is to be asked again */
+OrderWork::End ZReportWork::askForNumber(int *z)
+{
+    if (const End end = reach())
+        return end;
+    int current = 0;
+    const int code = m_register.ask(velnoext_current_z, RegisterAccess::answerTimeout, &current);
+    if (code == 0) {
+        *z = current;
+        return {};
+    }
+    int &count = isLost(code) ? m_losses : m_refusals;
+    if (++count >= mostLosses)
+        return wait(m_register.last(), u"the register does not tell its Z number"_s);
+    return isLost(code) || pauseBehind(count) ? End() : WorkEnd::Stopped;
+}
+
+// X reports ------------------------------------------------------------------------------------------------
+
+WorkEnd XReportWork::run()
+{
+    if (m_order.answer == Answer::Paid)
+        return settle(State::Closed, u"made, as a person has said"_s);
+    if (m_order.answer == Answer::Drop)
+        return settle(State::Cancelled, u"dropped by a person"_s);
+    if (m_order.question == Question::OtherRegister && m_order.answer == Answer::SellAgain &&
+        !m_place.ledger.beginEra())
+        return WorkEnd::LedgerFailed;
+    End end;
+    while (!end)
+        end = m_place.isStopping ? WorkEnd::Stopped : printOnce();
+    return *end;
+}
+
+OrderWork::End XReportWork::printOnce()
+{
+    if (const End end = reach())
+        return end;
+    m_place.tell(Stage::Reporting);
+    const int code = m_register.ask(velnoext_x_report);
+    const Reply reply = m_register.last();
+    if (code == 0)
+        return settle(State::Closed, u"made"_s);
+    if (isLost(code))
+        return ++m_losses < mostLosses ? End() : wait(reply, u"answers are lost"_s);
+    if (code == VelnoResult_WrongState || reply.cause == VelnoCause_PaperOut) {
+        m_waited += busyPause;
+        if (m_waited > qint64(m_place.meeting.patience))
+            return wait(reply, u"the register is busy"_s);
+        return m_place.clock.pause(busyPause) ? End() : WorkEnd::Stopped;
+    }
+    if (++m_refusals < mostRefusals)
+        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
+    return refuse(reply, u"the register refuses the X report"_s);
+}
+
+// Slips ----------------------------------------------------------------------------------------------------
+
+WorkEnd SlipWork::run()
+{
+    End end = takeAnswer();
+    if (!end && m_order.isSent)
+        end = ask(Question::SlipPrinted, u"it was on its way when the work on it ended"_s);
+    while (!end)
+        end = m_place.isStopping ? WorkEnd::Stopped : printOnce();
+    return *end;
+}
+
+OrderWork::End SlipWork::takeAnswer()
+{
+    switch (m_order.answer) {
+    case Answer::None:
+        return {};
+    case Answer::Paid:
+        return settle(State::Closed, u"printed, as a person has said"_s);
+    case Answer::Drop:
+        return settle(State::Cancelled, u"dropped by a person"_s);
+    case Answer::SellAgain:
+        break;
+    }
+    if (m_order.question == Question::OtherRegister && !m_place.ledger.beginEra())
+        return WorkEnd::LedgerFailed;
+    m_order.isSent = false;
+    m_order.question = Question::None;
+    m_order.answer = Answer::None;
+    return save(State::Accepted, u"to be printed again, as a person has said"_s);
+}
+
+OrderWork::End SlipWork::printOnce()
+{
+    if (const End end = reach())
+        return end;
+    if (!m_order.isSent) {
+        m_order.isSent = true;
+        if (const End failed = save(State::Open, u"the slip is being printed"_s, Durability::Flushed))
+            return failed;
+    }
+    m_place.tell(Stage::Printing);
+    const QByteArray json = QJsonDocument(m_order.content).toJson(QJsonDocument::Compact);
+    const int code = printSlip(m_register, readSlip(json).value);
+    const Reply reply = m_register.last();
+    if (code == 0)
+        return settle(State::Closed, u"printed"_s);
+    if (leavesOpen(code))
+        return ask(Question::SlipPrinted, u"the answer to it was lost"_s);
+    if (code == VelnoResult_NotReady) { // there was no connection to send it on
+        m_order.isSent = false;
+        return {};
+    }
+    if (++m_refusals < mostRefusals)
+        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
+    m_order.isSent = false;
+    return refuse(reply, u"the register refuses the slip"_s);
+}
+
+} // namespace Velno::Receipts
