@@ -182,7 +182,10 @@ OrderWork::End ReceiptWork::refuseForGood(const Reply &reply, const QString &why
 OrderWork::End ReceiptWork::concludeClosed(const VelnoEcrSaleTotals &totals)
 {
     m_order.totals = totals;
-    if (m_place.rules.hold(Rule::CompareTotals) && !m_saidPaid && !isClosedAs(m_receipt, totals))
+    const bool isForeign = m_place.rules.hold(Rule::CompareTotals) && !isClosedAs(m_receipt, totals);
+    if (isForeign && m_wordGiven)
+        return concludeCancelled(Fate::GivenUp);
+    if (isForeign && !m_saidPaid)
         return ask(Question::NotOurs, u"the receipt was closed with other lines or payments"_s);
     const bool isAsUsual =
         m_sent.step == Step::End && m_sent.reply.code == 0 && m_sent.connection == m_register.connections();
@@ -272,7 +275,7 @@ OrderWork::End ReceiptWork::concludeCancelled(Fate fate)
     const bool isCash = pays(m_receipt, Tender::Cash) && !m_receipt.reenterCash &&
                         m_place.rules.hold(Rule::CashOnlyIfAllowed);
     const bool isMoney = m_mayBePaid && !m_wordGiven && (isCard || isCash);
-    m_order.giveBack = m_wordGiven ? 0 : std::max(m_order.giveBack, cashTaken());
+    m_order.giveBack = m_wordGiven && !m_isDropped ? 0 : std::max(m_order.giveBack, cashTaken());
     m_place.ledger.note(attempt(fate));
     forgetSale();
     if (m_refusal)

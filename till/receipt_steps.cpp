@@ -22,8 +22,12 @@ int keyOf(Tender tender)
 
 OrderWork::End ReceiptWork::step()
 {
+    const int connection = m_register.connections();
     if (const End end = reach())
         return end;
+    m_isCertain = connection == m_register.connections();
+    if (!m_isCertain) // the sale may have ended with the connection, and another one be open
+        return {};
     if (isLeaving())
         return cancelSale();
     if (m_position.lines < m_receipt.items.size())

@@ -34,14 +34,14 @@ OrderWork::End ReceiptWork::takeAnswer()
         return {};
     if (m_order.question == Question::CountedTwice)
         return settle(State::Closed, u"a person has seen to the receipt that was counted twice"_s);
+    if (m_order.question == Question::OtherRegister || m_order.question == Question::MoneyTaken) {
+        if (!isNone(m_order.reference))
+            m_place.ledger.note(attempt(Fate::GivenUp)); // of the register before
+        m_order.reference = {0, 0};
+    }
     if (m_order.question == Question::OtherRegister && answer == Answer::SellAgain &&
         !m_place.ledger.beginEra())
         return WorkEnd::LedgerFailed;
-    if (m_order.question == Question::OtherRegister || m_order.question == Question::MoneyTaken) {
-        if (!isNone(m_order.reference))
-            m_place.ledger.note(attempt(Fate::GivenUp));
-        m_order.reference = {0, 0};
-    }
     m_isDropped = answer == Answer::Drop;
     m_saidPaid = answer == Answer::Paid;
     m_wordGiven = answer == Answer::SellAgain || answer == Answer::Drop;
