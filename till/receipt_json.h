@@ -5,7 +5,8 @@
 #include <QJsonObject>
 #include <QStringList>
 
-/** Receipts and slips as JSON; receipt.schema.json describes it, docs/receipts.md explains it. */
+/** Receipts and slips as JSON: docs/receipt-json.md has every field, receipt.schema.json and slip.schema.json
+ * describe them for programs. */
 namespace Velno::Receipts {
 
 /** What was wanted: a value that may be used, or everything that is wrong with it. */
