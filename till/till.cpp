@@ -51,7 +51,8 @@ private:
 /** What is wrong with a name of at most so many bytes; empty when nothing is. */
 QString faultOfName(const QString &what, const QString &text, qsizetype longest)
 {
-    const bool isPrintable = std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.isPrint(); });
+    const bool isPrintable = std::none_of(text.cbegin(), text.cend(),
+                                          [](QChar c) { return c.category() == QChar::Other_Control; });
     const qsizetype size = text.toUtf8().size();
     if (size >= 1 && size <= longest && isPrintable)
         return {};
