@@ -43,8 +43,11 @@ int Look::askForState(View *view, Glance *glance)
     view->found = Found::NoSale;
     const bool isIdle = state == VelnoEcrState_Idle || state == VelnoEcrState_IdleOtherScreen;
     *glance = isIdle || !m_place.rules.hold(Rule::WaitForBusyRegister) ? Glance::Settled : Glance::Busy;
-    if (state != VelnoEcrState_SaleOpen)
-        return 0;
+    return state == VelnoEcrState_SaleOpen ? askForSale(view, glance) : 0;
+}
+
+int Look::askForSale(View *view, Glance *glance)
+{
     int first = 0;
     const int code = m_register.ask(velnoext_sale_state, RegisterAccess::answerTimeout, &first, &view->totals,
                                     &view->open);
@@ -77,6 +80,11 @@ int Look::askForReceipt(const Doubt &doubt, View *view, Glance *glance)
 
 int Look::glance(const Doubt &doubt, View *view, Glance *glance)
 {
+    if (doubt.isLikelyOpen) {
+        const int code = askForSale(view, glance);
+        if (code != 0 || (*glance == Glance::Settled && isSame(view->open, doubt.receipt)))
+            return code;
+    }
     const int code = askForState(view, glance);
     if (code != 0 || *glance != Glance::Settled || isNone(doubt.receipt))
         return code;

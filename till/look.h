@@ -10,6 +10,7 @@ struct Doubt
     VelnoReceiptRef receipt = {0, 0}; ///< 0, 0: whether any sale is open
     VelnoReceiptRef known = {0, 0};   ///< one that is certainly closed, for counter-questions; 0, 0: none
     bool cancelAnswered = false;      ///< the register has answered that it cancelled this one
+    bool isLikelyOpen = false;        ///< so that asking for the open sale alone may do
 };
 
 enum class Found {
@@ -60,6 +61,7 @@ private:
     enum class Glance;
     int glance(const Doubt &doubt, View *view, Glance *glance);
     int askForState(View *view, Glance *glance);
+    int askForSale(View *view, Glance *glance);
     int askForReceipt(const Doubt &doubt, View *view, Glance *glance);
     std::optional<Looked> weigh(Glance glance);
     bool pauseBehind(Glance glance);
