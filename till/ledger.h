@@ -3,12 +3,16 @@
 #include "till/order.h"
 
 #include <QList>
-#include <QSqlDatabase>
+#include <QMutex>
+#include <QVariant>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
 namespace Velno::Receipts {
+
+class Statement;
 
 /** Where a ledger is. */
 struct LedgerPlace
@@ -26,8 +30,14 @@ enum class Durability {
 
 /**
  * What must not be forgotten, in an SQLite database: every order with its state, its history and the fiscal
- * receipts that it was entered on. One process at a time has it open. Each change is one transaction: whole
- * or not there, and true only when it is. Every function may be called from any thread; they take turns.
+ * receipts that it was entered on. One process at a time has it open. Every function may be called from any
+ * thread; they take turns. Needs a QCoreApplication no more than Qt's SQLite driver does.
+ *
+ * Each change is one transaction: whole or not there, and true only when it is. After false it is not there;
+ * only where the disk has failed in the midst of a flush may the next open() find it, after all.
+ *
+ * What cannot be read, or holds what was never written, is given as nothing, and from then on no change is
+ * taken: what has not been read must not be acted upon as if it were not there.
  */
 class Ledger
 {
@@ -36,10 +46,16 @@ public:
     ~Ledger();
     Q_DISABLE_COPY_MOVE(Ledger)
 
-    /** Opens the file, or makes it for its owner alone. @return empty, or in words why it cannot be used */
+    /**
+     * Opens the file, or makes it, for its owner alone: one that others may read is taken away from them. A
+     * symbolic link is not followed. What is no ledger, of another register or of a later version stays as it
+     * is.
+     *
+     * @return empty, or in words why it cannot be used
+     */
     QString open(const LedgerPlace &place);
 
-    /** Why the last call failed, in words; empty when it did not. */
+    /** Why the last of the calls below failed, in words; empty when it did not. */
     QString problem() const;
 
     std::optional<Order> find(const QString &key) const;
@@ -51,13 +67,15 @@ public:
     /** Puts a new order on record and gives it its number. @return false: it is not there */
     bool accept(Order *order, const Event &event, Durability durability = Durability::Flushed);
 
-    /** Writes what has become of an order, with the attempt on its reference when it has one. */
+    /** Writes what has become of an order, one line of its history, and every attempt noted since the last
+     * save(). Key, kind, content and when it was accepted stay as they are. */
     bool save(const Order &order, const Event &event, Durability durability);
 
     QList<Event> history(qint64 order) const;
 
-    /** Notes a receipt that an order is entered on, or what became of it. Part of the next save() of that
-     * order. */
+    /** Notes a receipt that an order is entered on, or what became of it. Part of the next save(), of
+     * whichever order; forgotten when that fails; 0, 0 is none. A receipt is one order's for ever: save()
+     * refuses to give it to another. */
     void note(const Attempt &attempt);
     QList<Attempt> attempts(qint64 order) const;
     QList<Attempt> doubts() const; ///< those probably cancelled, of this era
@@ -67,18 +85,52 @@ public:
     /** The highest reference of this era, and no lower Z number than a Z report's; 0, 0: none. */
     VelnoReceiptRef highest() const;
 
-    int era() const { return m_era; }
+    int era() const;
     bool beginEra(); ///< a person has said that another register has taken the place, flushed
 
-    /** Forgets settled orders that have not changed since. @return how many; -1 on failure */
+    /** Forgets settled orders that have not changed since, flushed; not those with doubts, nor the last Z
+     * report of this era. @return how many; -1 on failure */
     int prune(const QDateTime &unchangedSince);
 
 private:
-    struct Statements;
+    struct Inside;
 
-    QSqlDatabase m_database;
-    std::unique_ptr<Statements> m_statements;
-    QString m_problem;
+    /** What is asked for each receipt, of this era, as it is on record. */
+    struct Standing
+    {
+        void take(const Attempt &attempt);
+
+        QList<Attempt> doubts;
+        VelnoReceiptRef lastClosed = {0, 0};
+        VelnoReceiptRef highest = {0, 0};
+    };
+
+    QString connect(const LedgerPlace &place);
+    QString takeOver(const LedgerPlace &place);
+    QString readRegister(const QByteArray &serial);
+    bool create(const QByteArray &serial, qint64 version);
+
+    bool isUsable() const;
+    void giveUp(const QString &why) const;
+    template <typename Row>
+    QList<Row> rows(Statement Inside::*which, const QVariantList &values,
+                    std::optional<Row> (*read)(const Statement &)) const;
+    bool readStanding(Standing *standing) const;
+
+    bool change(Durability durability, const std::function<bool()> &write);
+    bool begin(Durability durability);
+    bool commit();
+    bool writeEvent(qint64 order, const Event &event);
+    bool writeAttempts(const QList<Attempt> &attempts, Standing *standing);
+
+    mutable QMutex m_mutex;           ///< of all that follows
+    std::unique_ptr<Inside> m_inside; ///< nothing: it is not open
+    mutable QString m_problem;
+    mutable QString m_broken; ///< why nothing is read and taken; empty: it is
+    QList<Attempt> m_notes;
+    Standing m_standing;
+    std::optional<Durability> m_durability; ///< of the transaction before
+    bool m_isLogSuspect = false; ///< a flush has failed: nobody knows what of the log is on the disk
     int m_era = 1;
 };
 

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "till/ledger.h"
+#include "till/ledger_rows.h"
+#include "till/ledger_schema.h"
+
+namespace Velno::Receipts {
+
+/** The database of a ledger that is open, and what is asked of it again and again. */
+struct Ledger::Inside
+{
+    Inside();
+
+    Database database;
+
+    Statement begin;
+    Statement commit;
+    Statement rollBack;
+
+    Statement orderOfKey;
+    Statement orderOfNumber;
+    Statement ordersOfStates;    ///< of the states of stateCount values, and how many at most
+    Statement unsettledOfStates; ///< likewise, of those that are not settled
+    Statement historyOfOrder;
+    Statement attemptsOfOrder;
+
+    Statement doubts; ///< of an era, like the next three
+    Statement lastClosed;
+    Statement highest;
+    Statement highestZ;
+
+    Statement insertOrder;
+    Statement updateOrder;
+    Statement insertEvent;
+    Statement insertAttempt;
+};
+
+constexpr int stateCount = int(State::NeedsPerson) + 1;
+
+} // namespace Velno::Receipts

@@ -1,0 +1,96 @@
+#include "till/ledger_file.h"
+#include "till/ledger_inside.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace Velno::Receipts {
+
+QString Ledger::open(const LedgerPlace &place)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_inside = std::make_unique<Inside>();
+    m_notes.clear();
+    m_durability.reset();
+    m_isLogSuspect = false;
+    m_broken.clear();
+    const QString problem = connect(place);
+    if (problem.isEmpty())
+        return {};
+    m_inside.reset();
+    m_broken = u"it is not open"_s;
+    return u"the ledger %1 cannot be used: %2"_s.arg(place.file, problem);
+}
+
+QString Ledger::connect(const LedgerPlace &place)
+{
+    const bool isOfComputer = place.vfs.isEmpty();
+    if (const QString problem = isOfComputer ? ensureLedgerFile(place.file) : QString(); !problem.isEmpty())
+        return problem;
+    const QString name =
+        isOfComputer ? QFileInfo(place.file).absoluteFilePath() : uriOf(place.file, place.vfs);
+    // Locked before anything else is asked: SQLite then needs no memory that it shares with other processes,
+    // and a second one is refused here.
+    Database &database = m_inside->database;
+    if (!database.open(name) || !database.run(u"PRAGMA locking_mode = EXCLUSIVE"_s) ||
+        !database.run(u"BEGIN EXCLUSIVE"_s))
+        return database.problem();
+    return takeOver(place);
+}
+
+/** Of a file that is locked, and in a transaction. Nothing of it changes, not even who may read it, before it
+ * is known to be this register's ledger. */
+QString Ledger::takeOver(const LedgerPlace &place)
+{
+    Database &database = m_inside->database;
+    qint64 version = 0;
+    if (const QString problem = judgeSchema(database, ledgerMigrations(), &version); !problem.isEmpty())
+        return problem;
+    if (const QString problem = version > 0 ? readRegister(place.serial) : QString(); !problem.isEmpty())
+        return problem;
+    if (!m_inside->commit.run())
+        return database.problem();
+    if (const QString problem = place.vfs.isEmpty() ? keepFromOthers(place.file) : QString();
+        !problem.isEmpty())
+        return problem;
+    Statement log(database, u"PRAGMA journal_mode = WAL"_s);
+    if (!log.run() || !log.next())
+        return database.problem();
+    if (log.value(0).toString() != u"wal"_s)
+        return u"SQLite keeps no log ahead of it here"_s;
+    log.finish();
+    if (version < ledgerMigrations().back().version && !create(place.serial, version))
+        return m_problem;
+    return readStanding(&m_standing) ? QString() : m_broken;
+}
+
+QString Ledger::readRegister(const QByteArray &serial)
+{
+    Statement statement(m_inside->database, u"SELECT serial, era FROM register"_s);
+    if (!statement.run())
+        return m_inside->database.problem();
+    if (!statement.next())
+        return statement.isBroken() ? m_inside->database.problem() : u"it is damaged"_s;
+    const QString its = statement.value(0).toString();
+    bool isNumber = false;
+    m_era = statement.value(1).toInt(&isNumber);
+    if (!isNumber || m_era < 1)
+        return u"it is damaged"_s;
+    if (its != QString::fromLatin1(serial))
+        return u"it belongs to the register %1"_s.arg(its);
+    return {};
+}
+
+/** Makes a new ledger, or one of an earlier version into one of today. */
+bool Ledger::create(const QByteArray &serial, qint64 version)
+{
+    m_era = version > 0 ? m_era : 1;
+    Statement owner(m_inside->database, u"INSERT INTO register (id, serial, era) VALUES (1, ?, ?)"_s);
+    return change(Durability::Flushed, [&] {
+        return migrate(m_inside->database, ledgerMigrations(), version) &&
+               (version > 0 || owner.run({QString::fromLatin1(serial), m_era}));
+    });
+}
+
+} // namespace Velno::Receipts

@@ -1,0 +1,239 @@
+#include "till/ledger_rows.h"
+
+#include <QJsonDocument>
+
+#include <array>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+namespace Velno::Receipts {
+
+namespace {
+
+using Int = std::numeric_limits<int>;
+using Long = std::numeric_limits<qint64>;
+
+/** A column of whole numbers, and what may stand in it. */
+template <typename Row>
+struct Column
+{
+    const char *name;
+    qint64 least;
+    qint64 most;
+    qint64 (*of)(const Row &);
+    void (*take)(Row &, qint64);
+};
+
+qint64 milliseconds(const QDateTime &time)
+{
+    return time.toMSecsSinceEpoch();
+}
+
+QDateTime time(qint64 milliseconds)
+{
+    return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
+}
+
+/** What of an order changes while it is worked off. The register's own numbers may be any. */
+constexpr std::array<Column<Order>, 20> changing{{
+    {"state", 0, int(State::NeedsPerson), [](const Order &o) { return qint64(o.state); },
+     [](Order &o, qint64 v) { o.state = State(v); }},
+    {"question", 0, int(Question::SlipPrinted), [](const Order &o) { return qint64(o.question); },
+     [](Order &o, qint64 v) { o.question = Question(v); }},
+    {"answer", 0, int(Answer::Drop), [](const Order &o) { return qint64(o.answer); },
+     [](Order &o, qint64 v) { o.answer = Answer(v); }},
+    {"first", Int::min(), Int::max(), [](const Order &o) { return qint64(o.reference.first); },
+     [](Order &o, qint64 v) { o.reference.first = int(v); }},
+    {"second", Int::min(), Int::max(), [](const Order &o) { return qint64(o.reference.second); },
+     [](Order &o, qint64 v) { o.reference.second = int(v); }},
+    {"payment_sent", 0, 1, [](const Order &o) { return qint64(o.paymentSent); },
+     [](Order &o, qint64 v) { o.paymentSent = v != 0; }},
+    {"is_sent", 0, 1, [](const Order &o) { return qint64(o.isSent); },
+     [](Order &o, qint64 v) { o.isSent = v != 0; }},
+    {"z", Int::min(), Int::max(), [](const Order &o) { return qint64(o.z); },
+     [](Order &o, qint64 v) { o.z = int(v); }},
+    {"to_pay", Long::min(), Long::max(), [](const Order &o) { return qint64(o.totals.values[0]); },
+     [](Order &o, qint64 v) { o.totals.values[0] = v; }},
+    {"tax", Long::min(), Long::max(), [](const Order &o) { return qint64(o.totals.values[1]); },
+     [](Order &o, qint64 v) { o.totals.values[1] = v; }},
+    {"cash", Long::min(), Long::max(), [](const Order &o) { return qint64(o.totals.values[2]); },
+     [](Order &o, qint64 v) { o.totals.values[2] = v; }},
+    {"card", Long::min(), Long::max(), [](const Order &o) { return qint64(o.totals.values[3]); },
+     [](Order &o, qint64 v) { o.totals.values[3] = v; }},
+    {"change", Long::min(), Long::max(), [](const Order &o) { return qint64(o.totals.values[4]); },
+     [](Order &o, qint64 v) { o.totals.values[4] = v; }},
+    {"lines", Int::min(), Int::max(), [](const Order &o) { return qint64(o.totals.number); },
+     [](Order &o, qint64 v) { o.totals.number = int(v); }},
+    {"paper", 0, int(Paper::Unsure), [](const Order &o) { return qint64(o.paper); },
+     [](Order &o, qint64 v) { o.paper = Paper(v); }},
+    {"slip_unsure", 0, 1, [](const Order &o) { return qint64(o.slipUnsure); },
+     [](Order &o, qint64 v) { o.slipUnsure = v != 0; }},
+    {"give_back", Long::min(), Long::max(), [](const Order &o) { return o.giveBack; },
+     [](Order &o, qint64 v) { o.giveBack = v; }},
+    {"code", Int::min(), Int::max(), [](const Order &o) { return qint64(o.code); },
+     [](Order &o, qint64 v) { o.code = int(v); }},
+    {"cause", Int::min(), Int::max(), [](const Order &o) { return qint64(o.cause); },
+     [](Order &o, qint64 v) { o.cause = int(v); }},
+    {"changed_at", Long::min(), Long::max(), [](const Order &o) { return milliseconds(o.changedAt); },
+     [](Order &o, qint64 v) { o.changedAt = time(v); }},
+}};
+
+constexpr std::array<Column<Event>, 4> numbersOfEvents{{
+    {"time", Long::min(), Long::max(), [](const Event &e) { return milliseconds(e.time); },
+     [](Event &e, qint64 v) { e.time = time(v); }},
+    {"state", 0, int(State::NeedsPerson), [](const Event &e) { return qint64(e.state); },
+     [](Event &e, qint64 v) { e.state = State(v); }},
+    {"code", Int::min(), Int::max(), [](const Event &e) { return qint64(e.code); },
+     [](Event &e, qint64 v) { e.code = int(v); }},
+    {"cause", Int::min(), Int::max(), [](const Event &e) { return qint64(e.cause); },
+     [](Event &e, qint64 v) { e.cause = int(v); }},
+}};
+
+constexpr std::array<Column<Attempt>, 5> numbersOfAttempts{{
+    {"era", 1, Int::max(), [](const Attempt &a) { return qint64(a.era); },
+     [](Attempt &a, qint64 v) { a.era = int(v); }},
+    {"first", Int::min(), Int::max(), [](const Attempt &a) { return qint64(a.reference.first); },
+     [](Attempt &a, qint64 v) { a.reference.first = int(v); }},
+    {"second", Int::min(), Int::max(), [](const Attempt &a) { return qint64(a.reference.second); },
+     [](Attempt &a, qint64 v) { a.reference.second = int(v); }},
+    {"order_number", 1, Long::max(), [](const Attempt &a) { return a.order; },
+     [](Attempt &a, qint64 v) { a.order = v; }},
+    {"fate", 0, int(Fate::GivenUp), [](const Attempt &a) { return qint64(a.fate); },
+     [](Attempt &a, qint64 v) { a.fate = Fate(v); }},
+}};
+
+constexpr auto fixed = "key, kind, content, accepted_at"_L1;
+constexpr int firstChanging = 5; // behind the number and these four
+
+template <typename Row, size_t count>
+QString names(const std::array<Column<Row>, count> &columns, const QString &separator)
+{
+    QStringList list;
+    for (const auto &column : columns)
+        list << QString::fromLatin1(column.name);
+    return list.join(separator);
+}
+
+template <typename Row, size_t count>
+QVariantList values(const Row &row, const std::array<Column<Row>, count> &columns)
+{
+    QVariantList list;
+    list.reserve(qsizetype(count));
+    for (const auto &column : columns)
+        list << column.of(row);
+    return list;
+}
+
+std::optional<qint64> number(const QVariant &value, qint64 least, qint64 most)
+{
+    bool isNumber = false;
+    const qint64 read = value.toLongLong(&isNumber);
+    return isNumber && read >= least && read <= most ? std::optional(read) : std::nullopt;
+}
+
+/** Reads the columns from this place on. @return false: one of them holds what was never written */
+template <typename Row, size_t count>
+bool take(const Statement &from, int place, const std::array<Column<Row>, count> &columns, Row &row)
+{
+    for (const auto &column : columns) {
+        const auto value = number(from.value(place++), column.least, column.most);
+        if (!value)
+            return false;
+        column.take(row, *value);
+    }
+    return true;
+}
+
+} // namespace
+
+QString orderColumns()
+{
+    return u"number, "_s + fixed + u", "_s + names(changing, u", "_s);
+}
+
+std::optional<Order> readOrder(const Statement &row)
+{
+    const auto orderNumber = number(row.value(0), 1, Long::max());
+    const auto kind = number(row.value(2), 0, int(Kind::Slip));
+    const auto content = QJsonDocument::fromJson(row.value(3).toString().toUtf8());
+    const auto accepted = number(row.value(4), Long::min(), Long::max());
+    Order order;
+    order.key = row.value(1).toString();
+    if (!orderNumber || order.key.isEmpty() || !kind || !content.isObject() || !accepted ||
+        !take(row, firstChanging, changing, order))
+        return std::nullopt;
+    order.number = *orderNumber;
+    order.kind = Kind(*kind);
+    order.content = content.object();
+    order.acceptedAt = time(*accepted);
+    return order;
+}
+
+QString insertOrder()
+{
+    const qsizetype count = qsizetype(changing.size()) + firstChanging; // without the number, with the era
+    return u"INSERT INTO orders (%1, %2, z_era) VALUES (%3)"_s.arg(fixed, names(changing, u", "_s),
+                                                                   QStringList(count, u"?"_s).join(u", "_s));
+}
+
+QVariantList wholeOrder(const Order &order)
+{
+    const QByteArray content = QJsonDocument(order.content).toJson(QJsonDocument::Compact);
+    return QVariantList{order.key, int(order.kind), QString::fromUtf8(content),
+                        milliseconds(order.acceptedAt)} +
+           changingOrder(order);
+}
+
+QString updateOrder()
+{
+    // A Z number belongs to the register that told it.
+    return u"UPDATE orders SET %1 = ?, z_era = CASE WHEN z = ? THEN z_era ELSE ? END WHERE number = ?"_s.arg(
+        names(changing, u" = ?, "_s));
+}
+
+QVariantList changingOrder(const Order &order)
+{
+    return values(order, changing);
+}
+
+QString eventColumns()
+{
+    return names(numbersOfEvents, u", "_s) + u", text, person"_s;
+}
+
+std::optional<Event> readEvent(const Statement &row)
+{
+    constexpr int texts = int(numbersOfEvents.size());
+    Event event;
+    if (!take(row, 0, numbersOfEvents, event))
+        return std::nullopt;
+    event.text = row.value(texts).toString();
+    event.person = row.value(texts + 1).toString();
+    return event;
+}
+
+QVariantList wholeEvent(const Event &event)
+{
+    // A text that is null would be no text to the database.
+    return values(event, numbersOfEvents)
+           << (event.text.isNull() ? u""_s : event.text) << (event.person.isNull() ? u""_s : event.person);
+}
+
+QString attemptColumns()
+{
+    return names(numbersOfAttempts, u", "_s);
+}
+
+std::optional<Attempt> readAttempt(const Statement &row)
+{
+    Attempt attempt;
+    return take(row, 0, numbersOfAttempts, attempt) ? std::optional(attempt) : std::nullopt;
+}
+
+QVariantList wholeAttempt(const Attempt &attempt)
+{
+    return values(attempt, numbersOfAttempts);
+}
+
+} // namespace Velno::Receipts

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "till/database.h"
+#include "till/order.h"
+
+#include <optional>
+
+/** Orders, events and attempts as rows of the ledger's tables: their columns have one place. */
+namespace Velno::Receipts {
+
+// Orders: number, what stays as it was accepted, and behind that what becomes of it. ---------------------
+
+QString orderColumns(); ///< those that readOrder() reads, as a SELECT names them
+std::optional<Order> readOrder(const Statement &row); ///< nothing: something in it is out of range
+
+/** Takes the values of wholeOrder() and the era. */
+QString insertOrder();
+QVariantList wholeOrder(const Order &order);
+
+/** Takes the values of changingOrder(), the Z number, the era, and the order's number. */
+QString updateOrder();
+QVariantList changingOrder(const Order &order);
+
+// Events -------------------------------------------------------------------------------------------------
+
+QString eventColumns();
+std::optional<Event> readEvent(const Statement &row);
+QVariantList wholeEvent(const Event &event);
+
+// Attempts -----------------------------------------------------------------------------------------------
+
+QString attemptColumns();
+std::optional<Attempt> readAttempt(const Statement &row);
+QVariantList wholeAttempt(const Attempt &attempt);
+
+} // namespace Velno::Receipts
