@@ -53,6 +53,10 @@ foreach(file libvelnoext.so libvelnoext.so.0 cmake/Velno/VelnoConfig.cmake cmake
     expect("${file} is installed" EXISTS ${lib}/${file})
 endforeach()
 
+foreach(file receipt.schema.json slip.schema.json)
+    expect("${file} is installed" EXISTS ${root}/share/velno/${file})
+endforeach()
+
 file(GLOB programs RELATIVE ${root}/bin ${root}/bin/*)
 list(JOIN programs " " output)
 expect("every program is installed" output STREQUAL "velno-pairing velno-register velno-relay velnoctl")

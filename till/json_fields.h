@@ -14,7 +14,7 @@ class Faults
 {
 public:
     void add(const QString &path, const QString &found, const QString &accepted);
-    bool isEmpty() const { return m_faults.isEmpty(); }
+    qsizetype count() const { return m_faults.size() + m_more; }
 
     /** All of them; of a thousand and more the number stands in place of the rest. */
     QStringList take();

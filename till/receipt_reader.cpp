@@ -73,24 +73,33 @@ Item itemFrom(const JsonValue &value, const QString &path, Faults *faults)
     return item;
 }
 
-void readItems(const Fields &fields, Receipt *receipt, Faults *faults)
+/** The items together, each of which is good. */
+void judgeItems(const Fields &fields, const QList<Item> &items)
 {
-    const QString name = u"items"_s;
-    const Need need = fields.has(u"medical"_s) ? Need::Optional : Need::Required;
-    const std::vector<JsonValue> *const list = fields.list(name, need, {0, mostItems});
-    qint64 sum = 0;
-    for (size_t i = 0; list && i < list->size(); ++i) {
-        receipt->items << itemFrom((*list)[i], pathOf(name, qsizetype(i)), faults);
-        sum += lineTotal(receipt->items.last().price, receipt->items.last().quantity);
-        sum = std::min(sum, mostKurus + 1);
-    }
+    qint64 sum = 0; // of 500 lines at most, each up to mostKurus
+    for (const Item &item : items)
+        sum += lineTotal(item.price, item.quantity);
     if (sum > mostKurus)
-        fields.refuse(name, u"more than %1 together"_s.arg(liraText(mostKurus)),
+        fields.refuse(u"items"_s, u"%1 together"_s.arg(liraText(sum)),
                       u"up to %1"_s.arg(liraText(mostKurus)));
-    const bool isRemarkAlone = std::all_of(receipt->items.cbegin(), receipt->items.cend(),
-                                           [](const Item &item) { return item.price == 0; });
-    if (list && isRemarkAlone && !fields.has(u"medical"_s))
-        fields.refuse(name, u"nothing that has a price"_s, u"one item with a price, or a medical part"_s);
+    const bool isSaleOfNothing =
+        std::all_of(items.cbegin(), items.cend(), [](const Item &item) { return item.price == 0; });
+    if (isSaleOfNothing && !fields.has(u"medical"_s))
+        fields.refuse(u"items"_s, u"nothing that has a price"_s,
+                      u"one item with a price, or a medical part"_s);
+}
+
+QList<Item> itemsFrom(const Fields &fields, Faults *faults)
+{
+    const qsizetype faultsBefore = faults->count();
+    const Need need = fields.has(u"medical"_s) ? Need::Optional : Need::Required;
+    const std::vector<JsonValue> *const list = fields.list(u"items"_s, need, {0, mostItems});
+    QList<Item> items;
+    for (size_t i = 0; list && i < list->size(); ++i)
+        items << itemFrom((*list)[i], pathOf(u"items"_s, qsizetype(i)), faults);
+    if (list && faults->count() == faultsBefore)
+        judgeItems(fields, items);
+    return items;
 }
 
 Medical medicalFrom(const JsonValue &value, Faults *faults)
@@ -190,38 +199,45 @@ void judgePaidTotal(const Receipt &receipt, Faults *faults)
                     u"the total of %1, or \"rest\" in the last one"_s.arg(total));
 }
 
-void readPayments(const Fields &fields, Receipt *receipt, Faults *faults)
+QList<Payment> paymentsFrom(const Fields &fields, Faults *faults)
 {
-    const QString name = u"payments"_s;
-    const std::vector<JsonValue> *const list = fields.list(name, Need::Required, paymentCount);
+    const std::vector<JsonValue> *const list = fields.list(u"payments"_s, Need::Required, paymentCount);
+    QList<Payment> payments;
     for (size_t i = 0; list && i < list->size(); ++i) {
-        const QString path = pathOf(name, qsizetype(i));
-        receipt->payments << paymentFrom((*list)[i], path, faults);
-        if (!receipt->payments.last().amount && i + 1 < list->size())
+        const QString path = pathOf(u"payments"_s, qsizetype(i));
+        payments << paymentFrom((*list)[i], path, faults);
+        if (!payments.last().amount && i + 1 < list->size())
             faults->add(path, u"\"rest\""_s, u"an amount: only the last payment may be the rest"_s);
     }
-    if (receipt->invoice && !receipt->payments.isEmpty() && receipt->payments.last().amount)
-        faults->add(pathOf(name, receipt->payments.size() - 1), u"an amount"_s,
+    if (fields.has(u"invoice"_s) && !payments.isEmpty() && payments.last().amount)
+        faults->add(pathOf(u"payments"_s, payments.size() - 1), u"an amount"_s,
                     u"\"rest\", with which an invoice ends the sale"_s);
+    return payments;
+}
+
+/** Payments and total; they are compared only when each is good, so that a mistake is told once. */
+void readMoney(const Fields &fields, Receipt *receipt, Faults *faults)
+{
+    const qsizetype faultsBefore = faults->count();
+    receipt->payments = paymentsFrom(fields, faults);
+    receipt->total = fields.amount(u"total"_s, Need::Optional, 0);
+    if (receipt->total && faults->count() == faultsBefore)
+        judgePaidTotal(*receipt, faults);
 }
 
 Receipt receiptFrom(const JsonValue &value, Faults *faults)
 {
     const Fields fields(value, QString(), receiptFields(), faults);
     Receipt receipt;
-    readItems(fields, &receipt, faults);
+    receipt.items = itemsFrom(fields, faults);
     if (const JsonValue *const medical = fields.find(u"medical"_s))
         receipt.medical = medicalFrom(*medical, faults);
     if (const JsonValue *const invoice = fields.find(u"invoice"_s))
         receipt.invoice = invoiceFrom(*invoice, faults);
-    readPayments(fields, &receipt, faults);
-    receipt.total = fields.amount(u"total"_s, Need::Optional, 0);
+    readMoney(fields, &receipt, faults);
     receipt.reenterCash = fields.flag(u"reenterCash"_s);
     if (const JsonValue *const slip = fields.find(u"slip"_s))
         receipt.slip = slipFrom(*slip, u"slip"_s, faults);
-    // Between amounts that are good, and not before: one mistake is told once.
-    if (faults->isEmpty() && receipt.total)
-        judgePaidTotal(receipt, faults);
     return receipt;
 }
 
