@@ -2,8 +2,6 @@
 
 #include "till/money.h"
 
-#include <QSet>
-
 #include <algorithm>
 #include <limits>
 
@@ -58,7 +56,7 @@ QStringList Faults::take()
 
 QString pathOf(const QString &list, qsizetype index)
 {
-    return u"%1[%2]"_s.arg(list).arg(index);
+    return list + u'[' + QString::number(index) + u']';
 }
 
 Fields::Fields(const JsonValue &object, const QString &path, const QStringList &accepted, Faults *faults)
@@ -70,13 +68,15 @@ Fields::Fields(const JsonValue &object, const QString &path, const QStringList &
         faults->add(path.isEmpty() ? u"the whole"_s : path, inWords(object), u"an object"_s);
         return;
     }
-    QSet<QString> seen;
+    quint32 seen = 0; // of those accepted, which are few
     for (const QString &name : object.names) {
-        if (!accepted.contains(name))
+        const qsizetype at = accepted.indexOf(name);
+        if (at < 0)
             refuse(name, u"no field has this name"_s, accepted.join(", "_L1));
-        else if (seen.contains(name))
+        else if ((seen >> at & 1U) != 0)
             refuse(name, u"stated twice"_s, u"once"_s);
-        seen.insert(name);
+        else
+            seen |= 1U << at;
     }
 }
 
@@ -101,40 +101,45 @@ void Fields::refuse(const QString &name, const QString &found, const QString &ac
     m_faults->add(pathTo(name), found, accepted);
 }
 
-template <typename Read>
-auto Fields::take(const QString &name, Need need, const QString &accepted, Read read) const
+template <typename Accepted, typename Read>
+auto Fields::take(const QString &name, Need need, const Accepted &accepted, const Read &read) const
 {
     using Taken = decltype(read(m_object));
     const JsonValue *const value = find(name);
     if (!value) {
         if (need == Need::Required && m_object.isObject())
-            refuse(name, u"missing"_s, accepted);
+            refuse(name, u"missing"_s, accepted());
         return Taken();
     }
     Taken taken = read(*value);
     if (!taken)
-        refuse(name, inWords(*value), accepted);
+        refuse(name, inWords(*value), accepted());
     return taken;
 }
 
 std::optional<qint64> Fields::amount(const QString &name, Need need, qint64 least,
                                      const QString &orElse) const
 {
-    const QString accepted = u"lira in quotes, \"%1\" to \"%2\", or whole kuruş without a point, %3 to %4"_s
-                                 .arg(liraText(least), liraText(mostKurus))
-                                 .arg(least)
-                                 .arg(mostKurus);
-    return take(name, need, accepted + orElse, [least](const JsonValue &value) {
+    const auto accepted = [least, &orElse] {
+        return u"lira in quotes, \"%1\" to \"%2\", or whole kuruş without a point, %3 to %4"_s
+                   .arg(liraText(least), liraText(mostKurus))
+                   .arg(least)
+                   .arg(mostKurus) +
+               orElse;
+    };
+    return take(name, need, accepted, [least](const JsonValue &value) {
         return inRange(value.isText() ? decimalFrom(value.text, 2) : wholeFrom(value), {least, mostKurus});
     });
 }
 
 std::optional<qint32> Fields::quantity(const QString &name) const
 {
-    constexpr Range range{1, std::numeric_limits<qint32>::max()};
-    const QString accepted =
-        u"\"%1\" to \"%2\", or whole units without a point"_s.arg(quantityText(1), quantityText(range.most));
-    const std::optional<qint64> taken = take(name, Need::Optional, accepted, [range](const JsonValue &value) {
+    static constexpr Range range{1, std::numeric_limits<qint32>::max()};
+    const auto accepted = [] {
+        return u"\"%1\" to \"%2\", or whole units without a point"_s.arg(quantityText(1),
+                                                                         quantityText(range.most));
+    };
+    const std::optional<qint64> taken = take(name, Need::Optional, accepted, [](const JsonValue &value) {
         return inRange(thousandthsFrom(value), range);
     });
     return taken ? std::optional(qint32(*taken)) : std::nullopt;
@@ -142,7 +147,7 @@ std::optional<qint32> Fields::quantity(const QString &name) const
 
 std::optional<int> Fields::number(const QString &name, Need need, Range range) const
 {
-    const QString accepted = u"%1 to %2"_s.arg(range.least).arg(range.most);
+    const auto accepted = [range] { return u"%1 to %2"_s.arg(range.least).arg(range.most); };
     const std::optional<qint64> taken = take(
         name, need, accepted, [range](const JsonValue &value) { return inRange(wholeFrom(value), range); });
     return taken ? std::optional(int(*taken)) : std::nullopt;
@@ -150,21 +155,23 @@ std::optional<int> Fields::number(const QString &name, Need need, Range range) c
 
 bool Fields::flag(const QString &name) const
 {
-    const std::optional<bool> taken =
-        take(name, Need::Optional, u"true or false"_s, [](const JsonValue &value) {
-            const bool isTrue = value.kind == JsonValue::Kind::True;
-            return isTrue || value.kind == JsonValue::Kind::False ? std::optional(isTrue) : std::nullopt;
-        });
+    const auto accepted = [] { return u"true or false"_s; };
+    const std::optional<bool> taken = take(name, Need::Optional, accepted, [](const JsonValue &value) {
+        const bool isTrue = value.kind == JsonValue::Kind::True;
+        return isTrue || value.kind == JsonValue::Kind::False ? std::optional(isTrue) : std::nullopt;
+    });
     return taken.value_or(false);
 }
 
 std::optional<QString> Fields::text(const QString &name, Need need, qsizetype mostBytes) const
 {
-    const QString accepted = u"a text of 1 to %1 bytes in UTF-8, without control characters"_s.arg(mostBytes);
+    const auto accepted = [mostBytes] {
+        return u"a text of 1 to %1 bytes in UTF-8, without control characters"_s.arg(mostBytes);
+    };
     const JsonValue *const value = find(name);
     const qsizetype bytes = value ? value->text.toUtf8().size() : 0;
     if (value && value->isText() && bytes > mostBytes) {
-        refuse(name, u"%1 has %2 bytes"_s.arg(inWords(*value)).arg(bytes), accepted);
+        refuse(name, u"%1 has %2 bytes"_s.arg(inWords(*value)).arg(bytes), accepted());
         return std::nullopt;
     }
     return take(name, need, accepted, [](const JsonValue &found) {
@@ -174,7 +181,7 @@ std::optional<QString> Fields::text(const QString &name, Need need, qsizetype mo
 
 std::optional<int> Fields::word(const QString &name, Need need, const QStringList &words) const
 {
-    const QString accepted = u"\"%1\""_s.arg(words.join("\", \""_L1));
+    const auto accepted = [&words] { return u"\"%1\""_s.arg(words.join("\", \""_L1)); };
     return take(name, need, accepted, [&words](const JsonValue &value) {
         const qsizetype at = value.isText() ? words.indexOf(value.text) : -1;
         return at < 0 ? std::nullopt : std::optional(int(at));
@@ -194,10 +201,10 @@ std::optional<QString> Fields::identity(const QString &name, const QString &acce
 
 const std::vector<JsonValue> *Fields::list(const QString &name, Need need, Range range) const
 {
-    const QString accepted = u"a list of %1 to %2"_s.arg(range.least).arg(range.most);
+    const auto accepted = [range] { return u"a list of %1 to %2"_s.arg(range.least).arg(range.most); };
     const JsonValue *const value = find(name);
     if (value && value->isList() && !inRange(qint64(value->values.size()), range)) {
-        refuse(name, u"a list of %1"_s.arg(value->values.size()), accepted);
+        refuse(name, u"a list of %1"_s.arg(value->values.size()), accepted());
         return nullptr;
     }
     return take(name, need, accepted,

@@ -70,9 +70,10 @@ public:
     void refuse(const QString &name, const QString &found, const QString &accepted) const;
 
 private:
-    /** Has a field that is there read by `read`, which returns nothing for what is not good. */
-    template <typename Read>
-    auto take(const QString &name, Need need, const QString &accepted, Read read) const;
+    /** Has a field that is there read by `read`, which returns nothing for what is not good. What is accepted
+     * is put into words only when it is told. */
+    template <typename Accepted, typename Read>
+    auto take(const QString &name, Need need, const Accepted &accepted, const Read &read) const;
 
     const JsonValue &m_object;
     QString m_path;

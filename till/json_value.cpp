@@ -152,17 +152,20 @@ bool Reader::list(JsonValue *value, int level)
 
 bool Reader::string(QString *text)
 {
+    const auto endsRun = [](QChar character) {
+        return character == u'"' || character == u'\\' || character < u' ';
+    };
     skip(u'"');
     while (!skip(u'"')) {
-        if (m_left.isEmpty() || front() < u' ')
-            return fail(u"a text that ends with a quote on its line"_s);
-        if (skip(u'\\')) {
-            if (!escape(text))
-                return false;
+        const auto end = std::find_if(m_left.cbegin(), m_left.cend(), endsRun);
+        *text += m_left.first(end - m_left.cbegin());
+        m_left = m_left.sliced(end - m_left.cbegin());
+        if (front() == u'"')
             continue;
-        }
-        *text += front();
-        m_left = m_left.sliced(1);
+        if (!skip(u'\\'))
+            return fail(u"a text that ends with a quote on its line"_s);
+        if (!escape(text))
+            return false;
     }
     return text->isValidUtf16() || fail(u"whole characters, also behind \\u"_s);
 }

@@ -4,60 +4,73 @@ using namespace Qt::StringLiterals;
 
 namespace Velno::Receipts {
 
-QStringList unitWords()
+const QStringList &unitWords()
 {
-    return {u"piece"_s, u"kilogram"_s,    u"gram"_s,       u"litre"_s,
-            u"metre"_s, u"squareMetre"_s, u"cubicMetre"_s, u"hour"_s};
+    static const QStringList words{u"piece"_s, u"kilogram"_s,    u"gram"_s,       u"litre"_s,
+                                   u"metre"_s, u"squareMetre"_s, u"cubicMetre"_s, u"hour"_s};
+    return words;
 }
 
-QStringList invoiceTypeWords()
+const QStringList &invoiceTypeWords()
 {
-    return {u"paper"_s, u"electronic"_s, u"archived"_s};
+    static const QStringList words{u"paper"_s, u"electronic"_s, u"archived"_s};
+    return words;
 }
 
-QStringList tenderWords()
+const QStringList &tenderWords()
 {
-    return {u"cash"_s, u"card"_s};
+    static const QStringList words{u"cash"_s, u"card"_s};
+    return words;
 }
 
-QStringList receiptFields()
+const QStringList &receiptFields()
 {
-    return {u"items"_s, u"medical"_s, u"invoice"_s, u"payments"_s, u"total"_s, u"reenterCash"_s, u"slip"_s};
+    static const QStringList words{u"items"_s, u"medical"_s,     u"invoice"_s, u"payments"_s,
+                                   u"total"_s, u"reenterCash"_s, u"slip"_s};
+    return words;
 }
 
-QStringList itemFields()
+const QStringList &itemFields()
 {
-    return {u"name"_s, u"price"_s, u"quantity"_s, u"unit"_s, u"section"_s, u"percentage"_s, u"discount"_s};
+    static const QStringList words{u"name"_s,    u"price"_s,      u"quantity"_s, u"unit"_s,
+                                   u"section"_s, u"percentage"_s, u"discount"_s};
+    return words;
 }
 
-QStringList medicalFields()
+const QStringList &medicalFields()
 {
-    return {u"amount"_s, u"person"_s};
+    static const QStringList words{u"amount"_s, u"person"_s};
+    return words;
 }
 
-QStringList invoiceFields()
+const QStringList &invoiceFields()
 {
-    return {u"type"_s, u"person"_s, u"company"_s, u"reference"_s, u"deliveryNote"_s};
+    static const QStringList words{u"type"_s, u"person"_s, u"company"_s, u"reference"_s, u"deliveryNote"_s};
+    return words;
 }
 
-QStringList slipFields()
+const QStringList &slipFields()
 {
-    return {u"encoding"_s, u"lines"_s};
+    static const QStringList words{u"encoding"_s, u"lines"_s};
+    return words;
 }
 
-QStringList textLineFields()
+const QStringList &textLineFields()
 {
-    return {u"text"_s, u"size"_s, u"styleA"_s, u"styleB"_s};
+    static const QStringList words{u"text"_s, u"size"_s, u"styleA"_s, u"styleB"_s};
+    return words;
 }
 
-QStringList justifiedLineFields()
+const QStringList &justifiedLineFields()
 {
-    return {u"left"_s, u"right"_s, u"styleA"_s, u"styleB"_s};
+    static const QStringList words{u"left"_s, u"right"_s, u"styleA"_s, u"styleB"_s};
+    return words;
 }
 
-QStringList feedLineFields()
+const QStringList &feedLineFields()
 {
-    return {u"feed"_s};
+    static const QStringList words{u"feed"_s};
+    return words;
 }
 
 } // namespace Velno::Receipts

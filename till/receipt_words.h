@@ -6,17 +6,17 @@
  * in the documentation. */
 namespace Velno::Receipts {
 
-QStringList unitWords();        ///< by VelnoItemType
-QStringList invoiceTypeWords(); ///< by VelnoInvoiceType
-QStringList tenderWords();      ///< by Tender
+const QStringList &unitWords();        ///< by VelnoItemType
+const QStringList &invoiceTypeWords(); ///< by VelnoInvoiceType
+const QStringList &tenderWords();      ///< by Tender
 
-QStringList receiptFields();
-QStringList itemFields();
-QStringList medicalFields();
-QStringList invoiceFields();
-QStringList slipFields();
-QStringList textLineFields();      ///< of a slip
-QStringList justifiedLineFields(); ///< of a slip
-QStringList feedLineFields();      ///< of a slip
+const QStringList &receiptFields();
+const QStringList &itemFields();
+const QStringList &medicalFields();
+const QStringList &invoiceFields();
+const QStringList &slipFields();
+const QStringList &textLineFields();      ///< of a slip
+const QStringList &justifiedLineFields(); ///< of a slip
+const QStringList &feedLineFields();      ///< of a slip
 
 } // namespace Velno::Receipts

@@ -6,13 +6,16 @@ using namespace Qt::StringLiterals;
 
 namespace Velno::Receipts {
 
-QStringList slipEncodings()
+const QStringList &slipEncodings()
 {
-    return {u"UTF-8"_s, u"windows-1254"_s, u"ISO-8859-9"_s};
+    static const QStringList names{u"UTF-8"_s, u"windows-1254"_s, u"ISO-8859-9"_s};
+    return names;
 }
 
 std::optional<QByteArray> slipBytes(const QString &text, const QString &encoding)
 {
+    if (encoding == "UTF-8"_L1)
+        return text.toUtf8(); // which writes every text
     const QTextCodec *const codec = QTextCodec::codecForName(encoding.toLatin1());
     if (!codec)
         return std::nullopt;

@@ -9,7 +9,7 @@ namespace Velno::Receipts {
 
 /** Those that a slip may have: with them Turkish texts can be written, and every register is sure to have one
  * of them. */
-QStringList slipEncodings();
+const QStringList &slipEncodings();
 
 /** A text in one of these encodings, for the library's printer functions; nothing when it cannot be written.
  */
