@@ -33,7 +33,7 @@ private slots:
     void numbersArePrunedForEver();
 
 private:
-    QTemporaryDir m_folder;
+    QTemporaryDir m_folder{folderInMemory()};
     int m_files = 0;
 
     LedgerPlace newPlace() { return {m_folder.filePath(QString::number(++m_files)), "UB1234567890", {}}; }

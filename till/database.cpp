@@ -50,7 +50,7 @@ QString inWords(const QSqlError &error)
     case NoDatabase:
         return u"it is no ledger"_s;
     default:
-        return u"it is damaged (%1)"_s.arg(error.text());
+        return u"it is damaged (%1)"_s.arg(error.databaseText());
     }
 }
 

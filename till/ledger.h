@@ -107,6 +107,7 @@ private:
 
     QString connect(const LedgerPlace &place);
     QString takeOver(const LedgerPlace &place);
+    bool keepLog();
     QString readRegister(const QByteArray &serial);
     bool create(const QByteArray &serial, qint64 version);
 

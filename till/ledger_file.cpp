@@ -17,6 +17,12 @@ namespace {
 constexpr QFile::Permissions ownersOnly = QFile::ReadOwner | QFile::WriteOwner;
 constexpr QFile::Permissions ofOthers = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
                                         QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+constexpr qint64 leastSize = 100; // the header of a database
+
+bool hasLog(const QString &path)
+{
+    return QFileInfo(path + u"-wal"_s).size() > 0;
+}
 
 } // namespace
 
@@ -31,7 +37,20 @@ QString ensureLedgerFile(const QString &path)
     const QFileInfo file(path);
     if (file.isSymbolicLink())
         return u"it is a symbolic link; name the file itself"_s;
-    return file.isFile() ? QString() : u"it is no file"_s;
+    if (!file.isFile())
+        return u"it is no file"_s;
+    // SQLite would take a single byte for no file at all.
+    if (file.size() > 0 && file.size() < leastSize)
+        return u"it is no ledger"_s;
+    // And it would throw away what lies beside an empty file.
+    if (file.size() == 0 && hasLog(path))
+        return u"it is damaged: it is empty, and %1-wal beside it is not"_s.arg(path);
+    return {};
+}
+
+bool endsWithinPage(const QString &path, qint64 pageSize)
+{
+    return !hasLog(path) && QFileInfo(path).size() % pageSize != 0;
 }
 
 QString keepFromOthers(const QString &path)

@@ -14,6 +14,10 @@ namespace Velno::Receipts {
  */
 QString ensureLedgerFile(const QString &path);
 
+/** Whether the file ends within a page. SQLite would read the rest of that as zeros; only with a log beside
+ * it is it about to write it anew. */
+bool endsWithinPage(const QString &path, qint64 pageSize);
+
 /** Takes the file, and what SQLite lays beside it, away from others. @return empty, or in words why not */
 QString keepFromOthers(const QString &path);
 

@@ -44,25 +44,30 @@ QString Ledger::connect(const LedgerPlace &place)
 QString Ledger::takeOver(const LedgerPlace &place)
 {
     Database &database = m_inside->database;
+    const bool isOfComputer = place.vfs.isEmpty();
     qint64 version = 0;
     if (const QString problem = judgeSchema(database, ledgerMigrations(), &version); !problem.isEmpty())
         return problem;
+    if (isOfComputer && endsWithinPage(place.file, database.number(u"PRAGMA page_size"_s).value_or(1)))
+        return u"it is damaged: its end is missing"_s;
     if (const QString problem = version > 0 ? readRegister(place.serial) : QString(); !problem.isEmpty())
         return problem;
     if (!m_inside->commit.run())
         return database.problem();
-    if (const QString problem = place.vfs.isEmpty() ? keepFromOthers(place.file) : QString();
-        !problem.isEmpty())
+    if (const QString problem = isOfComputer ? keepFromOthers(place.file) : QString(); !problem.isEmpty())
         return problem;
-    Statement log(database, u"PRAGMA journal_mode = WAL"_s);
-    if (!log.run() || !log.next())
+    if (!keepLog())
         return database.problem();
-    if (log.value(0).toString() != u"wal"_s)
-        return u"SQLite keeps no log ahead of it here"_s;
-    log.finish();
     if (version < ledgerMigrations().back().version && !create(place.serial, version))
-        return m_problem;
+        return database.problem();
     return readStanding(&m_standing) ? QString() : m_broken;
+}
+
+/** What is written goes to a log first: a flush of that is one of a single file. */
+bool Ledger::keepLog()
+{
+    Statement statement(m_inside->database, u"PRAGMA journal_mode = WAL"_s);
+    return statement.run() && statement.next();
 }
 
 QString Ledger::readRegister(const QByteArray &serial)

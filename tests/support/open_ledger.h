@@ -2,10 +2,21 @@
 
 #include "till/ledger.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 namespace TestSupport {
 
 using namespace Velno::Receipts;
 using namespace Qt::StringLiterals;
+
+/** For a QTemporaryDir whose files no test waits to be flushed for, where the system has memory for that. */
+inline QString folderInMemory()
+{
+    const QString memory = u"/dev/shm"_s;
+    const QString parent = QFileInfo(memory).isWritable() ? memory : QDir::tempPath();
+    return parent + u"/velno-ledger-XXXXXX"_s;
+}
 
 /** So many seconds after some point in time. */
 inline QDateTime moment(int second)
