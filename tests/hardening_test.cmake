@@ -63,7 +63,7 @@ endmacro()
 # No run path, or one that begins where the file lies.
 macro(has_runpath file)
     lines_of("R(UN)?PATH" ${READELF} -dW ${file})
-    string(REGEX MATCH "[[][$]ORIGIN/[^:]+[]]$" relative "${output}")
+    string(REGEX MATCH "[[][$]ORIGIN(/[^:]+)?[]]$" relative "${output}")
     judge(relative OR NOT output)
 endmacro()
 
@@ -78,7 +78,7 @@ endmacro()
 # What is called from elsewhere begins with a landing pad: the functions of the interface, main() of a program.
 macro(has_flow file)
     execute_process(COMMAND ${OBJDUMP} -d --no-show-raw-insn ${file}
-                    COMMAND grep -E -A1 -- "^[0-9a-f]+ <(main|velnoext_[a-z_]+)>:$"
+                    COMMAND grep -E -A1 -- "^[0-9a-f]+ <(main|velno(ext|till)_[a-z_]+)>:$"
                     COMMAND grep -E -v -- "^--$" OUTPUT_VARIABLE output)
     string(REGEX MATCHALL ">:\n" functions "${output}")
     string(REGEX MATCHALL ">:\n[^\n]*endbr(32|64)" pads "${output}")
