@@ -50,7 +50,7 @@ void TestVelnoctlArguments::valuesHaveTheirTypes()
     QCOMPARE(taken(u"end-sale"_s, {u"card"_s}).value(Kinds::means), Means::Card);
     QCOMPARE(taken(u"delete"_s, {u"0"_s}).value(Kinds::line).index, std::optional(0));
     QCOMPARE(taken(u"delete"_s, {u"last"_s}).value(Kinds::line).index, std::optional<int>());
-    QCOMPARE(taken(u"receipt"_s, {u"12/1"_s}).value(Kinds::receipt), std::pair(12, 1));
+    QCOMPARE(taken(u"receipt-data"_s, {u"12/1"_s}).value(Kinds::receipt), std::pair(12, 1));
     const Style style = taken(u"text"_s, {u"Masa"_s, u"style=b"_s}).value(Kinds::style);
     QVERIFY(!style.a);
     QVERIFY(style.b);

@@ -225,7 +225,7 @@ void TestVelnoctlRegister::marketsDayAsJson()
     for (const QByteArray &line : client.out.trimmed().split('\n')) {
         const QJsonObject result = object(line);
         QVERIFY2(result.value(u"code"_s).toInt(-1) == 0, line.constData());
-        if (result.value(u"command"_s) == u"receipt"_s)
+        if (result.value(u"command"_s) == u"receipt-data"_s)
             changes << result.value(u"totals"_s).toArray().last().toInt();
     }
     QCOMPARE(changes, (QList{8462, 0}));
@@ -254,7 +254,7 @@ void TestVelnoctlRegister::whatASaleContainsEndsTheScript_data()
     QTest::newRow("too much by card")
         << QByteArray("item 1 Su\npay card 2\nend-sale card\nstart-sale\n") << 6;
     QTest::newRow("second sale") << QByteArray("start-sale\n") << 6;
-    QTest::newRow("receipt still open") << QByteArray("sale-state\nreceipt\n") << 8;
+    QTest::newRow("receipt still open") << QByteArray("sale-state\nreceipt-data\n") << 8;
 }
 
 void TestVelnoctlRegister::whatASaleContainsEndsTheScript()

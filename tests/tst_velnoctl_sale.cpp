@@ -144,7 +144,7 @@ void TestVelnoctlSale::commandsReachTheRegister_data()
     invoice("end with another invoice",
             "end-invoice flag=yes mode=2 id=0000000001 kind=1 type=2 reference=12345678901234567", 2, 1,
             "12345678901234567", "0000000001", 2, true);
-    row("receipt", "receipt 12/7", {{7, yes + totals}}, {plain(7, 12, 7)}, "receipt 12/7: " + totalsInWords,
+    row("receipt data", "receipt-data 12/7", {{7, yes + totals}}, {plain(7, 12, 7)}, "receipt 12/7: " + totalsInWords,
         totalsAsJson({{u"receipt"_s, u"12/7"_s}}));
 
     row("acquirers", "acquirers", {{19, plain(QVector<int>{46, -62, 64})}}, {plain(19)},
@@ -231,7 +231,7 @@ void TestVelnoctlSale::totalsOfAnySizeArePrinted()
     Device device;
     device.answers = {{7, yes + plain(largest, smallest, qint64(-5), qint64(0), qint64(7), -6)}};
     device.meet();
-    Client client(target(device.port) + QStringList{u"receipt"_s, u"1/2"_s});
+    Client client(target(device.port) + QStringList{u"receipt-data"_s, u"1/2"_s});
     QCOMPARE(client.exitCode(), 0);
     QCOMPARE(client.out,
              "receipt 1/2: total 92233720368547758.07 TL, tax -92233720368547758.08 TL, cash -0.05 TL, "
@@ -292,7 +292,7 @@ void TestVelnoctlSale::failuresEndWithTheirCode_data()
     row("end without a sale", "end-sale cash", {{0, plain(7, QVector<int>{1}, 0)}}, 6);
     row("cancelled to elsewhere", "cancel", {{0, openSale}, {3, plain(7, QVector<int>{})}}, 6);
     row("invoice refused", "end-invoice type=1", {{14, no}}, 8);
-    row("receipt refused", "receipt 1/2", {{7, no}}, 8);
+    row("receipt refused", "receipt-data 1/2", {{7, no}}, 8);
     row("acquirers cut short", "acquirers", {{19, plain(3, 1)}}, 5);
     row("long section name", "section 1", {{10, plain(QByteArray(53, 'x'), 10)}}, 5);
     row("text without encoding", "text Merhaba", {}, 8);
@@ -324,8 +324,8 @@ void TestVelnoctlSale::failuresEndWithTheirCode_data()
     wrong("end-invoice reference=12345678901234567", 0x40E);
     wrong("end-invoice type=1 id=123", 0x403);
     wrong("end-invoice type=1 kind=1", 0x404);
-    wrong("receipt 0/7", 0x40F);
-    wrong("receipt 7/0", 0x410);
+    wrong("receipt-data 0/7", 0x40F);
+    wrong("receipt-data 7/0", 0x410);
     wrong("section 0", 0x406);
     wrong("pay cash 0", 0x412);
     wrong("pay card -1", 0x412);
@@ -363,7 +363,7 @@ void TestVelnoctlSale::commandsBehindEachOtherTakeTheirOwnWords()
     device.meet();
     Client client(target(device.port) +
                   wordsOf(u"item 1 Su section=3 medical 5 print items 2 Simit + 3 Poğaça "
-                          "quantity=2 medical 6 11111111111 receipt 1/2 print"_s));
+                          "quantity=2 medical 6 11111111111 receipt-data 1/2 print"_s));
     QCOMPARE(client.exitCode(), 8);
     QCOMPARE(device.codes(), (QList{4, 9, 13, 16, 9, 7}));
     QCOMPARE(device.commands().at(3),
@@ -375,7 +375,7 @@ void TestVelnoctlSale::receiptIsRemembered()
     Device device;
     device.answers = {{6, plain(true, 5, QVector<int>{1}, 0) + totals + plain(12, 7)}, {7, yes + totals}};
     device.meet();
-    Client client(target(device.port) + QStringList{u"sale-state"_s, u"receipt"_s, u"receipt"_s, u"3/4"_s});
+    Client client(target(device.port) + QStringList{u"sale-state"_s, u"receipt-data"_s, u"receipt-data"_s, u"3/4"_s});
     QCOMPARE(client.exitCode(), 0);
     QCOMPARE(device.commands(), (QList{plain(6), plain(7, 12, 7), plain(7, 3, 4)}));
     QVERIFY(client.out.contains("\nreceipt 12/7: "));
@@ -385,9 +385,9 @@ void TestVelnoctlSale::receiptThatNobodyHasNamed()
 {
     Device device;
     device.meet();
-    Client client(target(device.port) + QStringList{u"receipt"_s});
+    Client client(target(device.port) + QStringList{u"receipt-data"_s});
     QCOMPARE(client.exitCode(), 64);
-    QVERIFY2(client.err.contains("velnoctl: receipt: RECEIPT is missing, and no sale-state has told one"),
+    QVERIFY2(client.err.contains("velnoctl: receipt-data: RECEIPT is missing, and no sale-state has told one"),
              client.err.constData());
     QCOMPARE(device.commands(), QList<QByteArray>());
 }

@@ -195,9 +195,9 @@ void TestVelnoctlUsage::wrongArgumentsSendNothing_data()
                                                     "accepted is 6 to 16 characters with type 0; up to 17");
     row("end-invoice mode=cash", "mode=\"cash\" is no MODE; accepted is a whole number");
     row("end-invoice flag=1", "flag=\"1\" is no FLAG; accepted is yes or no");
-    row("receipt 12", "receipt: \"12\" is no RECEIPT; accepted is two whole numbers with a slash");
-    row("receipt 12/", "receipt: \"12/\" is no RECEIPT");
-    row("receipt 12/1/1", "receipt: \"12/1/1\" is no RECEIPT");
+    row("receipt-data 12", "receipt-data: \"12\" is no RECEIPT; accepted is two whole numbers with a slash");
+    row("receipt-data 12/", "receipt-data: \"12/\" is no RECEIPT");
+    row("receipt-data 12/1/1", "receipt-data: \"12/1/1\" is no RECEIPT");
     row("section", "section: SECTION is missing");
     row("section GIDA", "section: \"GIDA\" is no SECTION");
     row("encoding", "encoding: ENCODING is missing; accepted is the name of an encoding");
@@ -338,7 +338,7 @@ void TestVelnoctlUsage::helpFitsAScreen()
                              "state z last-z datetime sale-limit paper serial",
                              "login logout forget\n",
                              "start-sale start-invoice-sale sale-state item items medical",
-                             "pay end-sale end-invoice cancel receipt",
+                             "pay end-sale end-invoice cancel receipt-data",
                              "encoding text justified feed print x-report z-report\n",
                              "send get\n",
                              "run shell explain help commands version\n",
@@ -351,6 +351,9 @@ void TestVelnoctlUsage::helpFitsAScreen()
                              "  --json ",
                              "  --answer-limit MS ",
                              "  --language LANG ",
+                             "  --ledger FILE ",
+                             "receipt receipts receipt-answer\n",
+                             "20-35 a receipt",
                              " 64 wrong usage",
                              "74 ",
                              " 130 ",

@@ -1,5 +1,7 @@
 #include "velnoctl/argument_kinds.h"
 
+#include "velnotill.h"
+
 #include <algorithm>
 #include <array>
 
@@ -9,12 +11,13 @@ namespace VelnoCtl {
 
 namespace {
 
-constexpr std::array<const ArgumentKind *, 29> kinds{
+constexpr std::array<const ArgumentKind *, 33> kinds{
     &Kinds::code,     &Kinds::detail, &Kinds::file,    &Kinds::command,  &Kinds::price, &Kinds::amount,
     &Kinds::quantity, &Kinds::name,   &Kinds::section, &Kinds::percent,  &Kinds::type,  &Kinds::line,
     &Kinds::identity, &Kinds::means,  &Kinds::invoice, &Kinds::idKind,   &Kinds::id,    &Kinds::reference,
     &Kinds::mode,     &Kinds::flag,   &Kinds::receipt, &Kinds::encoding, &Kinds::text,  &Kinds::left,
-    &Kinds::right,    &Kinds::size,   &Kinds::style,   &Kinds::count,    &Kinds::hex};
+    &Kinds::right,    &Kinds::size,   &Kinds::style,   &Kinds::count,    &Kinds::hex,   &Kinds::receiptFile,
+    &Kinds::key,      &Kinds::answer, &Kinds::person};
 
 } // namespace
 
@@ -52,6 +55,15 @@ std::optional<Style> styleFrom(const QString &text)
     if (text != "a"_L1 && text != "b"_L1 && text != "ab"_L1)
         return std::nullopt;
     return Style{text.contains(u'a'), text.contains(u'b')};
+}
+
+std::optional<int> answerFrom(const QString &text)
+{
+    for (int answer = VelnoTillAnswer_Paid; answer <= VelnoTillAnswer_Drop; ++answer) {
+        if (text == QLatin1StringView(velnotill_answer_name(answer)))
+            return answer;
+    }
+    return std::nullopt;
 }
 
 std::optional<bool> flagFrom(const QString &text)

@@ -45,6 +45,7 @@ std::optional<QString> somethingFrom(const QString &text); ///< any text but an 
 std::optional<Means> meansFrom(const QString &text);
 std::optional<Line> lineFrom(const QString &text);
 std::optional<Style> styleFrom(const QString &text);
+std::optional<int> answerFrom(const QString &text); ///< a VelnoTillAnswer
 std::optional<bool> flagFrom(const QString &text);
 
 /** A text in UTF-8 that fits into a field of a structure whole: it is never cut in the middle of a letter. */
@@ -107,6 +108,13 @@ inline constexpr auto mode = kindReadBy<numberFrom<int>>("MODE", "a whole number
 inline constexpr auto flag = kindReadBy<flagFrom>("FLAG", "yes or no; the register defines what it means");
 inline constexpr auto receipt =
     kindReadBy<pairFrom>("RECEIPT", "two whole numbers with a slash between, as sale-state told them: 12/1");
+inline constexpr auto receiptFile = kindReadBy<somethingFrom>(
+    "FILE.json", "the path of a file with a receipt as docs/receipt-json.md has it");
+inline constexpr auto key = kindReadBy<somethingFrom>(
+    "KEY", "the sale's name in the ledger, 1 to 200 bytes without control characters");
+inline constexpr auto answer = kindReadBy<answerFrom>("ANSWER", "paid, sell-again or drop");
+inline constexpr auto person =
+    kindReadBy<somethingFrom>("PERSON", "who answers, up to 100 bytes; not given: the user's name");
 inline constexpr auto encoding =
     kindReadBy<somethingFrom>("ENCODING", "the name of an encoding, for example UTF-8 or windows-1254");
 inline constexpr auto text = kindReadBy<somethingFrom>("TEXT", "a text, in quotes when there are blanks");

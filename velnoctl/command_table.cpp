@@ -5,6 +5,7 @@
 #include "velnoctl/printing_commands.h"
 #include "velnoctl/query_commands.h"
 #include "velnoctl/raw_commands.h"
+#include "velnoctl/receipt_commands.h"
 #include "velnoctl/sale_commands.h"
 
 #include <array>
@@ -17,6 +18,7 @@ constexpr char reading[] = "Reading";
 constexpr char session[] = "Session";
 constexpr char sale[] = "Sale";
 constexpr char closing[] = "Its end";
+constexpr char receiptsGroup[] = "Receipts";
 constexpr char printing[] = "Printing";
 constexpr char raw[] = "Raw bytes";
 constexpr char house[] = "velnoctl";
@@ -84,10 +86,20 @@ constexpr std::array table{
             "end-invoice type=1 kind=1 id=0000000001 mode=2", Connection, Everywhere, endInvoice},
     Command{closing, "cancel", "", "cancels the sale", "sale cancelled", "cancel", Connection, Everywhere,
             cancel},
-    Command{closing, "receipt", "[RECEIPT]", "a closed receipt, by default the one sale-state told last",
-            "its totals, and its number of items", "receipt 12/1", Connection, Everywhere, receipt},
+    Command{closing, "receipt-data", "[RECEIPT]", "a closed receipt, by default the one sale-state told last",
+            "its totals, and its number of items", "receipt-data 12/1", Connection, Everywhere, receiptData},
     Command{closing, "sale-acquirers", "", "the banks that the sale's cards were paid with", "their numbers",
             "sale-acquirers", Connection, Everywhere, saleAcquirers},
+
+    Command{receiptsGroup, "receipt", "FILE.json [key=KEY]",
+            "sells a whole receipt, once for each key however often it is handed over",
+            "how it stands; 20 and more when it is not closed", "receipt sale.json key=4711", Target,
+            Everywhere, receipt},
+    Command{receiptsGroup, "receipts", "[key=KEY]", "what is in the ledger, or one order with its history",
+            "a line for each order", "receipts", Target, Everywhere, receipts},
+    Command{receiptsGroup, "receipt-answer", "KEY ANSWER [person=PERSON]",
+            "a person's answer to what a receipt asks, which is acted upon", "how it stands then",
+            "receipt-answer 4711 paid", Target, Everywhere, answerReceipt},
 
     Command{printing, "encoding", "ENCODING", "begins a slip, or reads its next texts otherwise",
             "texts of the slip in UTF-8", "encoding UTF-8", Target, Everywhere, encoding},

@@ -20,9 +20,11 @@ struct Answer
 {
     int code = 0; ///< the library's result code, or an ExitStatus
     QString text; ///< the result for people, or what is wrong with WrongUsage; empty: nothing is printed
-    QJsonObject values;  ///< the result's fields for --json; a refused command may have some too
-    int detail = 0;      ///< velnoext_error_detail()
-    int cause = 0;       ///< velnoext_cause()
+    QJsonObject values; ///< the result's fields for --json; a refused command may have some too
+    int detail = 0;     ///< velnoext_error_detail()
+    int cause = 0;      ///< velnoext_cause()
+    const char *result =
+        nullptr; ///< the name of a code that is none of the library's; the text then says what it means
     bool isTold = false; ///< the command wrote what there is to say itself
 };
 

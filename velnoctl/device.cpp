@@ -14,6 +14,7 @@ namespace {
 constexpr int notReady = 1;
 constexpr int connectionFailed = 2;
 constexpr int pairingFailed = 10;
+constexpr quint32 noLimit = 0xFFFFFFFF;
 
 void progress(const QString &text)
 {
@@ -52,7 +53,7 @@ int Device::connect(Needs needs)
         return Interrupted;
     announce(isSpoilt);
     m_isInitialised = true;
-    velnoext_set_answer_limit(m_options.answerLimit);
+    velnoext_set_answer_limit(m_options.answerLimit.value_or(noLimit));
     const int code = velnoext_initialize(m_options.app, m_options.serial.constData(),
                                          m_options.address.constData(), m_options.port, m_options.timeout);
     m_isConnected = code == 0;
@@ -71,6 +72,17 @@ int Device::forget()
 {
     m_isConnected = false;
     return ask(velnoext_forget_device, m_options.serial.constData());
+}
+
+void Device::handOver()
+{
+    if (!m_isInitialised)
+        Velno::GMP::warnOfDevelopmentAuthority("velnoctl");
+    else
+        velnoext_close_all();
+    m_isInitialised = true;
+    m_isConnected = false;
+    m_hasStrayAnswer = false;
 }
 
 void Device::announce(bool isSpoilt)

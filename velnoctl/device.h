@@ -48,6 +48,12 @@ public:
         return ask(function, m_options.timeout, arguments...);
     }
 
+    /** Leaves the register to a till: closes its connection, and connects afresh for the next command. */
+    void handOver();
+
+    void setWhenInterrupted(const QString &known) { m_whenInterrupted = known; }
+    const Options &options() const { return m_options; }
+
     /** What was under way when one of the above returned Interrupted, and what is known of its outcome. */
     const QString &whenInterrupted() const { return m_whenInterrupted; }
 

@@ -85,6 +85,12 @@ void Interrupts::setReading(bool isReading)
     m_isReading = isReading;
 }
 
+void Interrupts::setTill(VelnoTill *till)
+{
+    const std::lock_guard lock(m_mutex);
+    m_till = till;
+}
+
 void Interrupts::watch()
 {
     for (;;) {
@@ -95,8 +101,10 @@ void Interrupts::watch()
             return;
         if (signal > 0)
             take(signal);
-        if (m_requested != 0)
-            velnoext_interrupt(); // and soon again: the call that is meant may only be about to begin
+        if (m_requested != 0) { // and soon again: the call that is meant may only be about to begin
+            velnotill_interrupt(m_till);
+            velnoext_interrupt();
+        }
     }
 }
 

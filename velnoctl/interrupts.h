@@ -1,5 +1,7 @@
 #pragma once
 
+#include "velnotill.h"
+
 #include <QtGlobal>
 
 #include <csignal>
@@ -30,6 +32,9 @@ public:
     /** Whether a file is read, which may block and in which nothing can be lost; so it is at first. */
     void setReading(bool isReading);
 
+    /** The till whose work the signals end, too; null: none. */
+    void setTill(VelnoTill *till);
+
     /** Readable from the first signal on; for poll(). */
     int descriptor() const { return m_stop; }
 
@@ -40,8 +45,9 @@ private:
     void watch();
     void take(int signal);
 
-    mutable std::mutex m_mutex; // guards the three below
-    int m_requested = 0;        // the signal
+    mutable std::mutex m_mutex; // guards the four below
+    VelnoTill *m_till = nullptr;
+    int m_requested = 0; // the signal
     bool m_isReading = true;
     bool m_isEnding = false;
     sigset_t m_signals;

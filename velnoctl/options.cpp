@@ -7,6 +7,8 @@
 
 #include <QCommandLineParser>
 #include <QRegularExpression>
+#include <QStandardPaths>
+#include <QUrl>
 
 #include <arpa/inet.h>
 
@@ -71,7 +73,11 @@ bool takeTimeout(const QString &text, Options &options)
 
 bool takeAnswerLimit(const QString &text, Options &options)
 {
-    return takeNumber(text, 1, &options.answerLimit);
+    quint32 limit = 0;
+    if (!takeNumber(text, 1, &limit))
+        return false;
+    options.answerLimit = limit;
+    return true;
 }
 
 bool takeLanguage(const QString &text, Options &options)
@@ -87,6 +93,12 @@ bool takeRelay(const QString &, Options &options)
     options.address = relayAddress;
     options.isRelay = true;
     return true;
+}
+
+bool takeLedger(const QString &text, Options &options)
+{
+    options.ledger = text;
+    return !text.isEmpty();
 }
 
 bool takeJson(const QString &, Options &options)
@@ -121,6 +133,7 @@ constexpr std::array rows{
               "1 to 4294967295 ms, where 4294967295 means no limit", takeAnswerLimit},
     OptionRow{"json", "", "results as one object a line", "", takeJson},
     OptionRow{"language", "LANG", "of explanations, en or tr", "en or tr", takeLanguage},
+    OptionRow{"ledger", "FILE", "of receipts", "the path of a file", takeLedger},
 };
 // These are not in the help.
 constexpr std::array helpRows{
@@ -143,7 +156,7 @@ QString optionHelp()
         text += isLeft ? cell.leftJustified(halfWidth) : cell + u'\n';
         isLeft = !isLeft;
     }
-    return text;
+    return text.trimmed().prepend("  "_L1) + u'\n';
 }
 
 QCommandLineOption asParserOption(const OptionRow &row)
@@ -181,6 +194,16 @@ QString takeOption(const QCommandLineParser &parser, const OptionRow &row, Optio
 }
 
 } // namespace
+
+QString Options::ledgerFile() const
+{
+    if (!ledger.isEmpty())
+        return ledger;
+    // A serial number may hold signs that a path is made of.
+    return u"%1/velno/%2.ledger"_s.arg(
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation),
+        QString::fromLatin1(QUrl::toPercentEncoding(QString::fromLatin1(serial), {}, ".~")));
+}
 
 QString Options::place() const
 {
@@ -242,8 +265,8 @@ QString helpText()
            u"\n  velnoctl commands       what each does, in a line\n"
            "  velnoctl help COMMAND   its arguments, what is accepted, an example\n\n"_s +
            optionHelp() +
-           u"\nExit status: 0 done, 1-13 the library's result code (see explain), 64 wrong usage,\n"
-           "74 a result could not be written, 130 Ctrl-C or SIGTERM.\n"_s +
+           u"\nExit status: 0 done, 1-13 the library's result code (see explain), 20-35 a receipt\n"
+           "is not closed, 64 wrong usage, 74 a result could not be written, 130 Ctrl-C or SIGTERM.\n"_s +
            Velno::GMP::trustAnchorsInWords() +
            u"Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n"_s;
 }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace VelnoCtl {
 
 /** What stands in front of the commands. */
@@ -14,13 +16,17 @@ struct Options
     quint16 port = 0;   ///< 0 with the relay
     quint32 app = 0;    ///< 0 when not given
     quint32 timeout = 30'000;
-    quint32 answerLimit = 0xFFFFFFFF; ///< ms; none
+    std::optional<quint32> answerLimit; ///< ms; not given: none for a command, a till's own for receipts
+    QString ledger;                     ///< path; empty when not given
     QByteArray language = "en";
     bool isRelay = false;
     bool isJson = false;
     bool isHelp = false;
     bool isVersion = false;
     QStringList words; ///< the commands with their arguments
+
+    /** The ledger of this register: as given, or in the folder of the user's own data. */
+    QString ledgerFile() const;
 
     /** Where the register is to be met, for people. */
     QString place() const;

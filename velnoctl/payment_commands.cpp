@@ -83,7 +83,7 @@ Answer cancel(Session &session, const Arguments &)
     return answer(session.device().command(velnoext_cancel_sale), u"sale cancelled"_s);
 }
 
-Answer receipt(Session &session, const Arguments &arguments)
+Answer receiptData(Session &session, const Arguments &arguments)
 {
     const auto [first, second] = arguments.value(Kinds::receipt, session.remembered().receipt);
     if (!arguments.has(Kinds::receipt) && first == 0 && second == 0)

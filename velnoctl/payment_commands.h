@@ -9,6 +9,6 @@ Answer pay(Session &session, const Arguments &arguments);
 Answer endSale(Session &session, const Arguments &arguments);
 Answer endInvoice(Session &session, const Arguments &arguments);
 Answer cancel(Session &session, const Arguments &arguments);
-Answer receipt(Session &session, const Arguments &arguments);
+Answer receiptData(Session &session, const Arguments &arguments);
 
 } // namespace VelnoCtl

@@ -51,7 +51,7 @@ void Report::answer(const Step &step, const Answer &answer)
     if (answer.code == WrongUsage)
         return wrongUsage(whereOf(step) + command + u": "_s + answer.text);
     if (answer.code != 0)
-        return failure(step, command, command, answer);
+        return answer.result ? otherEnd(step, answer) : failure(step, command, command, answer);
     if (!m_isJson) {
         if (!answer.text.isEmpty())
             write(answer.text);
@@ -94,6 +94,22 @@ void Report::details(const QStringList &lines)
 {
     for (const QString &line : lines)
         std::fputs(u"  %1\n"_s.arg(line).toUtf8().constData(), stderr);
+}
+
+void Report::otherEnd(const Step &step, const Answer &answer)
+{
+    const QString command = QLatin1StringView(step.command->name);
+    complain(whereOf(step) + command + u": "_s + answer.text);
+    if (!m_isJson)
+        return;
+    QJsonObject object = answer.values;
+    object.insert(u"command"_s, command);
+    object.insert(u"code"_s, answer.code);
+    object.insert(u"result"_s, QLatin1StringView(answer.result));
+    object.insert(u"sentence"_s, answer.text);
+    if (!step.where.isEmpty())
+        object.insert(u"where"_s, step.where);
+    write(object);
 }
 
 void Report::failure(const Step &step, const QString &what, const QString &command, const Answer &answer)

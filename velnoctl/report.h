@@ -44,6 +44,7 @@ public:
     bool isLost() const { return m_isLost; }
 
 private:
+    void otherEnd(const Step &step, const Answer &answer);
     void failure(const Step &step, const QString &what, const QString &command, const Answer &answer);
     void write(const QString &text);
     void write(const QJsonObject &object);
