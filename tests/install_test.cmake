@@ -45,7 +45,8 @@ set(lib ${root}/${LIBDIR})
 # What a stranger gets.
 set(output "")
 file(GLOB_RECURSE headers RELATIVE ${root}/include ${root}/include/*)
-expect("the two headers are installed: ${headers}" headers STREQUAL "velnoext.h;velnotill.h")
+list(JOIN headers " " output)
+expect("the two headers are installed" output STREQUAL "velnoext.h velnotill.h")
 file(GLOB_RECURSE archives ${root}/*.a)
 expect("no static library is installed: ${archives}" NOT archives)
 foreach(file libvelnoext.so libvelnoext.so.0 libvelnotill.so libvelnotill.so.0 cmake/Velno/VelnoConfig.cmake

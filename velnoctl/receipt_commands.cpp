@@ -162,7 +162,7 @@ Answer listed(Session &session, VelnoTill *till)
 QString historyText(const QJsonObject &order)
 {
     QStringList lines;
-    for (const QJsonValue &value : order.value(u"history"_s).toArray()) {
+    for (const auto &value : order.value(u"history"_s).toArray()) {
         const QJsonObject event = value.toObject();
         const QString person = event.value(u"person"_s).toString();
         lines << u"  %1 %2: %3%4"_s.arg(event.value(u"time"_s).toString(), event.value(u"state"_s).toString(),
@@ -189,7 +189,7 @@ Answer shown(Session &session, VelnoTill *till, const QByteArray &key)
 
 Answer receipt(Session &session, const Arguments &arguments)
 {
-    const QString path = arguments.value(Kinds::receiptFile);
+    const QString &path = arguments.value(Kinds::receiptFile);
     QByteArray json;
     if (const QString problem = readFile(path, &json); !problem.isEmpty())
         return wrongContent(problem);
