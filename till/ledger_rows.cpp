@@ -164,7 +164,7 @@ std::optional<Order> readOrder(const Statement &row)
         !take(row, firstChanging, changing, order))
         return std::nullopt;
     order.number = *orderNumber;
-    order.kind = Kind(*kind);
+    order.kind = Kind(kind.value());
     order.content = content.object();
     order.acceptedAt = time(*accepted);
     return order;

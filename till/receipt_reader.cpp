@@ -159,7 +159,7 @@ Invoice invoiceFrom(const JsonValue &value, Faults *faults)
 
 Payment paymentFrom(const JsonValue &value, const QString &path, Faults *faults)
 {
-    const QStringList names = tenderWords();
+    const QStringList &names = tenderWords();
     const Fields fields(value, path, names, faults);
     const bool isCard = fields.has(names.at(int(Tender::Card)));
     if (value.isObject() && fields.has(names.at(int(Tender::Cash))) == isCard) {
