@@ -30,11 +30,12 @@ QString Ledger::connect(const LedgerPlace &place)
         return problem;
     const QString name =
         isOfComputer ? QFileInfo(place.file).absoluteFilePath() : uriOf(place.file, place.vfs);
-    // Locked before anything else is asked: SQLite then needs no memory that it shares with other processes,
-    // and a second one is refused here.
+    // Of a new file: an order fills a small page, and what is written and summed is whole pages. And locked
+    // before anything else is asked: SQLite then needs no memory that it shares with other processes, and a
+    // second one is refused here.
     Database &database = m_inside->database;
-    if (!database.open(name) || !database.run(u"PRAGMA locking_mode = EXCLUSIVE"_s) ||
-        !database.run(u"BEGIN EXCLUSIVE"_s))
+    if (!database.open(name) || !database.run(u"PRAGMA page_size = 1024"_s) ||
+        !database.run(u"PRAGMA locking_mode = EXCLUSIVE"_s) || !database.run(u"BEGIN EXCLUSIVE"_s))
         return database.problem();
     return takeOver(place);
 }
