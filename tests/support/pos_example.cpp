@@ -1,13 +1,9 @@
 #include "tests/support/pos_example.h"
 
 #include "tests/support/ends_with_test.h"
-#include "tests/support/full_disk.h"
 #include "tests/support/test_support.h"
 
-#include <QFile>
 #include <QTest>
-
-#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -35,13 +31,9 @@ void Shop::plugIn(const QStringList &options)
 void Shop::open()
 {
     m_till = std::make_unique<QProcess>();
-    m_till->setChildProcessModifier(endsWithTest([size = diskSize] {
-        static std::optional<FullDisk> fullDisk; // until the till takes the place of this process
-        if (size > 0)
-            fullDisk.emplace(size);
-    }));
+    m_till->setChildProcessModifier(endsWithTest());
     m_till->start(QString::fromUtf8(VELNO_EXAMPLES "/pos"),
-                  {serialNo, u"127.0.0.1"_s, QString::number(m_port), booksFile()});
+                  {serialNo, u"127.0.0.1"_s, QString::number(m_port), ledgerFile()});
 }
 
 void Shop::type(const QByteArray &lines)
@@ -87,19 +79,6 @@ void Shop::kill()
 {
     m_till->kill();
     m_till->waitForFinished(longestWait);
-}
-
-void Shop::write(const QByteArray &books) const
-{
-    QFile file(booksFile());
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(books);
-}
-
-QByteArray Shop::books() const
-{
-    QFile file(booksFile());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
 }
 
 QStringList Shop::prints()

@@ -35,15 +35,12 @@ public:
     /** Until the till has sent this; what came before is passed over. */
     bool waitForCommand(const QString &command) const;
 
-    QString booksFile() const { return m_folder.filePath(u"books"_s); }
-    void write(const QByteArray &books) const;
-    QByteArray books() const;
+    QString ledgerFile() const { return m_folder.filePath(u"ledger"_s); }
 
     /** What the register has printed, a word and a number for each: "receipt 1". */
     QStringList prints();
 
     std::unique_ptr<SimulatedRegister> reg;
-    qint64 diskSize = 0; ///< no file of the next till grows beyond it; 0: any size
 
 private:
     QTemporaryDir m_folder;
