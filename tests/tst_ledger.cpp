@@ -3,6 +3,11 @@
 #include <QJsonArray>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+
+#include <atomic>
+#include <memory>
+#include <vector>
 
 using namespace TestSupport;
 using namespace Velno::Receipts;
@@ -31,6 +36,7 @@ private slots:
     void prunedOrdersAreGone();
     void pruningKeepsWhatIsAskedFor();
     void numbersArePrunedForEver();
+    void callsOfThreadsTakeTurns();
 
 private:
     QTemporaryDir m_folder{folderInMemory()};
@@ -434,6 +440,30 @@ void TestLedger::numbersArePrunedForEver()
     }
     OpenLedger ledger(place);
     QCOMPARE(ledger.add(u"key"_s).number, 2);
+}
+
+void TestLedger::callsOfThreadsTakeTurns()
+{
+    constexpr int threads = 4;
+    constexpr int orders = 50;
+    OpenLedger ledger(newPlace());
+    std::vector<std::unique_ptr<QThread>> running;
+    std::atomic<int> found = 0;
+    for (int thread = 0; thread < threads; ++thread) {
+        running.emplace_back(QThread::create([&ledger, &found, thread] {
+            for (int i = 0; i < orders; ++i) {
+                const Order order = ledger.add(u"%1 %2"_s.arg(thread).arg(i));
+                ledger.enter(order, {thread + 1, i + 1}, Fate::Closed, State::Closed);
+                found += ledger.find(order.key) && ledger.attempts(order.number).size() == 1;
+            }
+        }));
+        running.back()->start();
+    }
+    for (const auto &thread : running)
+        QVERIFY(thread->wait(60'000));
+    QCOMPARE(found, threads * orders);
+    QCOMPARE(ledger.list({State::Closed}).size(), threads * orders);
+    QCOMPARE(pairOf(ledger.highest()), Reference(threads, orders));
 }
 
 QTEST_GUILESS_MAIN(TestLedger)

@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
 #include <csignal>
 #include <random>
 
@@ -116,7 +117,7 @@ class Market
 public:
     Market();
 
-    void trouble();
+    void trouble(int order);
     Told handOver(const Wanted &wanted);
     bool settle(QList<Wanted> &wanted);
     void end();
@@ -130,7 +131,6 @@ public:
     KilledTill till;
     std::unique_ptr<SimulatedRegister> reg;
     QMap<QString, Told> last; ///< by key
-    QMap<int, int> troubles;  ///< how often each kind was planned
     int registerKills = 0;
     int tillKills = 0;
     int answers = 0;
@@ -165,34 +165,30 @@ void Market::killRegister()
     QTimer::singleShot(chances.between(0, 60), &line, [this] { switchOn(); });
 }
 
-/** For one order in two, something at some point of what travels for it. */
-void Market::trouble()
+/** Something at some point of what travels for the order; for one in two, but each kind at first. */
+void Market::trouble(int order)
 {
-    const int kind = chances.between(1, 200);
-    const int pieces = chances.between(0, 30);
-    const auto plan = [&](Trouble trouble, int measure = 0) {
-        ++troubles[int(trouble)];
-        line.plan(trouble, pieces, measure);
-    };
-    if (kind <= 30)
-        plan(Trouble::CutBefore);
-    else if (kind <= 60)
-        plan(Trouble::CutBehind);
-    else if (kind <= 66)
-        plan(Trouble::Drop, chances.between(1, 4));
-    else if (kind <= 70)
-        plan(Trouble::Stall, chances.between(1, 2 * answerLimit));
-    else if (kind <= 92)
-        plan(Trouble::Strike);
-    else
-        line.plan(Trouble::None);
-    const bool isRegister = chances.oneIn(4);
+    constexpr std::array first{Trouble::CutBefore, Trouble::CutBehind, Trouble::Drop,
+                               Trouble::Stall,     Trouble::Strike,    Trouble::Strike};
+    constexpr std::array rest{Trouble::CutBefore, Trouble::CutBehind, Trouble::Strike};
+    const bool isFirst = order <= int(first.size());
+    Trouble trouble = Trouble::None;
+    if (isFirst)
+        trouble = first[size_t(order - 1)];
+    else if (chances.oneIn(20))
+        trouble = chances.oneIn(2) ? Trouble::Stall : Trouble::Drop;
+    else if (chances.oneIn(2))
+        trouble = rest[size_t(chances.between(0, int(rest.size()) - 1))];
+    const bool isRegister = isFirst ? order == int(first.size()) : chances.oneIn(4);
     line.strike = [this, isRegister] {
         if (isRegister)
             return killRegister();
         ++tillKills;
         till.kill();
     };
+    const int measure =
+        trouble == Trouble::Drop ? chances.between(1, 4) : chances.between(1, 2 * answerLimit);
+    line.plan(trouble, chances.between(0, isFirst ? 5 : 30), measure);
 }
 
 Told Market::handOver(const Wanted &wanted)
@@ -270,7 +266,7 @@ void TestTillProcesses::eachKeyIsSoldOnce()
     for (int i = 1; i <= orderCount && market.failure.isEmpty(); ++i) {
         wanted << (i % reportEvery == 0 ? Wanted{u"z-%1"_s.arg(i), {}, {}, false}
                                         : receipt(i, market.chances));
-        market.trouble();
+        market.trouble(i);
         market.handOver(wanted.constLast());
     }
     QCOMPARE(market.failure, QString());
