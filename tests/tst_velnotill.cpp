@@ -1,4 +1,4 @@
-#include "tests/support/ends_with_test.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/open_till.h"
 #include "tests/support/test_support.h"
 
@@ -8,13 +8,10 @@
 #include <QJsonObject>
 #include <QTest>
 
-#include <future>
-#include <thread>
-
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
 
-/** velnotill.h without a register: every code, and calls that meet. */
+/** velnotill.h without a register: what is handed over, and what is on record. */
 class TestVelnotill : public QObject
 {
     Q_OBJECT
@@ -30,20 +27,15 @@ private slots:
     void largerOutcomesAreZeroedBehindTheKnown();
     void acceptedIsOnRecord();
     void sameKeyWithOtherContentIsAConflict();
-    void oneTillInAProcess();
-    void closedTillIsNotOpen();
     void unusableLedgerIsToldInWords();
     void ledgerOfAnotherRegisterIsRefused();
+    void fullDiskIsToldInWords();
     void unknownKeys();
     void answersAreJudged();
     void droppedOrderIsSettledWithoutARegister();
-    void callbacksMayCallNoFunction();
     void statesAreChosenByTheirBits();
     void orderAsJson();
     void pruneForgetsWhatIsSettled();
-    void interruptEndsTheWaitForARegister();
-    void closeEndsTheWaitOfOthers();
-    void problemBelongsToTheThread();
 };
 
 namespace {
@@ -326,29 +318,6 @@ void TestVelnotill::sameKeyWithOtherContentIsAConflict()
     QVERIFY(problem().contains("kind"));
 }
 
-void TestVelnotill::oneTillInAProcess()
-{
-    OpenTill till(freePort());
-    OpenTill second(freePort());
-    QVERIFY(till && !second);
-    QCOMPARE(second.openAgain(), int(VelnoTillResult_AlreadyOpen));
-    till.close();
-    QCOMPARE(second.openAgain(), int(VelnoTillResult_Done));
-}
-
-void TestVelnotill::closedTillIsNotOpen()
-{
-    OpenTill till(freePort());
-    VelnoTill *const handle = till;
-    VelnoTillOutcome outcome = emptyOutcome();
-    QCOMPARE(till.close(), int(VelnoTillResult_Done));
-    QCOMPARE(velnotill_close(handle), int(VelnoTillResult_NotOpen));
-    QCOMPARE(velnotill_sell(handle, "a", aReceipt, &outcome), int(VelnoTillResult_NotOpen));
-    QCOMPARE(velnotill_work(handle), int(VelnoTillResult_NotOpen));
-    QCOMPARE(velnotill_prune(handle, 0, nullptr), int(VelnoTillResult_NotOpen));
-    velnotill_interrupt(handle);
-}
-
 void TestVelnotill::unusableLedgerIsToldInWords()
 {
     OpenTill till(freePort());
@@ -376,6 +345,22 @@ void TestVelnotill::ledgerOfAnotherRegisterIsRefused()
     till.settings().serial = "UB0000000001";
     QCOMPARE(till.openAgain(), int(VelnoTillResult_LedgerFailed));
     QVERIFY2(problem().contains("UB1234567890"), problem().constData());
+}
+
+void TestVelnotill::fullDiskIsToldInWords()
+{
+    OpenTill till(freePort());
+    VelnoTillOutcome outcome = emptyOutcome();
+    const VelnoTillOutcome untouched = outcome;
+    {
+        const FullDisk fullDisk(1);
+        QCOMPARE(velnotill_accept(till, "a", aReceipt, &outcome), int(VelnoTillResult_LedgerFailed));
+        QVERIFY(!problem().isEmpty());
+        QCOMPARE(memcmp(&outcome, &untouched, sizeof outcome), 0);
+    }
+    QCOMPARE(velnotill_find(till, "a", &outcome), int(VelnoTillResult_Unknown));
+    QCOMPARE(velnotill_accept(till, "a", aReceipt, &outcome), int(VelnoTillResult_Done));
+    QCOMPARE(velnotill_find(till, "a", &outcome), int(VelnoTillResult_Done));
 }
 
 void TestVelnotill::unknownKeys()
@@ -431,35 +416,6 @@ void TestVelnotill::droppedOrderIsSettledWithoutARegister()
         },
         &persons);
     QCOMPARE(persons, (QStringList{{}, u"Ayşe"_s, {}}));
-}
-
-void TestVelnotill::callbacksMayCallNoFunction()
-{
-    OpenTill till(freePort());
-    velnotill_accept(till, "a", aReceipt, nullptr);
-    struct
-    {
-        VelnoTill *till;
-        QList<int> results;
-    } seen = {till, {}};
-    velnotill_list(
-        till, VELNOTILL_ALL_STATES,
-        [](const char *key, const VelnoTillOutcome *outcome, void *context) {
-            auto *const s = static_cast<decltype(seen) *>(context);
-            VelnoTillOutcome found = *outcome;
-            VelnoTill *other = nullptr;
-            char *text = nullptr;
-            s->results = {velnotill_find(s->till, key, &found), velnotill_close(s->till),
-                          velnotill_open(&other, nullptr), velnotill_check_receipt(aReceipt),
-                          velnotill_message(outcome, "en", &text)};
-            velnotill_free_text(text);
-            velnotill_interrupt(s->till);
-        },
-        &seen);
-    QCOMPARE(seen.results,
-             (QList<int>{VelnoTillResult_InCallback, VelnoTillResult_InCallback, VelnoTillResult_InCallback,
-                         VelnoTillResult_InCallback, VelnoTillResult_Done}));
-    QCOMPARE(till.close(), int(VelnoTillResult_Done)); // behind it, all is as before
 }
 
 void TestVelnotill::statesAreChosenByTheirBits()
@@ -518,62 +474,6 @@ void TestVelnotill::pruneForgetsWhatIsSettled()
     QTRY_VERIFY(forgets());
     QCOMPARE(keysOf(till, VELNOTILL_ALL_STATES), QStringList{u"c"_s});
     QCOMPARE(velnotill_prune(till, 0, nullptr), int(VelnoTillResult_Done));
-}
-
-void TestVelnotill::interruptEndsTheWaitForARegister()
-{
-    OpenTill till(freePort());
-    till.close();
-    till.settings().connectTimeout = 0xFFFFFFFF;
-    QCOMPARE(till.openAgain(), int(VelnoTillResult_Done));
-    std::promise<void> connecting;
-    velnotill_set_listener(
-        till,
-        [](const char *, int stage, const VelnoTillOutcome *, void *context) {
-            if (stage == VelnoTillStage_Connecting)
-                static_cast<std::promise<void> *>(context)->set_value();
-        },
-        &connecting);
-    VelnoTillOutcome outcome = emptyOutcome();
-    auto selling =
-        std::async(std::launch::async, [&] { return velnotill_sell(till, "a", aReceipt, &outcome); });
-    connecting.get_future().wait();
-    while (selling.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
-        velnotill_interrupt(till); // the first may come before the wait
-    QCOMPARE(selling.get(), int(VelnoTillResult_Interrupted));
-    QCOMPARE(outcome.state, int(VelnoTillState_Accepted));
-    velnotill_interrupt(till); // nothing is under way
-    QCOMPARE(velnotill_find(till, "a", &outcome), int(VelnoTillResult_Done));
-}
-
-void TestVelnotill::closeEndsTheWaitOfOthers()
-{
-    OpenTill till(freePort());
-    till.close();
-    till.settings().connectTimeout = 0xFFFFFFFF;
-    QCOMPARE(till.openAgain(), int(VelnoTillResult_Done));
-    VelnoTill *const handle = till;
-    std::vector<std::future<int>> sellers;
-    for (const char *const key : {"a", "b", "c"})
-        sellers.push_back(std::async(std::launch::async, [handle, key] {
-            VelnoTillOutcome outcome = emptyOutcome();
-            return velnotill_sell(handle, key, aReceipt, &outcome);
-        }));
-    QTRY_COMPARE_WITH_TIMEOUT(keysOf(till, VELNOTILL_ALL_STATES).size(), 3, 20'000);
-    QCOMPARE(till.close(), int(VelnoTillResult_Done));
-    for (auto &seller : sellers)
-        QCOMPARE(seller.get(), int(VelnoTillResult_Interrupted));
-}
-
-void TestVelnotill::problemBelongsToTheThread()
-{
-    QCOMPARE(velnotill_close(nullptr), int(VelnoTillResult_NullArgument));
-    QByteArray elsewhere = "none";
-    std::thread([&elsewhere] { elsewhere = problem(); }).join();
-    QCOMPARE(elsewhere, "");
-    QCOMPARE(problem(), "A pointer is NULL.");
-    QCOMPARE(velnotill_check_slip(aSlip), int(VelnoTillResult_Done));
-    QCOMPARE(problem(), "A pointer is NULL."); // of the last that failed
 }
 
 QTEST_GUILESS_MAIN(TestVelnotill)

@@ -1,0 +1,157 @@
+#include "tests/support/open_till.h"
+#include "tests/support/test_support.h"
+
+#include <QTest>
+
+#include <future>
+#include <thread>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace TestSupport;
+
+/** velnotill.h without a register: calls that meet, and those that come too late. */
+class TestVelnotillCalls : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void oneTillInAProcess();
+    void closedTillIsNotOpen();
+    void callbacksMayCallNoFunction();
+    void interruptEndsTheWaitForARegister();
+    void closeEndsTheWaitOfOthers();
+    void problemBelongsToTheThread();
+};
+
+namespace {
+
+QByteArray problem()
+{
+    return velnotill_problem();
+}
+
+QStringList keysOf(VelnoTill *till, unsigned states)
+{
+    QStringList keys;
+    velnotill_list(
+        till, states,
+        [](const char *key, const VelnoTillOutcome *, void *list) {
+            static_cast<QStringList *>(list)->append(QString::fromUtf8(key));
+        },
+        &keys);
+    return keys;
+}
+
+} // namespace
+
+void TestVelnotillCalls::oneTillInAProcess()
+{
+    OpenTill till(freePort());
+    OpenTill second(freePort());
+    QVERIFY(till && !second);
+    QCOMPARE(second.openAgain(), int(VelnoTillResult_AlreadyOpen));
+    till.close();
+    QCOMPARE(second.openAgain(), int(VelnoTillResult_Done));
+}
+
+void TestVelnotillCalls::closedTillIsNotOpen()
+{
+    OpenTill till(freePort());
+    VelnoTill *const handle = till;
+    VelnoTillOutcome outcome = emptyOutcome();
+    QCOMPARE(till.close(), int(VelnoTillResult_Done));
+    QCOMPARE(velnotill_close(handle), int(VelnoTillResult_NotOpen));
+    QCOMPARE(velnotill_sell(handle, "a", aReceipt, &outcome), int(VelnoTillResult_NotOpen));
+    QCOMPARE(velnotill_work(handle), int(VelnoTillResult_NotOpen));
+    QCOMPARE(velnotill_prune(handle, 0, nullptr), int(VelnoTillResult_NotOpen));
+    velnotill_interrupt(handle);
+}
+
+void TestVelnotillCalls::callbacksMayCallNoFunction()
+{
+    OpenTill till(freePort());
+    velnotill_accept(till, "a", aReceipt, nullptr);
+    struct
+    {
+        VelnoTill *till;
+        QList<int> results;
+    } seen = {till, {}};
+    velnotill_list(
+        till, VELNOTILL_ALL_STATES,
+        [](const char *key, const VelnoTillOutcome *outcome, void *context) {
+            auto *const s = static_cast<decltype(seen) *>(context);
+            VelnoTillOutcome found = *outcome;
+            VelnoTill *other = nullptr;
+            char *text = nullptr;
+            s->results = {velnotill_find(s->till, key, &found), velnotill_close(s->till),
+                          velnotill_open(&other, nullptr), velnotill_check_receipt(aReceipt),
+                          velnotill_message(outcome, "en", &text)};
+            velnotill_free_text(text);
+            velnotill_interrupt(s->till);
+        },
+        &seen);
+    QCOMPARE(seen.results,
+             (QList<int>{VelnoTillResult_InCallback, VelnoTillResult_InCallback, VelnoTillResult_InCallback,
+                         VelnoTillResult_InCallback, VelnoTillResult_Done}));
+    QCOMPARE(till.close(), int(VelnoTillResult_Done)); // behind it, all is as before
+}
+
+void TestVelnotillCalls::interruptEndsTheWaitForARegister()
+{
+    OpenTill till(freePort());
+    till.close();
+    till.settings().connectTimeout = 0xFFFFFFFF;
+    QCOMPARE(till.openAgain(), int(VelnoTillResult_Done));
+    std::promise<void> connecting;
+    velnotill_set_listener(
+        till,
+        [](const char *, int stage, const VelnoTillOutcome *, void *context) {
+            if (stage == VelnoTillStage_Connecting)
+                static_cast<std::promise<void> *>(context)->set_value();
+        },
+        &connecting);
+    VelnoTillOutcome outcome = emptyOutcome();
+    auto selling =
+        std::async(std::launch::async, [&] { return velnotill_sell(till, "a", aReceipt, &outcome); });
+    connecting.get_future().wait();
+    while (selling.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
+        velnotill_interrupt(till); // the first may come before the wait
+    QCOMPARE(selling.get(), int(VelnoTillResult_Interrupted));
+    QCOMPARE(outcome.state, int(VelnoTillState_Accepted));
+    velnotill_interrupt(till); // nothing is under way
+    QCOMPARE(velnotill_find(till, "a", &outcome), int(VelnoTillResult_Done));
+}
+
+void TestVelnotillCalls::closeEndsTheWaitOfOthers()
+{
+    OpenTill till(freePort());
+    till.close();
+    till.settings().connectTimeout = 0xFFFFFFFF;
+    QCOMPARE(till.openAgain(), int(VelnoTillResult_Done));
+    VelnoTill *const handle = till;
+    std::vector<std::future<int>> sellers;
+    for (const char *const key : {"a", "b", "c"})
+        sellers.push_back(std::async(std::launch::async, [handle, key] {
+            VelnoTillOutcome outcome = emptyOutcome();
+            return velnotill_sell(handle, key, aReceipt, &outcome);
+        }));
+    QTRY_COMPARE_WITH_TIMEOUT(keysOf(till, VELNOTILL_ALL_STATES).size(), 3, 20'000);
+    QCOMPARE(till.close(), int(VelnoTillResult_Done));
+    for (auto &seller : sellers)
+        QCOMPARE(seller.get(), int(VelnoTillResult_Interrupted));
+}
+
+void TestVelnotillCalls::problemBelongsToTheThread()
+{
+    QCOMPARE(velnotill_close(nullptr), int(VelnoTillResult_NullArgument));
+    QByteArray elsewhere = "none";
+    std::thread([&elsewhere] { elsewhere = problem(); }).join();
+    QCOMPARE(elsewhere, "");
+    QCOMPARE(problem(), "A pointer is NULL.");
+    QCOMPARE(velnotill_check_slip(aSlip), int(VelnoTillResult_Done));
+    QCOMPARE(problem(), "A pointer is NULL."); // of the last that failed
+}
+
+QTEST_GUILESS_MAIN(TestVelnotillCalls)
+#include "tst_velnotill_calls.moc"
