@@ -255,7 +255,7 @@ VELNOTILL_API int velnotill_set_listener(VelnoTill *till, VelnoTillListener list
 /* Orders ------------------------------------------------------------------------------------------------ */
 
 /** Judges a receipt in JSON without a register or a ledger. @return 0; 1: velnotill_problem() has a line for
- *  each fault, with the path to it ("items[3].section: 9; accepted: 1 to 8"); 100 */
+ *  each fault, with the path to it ("items[3].section: 9; accepted: 1 to 8"); 100; 104 */
 VELNOTILL_API int velnotill_check_receipt(const char *json);
 
 /** The same of a slip. */
