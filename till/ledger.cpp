@@ -295,9 +295,16 @@ bool Ledger::beginEra()
 int Ledger::prune(const QDateTime &unchangedSince)
 {
     const QMutexLocker lock(&m_mutex);
+    int count = 0;
+    const bool done = change(Durability::Flushed, [&] { return forget(unchangedSince, &count); });
+    return done ? count : -1;
+}
+
+/** What doubts(), lastClosed() and highest() answer stays. Doubts have their order with them: a person may
+ * have to be asked about it. */
+bool Ledger::forget(const QDateTime &unchangedSince, int *count)
+{
     Database &database = m_inside->database;
-    // What doubts(), lastClosed() and highest() answer stays. Doubts have their order with them: a person may
-    // have to be asked about it.
     Statement orders(database, u"DELETE FROM orders WHERE NOT (%1) AND changed_at < ?"
                                " AND NOT (z_era = ? AND z > 0 AND z = ?) AND number NOT IN"
                                " (SELECT order_number FROM attempts WHERE era = ? AND fate = 3)"_s.arg(
@@ -306,16 +313,12 @@ int Ledger::prune(const QDateTime &unchangedSince)
                                  " AND NOT (era = ? AND (first, second) IN (VALUES (?, ?), (?, ?)))"_s);
     const VelnoReceiptRef closed = m_standing.lastClosed;
     const VelnoReceiptRef highest = m_standing.highest;
-    int count = 0;
-    const bool done = change(Durability::Flushed, [&] {
-        if (!orders.run({unchangedSince.toMSecsSinceEpoch(), m_era, int(highest.first), m_era}))
-            return false;
-        count = orders.rowsChanged();
-        return attempts.run(
-                   {m_era, int(closed.first), int(closed.second), int(highest.first), int(highest.second)}) &&
-               database.run(u"DELETE FROM history WHERE order_number NOT IN (SELECT number FROM orders)"_s);
-    });
-    return done ? count : -1;
+    if (!orders.run({unchangedSince.toMSecsSinceEpoch(), m_era, int(highest.first), m_era}))
+        return false;
+    *count = orders.rowsChanged();
+    return attempts.run(
+               {m_era, int(closed.first), int(closed.second), int(highest.first), int(highest.second)}) &&
+           database.run(u"DELETE FROM history WHERE order_number NOT IN (SELECT number FROM orders)"_s);
 }
 
 } // namespace Velno::Receipts

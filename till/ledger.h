@@ -121,6 +121,7 @@ private:
     bool change(Durability durability, const std::function<bool()> &write);
     bool begin(Durability durability);
     bool commit();
+    bool forget(const QDateTime &unchangedSince, int *count);
     bool writeEvent(qint64 order, const Event &event);
     bool writeAttempts(const QList<Attempt> &attempts, Standing *standing);
 
