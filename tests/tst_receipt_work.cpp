@@ -63,6 +63,7 @@ private slots:
     void personDecides_data();
     void personDecides();
     void firstReceiptCannotBeProven();
+    void firstReceiptThatWasNotEndedIsEnteredAgain();
     void refusedLineRefusesTheReceipt();
     void refusedCardIsNotAskedForAgain();
     void restThatIsRefusedIsAPersonsBusiness();
@@ -263,15 +264,32 @@ void TestReceiptWork::personDecides()
     QCOMPARE(shop.till->answer(u"1"_s, answer, u"Ayşe"_s).result, Result::NotAsked);
 }
 
-/** There is nothing to ask a counter-question about. */
+/** There is nothing to ask a counter-question about, and the register may have ended the sale. */
 void TestReceiptWork::firstReceiptCannotBeProven()
 {
     TillInMemory shop;
-    shop.meet("items", cuttingPower(shop));
-    const QByteArray json = receiptPaidBy(inCash);
+    int payments = 0;
+    shop.reg.decide = [&](const Simulator::CommandRow &command, const Velno::GMP::Items &) {
+        const bool isKey =
+            QLatin1StringView(command.name) == "change-state"_L1 && shop.reg.model().saleTotals().items == 2;
+        if (!isKey || ++payments != 2) // the first key pays, the second one ends the sale
+            return Simulation::Fate();
+        shop.reg.cutPower();
+        return notDone();
+    };
+    const QByteArray json = receiptPaidBy(inCash, mayBeReentered);
     QCOMPARE(shop.sell(json).order.question, Question::ReceiptUnknown);
     QCOMPARE(shop.till->answer(u"1"_s, Answer::SellAgain, u"Ayşe"_s).result, Result::Done);
     QCOMPARE(shop.sell(json).order.state, State::Closed);
+    QCOMPARE(shop.closed(), 1);
+}
+
+/** What was never ended was not closed. */
+void TestReceiptWork::firstReceiptThatWasNotEndedIsEnteredAgain()
+{
+    TillInMemory shop;
+    shop.meet("items", cuttingPower(shop));
+    QCOMPARE(shop.sell(receiptPaidBy(inCash)).order.state, State::Closed);
     QCOMPARE(shop.closed(), 1);
 }
 

@@ -72,7 +72,8 @@ int Look::askForReceipt(const Doubt &doubt, View *view, Glance *glance)
         VelnoEcrSaleTotals ignored;
         code = m_register.ask(velnoext_receipt_data, RegisterAccess::answerTimeout, &known, &ignored);
     }
-    if (isRefused && isNone(doubt.known) && !m_place.rules.hold(Rule::KnownReceiptNeeded))
+    const bool isKnownNeeded = doubt.isEnded && m_place.rules.hold(Rule::KnownReceiptNeeded);
+    if (isRefused && isNone(doubt.known) && !isKnownNeeded)
         code = 0;
     *glance = isAnswered ? Glance::Settled : code == 0 ? Glance::NotClosed : Glance::NotProven;
     return isRefusal(code) ? 0 : code;

@@ -10,7 +10,9 @@ struct Doubt
     VelnoReceiptRef receipt = {0, 0}; ///< 0, 0: whether any sale is open
     VelnoReceiptRef known = {0, 0};   ///< one that is certainly closed, for counter-questions; 0, 0: none
     bool cancelAnswered = false;      ///< the register has answered that it cancelled this one
-    bool isLikelyOpen = false;        ///< so that asking for the open sale alone may do
+    bool isEnded =
+        true; ///< its end may have been sent; otherwise a no needs no counter-question to be likely
+    bool isLikelyOpen = false; ///< so that asking for the open sale alone may do
 };
 
 enum class Found {

@@ -32,10 +32,12 @@ OrderWork::End ReceiptWork::lookAtIt()
 {
     if (m_sent.reply.code != 0)
         m_place.tell(Stage::Looking);
-    const bool cancelAnswered = m_sent.step == Step::Cancel && m_sent.reply.code == 0;
+    Doubt doubt{m_order.reference, m_place.ledger.lastClosed()};
+    doubt.cancelAnswered = m_sent.step == Step::Cancel && m_sent.reply.code == 0;
+    doubt.isEnded = m_mayBeEnded;
+    doubt.isLikelyOpen = m_sent.step == Step::Medical || m_sent.step == Step::Payment;
     View view;
-    const Looked looked =
-        Look(m_place, m_register).at({m_order.reference, m_place.ledger.lastClosed(), cancelAnswered}, &view);
+    const Looked looked = Look(m_place, m_register).at(doubt, &view);
     if (looked == Looked::Unproven)
         return concludeUnproven();
     if (looked != Looked::Told)

@@ -112,7 +112,7 @@ OrderWork::End ReceiptWork::adopt(const View &view)
     m_position = {};
     m_sent = {};
     m_isCertain = m_sawOpen = true;
-    m_medicalDone = m_totalsJudged = false;
+    m_mayBeEnded = m_medicalDone = m_totalsJudged = false;
     m_startSent = false;
     return {};
 }

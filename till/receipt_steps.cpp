@@ -130,6 +130,7 @@ OrderWork::End ReceiptWork::endSale()
             return failed;
     }
     m_place.tell(Stage::Closing);
+    m_mayBeEnded = true;
     if (!m_receipt.invoice)
         return sent(Step::End, m_register.ask(velnoext_end_sale, keyOf(tender)));
     VelnoInvoice invoice = invoiceOf(m_receipt);

@@ -12,6 +12,7 @@ ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bo
     : OrderWork(place, reg, order)
     , m_receipt(readReceipt(QJsonDocument(order.content).toJson(QJsonDocument::Compact)).value)
     , m_mayHaveStarted(mayHaveStarted)
+    , m_mayBeEnded(!isNone(order.reference))
     , m_mayBePaid(order.paymentSent)
 {
 }

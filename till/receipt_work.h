@@ -80,6 +80,7 @@ private:
     Receipt m_receipt;
     bool m_mayHaveStarted;
     bool m_startSent = false;
+    bool m_mayBeEnded;        ///< with this reference, its end may have been sent
     bool m_sawOpen = false;   ///< with this reference, since this work began
     bool m_isCertain = false; ///< m_position is how it stands
     bool m_medicalDone = false;
