@@ -58,17 +58,28 @@ QString Ledger::takeOver(const LedgerPlace &place)
     if (const QString problem = isOfComputer ? keepFromOthers(place.file) : QString(); !problem.isEmpty())
         return problem;
     if (!keepLog())
-        return database.problem();
+        return database.problem().isEmpty() ? u"its log cannot be written"_s : database.problem();
     if (version < ledgerMigrations().back().version && !create(place.serial, version))
         return database.problem();
+    // A disk that failed meanwhile may have made SQLite do without the log.
+    if (!keepLog())
+        return database.problem().isEmpty() ? u"its log cannot be written"_s : database.problem();
     return readStanding(&m_standing) ? QString() : m_broken;
 }
 
-/** What is written goes to a log first: a flush of that is one of a single file. */
+/** What is written goes to a log first: a flush of that is one of a single file. What a process before this
+ * one has written may not be on the disk, if it was killed before the flush: nobody may act upon it before it
+ * is. */
 bool Ledger::keepLog()
 {
     Statement statement(m_inside->database, u"PRAGMA journal_mode = WAL"_s);
-    return statement.run() && statement.next();
+    if (!statement.run() || !statement.next())
+        return false;
+    const QString mode = statement.value(0).toString(); // another one is no error to SQLite
+    statement.finish();
+    if (mode != u"wal")
+        return false;
+    return m_inside->database.number(u"PRAGMA wal_checkpoint(TRUNCATE)"_s) == 0;
 }
 
 QString Ledger::readRegister(const QByteArray &serial)

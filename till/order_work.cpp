@@ -12,13 +12,18 @@ OrderWork::End OrderWork::save(State state, const QString &text, Durability dura
     return m_place.ledger.save(m_order, event, durability) ? End() : WorkEnd::LedgerFailed;
 }
 
-WorkEnd OrderWork::settle(State state, const QString &text)
+WorkEnd OrderWork::settle(State state, const QString &text, Durability durability)
 {
     m_order.question = Question::None;
     m_order.answer = Answer::None;
     if (state != State::Refused)
         m_order.code = m_order.cause = 0;
-    return save(state, text).value_or(WorkEnd::Settled);
+    // The register tells again what was closed on it. Of all else it knows nothing, and somebody has been
+    // told.
+    const bool isTold = m_order.kind == Kind::Receipt || m_order.kind == Kind::ZReport;
+    if (state != State::Closed || !isTold)
+        durability = Durability::Flushed;
+    return save(state, text, durability).value_or(WorkEnd::Settled);
 }
 
 WorkEnd OrderWork::ask(Question question, const QString &text)

@@ -27,7 +27,7 @@ protected:
     /** Writes the order with its new state. @return nothing, or LedgerFailed */
     End save(State state, const QString &text, Durability durability = Durability::Written);
 
-    WorkEnd settle(State state, const QString &text);
+    WorkEnd settle(State state, const QString &text, Durability durability = Durability::Written);
     WorkEnd ask(Question question, const QString &text);
     WorkEnd wait(const Reply &reply, const QString &text);
     WorkEnd refuse(const Reply &reply, const QString &text);

@@ -64,6 +64,7 @@ OrderWork::End ReceiptWork::concludeOpen(const View &view)
     // payment is under way any more.
     const bool hasCash = m_totals.values[VelnoTotal_Cash] != 0;
     m_mayBePaid = m_totals.values[VelnoTotal_Card] != 0 || (hasCash && !m_receipt.reenterCash);
+    m_order.paymentSent = m_order.paymentSent && m_mayBePaid;
     m_isCertain = true;
     if (m_saidPaid)
         return ask(m_order.question, u"a person has said that it was paid, but it is open still"_s);
@@ -197,7 +198,9 @@ OrderWork::End ReceiptWork::concludeClosed(const VelnoEcrSaleTotals &totals)
     m_order.slipUnsure = m_receipt.slip.has_value();
     m_order.giveBack = 0;
     m_place.ledger.note(attempt(Fate::Closed));
-    const WorkEnd end = settle(State::Closed, u"closed"_s);
+    // Whoever finds it on record as open must know that its slip has not been printed.
+    const WorkEnd end =
+        settle(State::Closed, u"closed"_s, m_receipt.slip ? Durability::Flushed : Durability::Written);
     if (end != WorkEnd::Settled)
         return end;
     if (m_receipt.slip)
@@ -227,7 +230,7 @@ OrderWork::End ReceiptWork::askAboutDoubts()
         if (Look(m_place, m_register).at({doubt.reference, m_order.reference}, &view) != Looked::Told)
             break; // they are asked about behind the next receipt
         if (view.found == Found::Closed) {
-            if (const End end = doubtIsClosed(doubt))
+            if (const End end = doubtIsClosed(doubt, view.totals))
                 return end;
         } else if (view.found == Found::ProbablyCancelled) {
             doubt.fate = Fate::Cancelled;
@@ -238,7 +241,7 @@ OrderWork::End ReceiptWork::askAboutDoubts()
 }
 
 /** It was sold once more, and both count. */
-OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt)
+OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt, const VelnoEcrSaleTotals &totals)
 {
     Attempt known = doubt;
     known.fate = Fate::Closed;
@@ -250,9 +253,14 @@ OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt)
     std::optional<Order> other = m_place.ledger.at(doubt.order);
     if (!other)
         return {};
-    other->question = Question::CountedTwice;
-    other->state = State::NeedsPerson;
     other->changedAt = m_place.clock.now();
+    if (other->state == State::Closed && isNone(other->reference)) { // a person has known it before
+        other->reference = doubt.reference;
+        other->totals = totals;
+    } else {
+        other->question = Question::CountedTwice;
+        other->state = State::NeedsPerson;
+    }
     const Event event{other->changedAt, other->state, 0, 0, text, {}};
     return m_place.ledger.save(*other, event, Durability::Flushed) ? End() : WorkEnd::LedgerFailed;
 }
@@ -316,6 +324,7 @@ OrderWork::End ReceiptWork::closeByWord()
     if (!isNone(m_order.reference))
         m_place.ledger.note(attempt(Fate::GivenUp)); // it proves nothing about other receipts
     m_order.paper = Paper::Unsure;
+    m_order.slipUnsure = m_receipt.slip.has_value();
     m_order.giveBack = 0;
     return settle(State::Closed, u"closed, as a person has said"_s);
 }

@@ -48,7 +48,7 @@ OrderWork::End ReceiptWork::openWith(const View &view)
         return adopt(view);
     if (isEmpty(view.totals) && m_mayHaveStarted && m_place.rules.hold(Rule::ClearEmptySaleOfDeadProcess))
         return clearEmptySale();
-    if (!m_place.rules.hold(Rule::LookBeforeStart) || !m_place.rules.hold(Rule::ClearEmptySaleOfDeadProcess))
+    if (!m_place.rules.hold(Rule::LookBeforeStart))
         return adopt(view);
     return waitForStart({VelnoResult_WrongState, int(VelnoCause_OfState) + VelnoEcrState_SaleOpen});
 }

@@ -57,6 +57,7 @@ OrderWork::End ReceiptWork::answerWithoutReceipt()
         return settle(State::Cancelled, u"dropped by a person"_s);
     if (m_isDropped)
         return {};
+    m_wordGiven = false;  // it was about what has been, and not about the sale that begins now
     m_order.giveBack = 0; // the person has seen to it
     m_order.paymentSent = m_mayBePaid = false;
     m_order.question = Question::None;

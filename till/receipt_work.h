@@ -73,7 +73,7 @@ private:
     void forgetSale();
     void printSlip();
     End askAboutDoubts();
-    End doubtIsClosed(const Attempt &doubt);
+    End doubtIsClosed(const Attempt &doubt, const VelnoEcrSaleTotals &totals);
     Attempt attempt(Fate fate) const;
     qint64 cashTaken() const;
 

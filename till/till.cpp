@@ -140,10 +140,12 @@ QString Till::open(const LedgerPlace &place)
     const QString problem = m->ledger.open(place);
     if (!problem.isEmpty())
         return problem;
-    const QList<Order> left = m->ledger.list({State::Accepted, State::Waiting, State::NeedsPerson});
+    // Also with a reference on record: that it was cancelled, and another sale started, was perhaps not
+    // flushed.
+    const QList<Order> left =
+        m->ledger.list({State::Accepted, State::Open, State::Waiting, State::NeedsPerson});
     for (const Order &order : left)
-        if (isNone(order.reference))
-            m->mayHaveStarted.insert(order.number);
+        m->mayHaveStarted.insert(order.number);
     return {};
 }
 
