@@ -61,6 +61,7 @@ public:
     Simulator::FiscalModel &model() { return m_models.back(); }
 
     /** All that there have been, the one in use behind the others. */
+    const std::deque<Simulator::FiscalModel> &models() const { return m_models; }
     std::deque<Simulator::FiscalModel> &models() { return m_models; }
 
     const QByteArray &serial() const { return m_serial; }

@@ -54,6 +54,9 @@ public:
     /** What the operator should know of it; usually empty. */
     const QString &journalWarning() const { return m_till.journalWarning(); }
 
+    /** Its journal in QSqlDatabase, for whoever checks what is on record. */
+    const QString &journalConnection() const { return m_till.journalConnection(); }
+
     // An application asks -----------------------------------------------------------------------------
 
     /** Opens the application's session; again is the same as once. @return false: refused */

@@ -33,6 +33,9 @@ public:
     /** What the operator should know of the file that was opened; usually empty. */
     const QString &warning() const { return m_warning; }
 
+    /** The name of its connection in QSqlDatabase, for whoever checks what is on record. */
+    const QString &connection() const { return m_connection; }
+
     /** Whether no receipt and no report is on record. */
     bool isNew() const;
 

@@ -27,6 +27,7 @@ public:
     /** To be called first. @return an empty text, or what is wrong with the journal */
     QString open(const QString &journalFile);
     const QString &journalWarning() const { return m_journal.warning(); }
+    const QString &journalConnection() const { return m_journal.connection(); }
 
     // The keyboard ---------------------------------------------------------------------------------------
 

@@ -1,0 +1,147 @@
+#include "simulation/shrink.h"
+#include "simulation/world.h"
+
+#include <QTest>
+
+using namespace Simulation;
+using namespace Velno::Receipts;
+using namespace Qt::StringLiterals;
+
+/** Days in which everything goes wrong. Many more of them are the test "simulation". */
+class TestSimulation : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void planIsItsText();
+    void brokenPlans_data();
+    void brokenPlans();
+    void everyMishapIsDrawn();
+    void sameSeedSameDay();
+    void quietDayCostsTwoFlushes();
+    void whatFailedOnce_data();
+    void whatFailedOnce();
+    void failingDayIsShrunk();
+};
+
+void TestSimulation::planIsItsText()
+{
+    const Plan plan = makePlan(7, 20);
+    QVERIFY(plan.steps.size() > 20);
+    const auto again = Plan::fromText(plan.text());
+    QVERIFY(again);
+    QCOMPARE(again->text(), plan.text());
+    QCOMPARE(makePlan(7, 20).text(), plan.text());
+    QVERIFY(makePlan(8, 20).text() != plan.text());
+}
+
+void TestSimulation::brokenPlans_data()
+{
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("empty") << QString();
+    QTest::newRow("no seed") << u"r1"_s;
+    QTest::newRow("no such job") << u"1; q1"_s;
+    QTest::newRow("no seed of a job") << u"1; r"_s;
+    QTest::newRow("no lines") << u"1; r1/0"_s;
+    QTest::newRow("no such mishap") << u"1; r1 flood@1"_s;
+    QTest::newRow("no point") << u"1; r1 cut"_s;
+    QTest::newRow("point 0") << u"1; r1 cut@0"_s;
+    QTest::newRow("negative number") << u"1; r1 cut@1=-1"_s;
+    QTest::newRow("nothing behind a semicolon") << u"1; r1;"_s;
+}
+
+void TestSimulation::brokenPlans()
+{
+    QFETCH(const QString, text);
+    QVERIFY(!Plan::fromText(text));
+}
+
+void TestSimulation::everyMishapIsDrawn()
+{
+    const Plan plan = makePlan(1, 3000);
+    for (const MishapRow &row : mishapTable()) {
+        if (row.weight == 0)
+            continue;
+        const bool isDrawn = std::ranges::any_of(plan.steps, [&row](const Step &step) {
+            return std::ranges::find(step.mishaps, &row, &Mishap::row) != step.mishaps.end();
+        });
+        QVERIFY2(isDrawn, row.name);
+    }
+    for (const Step &step : plan.steps)
+        if (step.job == Job::Receipt)
+            QVERIFY(step.mishaps.size() >= 1 && step.mishaps.size() <= 5);
+}
+
+void TestSimulation::sameSeedSameDay()
+{
+    QStringList before;
+    for (int run = 0; run < 2; ++run) {
+        World world(makePlan(3, 20), {});
+        QStringList lines;
+        world.trace = [&lines](const QString &line) { lines << line; };
+        QCOMPARE(world.run(), QString());
+        QVERIFY(run == 0 || lines == before);
+        before = lines;
+    }
+}
+
+void TestSimulation::quietDayCostsTwoFlushes()
+{
+    Plan plan = makePlan(11, 200);
+    plan.steps.removeIf([](const Step &step) { return step.job != Job::Receipt; });
+    for (Step &step : plan.steps)
+        step.mishaps.clear();
+    World world(plan, {});
+    QCOMPARE(world.run(), QString());
+    const Figures &figures = world.figures();
+    QCOMPARE(figures.receipts, 200);
+    QCOMPARE(figures.asked, 0);
+    QCOMPARE(figures.cancelled, 0);
+    // Two for each, one more for a payment that must not be entered again or a slip, and some for the file.
+    QVERIFY2(figures.flushes >= 400 && figures.flushes < 650, qPrintable(QString::number(figures.flushes)));
+}
+
+/** Each of these made a receipt, or what was told of it, wrong once. */
+void TestSimulation::whatFailedOnce_data()
+{
+    QTest::addColumn<QString>("plan");
+
+    QTest::newRow("slip behind a closing that was not flushed") << u"21; r119267/5; r640540/1 off@10"_s;
+    QTest::newRow("slip behind a receipt that a person has told of")
+        << u"16; r521095/1; r828863/1 refuse@7=11 replace@3"_s;
+    QTest::newRow("refusal that was told and not flushed")
+        << u"5; r358618/1; r233624/1 unheard@19; r60415/1 busy@9=844 no-paper@3=30003; r646931/1 off@9"_s;
+    QTest::newRow("slip that was told and not flushed") << u"241; s693154/1; r132041/1 off@3"_s;
+    QTest::newRow("sale of a process that died twice") << u"47; r733765/1; r303840/1 flush-fails@2 kill@13"_s;
+    QTest::newRow("what a killed process wrote and did not flush")
+        << u"34; r534655/1; r339404/1 kill@27 off@8"_s;
+    QTest::newRow("word about an old sale taken for one about the new")
+        << u"972; r992725/2 replace@15; r945724/3 refuse-always@14 cut-behind@2=6301"_s;
+    QTest::newRow("refused payment that was forgotten")
+        << u"314; r642073/1; r546710/2 refuse-always@8 cut-behind@6=13853"_s;
+}
+
+void TestSimulation::whatFailedOnce()
+{
+    QFETCH(const QString, plan);
+    const auto read = Plan::fromText(plan);
+    QVERIFY(read);
+    QCOMPARE(problemOf(*read, {}), QString());
+}
+
+void TestSimulation::failingDayIsShrunk()
+{
+    Rules rules;
+    rules.switchOff(Rule::SameKeySameOutcome);
+    const Plan plan = makePlan(1, 20);
+    QVERIFY(!problemOf(plan, rules).isEmpty());
+    const Plan small = shrunk(plan, rules);
+    QVERIFY(!problemOf(small, rules).isEmpty());
+    QCOMPARE(small.steps.size(), 1);
+    QVERIFY(small.steps.constFirst().mishaps.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestSimulation)
+
+#include "tst_simulation.moc"
