@@ -1,6 +1,7 @@
 #include "simulation/disk_file.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace Simulation {
 
@@ -58,7 +59,8 @@ void DiskFile::cutPower(Chance &chance)
     for (; !m_changes.empty(); m_changes.pop_back()) {
         const Change &change = m_changes.back();
         m_bytes.resize(size_t(change.sizeBefore));
-        std::copy(change.before.cbegin(), change.before.cend(), m_bytes.begin() + change.offset);
+        std::copy(change.before.cbegin(), change.before.cend(),
+                  m_bytes.begin() + std::ptrdiff_t(change.offset));
     }
     if (left == Left::Nothing)
         return;
@@ -68,7 +70,8 @@ void DiskFile::cutPower(Chance &chance)
         if (left == Left::AnySector && chance.in100(50))
             continue;
         const qint64 end = std::min({at + sectorSize, size(), qint64(written.size())});
-        std::copy(written.cbegin() + at, written.cbegin() + end, m_bytes.begin() + at);
+        const auto from = std::ptrdiff_t(at);
+        std::copy(written.cbegin() + from, written.cbegin() + std::ptrdiff_t(end), m_bytes.begin() + from);
     }
 }
 

@@ -116,6 +116,8 @@ void TestSimulation::whatFailedOnce_data()
     QTest::newRow("sale of a process that died twice") << u"47; r733765/1; r303840/1 flush-fails@2 kill@13"_s;
     QTest::newRow("what a killed process wrote and did not flush")
         << u"34; r534655/1; r339404/1 kill@27 off@8"_s;
+    QTest::newRow("keys that the register was not ready for taken for a payment")
+        << u"820; r477817/8 late@8=220 out-of-service@2=56566 cut@10=3223"_s;
     QTest::newRow("word about an old sale taken for one about the new")
         << u"972; r992725/2 replace@15; r945724/3 refuse-always@14 cut-behind@2=6301"_s;
     QTest::newRow("refused payment that was forgotten")

@@ -13,6 +13,12 @@ Stage stageOf(Tender tender)
     return tender == Tender::Card ? Stage::CardPayment : Stage::CashPayment;
 }
 
+/** Behind any other code the question that goes before the keys has failed, or was not answered as hoped. */
+bool mayHaveSentKeys(int code)
+{
+    return code == 0 || code == VelnoResult_ConnectionFailed;
+}
+
 int keyOf(Tender tender)
 {
     return tender == Tender::Card ? VelnoPaymentKey_F11 : VelnoPaymentKey_F10;
@@ -110,10 +116,13 @@ OrderWork::End ReceiptWork::notePayment(Tender tender)
 
 OrderWork::End ReceiptWork::pay()
 {
+    const bool wasPaid = m_mayBePaid;
     const Payment &payment = m_receipt.payments.at(m_position.payments);
     if (const End failed = notePayment(payment.tender))
         return failed;
     const int code = m_register.ask(velnoext_add_payment, keyOf(payment.tender), *payment.amount);
+    if (!mayHaveSentKeys(code))
+        m_mayBePaid = wasPaid;
     const End end = sent(Step::Payment, code);
     if (code == 0 && !m_place.rules.hold(Rule::LookBehindPayments)) {
         ++m_position.payments;
@@ -124,17 +133,21 @@ OrderWork::End ReceiptWork::pay()
 
 OrderWork::End ReceiptWork::endSale()
 {
+    const bool wasPaid = m_mayBePaid;
+    const bool wasEnded = m_mayBeEnded;
     const Tender tender = endTender(m_receipt);
     if (!m_receipt.payments.constLast().amount) {
         if (const End failed = notePayment(tender))
             return failed;
     }
     m_place.tell(Stage::Closing);
-    m_mayBeEnded = true;
-    if (!m_receipt.invoice)
-        return sent(Step::End, m_register.ask(velnoext_end_sale, keyOf(tender)));
-    VelnoInvoice invoice = invoiceOf(m_receipt);
-    return sent(Step::End, m_register.ask(velnoext_end_sale_with_invoice, &invoice));
+    VelnoInvoice invoice = m_receipt.invoice ? invoiceOf(m_receipt) : VelnoInvoice();
+    const int code = m_receipt.invoice ? m_register.ask(velnoext_end_sale_with_invoice, &invoice)
+                                       : m_register.ask(velnoext_end_sale, keyOf(tender));
+    const bool isSent = m_receipt.invoice || mayHaveSentKeys(code);
+    m_mayBePaid = isSent ? m_mayBePaid : wasPaid;
+    m_mayBeEnded = isSent || wasEnded;
+    return sent(Step::End, code);
 }
 
 OrderWork::End ReceiptWork::cancelSale()
