@@ -97,7 +97,8 @@ Fate World::decide(const CommandRow &command, const Items &items)
     if (mishap)
         befall(*mishap, command, items, &fate);
     if (fate.isDone && fate.answer == Fate::Answer::Given && !fate.isRefused &&
-        qstrcmp(command.name, "sale-state") == 0)
+        qstrcmp(command.name, "sale-state") == 0 &&
+        m_register.model().state() == Simulator::State::SaleOpen) // in others the library tells nothing of it
         m_truth.noteTold();
     return fate;
 }
