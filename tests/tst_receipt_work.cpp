@@ -64,6 +64,8 @@ private slots:
     void personDecides();
     void firstReceiptCannotBeProven();
     void firstReceiptThatWasNotEndedIsEnteredAgain();
+    void lateReceiptIsWaitedFor();
+    void receiptThatIsNeverToldOfIsNotSoldOnAndOn();
     void refusedLineRefusesTheReceipt();
     void refusedCardIsNotAskedForAgain();
     void restThatIsRefusedIsAPersonsBusiness();
@@ -291,6 +293,35 @@ void TestReceiptWork::firstReceiptThatWasNotEndedIsEnteredAgain()
     shop.meet("items", cuttingPower(shop));
     QCOMPARE(shop.sell(receiptPaidBy(inCash)).order.state, State::Closed);
     QCOMPARE(shop.closed(), 1);
+}
+
+/** A register that tells of a receipt only a while after it has closed it. */
+void TestReceiptWork::lateReceiptIsWaitedFor()
+{
+    TillInMemory shop;
+    QVERIFY(shop.sellFirst());
+    qint64 toldFrom = 0;
+    shop.reg.decide = [&](const Simulator::CommandRow &command, const Velno::GMP::Items &items) {
+        if (QLatin1StringView(command.name) != "receipt"_L1 || items.int32("receipt") != 2)
+            return Simulation::Fate();
+        toldFrom = toldFrom == 0 ? shop.clock.passed() + 5000 : toldFrom;
+        return shop.clock.passed() < toldFrom ? refusing() : Simulation::Fate();
+    };
+    const Outcome outcome = shop.sell(receiptPaidBy(inCash, mayBeReentered));
+    QCOMPARE(outcome.order.state, State::Closed);
+    QCOMPARE(shop.closed(), 2);
+}
+
+void TestReceiptWork::receiptThatIsNeverToldOfIsNotSoldOnAndOn()
+{
+    TillInMemory shop;
+    QVERIFY(shop.sellFirst());
+    shop.reg.decide = [&](const Simulator::CommandRow &command, const Velno::GMP::Items &items) {
+        const bool isAsked = QLatin1StringView(command.name) == "receipt"_L1;
+        return isAsked && items.int32("receipt") != 1 ? refusing() : Simulation::Fate();
+    };
+    QCOMPARE(shop.sell(receiptPaidBy(inCash, mayBeReentered)).order.question, Question::ReceiptUnknown);
+    QCOMPARE(shop.closed(), 2);
 }
 
 void TestReceiptWork::refusedLineRefusesTheReceipt()

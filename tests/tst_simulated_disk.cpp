@@ -267,7 +267,7 @@ void TestSimulatedDisk::sameSeedSameRemains()
         Chance chance(3); // any one that leaves something
         file.cutPower(chance);
         QByteArray left(8192, '\0');
-        left.resize(file.read(left.data(), left.size(), 0));
+        left.resize(qsizetype(file.read(left.data(), left.size(), 0)));
         if (run == 1)
             QCOMPARE(left, before);
         before = left;

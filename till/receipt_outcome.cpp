@@ -11,7 +11,8 @@ namespace Velno::Receipts {
 namespace {
 
 constexpr int mostLosses = 50;
-constexpr int busyPause = 200; // ms
+constexpr int busyPause = 200;  // ms
+constexpr int latePause = 1000; // ms, for a register that is late to tell
 
 /** Somebody has to put paper in, or to act on the register; then it takes the same step. */
 bool isHindrance(const Reply &reply)
@@ -48,7 +49,7 @@ OrderWork::End ReceiptWork::lookAtIt()
     case Found::Cancelled:
         return concludeCancelled(Fate::Cancelled);
     case Found::ProbablyCancelled:
-        return concludeCancelled(m_wordGiven ? Fate::GivenUp : Fate::ProbablyCancelled);
+        return concludeNo();
     case Found::NoSale:
     case Found::Open:
         break;
@@ -308,6 +309,27 @@ void ReceiptWork::forgetSale()
     m_sent = {};
     m_position = {};
     m_totals = {};
+}
+
+/** Ten rounds say that it does not count. Of a register that is late to tell of a receipt they would say so,
+ * too: then it must not be sold once more, or not more than once. */
+OrderWork::End ReceiptWork::concludeNo()
+{
+    if (m_wordGiven)
+        return concludeCancelled(Fate::GivenUp);
+    const bool isConnectedSince =
+        m_sent.step == Step::End && m_sent.reply.code == 0 && m_sent.connection == m_register.connections();
+    if (isConnectedSince) { // a cut of the power would have ended the connection
+        m_waited += latePause;
+        if (m_waited > qint64(m_place.meeting.patience))
+            return concludeUnproven();
+        return m_place.clock.pause(latePause) ? End() : WorkEnd::Stopped;
+    }
+    const QList<Attempt> doubts = m_place.ledger.doubts();
+    const bool isInDoubt = std::any_of(doubts.cbegin(), doubts.cend(), [this](const Attempt &doubt) {
+        return doubt.order == m_order.number;
+    });
+    return m_mayBeEnded && isInDoubt ? concludeUnproven() : concludeCancelled(Fate::ProbablyCancelled);
 }
 
 OrderWork::End ReceiptWork::concludeUnproven()

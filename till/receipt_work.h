@@ -68,6 +68,7 @@ private:
     End refuseForGood(const Reply &reply, const QString &why);
     End concludeClosed(const VelnoEcrSaleTotals &totals);
     End concludeCancelled(Fate fate);
+    End concludeNo();
     End concludeUnproven();
     End closeByWord();
     void forgetSale();
