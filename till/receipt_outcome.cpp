@@ -11,6 +11,7 @@ namespace Velno::Receipts {
 namespace {
 
 constexpr int mostLosses = 50;
+constexpr int mostDoubts = 3;   // of one order at a time
 constexpr int busyPause = 200;  // ms
 constexpr int latePause = 1000; // ms, for a register that is late to tell
 
@@ -312,7 +313,7 @@ void ReceiptWork::forgetSale()
 }
 
 /** Ten rounds say that it does not count. Of a register that is late to tell of a receipt they would say so,
- * too: then it must not be sold once more, or not more than once. */
+ * too: then it must not be sold on and on. */
 OrderWork::End ReceiptWork::concludeNo()
 {
     if (m_wordGiven)
@@ -326,10 +327,11 @@ OrderWork::End ReceiptWork::concludeNo()
         return m_place.clock.pause(latePause) ? End() : WorkEnd::Stopped;
     }
     const QList<Attempt> doubts = m_place.ledger.doubts();
-    const bool isInDoubt = std::any_of(doubts.cbegin(), doubts.cend(), [this](const Attempt &doubt) {
+    const auto inDoubt = std::count_if(doubts.cbegin(), doubts.cend(), [this](const Attempt &doubt) {
         return doubt.order == m_order.number;
     });
-    return m_mayBeEnded && isInDoubt ? concludeUnproven() : concludeCancelled(Fate::ProbablyCancelled);
+    const bool isEnough = m_mayBeEnded && inDoubt >= mostDoubts;
+    return isEnough ? concludeUnproven() : concludeCancelled(Fate::ProbablyCancelled);
 }
 
 OrderWork::End ReceiptWork::concludeUnproven()
