@@ -226,7 +226,9 @@ void World::answerLateQuestions()
             continue;
         handed.order = now;
         const bool isTwice = now.question == Question::CountedTwice && m_truth.timesClosed(handed.key) > 1;
-        const bool isElsewhere = now.question == Question::OtherRegister && m_register.models().size() > 1;
+        const bool isOfRegister =
+            now.question == Question::OtherRegister || now.question == Question::ReceiptUnknown;
+        const bool isElsewhere = isOfRegister && m_register.models().size() > 1;
         if (!isTwice && !isElsewhere)
             fail(u"%1: question %2 comes too late"_s.arg(handed.key).arg(int(now.question)));
         handed.asked << now.question;

@@ -73,6 +73,8 @@ private slots:
     void registerWithoutPaperIsWaitedFor();
     void busyRegisterIsWaitedFor();
     void saleOfSomebodyElseIsLeftAlone();
+    void handOfSomebodyElseIsNoticed_data();
+    void handOfSomebodyElseIsNoticed();
     void otherRegisterIsNoticed();
     void receiptGoesOnInTheNextProcess();
     void closedIsNotPrinted();
@@ -421,6 +423,44 @@ void TestReceiptWork::saleOfSomebodyElseIsLeftAlone()
     QVERIFY(shop.reg.model().saleReference() == theirs);
     shop.reg.model().setState(Simulator::State::Idle);
     QCOMPARE(shop.sell(json).order.state, State::Closed);
+}
+
+void TestReceiptWork::handOfSomebodyElseIsNoticed_data()
+{
+    QTest::addColumn<bool>("compares");
+    QTest::addColumn<State>("state");
+
+    QTest::newRow("sums are compared") << true << State::NeedsPerson;
+    QTest::newRow("they are not") << false << State::Closed; // with a line that nobody has handed over
+}
+
+/** When the payment comes somebody has added a line on the register itself, and ended the sale. */
+void TestReceiptWork::handOfSomebodyElseIsNoticed()
+{
+    QFETCH(const bool, compares);
+    Rules rules;
+    if (!compares)
+        rules.switchOff(Rule::CompareTotals);
+    TillInMemory shop(rules);
+    QVERIFY(shop.sellFirst());
+    shop.reg.decide = [&](const Simulator::CommandRow &command, const Velno::GMP::Items &) {
+        const bool isPayment =
+            QLatin1StringView(command.name) == "change-state"_L1 && shop.reg.model().saleTotals().items == 2;
+        if (!isPayment)
+            return Simulation::Fate();
+        Simulator::ItemRequest item;
+        item.price = 100;
+        item.quantity = 1000;
+        item.section = 1;
+        shop.reg.model().seller()->add({item});
+        shop.reg.model().seller()->press({Simulator::keyF10});
+        return notDone();
+    };
+    const QByteArray json = receiptPaidBy(inCash);
+    const Outcome outcome = shop.sell(json);
+    QTEST(outcome.order.state, "state");
+    QCOMPARE(outcome.order.question, compares ? Question::NotOurs : Question::None);
+    QCOMPARE(shop.closed(), 2);
 }
 
 void TestReceiptWork::otherRegisterIsNoticed()

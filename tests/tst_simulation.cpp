@@ -22,6 +22,8 @@ private slots:
     void whatFailedOnce_data();
     void whatFailedOnce();
     void failingDayIsShrunk();
+    void everyRuleIsNeeded_data();
+    void everyRuleIsNeeded();
 };
 
 void TestSimulation::planIsItsText()
@@ -142,6 +144,51 @@ void TestSimulation::failingDayIsShrunk()
     QVERIFY(!problemOf(small, rules).isEmpty());
     QCOMPARE(small.steps.size(), 1);
     QVERIFY(small.steps.constFirst().mishaps.isEmpty());
+}
+
+/** A day for each rule that fails when this one is switched off. What compare-totals is for happens in
+ * tst_receipt_work: in the simulation nobody works on the register's own keyboard. */
+void TestSimulation::everyRuleIsNeeded_data()
+{
+    QTest::addColumn<QString>("plan");
+
+    QTest::newRow("accept-is-flushed") << u"3; r139053/1; r307880/1 off@23"_s;
+    QTest::newRow("reference-before-first-line") << u"5; r60415/3 off-behind@9"_s;
+    QTest::newRow("look-after-lost-answer")
+        << u"8; r173794/1; r593460/4 unheard@1 kill@7 unheard@11 damaged@8"_s;
+    QTest::newRow("look-behind-payments") << u"3; r139053/1; r886378/3 refuse-always@9"_s;
+    QTest::newRow("look-before-start") << u"1; r68036/1 refuse-always@5"_s;
+    QTest::newRow("counter-question")
+        << u"248; r375412/5 refuse@11=7 refuse-for@14=3666 drop@11 refuse-always@10"_s;
+    QTest::newRow("ten-rounds") << u"508; r647491/1; r312570/8 refuse@6=5 kill@8 late@10=732 unheard@9"_s;
+    QTest::newRow("known-receipt-needed")
+        << u"248; r375412/5 refuse@11=7 refuse-for@14=3666 drop@11 refuse-always@10"_s;
+    QTest::newRow("ask-doubts-again") << u"508; r647491/1; r312570/8 late@10=732 unheard@9"_s;
+    QTest::newRow("cards-never-again") << u"2; r293099/1; r802634/1 cut@10=18726"_s;
+    QTest::newRow("cash-only-if-allowed") << u"82; r315980/1; r28000/1 cut@11=13200"_s;
+    QTest::newRow("payment-intention-flushed") << u"2; r293099/1; r802634/1 cut@10=18726"_s;
+    QTest::newRow("forget-lost-keys") << u"2; r522573/1 replace@5"_s;
+    QTest::newRow("old-connections-prove-nothing") << u"7; r186232/1; r382059/2 forget-keys@8"_s;
+    QTest::newRow("wait-for-busy-register") << u"13; r365470/1; r822395/1 busy@6=29482"_s;
+    QTest::newRow("watch-register-numbers")
+        << u"143; r61047/1; r631608/1; r342985/4 off@12 refuse-for@3=2166"_s;
+    QTest::newRow("same-key-same-outcome") << u"1; r700014/1"_s;
+    QTest::newRow("cancel-what-is-refused") << u"4; r937812/6"_s;
+    QTest::newRow("clear-empty-sale-of-dead-process") << u"1; r68036/1; r529955/1 off@23"_s;
+}
+
+void TestSimulation::everyRuleIsNeeded()
+{
+    QFETCH(const QString, plan);
+    const auto row = std::ranges::find_if(
+        ruleTable(), [](const RuleRow &rule) { return qstrcmp(rule.name, QTest::currentDataTag()) == 0; });
+    QVERIFY(row != ruleTable().end());
+    Rules without;
+    without.switchOff(row->rule);
+    const auto read = Plan::fromText(plan);
+    QVERIFY(read);
+    QCOMPARE(problemOf(*read, {}), QString());
+    QVERIFY(!problemOf(*read, without).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestSimulation)
