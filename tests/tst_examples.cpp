@@ -23,7 +23,7 @@ private slots:
     void posSellsAndReports();
     void posExplainsWhatItIsRefused();
     void posSellsOnceWhatItWasKilledOver();
-    void posAsksThePersonAboutItsFirstSale();
+    void posAsksThePersonAboutMoneyTaken();
     void posGoesOnWhenTheRegisterIsBack();
     void posRefusesALedgerThatIsNone();
 };
@@ -145,11 +145,11 @@ void TestExamples::posSellsOnceWhatItWasKilledOver()
     QCOMPARE(shop.prints(), QStringList{u"receipt 1"_s});
 }
 
-void TestExamples::posAsksThePersonAboutItsFirstSale()
+void TestExamples::posAsksThePersonAboutMoneyTaken()
 {
     Shop shop;
     shop.open();
-    shop.type("item 10 1 1 !power-cut=item\nend card\n");
+    shop.type("item 10 1 1 !power-cut=change-state\ncard 4\nend\n");
     QVERIFY(shop.says("sell-again: "));
     shop.kill();
     shop.open();

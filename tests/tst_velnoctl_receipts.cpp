@@ -212,13 +212,14 @@ void TestVelnoctlReceipts::refusedReceiptSellsNothing()
     QCOMPARE(client.out, QByteArray());
 }
 
-/** A register of which nobody can know: it was this register's first receipt, and its power was cut. */
+/** Its power was cut when a card had been charged: the sale is cancelled, and the money is a person's
+ * business. */
 void TestVelnoctlReceipts::personAnswers()
 {
     const quint16 port = freePort();
     const SimulatedRegister reg(port);
-    const QByteArray cut =
-        R"({"items":[{"name":"!power-cut=item","price":"12.50","section":1}],"payments":[{"card":"rest"}]})";
+    const QByteArray cut = R"({"items":[{"name":"!power-cut=change-state","price":"12.50","section":1}],)"
+                           R"("payments":[{"card":"5.00"},{"cash":"rest"}]})";
     const QStringList command{u"receipt"_s, file(cut), u"key=4711"_s};
     Client asking(till(port) + command);
     QCOMPARE(asking.exitCode(), 26);
