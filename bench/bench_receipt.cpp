@@ -159,5 +159,7 @@ int main(int argc, char **argv)
     Shop here{till, notes};
     shop = &here;
     require(here.sell(), "no receipt could be sold");
-    return runInterleaved(argc, argv, {{"throughTheTill", "bareCalls", 1.2}});
+    const int result = runInterleaved(argc, argv, {{"throughTheTill", "bareCalls", 1.2}});
+    shop = nullptr;
+    return result;
 }

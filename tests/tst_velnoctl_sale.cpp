@@ -144,8 +144,8 @@ void TestVelnoctlSale::commandsReachTheRegister_data()
     invoice("end with another invoice",
             "end-invoice flag=yes mode=2 id=0000000001 kind=1 type=2 reference=12345678901234567", 2, 1,
             "12345678901234567", "0000000001", 2, true);
-    row("receipt data", "receipt-data 12/7", {{7, yes + totals}}, {plain(7, 12, 7)}, "receipt 12/7: " + totalsInWords,
-        totalsAsJson({{u"receipt"_s, u"12/7"_s}}));
+    row("receipt data", "receipt-data 12/7", {{7, yes + totals}}, {plain(7, 12, 7)},
+        "receipt 12/7: " + totalsInWords, totalsAsJson({{u"receipt"_s, u"12/7"_s}}));
 
     row("acquirers", "acquirers", {{19, plain(QVector<int>{46, -62, 64})}}, {plain(19)},
         "acquirers 46, -62, 64", {{u"acquirers"_s, QJsonArray{46, -62, 64}}});
@@ -375,7 +375,8 @@ void TestVelnoctlSale::receiptIsRemembered()
     Device device;
     device.answers = {{6, plain(true, 5, QVector<int>{1}, 0) + totals + plain(12, 7)}, {7, yes + totals}};
     device.meet();
-    Client client(target(device.port) + QStringList{u"sale-state"_s, u"receipt-data"_s, u"receipt-data"_s, u"3/4"_s});
+    Client client(target(device.port) +
+                  QStringList{u"sale-state"_s, u"receipt-data"_s, u"receipt-data"_s, u"3/4"_s});
     QCOMPARE(client.exitCode(), 0);
     QCOMPARE(device.commands(), (QList{plain(6), plain(7, 12, 7), plain(7, 3, 4)}));
     QVERIFY(client.out.contains("\nreceipt 12/7: "));
@@ -387,8 +388,9 @@ void TestVelnoctlSale::receiptThatNobodyHasNamed()
     device.meet();
     Client client(target(device.port) + QStringList{u"receipt-data"_s});
     QCOMPARE(client.exitCode(), 64);
-    QVERIFY2(client.err.contains("velnoctl: receipt-data: RECEIPT is missing, and no sale-state has told one"),
-             client.err.constData());
+    QVERIFY2(
+        client.err.contains("velnoctl: receipt-data: RECEIPT is missing, and no sale-state has told one"),
+        client.err.constData());
     QCOMPARE(device.commands(), QList<QByteArray>());
 }
 
