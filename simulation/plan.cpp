@@ -41,7 +41,7 @@ constexpr std::array table{
     MishapRow{MishapKind::Off, "off", Where::Anywhere, 10, 0, 0},
     MishapRow{MishapKind::OffBehind, "off-behind", Where::Command, 5, 0, 0},
     MishapRow{MishapKind::DiskFull, "disk-full", Where::Write, 3, 0, 0},
-    MishapRow{MishapKind::WriteFails, "write-fails", Where::Write, 0, 0, 0},
+    MishapRow{MishapKind::WriteFails, "write-fails", Where::Write, 2, 0, 0},
     MishapRow{MishapKind::FlushFails, "flush-fails", Where::Flush, 2, 0, 0},
 };
 

@@ -63,6 +63,7 @@ private:
     void judgeQuestion(const Handed &handed);
     bool couldNotBeKnown(const Handed &handed) const;
     void answerLateQuestions();
+    void answerLateQuestion(Handed *handed, const Velno::Receipts::Order &now);
     void lookIntoTheBooks();
 
     void tell(const QString &line) const;

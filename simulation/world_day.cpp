@@ -220,22 +220,32 @@ bool World::couldNotBeKnown(const Handed &handed) const
  * one was closed may be lost with the power, and the register with it. */
 void World::answerLateQuestions()
 {
+    constexpr int mostQuestions = 3; // the answer to one may bring up another
     for (Handed &handed : m_handed) {
-        const Order now = m_till->find(handed.key).order;
-        if (now.state != State::NeedsPerson || handed.order.state == State::NeedsPerson)
+        if (handed.order.state == State::NeedsPerson)
             continue;
-        handed.order = now;
-        const bool isTwice = now.question == Question::CountedTwice && m_truth.timesClosed(handed.key) > 1;
-        const bool isOfRegister =
-            now.question == Question::OtherRegister || now.question == Question::ReceiptUnknown;
-        const bool isElsewhere = isOfRegister && m_register.models().size() > 1;
-        if (!isTwice && !isElsewhere)
-            fail(u"%1: question %2 comes too late"_s.arg(handed.key).arg(int(now.question)));
-        handed.asked << now.question;
-        ++m_figures.questions.at(size_t(now.question));
-        m_till->answer(handed.key, Answer::Paid, person);
-        handOver(&handed);
+        for (int asked = 0; asked < mostQuestions && m_failure.isEmpty(); ++asked) {
+            const Order now = m_till->find(handed.key).order;
+            if (now.state != State::NeedsPerson)
+                break;
+            answerLateQuestion(&handed, now);
+        }
     }
+}
+
+void World::answerLateQuestion(Handed *handed, const Order &now)
+{
+    handed->order = now;
+    const bool isTwice = now.question == Question::CountedTwice && m_truth.timesClosed(handed->key) > 1;
+    const bool isElsewhere = now.question == Question::OtherRegister && m_register.models().size() > 1;
+    // It was told as closed, and that was lost with a till that died before the next flush.
+    const bool isUntold = now.question == Question::ReceiptUnknown && m_figures.deaths > 0;
+    if (!isTwice && !isElsewhere && !isUntold)
+        fail(u"%1: question %2 comes too late"_s.arg(handed->key).arg(int(now.question)));
+    handed->asked << now.question;
+    ++m_figures.questions.at(size_t(now.question));
+    m_till->answer(handed->key, Answer::Paid, person);
+    handOver(handed);
 }
 
 void World::lookIntoTheBooks()

@@ -64,6 +64,7 @@ private slots:
     void personDecides();
     void firstReceiptCannotBeProven();
     void firstReceiptThatWasNotEndedIsEnteredAgain();
+    void wordOfAPersonGoesBeforeANo();
     void lateReceiptIsWaitedFor();
     void receiptThatIsNeverToldOfIsNotSoldOnAndOn();
     void refusedLineRefusesTheReceipt();
@@ -295,6 +296,23 @@ void TestReceiptWork::firstReceiptThatWasNotEndedIsEnteredAgain()
     shop.meet("items", cuttingPower(shop));
     QCOMPARE(shop.sell(receiptPaidBy(inCash)).order.state, State::Closed);
     QCOMPARE(shop.closed(), 1);
+}
+
+/** "It was paid", says the person who holds the paper, and the register refuses to tell of it. */
+void TestReceiptWork::wordOfAPersonGoesBeforeANo()
+{
+    TillInMemory shop;
+    QVERIFY(shop.sellFirst());
+    shop.reg.decide = [&](const Simulator::CommandRow &command, const Velno::GMP::Items &items) {
+        const bool isAsked = QLatin1StringView(command.name) == "receipt"_L1;
+        return isAsked && items.int32("receipt") != 1 ? refusing() : Simulation::Fate();
+    };
+    const QByteArray json = receiptPaidBy(inCash, mayBeReentered);
+    QCOMPARE(shop.sell(json).order.question, Question::ReceiptUnknown);
+    QCOMPARE(shop.till->answer(u"1"_s, Answer::Paid, u"Ayşe"_s).result, Result::Done);
+    shop.beginProcess();
+    QCOMPARE(shop.sell(json).order.state, State::Closed);
+    QCOMPARE(shop.closed(), 2);
 }
 
 /** A register that tells of a receipt only a while after it has closed it. */

@@ -158,11 +158,9 @@ void TestSimulation::everyRuleIsNeeded_data()
         << u"8; r173794/1; r593460/4 unheard@1 kill@7 unheard@11 damaged@8"_s;
     QTest::newRow("look-behind-payments") << u"3; r139053/1; r886378/3 refuse-always@9"_s;
     QTest::newRow("look-before-start") << u"1; r68036/1 refuse-always@5"_s;
-    QTest::newRow("counter-question")
-        << u"248; r375412/5 refuse@11=7 refuse-for@14=3666 drop@11 refuse-always@10"_s;
+    QTest::newRow("counter-question") << u"45; r541972/1; r635696/1 off@8 refuse@4=2"_s;
     QTest::newRow("ten-rounds") << u"508; r647491/1; r312570/8 refuse@6=5 kill@8 late@10=732 unheard@9"_s;
-    QTest::newRow("known-receipt-needed")
-        << u"248; r375412/5 refuse@11=7 refuse-for@14=3666 drop@11 refuse-always@10"_s;
+    QTest::newRow("known-receipt-needed") << u"89; r218502/6; r703179/3 off@13 refuse-for@4=1734"_s;
     QTest::newRow("ask-doubts-again") << u"508; r647491/1; r312570/8 late@10=732 unheard@9"_s;
     QTest::newRow("cards-never-again") << u"2; r293099/1; r802634/1 cut@10=18726"_s;
     QTest::newRow("cash-only-if-allowed") << u"82; r315980/1; r28000/1 cut@11=13200"_s;
@@ -171,7 +169,7 @@ void TestSimulation::everyRuleIsNeeded_data()
     QTest::newRow("old-connections-prove-nothing") << u"7; r186232/1; r382059/2 forget-keys@8"_s;
     QTest::newRow("wait-for-busy-register") << u"13; r365470/1; r822395/1 busy@6=29482"_s;
     QTest::newRow("watch-register-numbers")
-        << u"143; r61047/1; r631608/1; r342985/4 off@12 refuse-for@3=2166"_s;
+        << u"1027; r824168/1 replace@7; r942176/1; r198839/1 cut@10=2334; r474155/1; r323690/1; r365887/1; r475833/1; r142249/1; r215680/1 cut-behind@8=19265; r897086/1; r167472/1; r267663/1; r529444/1 replace@13; r940996/1"_s;
     QTest::newRow("same-key-same-outcome") << u"1; r700014/1"_s;
     QTest::newRow("cancel-what-is-refused") << u"4; r937812/6"_s;
     QTest::newRow("clear-empty-sale-of-dead-process") << u"1; r68036/1; r529955/1 off@23"_s;

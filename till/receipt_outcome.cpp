@@ -316,8 +316,8 @@ void ReceiptWork::forgetSale()
  * too: then it must not be sold on and on. */
 OrderWork::End ReceiptWork::concludeNo()
 {
-    if (m_wordGiven)
-        return concludeCancelled(Fate::GivenUp);
+    if (m_saidPaid || m_wordGiven) // the person has looked at the paper; the register only says no
+        return concludeUnproven();
     const bool isConnectedSince =
         m_sent.step == Step::End && m_sent.reply.code == 0 && m_sent.connection == m_register.connections();
     if (isConnectedSince) { // a cut of the power would have ended the connection
