@@ -114,9 +114,10 @@ QString disagreement(const Wanted &one, const Order &order, const JournalBook &j
     const Sold &wanted = one.sold;
     if (*found != wanted)
         return u"sold is %1, wanted %2"_s.arg(inWords(*found), inWords(wanted));
-    const auto &values = order.totals.values;
-    const Sold told{values[VelnoTotal_ToPay], values[VelnoTotal_Cash], values[VelnoTotal_Card],
-                    values[VelnoTotal_Change], wanted.lines};
+    // By value: the numbers of the packed structure are not aligned as references promise.
+    const auto at = [&order](VelnoTotal place) { return qint64(order.totals.values[place]); };
+    const Sold told{at(VelnoTotal_ToPay), at(VelnoTotal_Cash), at(VelnoTotal_Card), at(VelnoTotal_Change),
+                    wanted.lines};
     if (!one.isByWord && (told != wanted || order.totals.number != wanted.lines.size()))
         return u"told is %1, wanted %2"_s.arg(inWords(told), inWords(wanted));
     day = {1, found->total, found->cash - found->change, found->card};
