@@ -5,9 +5,7 @@ namespace Velno::Receipts {
 namespace {
 
 constexpr int enoughRounds = 10; // how often question and counter-question have to agree
-constexpr int mostRefusals = 10;
 constexpr int mostFailures = 8;
-constexpr int busyPause = 200; // ms
 
 bool isRefusal(int code)
 {
@@ -107,7 +105,7 @@ std::optional<Looked> Look::weigh(Glance glance)
     m_agreed = 0;
     if (glance == Glance::Busy)
         return m_waited >= qint64(m_place.meeting.patience) ? std::optional(Looked::Busy) : std::nullopt;
-    if (++m_refusals < mostRefusals)
+    if (++m_refusals < RegisterAccess::mostRefusals)
         return std::nullopt;
     return glance == Glance::Refused ? Looked::Silent : Looked::Unproven;
 }
@@ -118,7 +116,7 @@ bool Look::pauseBehind(Glance glance)
     int pause = 1 << (glance == Glance::NotClosed ? m_agreed - 1 : m_refusals);
     if (glance == Glance::Busy) {
         m_place.tell(Stage::Busy);
-        pause = busyPause;
+        pause = RegisterAccess::busyPause;
         m_waited += pause;
     }
     return m_place.clock.pause(pause);
@@ -127,10 +125,9 @@ bool Look::pauseBehind(Glance glance)
 std::optional<Looked> Look::afterFailure(int code)
 {
     m_agreed = 0;
-    const bool isLost = code == VelnoResult_NotReady || leavesOpen(code);
     if (m_place.isStopping)
         return Looked::Stopped;
-    return !isLost || ++m_failures == mostFailures ? std::optional(Looked::Away) : std::nullopt;
+    return !isLost(code) || ++m_failures == mostFailures ? std::optional(Looked::Away) : std::nullopt;
 }
 
 Looked Look::at(const Doubt &doubt, View *view)

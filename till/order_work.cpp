@@ -85,4 +85,25 @@ OrderWork::End OrderWork::reach()
     return WorkEnd::Stopped;
 }
 
+OrderWork::End OrderWork::takeWord(const QString &done, const QString &again)
+{
+    switch (m_order.answer) {
+    case Answer::None:
+        return {};
+    case Answer::Paid:
+        return settle(State::Closed, done);
+    case Answer::Drop:
+        return settle(State::Cancelled, u"dropped by a person"_s);
+    case Answer::SellAgain:
+        break;
+    }
+    if (m_order.question == Question::OtherRegister && !m_place.ledger.beginEra())
+        return WorkEnd::LedgerFailed;
+    m_order.z = 0; // the number of the register before
+    m_order.isSent = false;
+    m_order.question = Question::None;
+    m_order.answer = Answer::None;
+    return save(State::Accepted, again);
+}
+
 } // namespace Velno::Receipts

@@ -39,7 +39,11 @@ protected:
     /** Pauses, ever longer. @return false: it was to stop */
     bool pauseBehind(int refusals) { return m_place.clock.pause(1 << refusals); }
 
-    static constexpr int mostRefusals = 10; ///< in a row, before one is final
+    /** What a person has said of a report or a slip; nothing has been said of others. */
+    End takeWord(const QString &done, const QString &again);
+
+    static constexpr int mostRefusals = RegisterAccess::mostRefusals;
+    static constexpr int busyPause = RegisterAccess::busyPause;
 
     Workplace &m_place;
     RegisterAccess &m_register;

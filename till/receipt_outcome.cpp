@@ -12,7 +12,6 @@ namespace {
 
 constexpr int mostLosses = 50;
 constexpr int mostDoubts = 3;   // of one order at a time
-constexpr int busyPause = 200;  // ms
 constexpr int latePause = 1000; // ms, for a register that is late to tell
 
 /** Somebody has to put paper in, or to act on the register; then it takes the same step. */
@@ -131,7 +130,7 @@ OrderWork::End ReceiptWork::concludeStep(const Position &now)
         return refuseForGood(m_sent.reply, u"a value is not valid"_s);
     const bool isOld =
         m_sent.connection != m_register.connections() && m_place.rules.hold(Rule::OldConnectionsProveNothing);
-    if (!isOld && code != VelnoResult_NotReady && !leavesOpen(code))
+    if (!isOld && !isLost(code))
         return concludeRefusal();
     return ++m_losses < mostLosses ? End() : wait(m_sent.reply, u"answers are lost again and again"_s);
 }

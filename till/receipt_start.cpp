@@ -9,7 +9,6 @@ namespace Velno::Receipts {
 namespace {
 
 constexpr int mostOpenings = 32; ///< so that a register which always cancels ends it, too
-constexpr int startPause = 200;  // ms
 
 bool isEmpty(const VelnoEcrSaleTotals &totals)
 {
@@ -70,7 +69,7 @@ OrderWork::End ReceiptWork::start()
         return endOf(looked);
     if (view.found == Found::Open)
         return openWith(view);
-    if (code == 0 || code == VelnoResult_NotReady || leavesOpen(code))
+    if (code == 0 || isLost(code))
         return {}; // it was lost, or cancelled since
     return waitForStart(reply);
 }
@@ -82,8 +81,8 @@ OrderWork::End ReceiptWork::waitForStart(const Reply &reply)
         return wait(reply, u"the register starts no sale"_s);
     m_place.tell(Stage::Busy);
     --m_openings; // waiting is no attempt
-    m_waited += startPause;
-    return m_place.clock.pause(startPause) ? End() : WorkEnd::Stopped;
+    m_waited += busyPause;
+    return m_place.clock.pause(busyPause) ? End() : WorkEnd::Stopped;
 }
 
 /** Nothing is sold on a receipt whose reference is not on record: that is all that a process leaves behind.

@@ -53,8 +53,7 @@ OrderWork::End ReceiptWork::sent(Step step, int code, int lines)
     m_isCertain = code == 0 && (step == Step::Lines || step == Step::Medical);
     if (m_isCertain)
         m_refusals = 0;
-    const bool isLost = code == VelnoResult_NotReady || leavesOpen(code);
-    if (isLost && !m_place.rules.hold(Rule::LookAfterLostAnswer))
+    if (isLost(code) && !m_place.rules.hold(Rule::LookAfterLostAnswer))
         m_isCertain = true; // and sends it again
     return {};
 }

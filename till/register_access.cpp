@@ -7,7 +7,6 @@ namespace {
 // A cable that is pulled or a power that is cut explains a failure or two in a row.
 constexpr int failuresOfLostKeys = 3;
 constexpr int mostFailures = 8;
-constexpr int mostRefusals = 10;
 
 } // namespace
 
@@ -15,6 +14,11 @@ bool leavesOpen(int code)
 {
     return code == VelnoResult_ConnectionFailed || code == VelnoResult_ReplyUnreadable ||
            code == VelnoResult_NotAuthentic || code == VelnoResult_MalformedReply;
+}
+
+bool isLost(int code)
+{
+    return code == VelnoResult_NotReady || leavesOpen(code);
 }
 
 int RegisterAccess::noted(int code)

@@ -20,6 +20,9 @@ struct Reply
 /** Whether a code leaves open what the register has done. */
 bool leavesOpen(int code);
 
+/** The same, or there was no connection to send it on: to be looked into, and perhaps sent again. */
+bool isLost(int code);
+
 /** What the work on orders needs: one register, one ledger, time, and somebody who is told. */
 struct Workplace
 {
@@ -43,6 +46,8 @@ public:
     };
 
     static constexpr unsigned answerTimeout = 5000; ///< ms of silence in the rest of an answer
+    static constexpr int busyPause = 200;           ///< ms before a busy register is asked again
+    static constexpr int mostRefusals = 10;         ///< in a row, before one is final
 
     explicit RegisterAccess(Workplace &place)
         : m_place(place)

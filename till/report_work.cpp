@@ -12,12 +12,6 @@ namespace Velno::Receipts {
 namespace {
 
 constexpr int mostLosses = 8;
-constexpr int busyPause = 200; // ms
-
-bool isLost(int code)
-{
-    return code == VelnoResult_NotReady || leavesOpen(code);
-}
 
 } // namespace
 
@@ -25,30 +19,10 @@ bool isLost(int code)
 
 WorkEnd ZReportWork::run()
 {
-    End end = takeAnswer();
+    End end = takeWord(u"made, as a person has said"_s, u"to be made, as a person has said"_s);
     while (!end)
         end = m_place.isStopping ? WorkEnd::Stopped : makeOnce();
     return *end;
-}
-
-OrderWork::End ZReportWork::takeAnswer()
-{
-    switch (m_order.answer) {
-    case Answer::None:
-        return {};
-    case Answer::Paid:
-        return settle(State::Closed, u"made, as a person has said"_s);
-    case Answer::Drop:
-        return settle(State::Cancelled, u"dropped by a person"_s);
-    case Answer::SellAgain:
-        break;
-    }
-    if (m_order.question == Question::OtherRegister && !m_place.ledger.beginEra())
-        return WorkEnd::LedgerFailed;
-    m_order.z = 0; // the number of the register before
-    m_order.question = Question::None;
-    m_order.answer = Answer::None;
-    return save(State::Accepted, u"to be made, as a person has said"_s);
 }
 
 /** Unless an earlier attempt has made it. */
@@ -98,14 +72,7 @@ OrderWork::End ZReportWork::askForNumber(int *z)
 
 WorkEnd XReportWork::run()
 {
-    if (m_order.answer == Answer::Paid)
-        return settle(State::Closed, u"made, as a person has said"_s);
-    if (m_order.answer == Answer::Drop)
-        return settle(State::Cancelled, u"dropped by a person"_s);
-    if (m_order.question == Question::OtherRegister && m_order.answer == Answer::SellAgain &&
-        !m_place.ledger.beginEra())
-        return WorkEnd::LedgerFailed;
-    End end;
+    End end = takeWord(u"made, as a person has said"_s, u"to be made, as a person has said"_s);
     while (!end)
         end = m_place.isStopping ? WorkEnd::Stopped : printOnce();
     return *end;
@@ -137,32 +104,12 @@ OrderWork::End XReportWork::printOnce()
 
 WorkEnd SlipWork::run()
 {
-    End end = takeAnswer();
+    End end = takeWord(u"printed, as a person has said"_s, u"to be printed again, as a person has said"_s);
     if (!end && m_order.isSent)
         end = ask(Question::SlipPrinted, u"it was on its way when the work on it ended"_s);
     while (!end)
         end = m_place.isStopping ? WorkEnd::Stopped : printOnce();
     return *end;
-}
-
-OrderWork::End SlipWork::takeAnswer()
-{
-    switch (m_order.answer) {
-    case Answer::None:
-        return {};
-    case Answer::Paid:
-        return settle(State::Closed, u"printed, as a person has said"_s);
-    case Answer::Drop:
-        return settle(State::Cancelled, u"dropped by a person"_s);
-    case Answer::SellAgain:
-        break;
-    }
-    if (m_order.question == Question::OtherRegister && !m_place.ledger.beginEra())
-        return WorkEnd::LedgerFailed;
-    m_order.isSent = false;
-    m_order.question = Question::None;
-    m_order.answer = Answer::None;
-    return save(State::Accepted, u"to be printed again, as a person has said"_s);
 }
 
 OrderWork::End SlipWork::printOnce()

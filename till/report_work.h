@@ -12,7 +12,6 @@ public:
     WorkEnd run() override;
 
 private:
-    End takeAnswer();
     End makeOnce();
     End askForNumber(int *z);
 
@@ -43,7 +42,6 @@ public:
     WorkEnd run() override;
 
 private:
-    End takeAnswer();
     End printOnce();
 
     int m_refusals = 0;
