@@ -1,12 +1,12 @@
 #include "tests/support/library_test.h"
 #include "tests/support/registers_key.h"
+#include "tests/support/symbol_names.h"
 #include "tests/support/test_support.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -44,23 +44,6 @@ qint64 residentBytes()
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     return file.readAll().split(' ').value(1).toLongLong() * sysconf(_SC_PAGESIZE);
-}
-
-QStringList matches(const QByteArray &text, const char *pattern)
-{
-    QStringList names;
-    auto all = QRegularExpression(QString::fromLatin1(pattern), QRegularExpression::MultilineOption)
-                   .globalMatch(QString::fromUtf8(text));
-    while (all.hasNext())
-        names << all.next().captured(1);
-    names.sort();
-    return names;
-}
-
-QByteArray fileText(const char *name)
-{
-    QFile file(QString::fromUtf8(VELNO_HEADER_FOLDER "/") + QString::fromLatin1(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /** Connects and closes the register again and again while others use the library. @return how often it worked
@@ -304,9 +287,12 @@ void TestLibraryProcess::libraryShowsItsFunctionsAlone()
     QProcess nm;
     nm.start(QString::fromUtf8(VELNO_NM), {u"-D"_s, u"--defined-only"_s, QString::fromUtf8(VELNO_LIBRARY)});
     QVERIFY(nm.waitForFinished());
-    const QStringList shown = matches(nm.readAllStandardOutput(), "^[0-9a-f]+ [^A\\n] ([^@\\n]+)");
-    const QStringList declared = matches(fileText("velnoext.h"), "^VELNOEXT_API [^(]*?(\\w+)\\(");
-    const QStringList mapped = matches(fileText("velnoext.map"), "^ +(\\w+);");
+    const QStringList shown =
+        TestSupport::matches(nm.readAllStandardOutput(), "^[0-9a-f]+ [^A\\n] ([^@\\n]+)");
+    const QStringList declared = TestSupport::matches(
+        TestSupport::fileText(VELNO_HEADER_FOLDER, "velnoext.h"), "^VELNOEXT_API [^(]*?(\\w+)\\(");
+    const QStringList mapped =
+        TestSupport::matches(TestSupport::fileText(VELNO_HEADER_FOLDER, "velnoext.map"), "^ +(\\w+);");
     QVERIFY(declared.contains(u"velnoext_initialize"_s));
     QCOMPARE(shown, declared);
     QCOMPARE(mapped, declared);

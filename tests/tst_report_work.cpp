@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
 using namespace Velno::Receipts;
@@ -58,6 +60,8 @@ private slots:
     void slipThatWasOnItsWayIsAPersonsBusiness();
     void slipThatWasNotSentIsPrinted();
     void slipBehindAReceiptSaysWhenItIsDoubtful();
+    void personSettlesWhatAnotherRegisterIsToDo_data();
+    void personSettlesWhatAnotherRegisterIsToDo();
     void reportsHaveNoContent();
 };
 
@@ -188,6 +192,39 @@ void TestReportWork::slipBehindAReceiptSaysWhenItIsDoubtful()
     QCOMPARE(unsure.state, State::Closed);
     QVERIFY(unsure.slipUnsure);
     QCOMPARE(office.printed["slip"], 2); // not a third one by itself
+}
+
+void TestReportWork::personSettlesWhatAnotherRegisterIsToDo_data()
+{
+    QTest::addColumn<Kind>("kind");
+    QTest::addColumn<Answer>("answer");
+    QTest::addColumn<State>("state");
+    QTest::addColumn<int>("prints");
+
+    const std::pair<const char *, Kind> kinds[] = {
+        {"Z report", Kind::ZReport}, {"X report", Kind::XReport}, {"slip", Kind::Slip}};
+    for (const auto &[name, kind] : kinds) {
+        QTest::addRow("%s: it was done", name) << kind << Answer::Paid << State::Closed << 0;
+        QTest::addRow("%s: do it", name) << kind << Answer::SellAgain << State::Closed << 1;
+        QTest::addRow("%s: drop it", name) << kind << Answer::Drop << State::Cancelled << 0;
+    }
+}
+
+void TestReportWork::personSettlesWhatAnotherRegisterIsToDo()
+{
+    QFETCH(const Kind, kind);
+    QFETCH(const Answer, answer);
+    const QByteArray json = kind == Kind::Slip ? slip : QByteArray();
+    Office office;
+    QVERIFY(office.reg.model().setZNumber(5));
+    QVERIFY(office.sellFirst());
+    office.reg.replace(); // and begins at Z 1
+    office.reg.model().setPrinter([&office](const Simulator::Print &) { ++office.printed["anything"]; });
+    QCOMPARE(office.perform(kind, json).question, Question::OtherRegister);
+    QCOMPARE(office.till->answer(u"1"_s, answer, u"Ayşe"_s).result, Result::Done);
+    QTEST(office.perform(kind, json).state, "state");
+    QTEST(office.printed["anything"], "prints");
+    QTEST(office.perform(kind, json).state, "state");
 }
 
 void TestReportWork::reportsHaveNoContent()

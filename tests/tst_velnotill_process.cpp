@@ -1,11 +1,11 @@
 #include "tests/support/program_run.h"
 #include "tests/support/simulated_register.h"
+#include "tests/support/symbol_names.h"
 #include "tests/support/test_support.h"
 
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -21,23 +21,6 @@ constexpr bool plainBuild = true;
 #endif
 
 constexpr int longestRun = 120'000; // ms
-
-QStringList matches(const QByteArray &text, const char *pattern)
-{
-    QStringList names;
-    auto all = QRegularExpression(QString::fromLatin1(pattern), QRegularExpression::MultilineOption)
-                   .globalMatch(QString::fromUtf8(text));
-    while (all.hasNext())
-        names << all.next().captured(1);
-    names.sort();
-    return names;
-}
-
-QByteArray fileText(const char *name)
-{
-    QFile file(QString::fromUtf8(VELNO_HEADER_FOLDER "/") + QString::fromLatin1(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 struct Run
 {
@@ -142,9 +125,11 @@ void TestVelnotillProcess::libraryShowsItsFunctionsAlone()
     const Run nm = run(
         {QString::fromUtf8(VELNO_NM), u"-D"_s, u"--defined-only"_s, QString::fromUtf8(VELNO_TILL_LIBRARY)});
     QCOMPARE(nm.code, 0);
-    const QStringList shown = matches(nm.out, "^[0-9a-f]+ [^A\\n] ([^@\\n]+)");
-    const QStringList declared = matches(fileText("velnotill.h"), "^VELNOTILL_API [^(]*?(\\w+)\\(");
-    const QStringList mapped = matches(fileText("velnotill.map"), "^ +(\\w+);");
+    const QStringList shown = TestSupport::matches(nm.out, "^[0-9a-f]+ [^A\\n] ([^@\\n]+)");
+    const QStringList declared = TestSupport::matches(
+        TestSupport::fileText(VELNO_HEADER_FOLDER, "velnotill.h"), "^VELNOTILL_API [^(]*?(\\w+)\\(");
+    const QStringList mapped =
+        TestSupport::matches(TestSupport::fileText(VELNO_HEADER_FOLDER, "velnotill.map"), "^ +(\\w+);");
     QVERIFY(declared.contains(u"velnotill_sell"_s));
     QCOMPARE(shown, declared);
     QCOMPARE(mapped, declared);
