@@ -41,7 +41,7 @@ void HopWorker::close()
     m_socket.reset();
 }
 
-bool HopWorker::send(QByteArray frame)
+bool HopWorker::send(const QByteArray &frame)
 {
     m_socket->readAll();
     m_socket->write(frame);

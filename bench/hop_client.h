@@ -14,7 +14,7 @@ public:
     /** Takes the first peer that connects to a port of this machine. */
     Q_INVOKABLE bool open(quint16 port);
     Q_INVOKABLE void close();
-    Q_INVOKABLE bool send(QByteArray frame);
+    Q_INVOKABLE bool send(const QByteArray &frame);
     Q_INVOKABLE bool receive(quint32 timeout, QByteArray *payload);
 
 private:
