@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #pragma once
 
 /** The cryptographic suite outside class GMP3. Everything fails soft: an empty byte string. */

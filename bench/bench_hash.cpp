@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/encoding/file.h"
 #include "bench/pin_to_core.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /**
  * How long a call goes on after velnoext_interrupt(), for each kind of wait: the longest of 1,000 rounds
  * counts.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "bench/bare_socket.h"
 #include "bench/pin_to_core.h"
 #include "bench/ratio_reporter.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/velnoext.h"
 #include "bench/bare_socket.h"
 #include "bench/many_descriptors.h"

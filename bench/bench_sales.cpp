@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "bench/pin_to_core.h"
 #include "bench/ratio_reporter.h"
 #include "simulator/fiscal/till.h"

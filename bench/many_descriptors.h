@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #pragma once
 
 /** Raises this process's limit of open descriptors as far as it may. */

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "bench/tls_echo.h"
 
 #include "bench/bare_socket.h"

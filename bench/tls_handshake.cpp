@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "bench/tls_handshake.h"
 
 #include "ExtDevice/gmp3/gmp3.h"

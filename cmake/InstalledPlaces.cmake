@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 include_guard()
 
 # Installed programs find the library, and pkg-config what it describes, from where they lie themselves: what is

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 include_guard()
 include(${CMAKE_CURRENT_LIST_DIR}/PemFile.cmake)
 

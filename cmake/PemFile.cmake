@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 include_guard()
 
 # Reads every block LABEL ("CERTIFICATE") of the PEM file that a setting names, and gives each to the function `check`,

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A register's certificate, which nobody has looked at before it is verified, and a signature beside a good
 // one.
 #include "ExtDevice/gmp3/gmp3.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Commands to the simulated register, behind a right MAC and without one: what they may do to its till.
 #include "fuzz/fuzz_input.h"
 #include "fuzz/paired_record.h"

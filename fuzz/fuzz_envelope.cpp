@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames that come over a device connection in place of answers: how they are cut from the stream, checked,
 // authenticated and decrypted.
 #include "ExtDevice/velnoext/command_exchange.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames of a conversation, whose fields the engine keeps: as they come, and with a right length, identity
 // and CRC.
 #include "ExtDevice/encoding/tlv.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Numbers of the network in a Diffie-Hellman exchange: the group that a register names, and its public key.
 #include "ExtDevice/gmp3_util.h"
 #include "fuzz/fuzz_input.h"

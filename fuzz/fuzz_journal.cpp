@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A journal of which anything may have become on the disk: the file's bytes, or what stands in its tables.
 #include "fuzz/fuzz_input.h"
 #include "simulator/fiscal/journal.h"

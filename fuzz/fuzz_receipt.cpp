@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Receipts and slips as JSON, from a point-of-sale program that may write anything.
 #include "fuzz/fuzz_input.h"
 #include "till/receipt_json.h"

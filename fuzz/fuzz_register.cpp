@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A connection of the simulated register to anybody: what it is for, where a frame ends, what comes next.
 #include "fuzz/fuzz_input.h"
 #include "fuzz/honest_application.h"

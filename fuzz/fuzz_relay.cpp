@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Strangers at the relay's three doors, who name registers, say more than a name, and leave when they like.
 #include "fuzz/fuzz_input.h"
 #include "fuzz/loopback.h"

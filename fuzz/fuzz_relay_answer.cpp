@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // What the device library hears from a relay that it has named a register to. It needs the relay's fixed
 // port: run it in a network of its own, as scripts/fuzz and the tests do.
 #include "ExtDevice/network/velno_network.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Replies that pass every check of who sent them, to each function of velnoext.h that asks a register: an
 // honest register's keys in the hands of somebody who is not.
 #include "ExtDevice/velnoext/command_exchange.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The application's side of a key exchange, over a connection, against a register that says anything: raw
 // bytes, or an honest register's answers with fields behind them, which replace the honest ones.
 #include "ExtDevice/encoding/tlv.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // The register's side of a key exchange: raw bytes, or an honest application's requests with fields behind
 // them, which replace the honest ones.
 #include "fuzz/fuzz_input.h"

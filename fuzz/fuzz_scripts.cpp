@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Scripts for velnoctl: lines, words and arguments, from a file that is read as a whole before anything is
 // sent.
 #include "fuzz/fuzz_input.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Elements: splitting a run with and without copies, single elements, their numbers and tags.
 #include "ExtDevice/encoding/bcd.h"
 #include "ExtDevice/encoding/tlv.h"

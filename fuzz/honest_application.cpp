@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "fuzz/honest_application.h"
 
 #include "ExtDevice/gmp3/prepare.h"

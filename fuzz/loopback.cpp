@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "fuzz/loopback.h"
 
 #include "fuzz/fuzz_input.h"

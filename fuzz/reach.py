@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Prints, for each fuzz target, how many of the lines in fuzz/reach it has run; fails below 95 %.
 
 Run by `scripts/fuzz --coverage`, with the build folder in which the targets have left their profiles."""

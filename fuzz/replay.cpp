@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs a target with the inputs of a folder, in place of libFuzzer: a corpus is a test, with any compiler.
 #include "fuzz/fuzz_input.h"
 

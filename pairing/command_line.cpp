@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "pairing/command_line.h"
 
 #include "ExtDevice/gmp3/trust_anchors.h"

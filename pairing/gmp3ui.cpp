@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "pairing/gmp3ui.h"
 
 #include "ExtDevice/encoding/digest.h"

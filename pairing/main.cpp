@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "pairing/command_line.h"
 #include "pairing/gmp3ui.h"

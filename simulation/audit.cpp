@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulation/audit.h"
 
 #include "simulator/fiscal/money.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulation/disk_file.h"
 
 #include <algorithm>

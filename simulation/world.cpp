@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulation/world.h"
 
 #include "simulator/register/selling_commands.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Reads from every program and library that ships whether it is hardened. Run with -DSOURCE=, -DWORK=, -DFILES=,
 # -DGENERATOR=, -DCXX_COMPILER=, -DREADELF=, -DOBJDUMP=, -DCLASH= and -DFLOW= (whether the compiler has these),
 # -DFORTIFY= (whether this build's type is optimised).

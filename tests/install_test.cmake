@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Stages an install inside the build folder and builds a stranger's programs on it, with find_package and with
 # pkg-config. Run with -DSOURCE=, -DBUILD=, -DWORK= (inside BUILD), -DGENERATOR=, -DC_COMPILER=, -DCXX_COMPILER=,
 # -DPREFIX= and -DLIBDIR= (as the build is configured), -DPKG_CONFIG=, -DREADELF=, -DLINK_FLAGS= (a sanitizer),

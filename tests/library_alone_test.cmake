@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The library alone needs neither Widgets nor Concurrent, neither SQL nor libedit: configures it with all of them
 # hidden, and sees that each product misses what it needs then. Run with -DSOURCE=<repository> -DWORK=<folder>
 # -DGENERATOR=<name>.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * A program without Qt of its own: pairs with the register on the port given and reads its state, twice.
  * With a second argument it first removes that file, its own executable; with "stay" in its place it ends

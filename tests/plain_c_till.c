@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * A till without Qt of its own: sells the receipt under a key on the register at the port given, twice, with the ledger
  * given. With "stay" behind them it ends without closing the till.

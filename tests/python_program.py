@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Loads the library named into Python and reads the state of the register on the port given, in two visits.
 
 Then it listens there for a register that never comes, and Ctrl-C ends the call.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Loads the library named into Python and sells a receipt on the register at the port given, with the ledger given.
 
 It does so twice, and in between unloads the library; the second time on another thread. Then it waits for a register

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /**
  * A program with a Qt application object of its own: reads the state of the register on the port given from
  * the window's thread and from a worker thread, and looks whether its own event loop still runs. A second

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Says of JSON texts whether a schema accepts them.
 
 schema_verdicts.py SCHEMA reads from standard input one text a line, in hexadecimal digits, and answers each with a

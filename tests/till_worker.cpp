@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A small till over velnotill.h, to be killed: takes what to do from standard input, a line each, and tells
 // the outcome.
 //

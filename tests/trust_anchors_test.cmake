@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Configures a project of nothing but trust anchors, once for each kind of VELNO_TRUST_ANCHORS file, and reads
 # what the configure step says and writes. Run with -DSOURCE=<repository> -DWORK=<folder> -DGENERATOR=<name>.
 cmake_minimum_required(VERSION 3.25)

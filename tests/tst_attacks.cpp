@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/gmp3/key_exchange.h"
 #include "ExtDevice/gmp3/known_groups.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/texts.h"
 #include "tests/support/cause_ways.h"
 #include "tests/support/ends_with_test.h"

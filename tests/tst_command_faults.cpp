@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
 #include "simulator/fiscal/fiscal_model.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/gmp3_util.h"
 #include "tests/support/test_authority.h"

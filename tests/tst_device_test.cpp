@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/gmp3.h"
 #include "ExtDevice/velnoext/library_state.h"
 #include "tests/support/closing_times.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/pos_example.h"
 #include "tests/support/program_run.h"
 #include "tests/support/simulated_register.h"

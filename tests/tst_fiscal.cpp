@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/fiscal/fiscal_model.h"
 #include "simulator/register/command_table.h"
 #include "simulator/register/model_settings.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/encoding/tlv.h"
 #include "tests/support/engine_session.h"
 #include "tests/support/exact_bytes.h"

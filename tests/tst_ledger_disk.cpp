@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/counting_disk.h"
 #include "tests/support/open_ledger.h"
 

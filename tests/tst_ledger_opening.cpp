@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/ends_with_test.h"
 #include "tests/support/open_ledger.h"
 #include "till/ledger_schema.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/money.h"
 
 #include "ExtDevice/velnoext/sale.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/network/velno_network.h"
 #include "tests/support/network_peers.h"
 #include "tests/support/test_support.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/connections.h"
 #include "ExtDevice/velnoext/identity_numbers.h"
 #include "tests/support/library_test.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/encoding/file.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "simulator/register/faults.h"

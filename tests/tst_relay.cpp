@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/relay/register_book.h"
 #include "simulator/relay/relay_faults.h"
 #include "tests/support/program_run.h"

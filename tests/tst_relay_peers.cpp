@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/relay/register_book.h"
 #include "tests/support/relay_line.h"
 #include "tests/support/simulated_relay.h"

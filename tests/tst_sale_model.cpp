@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/fiscal/day_totals.h"
 #include "simulator/fiscal/money.h"
 #include "simulator/fiscal/sections.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/velnoext.h"
 #include "simulator/fiscal/sections.h"
 #include "tests/support/library_test.h"

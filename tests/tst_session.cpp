@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/encoding/bcd.h"
 #include "ExtDevice/encoding/digest.h"
 #include "ExtDevice/encoding/file.h"

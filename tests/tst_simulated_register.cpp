@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulation/simulated_register.h"
 #include "tests/support/library_test.h"
 

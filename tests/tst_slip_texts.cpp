@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/connections.h"
 #include "tests/support/library_test.h"
 #include "tests/support/test_support.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3_util.h"
 #include "tests/support/hand_made_register.h"
 #include "tests/support/pairing_check.h"

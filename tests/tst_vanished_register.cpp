@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /**
  * A register that vanishes from the network without a word. Library and register run in processes with
  * networks of their own, joined by a cable (a veth pair) whose far end goes down. The system gives up after a

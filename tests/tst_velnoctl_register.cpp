@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/simulated_register.h"
 #include "tests/support/velnoctl_client.h"
 

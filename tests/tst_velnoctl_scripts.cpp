@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/registers_key.h"
 #include "tests/support/velnoctl_client.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/closing_times.h"
 #include "tests/support/ends_with_test.h"
 #include "tests/support/listening.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/ledger.h"
 
 #include "till/ledger_inside.h"

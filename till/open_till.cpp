@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/open_till.h"
 
 #include "till/words.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/order_json.h"
 
 #include "till/money.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/order_work.h"
 
 using namespace Qt::StringLiterals;

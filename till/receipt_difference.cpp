@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/json_value.h"
 #include "till/receipt_json.h"
 #include "till/receipt_words.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/receipt_work.h"
 
 #include "till/slip_printing.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/receipt_json.h"
 
 #include "ExtDevice/velnoext/identity_numbers.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/report_work.h"
 
 #include "till/receipt_json.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /**
  * velnotill: one call, one receipt. Hand over a whole receipt under a key of your own, and get exactly one
  * fiscal receipt, however often the same is handed over and whatever happens in between: a lost answer, a cut

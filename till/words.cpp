@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "till/words.h"
 
 #include "till/velnotill.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "velnoctl/argument_kinds.h"
 
 #include "velnotill.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "velnoctl/ledger_till.h"
 
 #include "velnoctl/session.h"

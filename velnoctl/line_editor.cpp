@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "velnoctl/line_editor.h"
 
 #include "velnoctl/wait_for_input.h"

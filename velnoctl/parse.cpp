@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "velnoctl/parse.h"
 
 #include "velnoctl/line_reader.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "velnoctl/query_commands.h"
 
 #include "velnoctl/answers.h"

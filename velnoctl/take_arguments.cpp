@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "velnoctl/take_arguments.h"
 
 #include "velnoctl/nearest.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/built_in_group.h"
 
 #include "ExtDevice/openssl_ptr.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/command_items.h"
 
 #include <QtEndian>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/crypto_contexts.h"
 
 #include "ExtDevice/encoding/digest.h"

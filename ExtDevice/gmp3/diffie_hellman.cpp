@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/diffie_hellman.h"
 
 #include "ExtDevice/gmp3/built_in_group.h"

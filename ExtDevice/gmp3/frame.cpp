@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/frame.h"
 
 #include "ExtDevice/encoding/crc.h"

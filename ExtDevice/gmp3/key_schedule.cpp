@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/key_schedule.h"
 
 #include "ExtDevice/encoding/digest.h"

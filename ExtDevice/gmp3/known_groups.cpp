@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/known_groups.h"
 
 #include "ExtDevice/encoding/digest.h"

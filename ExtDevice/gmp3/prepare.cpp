@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/prepare.h"
 
 #include "ExtDevice/encoding/bcd.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/protocol_table.h"
 
 #include "ExtDevice/gmp3/tags.h"

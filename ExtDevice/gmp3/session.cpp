@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/session.h"
 
 #include "ExtDevice/encoding/tlv.h"

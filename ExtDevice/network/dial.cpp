@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/network/dial.h"
 
 #include "ExtDevice/network/interruption.h"

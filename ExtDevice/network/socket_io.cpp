@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/network/socket_io.h"
 
 #include "ExtDevice/network/interruption.h"

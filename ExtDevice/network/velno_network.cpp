@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/network/velno_network.h"
 
 #include "ExtDevice/network/dial.h"

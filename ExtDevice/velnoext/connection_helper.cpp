@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/connection_helper.h"
 
 #include "ExtDevice/network/socket_io.h"

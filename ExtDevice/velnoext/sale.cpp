@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/sale.h"
 
 #include "ExtDevice/velnoext/command_exchange.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/terminal_identity.h"
 
 #include "ExtDevice/network/local_interfaces.h"

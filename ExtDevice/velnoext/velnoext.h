@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /**
  * velnoext: drive a paired fiscal cash register from a point-of-sale application.
  *

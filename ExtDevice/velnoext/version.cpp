@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/velnoext/velnoext.h"
 
 #include <string_view>

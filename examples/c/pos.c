@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * A small till: a point-of-sale application to start from. It reads what the cashier types, line by line, and
  * hands over each sale as one receipt.

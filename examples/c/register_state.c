@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * Reads the state and the Z number of a cash register: the smallest program on libvelnoext.
  *

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/common/event_writer.h"
 
 #include <QJsonArray>

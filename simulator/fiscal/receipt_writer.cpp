@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/fiscal/receipt_writer.h"
 
 #include "simulator/common/private_file.h"

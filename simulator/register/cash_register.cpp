@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/cash_register.h"
 
 #include "simulator/register/credentials.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/command_responder.h"
 
 #include "ExtDevice/gmp3/envelope.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/credentials.h"
 
 #include "ExtDevice/encoding/file.h"

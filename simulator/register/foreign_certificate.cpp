@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/foreign_certificate.h"
 
 #include "ExtDevice/openssl_ptr.h"

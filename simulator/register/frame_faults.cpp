@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/frame_faults.h"
 
 #include "ExtDevice/encoding/tlv.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "simulator/common/command_line.h"
 #include "simulator/common/control_input.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/model_settings.h"
 
 #include "simulator/common/numbers.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/provoked_faults.h"
 
 #include "simulator/common/event_writer.h"

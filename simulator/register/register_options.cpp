@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/register/register_options.h"
 
 #include "ExtDevice/gmp3/trust_anchors.h"

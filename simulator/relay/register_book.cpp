@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/relay/register_book.h"
 
 namespace Simulator {

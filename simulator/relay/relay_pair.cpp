@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "simulator/relay/relay_pair.h"
 
 #include <algorithm>

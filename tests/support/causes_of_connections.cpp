@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ExtDevice/encoding/tlv.h"
 #include "ExtDevice/network/velno_network.h"
 #include "tests/support/cause_ways.h"

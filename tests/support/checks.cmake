@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # For tests that are scripts: checks that are counted. A function that checks sets `failures` and `checks` in its
 # caller's scope.
 set(failures 0)

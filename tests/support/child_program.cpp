@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/child_program.h"
 
 #include "tests/support/ends_with_test.h"

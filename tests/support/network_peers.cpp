@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/network_peers.h"
 
 #include "ExtDevice/network/velno_network.h"

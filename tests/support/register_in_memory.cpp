@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/register_in_memory.h"
 
 namespace TestSupport {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/talker.h"
 
 #include "tests/support/hand_made_register.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "tests/support/test_authority.h"
 
 #include "ExtDevice/encoding/file.h"

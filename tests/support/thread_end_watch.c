@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * To be loaded into a program in front of all libraries: says so on standard error when a thread ends with
  * something left that OpenSSL keeps for it.
