@@ -34,7 +34,7 @@ QByteArrayList verdicts(const QString &schema, const QByteArrayList &texts)
     file.close();
     const QStringList arguments{QStringLiteral(VELNO_VERDICTS), schema};
     const Outcome outcome =
-        outcomeOf(QStringLiteral(VELNO_PYTHON_WITH_JSONSCHEMA), arguments,
+        outcomeOf(QStringLiteral(VELNO_SYSTEM_PYTHON), arguments,
                   [&file](QProcess &process) { process.setStandardInputFile(file.fileName()); });
     if (outcome.exitCode != 0) {
         qWarning("%s", outcome.errors.constData());
