@@ -413,7 +413,7 @@ void TestResultTexts::otherCausesHaveFittingWords()
 void TestResultTexts::everyPairingCodeHasWords_data()
 {
     QTest::addColumn<int>("code");
-    const QString guide = fileText(sourceFolder() + "/../../README.md"_L1);
+    const QString guide = fileText(sourceFolder() + "/../../docs/window.md"_L1);
     const QString table = guide.section(u"\"Eşleme hatası: \""_s, 1).section("The texts about"_L1, 0, 0);
     static const QRegularExpression number(u"\\b([1-5]00[0-9])\\b"_s);
     QSet<int> codes;
