@@ -59,6 +59,12 @@ foreach(file receipt.schema.json slip.schema.json)
     expect("${file} is installed" EXISTS ${root}/share/velno/${file})
 endforeach()
 
+foreach(file man/man1/velnoctl.1 man/man1/velno-pairing.1 man/man1/velno-register.1 man/man1/velno-relay.1
+             man/man3/velnoext.3 man/man3/velnoext_initialize.3 man/man3/velnotill.3 man/man3/velnotill_sell.3
+             bash-completion/completions/velnoctl zsh/site-functions/_velnoctl fish/vendor_completions.d/velnoctl.fish)
+    expect("${file} is installed" EXISTS ${root}/share/${file})
+endforeach()
+
 file(GLOB programs RELATIVE ${root}/bin ${root}/bin/*)
 list(JOIN programs " " output)
 expect("every program is installed" output STREQUAL "velno-pairing velno-register velno-relay velnoctl")
@@ -140,7 +146,8 @@ set(ENV{PKG_CONFIG_SYSROOT_DIR} ${stage})
 run(${PKG_CONFIG} --cflags --libs velnotill)
 expect("pkg-config finds both" result EQUAL 0)
 separate_arguments(flags UNIX_COMMAND "${output} ${LINK_FLAGS}")
-foreach(program tests/consumer/main.c tests/consumer/till.c examples/c/register_state.c examples/c/pos.c)
+foreach(program tests/consumer/main.c tests/consumer/till.c examples/c/every_call.c examples/c/every_till_call.c
+                examples/c/pos.c examples/c/register_state.c)
     get_filename_component(name ${program} NAME_WE)
     run(${C_COMPILER} -std=c99 -Wall -Wextra -Wpedantic -Werror ${SOURCE}/${program} -o ${WORK}/${name} ${flags})
     expect("${program} builds with pkg-config" result EQUAL 0)

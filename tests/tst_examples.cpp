@@ -3,10 +3,12 @@
 #include "tests/support/pos_example.h"
 #include "tests/support/program_run.h"
 #include "tests/support/simulated_register.h"
+#include "tests/support/symbol_names.h"
 #include "tests/support/test_support.h"
 
 #include <QDir>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -22,6 +24,8 @@ private slots:
     void failureIsExplained();
     void linesAboutAPairingAreNoResult();
     void usageIsShown();
+    void eachFunctionIsCalled_data();
+    void eachFunctionIsCalled();
     void posSellsAndReports();
     void posExplainsWhatItIsRefused();
     void posSellsOnceWhatItWasKilledOver();
@@ -90,6 +94,38 @@ void TestExamples::usageIsShown()
     const Outcome outcome = run({});
     QVERIFY(outcome.errors.startsWith("Usage: "));
     QCOMPARE(outcome.exitCode, 64);
+}
+
+void TestExamples::eachFunctionIsCalled_data()
+{
+    QTest::addColumn<QString>("example");
+    QTest::addColumn<QString>("header");
+    QTest::newRow("velnoext") << u"every_call"_s << u"ExtDevice/velnoext/velnoext.h"_s;
+    QTest::newRow("velnotill") << u"every_till_call"_s << u"till/velnotill.h"_s;
+}
+
+void TestExamples::eachFunctionIsCalled()
+{
+    QFETCH(const QString, example);
+    QFETCH(const QString, header);
+    const QByteArray text = fileText(VELNO_SOURCE "/examples/c", qPrintable(example + ".c"_L1));
+    const QStringList functions =
+        matches(fileText(VELNO_SOURCE, qPrintable(header)), "^VELNO(?:EXT|TILL)_API .*?\\b(velno\\w+)\\(");
+    QVERIFY(functions.size() > 20);
+    for (const QString &function : functions)
+        QVERIFY2(text.contains(function.toUtf8() + '('), qPrintable(function));
+
+    const quint16 port = freePort();
+    SimulatedRegister reg(port);
+    const QTemporaryDir folder;
+    QStringList arguments{serialNo, u"127.0.0.1"_s, QString::number(port)};
+    if (example == "every_till_call"_L1)
+        arguments << folder.filePath(u"ledger"_s);
+    const Outcome outcome = outcomeOf(QString::fromUtf8(VELNO_EXAMPLES) + u'/' + example, arguments);
+    QCOMPARE(outcome.exitCode, 0);
+    QVERIFY2(
+        outcome.output.endsWith(example == "every_call"_L1 ? "forget device: success\n" : "close: done\n"),
+        outcome.errors.constData());
 }
 
 void TestExamples::posSellsAndReports()

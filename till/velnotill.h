@@ -383,17 +383,35 @@ VELNOTILL_API int velnotill_message(const VelnoTillOutcome *outcome, const char 
  *  have a line each. Empty before. Lives until the next such call on this thread. Never NULL. */
 VELNOTILL_API const char *velnotill_problem(void);
 
-VELNOTILL_API const char *velnotill_result_name(int result); /**< "done", "conflict" */
+/** The name of a VelnoTillResult: "done", "conflict". */
+VELNOTILL_API const char *velnotill_result_name(int result);
+
+/** A VelnoTillResult in a sentence. */
 VELNOTILL_API const char *velnotill_result_text(int result, const char *language);
-VELNOTILL_API const char *velnotill_kind_name(int kind);   /**< "receipt", "z-report" */
-VELNOTILL_API const char *velnotill_state_name(int state); /**< "closed", "needs-person" */
+
+/** The name of a VelnoTillKind: "receipt", "z-report". */
+VELNOTILL_API const char *velnotill_kind_name(int kind);
+
+/** The name of a VelnoTillState: "closed", "needs-person". */
+VELNOTILL_API const char *velnotill_state_name(int state);
+
+/** A VelnoTillState in a sentence, as a cashier is told it. */
 VELNOTILL_API const char *velnotill_state_text(int state, const char *language);
-VELNOTILL_API const char *velnotill_question_name(int question); /**< "none", "receipt-unknown" */
-VELNOTILL_API const char *velnotill_answer_name(int answer);     /**< "none", "paid", "sell-again", "drop" */
-VELNOTILL_API const char *velnotill_paper_name(int paper);       /**< "unknown", "printed", "unsure" */
-VELNOTILL_API const char *velnotill_stage_name(int stage);       /**< "card-payment" */
-VELNOTILL_API const char *velnotill_stage_text(int stage,
-                                               const char *language); /**< "card payment under way" */
+
+/** The name of a VelnoTillQuestion: "none", "receipt-unknown". */
+VELNOTILL_API const char *velnotill_question_name(int question);
+
+/** The name of a VelnoTillAnswer: "none", "paid", "sell-again", "drop". */
+VELNOTILL_API const char *velnotill_answer_name(int answer);
+
+/** The name of a VelnoTillPaper: "unknown", "printed", "unsure". */
+VELNOTILL_API const char *velnotill_paper_name(int paper);
+
+/** The name of a VelnoTillStage: "card-payment". */
+VELNOTILL_API const char *velnotill_stage_name(int stage);
+
+/** A VelnoTillStage in a few words, for a cashier's display: "card payment under way". */
+VELNOTILL_API const char *velnotill_stage_text(int stage, const char *language);
 
 /** Frees what was handed out as `char **`; NULL is nothing. */
 VELNOTILL_API void velnotill_free_text(char *text);

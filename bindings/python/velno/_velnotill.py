@@ -742,7 +742,7 @@ _library.velnotill_result_name.argtypes = [ctypes.c_int]
 
 
 def velnotill_result_name(result: int) -> bytes | None:
-    """"done", "conflict"
+    """The name of a VelnoTillResult: "done", "conflict".
 
     const char *velnotill_result_name(int result);
     """
@@ -755,7 +755,10 @@ _library.velnotill_result_text.argtypes = [ctypes.c_int, ctypes.c_char_p]
 
 
 def velnotill_result_text(result: int, language: bytes | None) -> bytes | None:
-    """const char *velnotill_result_text(int result, const char *language);"""
+    """A VelnoTillResult in a sentence.
+
+    const char *velnotill_result_text(int result, const char *language);
+    """
     returned: bytes | None = _library.velnotill_result_text(result, language)
     return returned
 
@@ -765,7 +768,7 @@ _library.velnotill_kind_name.argtypes = [ctypes.c_int]
 
 
 def velnotill_kind_name(kind: int) -> bytes | None:
-    """"receipt", "z-report"
+    """The name of a VelnoTillKind: "receipt", "z-report".
 
     const char *velnotill_kind_name(int kind);
     """
@@ -778,7 +781,7 @@ _library.velnotill_state_name.argtypes = [ctypes.c_int]
 
 
 def velnotill_state_name(state: int) -> bytes | None:
-    """"closed", "needs-person"
+    """The name of a VelnoTillState: "closed", "needs-person".
 
     const char *velnotill_state_name(int state);
     """
@@ -791,7 +794,10 @@ _library.velnotill_state_text.argtypes = [ctypes.c_int, ctypes.c_char_p]
 
 
 def velnotill_state_text(state: int, language: bytes | None) -> bytes | None:
-    """const char *velnotill_state_text(int state, const char *language);"""
+    """A VelnoTillState in a sentence, as a cashier is told it.
+
+    const char *velnotill_state_text(int state, const char *language);
+    """
     returned: bytes | None = _library.velnotill_state_text(state, language)
     return returned
 
@@ -801,7 +807,7 @@ _library.velnotill_question_name.argtypes = [ctypes.c_int]
 
 
 def velnotill_question_name(question: int) -> bytes | None:
-    """"none", "receipt-unknown"
+    """The name of a VelnoTillQuestion: "none", "receipt-unknown".
 
     const char *velnotill_question_name(int question);
     """
@@ -814,7 +820,7 @@ _library.velnotill_answer_name.argtypes = [ctypes.c_int]
 
 
 def velnotill_answer_name(answer: int) -> bytes | None:
-    """"none", "paid", "sell-again", "drop"
+    """The name of a VelnoTillAnswer: "none", "paid", "sell-again", "drop".
 
     const char *velnotill_answer_name(int answer);
     """
@@ -827,7 +833,7 @@ _library.velnotill_paper_name.argtypes = [ctypes.c_int]
 
 
 def velnotill_paper_name(paper: int) -> bytes | None:
-    """"unknown", "printed", "unsure"
+    """The name of a VelnoTillPaper: "unknown", "printed", "unsure".
 
     const char *velnotill_paper_name(int paper);
     """
@@ -840,7 +846,7 @@ _library.velnotill_stage_name.argtypes = [ctypes.c_int]
 
 
 def velnotill_stage_name(stage: int) -> bytes | None:
-    """"card-payment"
+    """The name of a VelnoTillStage: "card-payment".
 
     const char *velnotill_stage_name(int stage);
     """
@@ -853,7 +859,7 @@ _library.velnotill_stage_text.argtypes = [ctypes.c_int, ctypes.c_char_p]
 
 
 def velnotill_stage_text(stage: int, language: bytes | None) -> bytes | None:
-    """"card payment under way"
+    """A VelnoTillStage in a few words, for a cashier's display: "card payment under way".
 
     const char *velnotill_stage_text(int stage, const char *language);
     """
