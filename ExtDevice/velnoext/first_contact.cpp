@@ -7,6 +7,7 @@
 #include "ExtDevice/network/velno_network.h"
 #include "ExtDevice/velnoext/connection_helper.h"
 #include "ExtDevice/velnoext/connections.h"
+#include "ExtDevice/velnoext/key_log_wish.h"
 #include "ExtDevice/velnoext/relay_route.h"
 #include "ExtDevice/velnoext/terminal_identity.h"
 
@@ -113,7 +114,9 @@ int pairOn(unsigned int firstConnection, const Route &route)
     const bool announced = announceUnpaired(route.serialNo);
     closeConnection();
     const int result = announced ? exchangeKeys(route, hash) : ConnectionFailed;
-    if (result != Success)
+    if (result == Success)
+        logKeysWhenWished(activeRecord());
+    else
         library().pairingRecords.remove(route.serialNo);
     return result;
 }

@@ -2,6 +2,7 @@
 
 #include "simulator/register/cash_register.h"
 
+#include "ExtDevice/gmp3/key_log.h"
 #include "simulator/register/credentials.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/model_settings.h"
@@ -240,11 +241,20 @@ void CashRegister::sendPairingAnswer(MessageTag kind, const PairingResponder::An
     if (!answer.refusal.isEmpty())
         return refuse(answer.refusal);
     if (m_paired) {
-        m_commands.setKeys(m_pairing.takeKeys());
+        takeKeys(m_pairing.takeKeys());
         m_events.write("paired", {{"serial", QString::fromLatin1(m_options.serial)}});
     }
     if (m_paired || faults.has(Fault::BadLength))
         close(u"said everything"_s);
+}
+
+void CashRegister::takeKeys(const MatchExt &keys)
+{
+    m_commands.setKeys(keys);
+    if (m_options.keyLog.isEmpty())
+        return;
+    if (const QString problem = appendToKeyLog(m_options.keyLog, keys); !problem.isEmpty())
+        m_events.write("error", {{"message", problem}});
 }
 
 void CashRegister::tellOutcome(const char *event, const CommandRow &command, Refusal refusal)

@@ -52,6 +52,7 @@ private:
     void sendAfter(std::chrono::milliseconds wait, std::function<void()> send);
     void sendNow();
     void sendPairingAnswer(Velno::GMP::MessageTag kind, const PairingResponder::Answer &answer);
+    void takeKeys(const Velno::GMP::MatchExt &keys);
     void tellOutcome(const char *event, const CommandRow &command, Refusal refusal);
     void sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer,
                            const Faults &faults);

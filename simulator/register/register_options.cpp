@@ -2,6 +2,7 @@
 
 #include "simulator/register/register_options.h"
 
+#include "ExtDevice/gmp3/key_log.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "simulator/fiscal/paper.h"
 #include "simulator/register/credentials.h"
@@ -54,6 +55,9 @@ struct Names
     QList<QCommandLineOption> settings = settingOptions();
     QCommandLineOption journal{
         u"journal"_s, u"Keeps receipts and reports in this file; without it in memory."_s, u"FILE"_s};
+    QCommandLineOption keyLog{u"key-log"_s,
+                              u"Appends the keys of each pairing to this file, for a look into the wire."_s,
+                              u"FILE"_s};
     QCommandLineOption receipts{u"receipts"_s,
                                 u"Writes what is printed to this folder, a file for each print."_s, u"DIR"_s};
     QCommandLineOption showReceipts{u"show-receipts"_s, u"Shows what is printed on standard error."_s};
@@ -141,6 +145,18 @@ QString fillReceipts(const QCommandLineParser &parser, const Names &names, Regis
     return u"--receipts \"%1\": accepted is a folder that can be written to"_s.arg(options.receipts);
 }
 
+/** Fills in where keys go; returns what was wrong, or nothing. */
+QString fillKeyLog(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    options.keyLog = parser.value(names.keyLog);
+    if (!parser.isSet(names.keyLog))
+        return {};
+    if (options.keyLog.isEmpty())
+        return u"--key-log \"\": accepted is the name of a file"_s;
+    const QString problem = Velno::GMP::keyLogProblem(options.keyLog);
+    return problem.isEmpty() ? QString() : u"--key-log: "_s + problem;
+}
+
 /** Fills the options; returns what was wrong and what is accepted, or nothing. */
 QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
 {
@@ -169,6 +185,8 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
     if (const QString problem = credentialsProblem(options.credentials, options.faults); !problem.isEmpty())
         return u"--credentials: "_s + problem;
     if (const QString problem = fillReceipts(parser, names, options); !problem.isEmpty())
+        return problem;
+    if (const QString problem = fillKeyLog(parser, names, options); !problem.isEmpty())
         return problem;
     options.serial = parser.value(names.serial).toLatin1();
     options.appHash = QByteArray::fromHex(parser.value(names.appHash).toLatin1());
@@ -209,8 +227,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
     parser.addOptions({names.help, names.version, names.serial, names.connect, names.relay, names.credentials,
                        names.appHash, names.noPaper});
     parser.addOptions(names.settings);
-    parser.addOptions(
-        {names.journal, names.receipts, names.showReceipts, names.json, names.once, names.fault});
+    parser.addOptions({names.journal, names.keyLog, names.receipts, names.showReceipts, names.json,
+                       names.once, names.fault});
     CommandLine line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {

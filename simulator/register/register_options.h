@@ -24,6 +24,7 @@ struct RegisterOptions
     QList<ModelSetting> settings; ///< what the register is to be at first
     bool paper = true;
     QString journal;           ///< a file; empty: in memory
+    QString keyLog;            ///< a file for the keys of pairings; empty: nowhere
     QString receipts;          ///< a folder for what is printed; empty: nowhere
     bool showReceipts = false; ///< on standard error
     bool json = false;
