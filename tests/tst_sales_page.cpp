@@ -7,19 +7,22 @@
 #include "tests/support/velnoctl_client.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
 
-/** docs/sales.md: what its receipts print is what stands there. */
+/** The pages that show a receipt: what it prints, and what is told of it, is what stands there. */
 class TestSalesPage : public QObject
 {
     Q_OBJECT
 
 private slots:
     void eachSalePrintsWhatThePageShows();
+    void firstReceiptIsThatOfThePage_data();
+    void firstReceiptIsThatOfThePage();
 };
 
 namespace {
@@ -42,6 +45,13 @@ QByteArray printed(const QString &folder)
     for (const QString &name : prints.entryList({u"*.txt"_s}, QDir::Files, QDir::Name))
         text += fileText(qPrintable(folder), qPrintable(name));
     return text;
+}
+
+/** The day and the hour are those of the print. */
+QString withoutTime(QString text)
+{
+    static const QRegularExpression time(u"TARİH: .*"_s);
+    return text.replace(time, u"TARİH"_s);
 }
 
 } // namespace
@@ -69,6 +79,38 @@ void TestSalesPage::eachSalePrintsWhatThePageShows()
             QVERIFY2(printed(prints).contains(block.toUtf8()), qPrintable(block));
     }
     QCOMPARE(sales, 5);
+}
+
+void TestSalesPage::firstReceiptIsThatOfThePage_data()
+{
+    QTest::addColumn<QByteArray>("page");
+    QTest::addColumn<QString>("language");
+    QTest::newRow("English") << QByteArray("README.md") << u"en"_s;
+    QTest::newRow("Turkish") << QByteArray("docs/tr/quick-start.md") << u"tr"_s;
+}
+
+void TestSalesPage::firstReceiptIsThatOfThePage()
+{
+    NEEDS_A_REGISTERS_KEY();
+    QFETCH(const QByteArray, page);
+    QFETCH(const QString, language);
+    const QByteArray text = fileText(VELNO_SOURCE, page.constData());
+    const QStringList receipts = matches(text, "^(\\{\"items\".*)$");
+    QCOMPARE(receipts.size(), 1);
+    const quint16 port = freePort();
+    const QTemporaryDir folder;
+    const QString prints = folder.filePath(u"prints"_s);
+    QVERIFY(QDir().mkdir(prints));
+    SimulatedRegister reg(port, {u"--receipts"_s, prints});
+    const QStringList arguments{u"--language"_s, language,
+                                u"--ledger"_s,   folder.filePath(u"ledger"_s),
+                                u"receipt"_s,    fileWith(folder, receipts.first().toUtf8()),
+                                u"key=4711"_s};
+    const Outcome sold = outcomeOf(Client::program(), target(port) + arguments);
+    QVERIFY2(!sold.output.isEmpty() && text.contains("```\n" + sold.output + "```\n"),
+             sold.output.constData());
+    const QString print = withoutTime(QString::fromUtf8(printed(prints)));
+    QVERIFY(!print.isEmpty() && withoutTime(QString::fromUtf8(text)).contains(u"```\n%1```\n"_s.arg(print)));
 }
 
 QTEST_GUILESS_MAIN(TestSalesPage)
