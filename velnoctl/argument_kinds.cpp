@@ -13,13 +13,13 @@ namespace VelnoCtl {
 
 namespace {
 
-constexpr std::array<const ArgumentKind *, 33> kinds{
+constexpr std::array<const ArgumentKind *, 34> kinds{
     &Kinds::code,     &Kinds::detail, &Kinds::file,    &Kinds::command,  &Kinds::price, &Kinds::amount,
     &Kinds::quantity, &Kinds::name,   &Kinds::section, &Kinds::percent,  &Kinds::type,  &Kinds::line,
     &Kinds::identity, &Kinds::means,  &Kinds::invoice, &Kinds::idKind,   &Kinds::id,    &Kinds::reference,
     &Kinds::mode,     &Kinds::flag,   &Kinds::receipt, &Kinds::encoding, &Kinds::text,  &Kinds::left,
     &Kinds::right,    &Kinds::size,   &Kinds::style,   &Kinds::count,    &Kinds::hex,   &Kinds::receiptFile,
-    &Kinds::key,      &Kinds::answer, &Kinds::person};
+    &Kinds::key,      &Kinds::answer, &Kinds::person,  &Kinds::fault};
 
 } // namespace
 
@@ -73,6 +73,12 @@ std::optional<bool> flagFrom(const QString &text)
     if (text == "yes"_L1)
         return true;
     return text == "no"_L1 ? std::optional(false) : std::nullopt;
+}
+
+std::optional<QString> faultFrom(const QString &text)
+{
+    const bool isWord = std::ranges::all_of(text, [](QChar c) { return c > u' ' && c <= u'~'; });
+    return isWord ? somethingFrom(text) : std::nullopt;
 }
 
 } // namespace VelnoCtl

@@ -49,6 +49,7 @@ std::optional<Line> lineFrom(const QString &text);
 std::optional<Style> styleFrom(const QString &text);
 std::optional<int> answerFrom(const QString &text); ///< a VelnoTillAnswer
 std::optional<bool> flagFrom(const QString &text);
+std::optional<QString> faultFrom(const QString &text); ///< a word of visible ASCII characters
 
 /** A text in UTF-8 that fits into a field of a structure whole: it is never cut in the middle of a letter. */
 template <qsizetype Longest>
@@ -114,6 +115,8 @@ inline constexpr auto receiptFile = kindReadBy<somethingFrom>(
     "FILE.json", "the path of a file with a receipt as docs/receipt-json.md has it");
 inline constexpr auto key = kindReadBy<somethingFrom>(
     "KEY", "the sale's name in the ledger, 1 to 200 bytes without control characters");
+inline constexpr auto fault =
+    kindReadBy<faultFrom>("FAULT", "NAME, NAME=VALUE or none; the simulator's --help lists them");
 inline constexpr auto answer = kindReadBy<answerFrom>("ANSWER", "paid, sell-again or drop");
 inline constexpr auto person =
     kindReadBy<somethingFrom>("PERSON", "who answers, up to 100 bytes; not given: the user's name");

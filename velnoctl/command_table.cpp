@@ -9,6 +9,7 @@
 #include "velnoctl/raw_commands.h"
 #include "velnoctl/receipt_commands.h"
 #include "velnoctl/sale_commands.h"
+#include "velnoctl/simulator_commands.h"
 
 #include <array>
 
@@ -123,6 +124,9 @@ constexpr std::array table{
     Command{raw, "get", "HEX", "decrypts a frame received elsewhere; the same applications",
             "the plain bytes", "get 002055423132333435363738393000", RawConnection, Everywhere, getRaw},
 
+    Command{house, "fault", "FAULT",
+            "has the simulator at --control do something wrong, --serial names one of several registers",
+            "what is on", "fault refuse=z", Needs::Control, Everywhere, fault},
     Command{house, "run", "FILE", "a script, one command a line, # comments; - is standard input",
             "what its commands print", "run day.velno", Target, CommandLine | Shell, runInput},
     Command{house, "shell", "", "asks for commands; Tab completes, quit or Ctrl-D ends",

@@ -32,6 +32,7 @@ struct Answer
 
 enum class Needs {
     Nothing,      ///< runs without a register
+    Control,      ///< speaks to a simulator's --control, and to no register
     Target,       ///< wants to know which register, but does not connect
     Connection,   ///< is run when the register is connected, and reads its answer
     RawConnection ///< is run when the register is connected, and reads nothing

@@ -16,7 +16,6 @@ namespace {
 constexpr int notReady = 1;
 constexpr int connectionFailed = 2;
 constexpr int pairingFailed = 10;
-constexpr quint32 noLimit = 0xFFFFFFFF;
 
 void progress(const QString &text)
 {

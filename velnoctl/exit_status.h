@@ -13,6 +13,7 @@ enum ExitStatus {
      *  receipt are wrong usage. */
     OrderNotTaken = 30,
     WrongUsage = 64,  ///< nothing was sent because of it
+    Unavailable = 69, ///< the simulator at --control did not answer
     OutputLost = 74,  ///< a result could not be written
     Interrupted = 130 ///< Ctrl-C or SIGTERM
 };

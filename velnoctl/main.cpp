@@ -33,8 +33,13 @@ QString problemOf(const Options &options, const Parsed &parsed)
         return parsed.problem;
     if (options.words.isEmpty())
         return u"no command is given"_s;
-    const bool isLocal = std::ranges::all_of(
-        parsed.steps, [](const Step &step) { return step.command->needs == Needs::Nothing; });
+    const auto need = [&parsed](Needs needs) {
+        return std::ranges::any_of(parsed.steps,
+                                   [needs](const Step &step) { return step.command->needs == needs; });
+    };
+    if (need(Needs::Control) && !options.control)
+        return missingControl();
+    const bool isLocal = !need(Needs::Target) && !need(Needs::Connection) && !need(Needs::RawConnection);
     return isLocal ? QString() : missingTarget(options);
 }
 

@@ -103,6 +103,12 @@ bool takeLedger(const QString &text, Options &options)
     return !text.isEmpty();
 }
 
+bool takeControl(const QString &text, Options &options)
+{
+    options.control = Simulator::controlAddressFrom(text);
+    return options.control.has_value();
+}
+
 bool takeJson(const QString &, Options &options)
 {
     options.isJson = true;
@@ -136,6 +142,10 @@ constexpr std::array rows{
     OptionRow{"json", "", "results as one object a line", "", takeJson},
     OptionRow{"language", "LANG", "of explanations, en or tr", "en or tr", takeLanguage},
     OptionRow{"ledger", "FILE", "of receipts", "the path of a file", takeLedger},
+    OptionRow{
+        "control", "ADDR", "of a simulator, for fault",
+        "a port of 127.0.0.1, ADDR:PORT or the path of a Unix socket, as the simulator's `ready` tells it",
+        takeControl},
 };
 // These are not in the help.
 constexpr std::array helpRows{
@@ -164,6 +174,14 @@ QString optionHelp()
 QCommandLineOption asParserOption(const OptionRow &row)
 {
     return {QString(QLatin1StringView(row.name)), {}, QString(QLatin1StringView(row.value))};
+}
+
+QString missingOption(const char *name)
+{
+    const auto *const row = std::ranges::find(rows, QLatin1StringView(name),
+                                              [](const OptionRow &r) { return QLatin1StringView(r.name); });
+    return u"--%1 is missing; accepted is %2"_s.arg(QLatin1StringView(name),
+                                                    QLatin1StringView(row->accepted));
 }
 
 /** What the parser could not take. */
@@ -238,17 +256,16 @@ QString parseOptions(const QStringList &arguments, Options *options)
 
 QString missingTarget(const Options &options)
 {
-    const auto missing = [](const char *name) {
-        const auto *const row = std::ranges::find(
-            rows, QLatin1StringView(name), [](const OptionRow &r) { return QLatin1StringView(r.name); });
-        return u"--%1 is missing; accepted is %2"_s.arg(QLatin1StringView(name),
-                                                        QLatin1StringView(row->accepted));
-    };
     if (options.serial.isEmpty())
-        return missing("serial");
+        return missingOption("serial");
     if (options.address.isEmpty())
         return u"neither --listen nor --relay is given; accepted is one of them"_s;
-    return options.app == 0 ? missing("app") : QString();
+    return options.app == 0 ? missingOption("app") : QString();
+}
+
+QString missingControl()
+{
+    return missingOption("control");
 }
 
 QString versionText()
@@ -268,7 +285,8 @@ QString helpText()
            "  velnoctl help COMMAND   its arguments, what is accepted, an example\n\n"_s +
            optionHelp() +
            u"\nExit status: 0 done, 1-13 the library's result code (see explain), 20-35 a receipt\n"
-           "is not closed, 64 wrong usage, 74 a result could not be written, 130 Ctrl-C or SIGTERM.\n"_s +
+           "is not closed, 64 wrong usage, 69 no simulator, 74 a result could not be\n"
+           "written, 130 Ctrl-C or SIGTERM.\n"_s +
            Velno::GMP::trustAnchorsInWords() +
            u"Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n"_s;
 }

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "simulator/common/control_address.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -9,6 +11,8 @@
 #include <optional>
 
 namespace VelnoCtl {
+
+constexpr quint32 noLimit = 0xFFFFFFFF; ///< as a time-out
 
 /** What stands in front of the commands. */
 struct Options
@@ -20,6 +24,7 @@ struct Options
     quint32 timeout = 30'000;
     std::optional<quint32> answerLimit; ///< ms; not given: none for a command, a till's own for receipts
     QString ledger;                     ///< path; empty when not given
+    std::optional<Simulator::ControlAddress> control; ///< of a simulated register or relay
     QByteArray language = "en";
     bool isRelay = false;
     bool isJson = false;
@@ -39,6 +44,9 @@ QString parseOptions(const QStringList &arguments, Options *options);
 
 /** Which option is missing to reach a register, and what is accepted; or nothing. */
 QString missingTarget(const Options &options);
+
+/** That a command needs --control, and what is accepted. */
+QString missingControl();
 
 /** The whole of --version: also whom the build trusts. */
 QString versionText();

@@ -11,6 +11,7 @@ namespace Simulator {
 namespace {
 
 constexpr int wrongUsage = 64;
+constexpr int unavailable = 69;
 
 } // namespace
 
@@ -29,6 +30,12 @@ int showWrongUsage(const char *program, const QString &text)
 {
     std::fprintf(stderr, "%s: %s\n%s --help shows all options.\n", program, qPrintable(text), program);
     return wrongUsage;
+}
+
+int showUnavailable(const char *program, const QString &text)
+{
+    std::fprintf(stderr, "%s: %s\n", program, qPrintable(text));
+    return unavailable;
 }
 
 } // namespace Simulator

@@ -28,6 +28,9 @@ int showText(const QString &text);
 /** Prints what was wrong and where to find more on standard error and returns 64. */
 int showWrongUsage(const char *program, const QString &text);
 
+/** Prints on standard error what the system does not give the program, such as a port, and returns 69. */
+int showUnavailable(const char *program, const QString &text);
+
 /** Shows what is to be shown instead of running: the exit code, or nothing when the program is to run. */
 template <typename Options>
 std::optional<int> shownInstead(const char *program, const ParsedCommandLine<Options> &line)

@@ -2,6 +2,7 @@
 
 #include "simulator/common/event_writer.h"
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -19,6 +20,13 @@ QByteArray jsonValue(const QVariant &value)
     const QByteArray array =
         QJsonDocument(QJsonArray{QJsonValue::fromVariant(value)}).toJson(QJsonDocument::Compact);
     return array.sliced(1, array.size() - 2);
+}
+
+/** UTC, which is the same on every computer and sorts as text. */
+QByteArray jsonBeginning(const char *event)
+{
+    const QByteArray time = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1();
+    return R"({"event":")" + QByteArray(event) + R"(","time":")" + time + '"';
 }
 
 QByteArray plainValue(const QVariant &value)
@@ -42,9 +50,9 @@ QString printable(const QByteArray &bytes)
     return text;
 }
 
-void EventWriter::write(const char *event, std::initializer_list<Field> fields) const
+void EventWriter::write(const char *event, const EventFields &fields) const
 {
-    QByteArray line = m_json ? R"({"event":")" + QByteArray(event) + '"' : QByteArray(event);
+    QByteArray line = m_json ? jsonBeginning(event) : QByteArray(event);
     for (const auto &[name, value] : fields)
         line += m_json ? ",\"" + QByteArray(name) + "\":" + jsonValue(value) : ' ' + plainValue(value);
     line += m_json ? "}\n" : "\n";

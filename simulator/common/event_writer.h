@@ -2,11 +2,11 @@
 
 #pragma once
 
+#include <QList>
 #include <QPair>
 #include <QString>
 #include <QVariant>
 
-#include <initializer_list>
 #include <streambuf>
 
 namespace Simulator {
@@ -15,20 +15,21 @@ namespace Simulator {
  */
 QString printable(const QByteArray &bytes);
 
+/** What an event tells: names, each with a text, a number or a list of texts. */
+using EventFields = QList<QPair<const char *, QVariant>>;
+
 /**
- * Writes events on standard output, one a line, flushed: words for people, or one JSON object each.
- * docs/simulated-register.md and docs/relay.md describe them.
+ * Writes events on standard output, one a line, flushed: words for people, or one JSON object each, with the
+ * time. docs/simulated-register.md and docs/relay.md describe them.
  */
 class EventWriter
 {
 public:
-    using Field = QPair<const char *, QVariant>; ///< a text, a number or a list of texts
-
     explicit EventWriter(bool json)
         : m_json(json)
     {
     }
-    void write(const char *event, std::initializer_list<Field> fields = {}) const;
+    void write(const char *event, const EventFields &fields = {}) const;
 
 private:
     bool m_json;

@@ -64,12 +64,15 @@ QString CashRegister::prepare()
     return {};
 }
 
-void CashRegister::start()
+void CashRegister::start(const QString &control)
 {
     const QString host = m_options.host.contains(u':') ? u'[' + m_options.host + u']' : m_options.host;
-    m_events.write("ready", {{"serial", QString::fromLatin1(m_options.serial)},
-                             {"target", u"%1:%2"_s.arg(host, QString::number(m_options.port))},
-                             {"faults", m_options.faults.names()}});
+    EventFields fields{{"serial", QString::fromLatin1(m_options.serial)},
+                       {"target", u"%1:%2"_s.arg(host, QString::number(m_options.port))},
+                       {"faults", m_options.faults.names()}};
+    if (!control.isEmpty())
+        fields.append({"control", control});
+    m_events.write("ready", fields);
     if (!m_model.journalWarning().isEmpty())
         m_events.write("warning", {{"message", m_model.journalWarning()}});
     m_wire.start(m_options.host, m_options.port, m_options.throughRelay ? m_options.serial : QByteArray());
@@ -316,39 +319,43 @@ void CashRegister::takeEnd(const QString &reason)
 
 void CashRegister::takeLine(const QString &line)
 {
-    if (line == u"quit")
-        stop();
-    else if (line.startsWith(u"fault "))
-        changeFaults(line);
-    else
-        changeModel(line);
+    if (const QString error = obey(line); !error.isEmpty())
+        m_events.write("error", {{"message", error}});
 }
 
-void CashRegister::changeModel(const QString &line)
+QString CashRegister::obey(const QString &said)
+{
+    const QString own = QString::fromLatin1(m_options.serial) + u' ';
+    const QString line = said.startsWith(own) ? said.sliced(own.size()).trimmed() : said;
+    if (line == u"quit") {
+        stop();
+        return {};
+    }
+    return line.startsWith(u"fault ") ? changeFaults(line) : changeModel(line);
+}
+
+QString CashRegister::changeModel(const QString &line)
 {
     auto [known, error] = obeySettingLine(line, m_model);
     if (!known)
         error = m_options.faults.obey(line) + u", "_s + settingLines().join(", "_L1);
-    if (!error.isEmpty())
-        m_events.write("error", {{"message", error}});
-    else
+    if (error.isEmpty())
         m_events.write("set", {{"name", line.section(u' ', 0, 0)}, {"value", line.section(u' ', -1)}});
+    return error;
 }
 
 /**
  * A key exchange in progress ends, so that the next one is under the new faults from its first message. A
  * connection for commands stays, unless an answer is due on it; of one that is half sent the rest follows.
  */
-void CashRegister::changeFaults(const QString &line)
+QString CashRegister::changeFaults(const QString &line)
 {
     Faults faults = m_options.faults;
     QString error = faults.obey(line);
     if (error.isEmpty())
         error = credentialsProblem(m_options.credentials, faults);
-    if (!error.isEmpty()) {
-        m_events.write("error", {{"message", error}});
-        return;
-    }
+    if (!error.isEmpty())
+        return error;
     m_options.faults = faults;
     m_provoked.clear();
     if (line != u"fault none")
@@ -358,6 +365,7 @@ void CashRegister::changeFaults(const QString &line)
     m_events.write("fault", {{"active", faults.names()}});
     if (m_wire.isConnected() && (m_conversed || m_mute || m_delay.isActive()))
         m_wire.drop(u"the faults have changed"_s);
+    return {};
 }
 
 void CashRegister::stop()

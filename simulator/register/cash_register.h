@@ -26,9 +26,18 @@ public:
     /** To be called first. @return an empty text, or why it cannot be what it was asked to be */
     QString prepare();
 
-    void start();
+    /** @param control  where lines are taken beside standard input, for the `ready` event; empty: nowhere */
+    void start(const QString &control = {});
 
-    /** A line of the operator: fault NAME[=VALUE], fault none, quit, or a setting of the model. */
+    /**
+     * A line of the operator: fault NAME[=VALUE], fault none, quit, or a setting of the model; the serial
+     * number may stand in front.
+     *
+     * @return an empty text, or what was wrong and what is accepted
+     */
+    QString obey(const QString &line);
+
+    /** A line on standard input, where an event tells what was wrong. */
     void takeLine(const QString &line);
     void stop();
 
@@ -56,8 +65,8 @@ private:
     void tellOutcome(const char *event, const CommandRow &command, Refusal refusal);
     void sendCommandAnswer(const CommandRow &command, const CommandResponder::Answer &answer,
                            const Faults &faults);
-    void changeFaults(const QString &line);
-    void changeModel(const QString &line);
+    QString changeFaults(const QString &line);
+    QString changeModel(const QString &line);
     void finish(int exitCode);
 
     RegisterOptions m_options; ///< its faults are those that the operator has switched on

@@ -3,6 +3,7 @@
 #include "ExtDevice/gmp3/trust_anchors.h"
 #include "simulator/common/command_line.h"
 #include "simulator/common/control_input.h"
+#include "simulator/common/control_server.h"
 #include "simulator/register/cash_register.h"
 
 #include <QCoreApplication>
@@ -27,6 +28,10 @@ int main(int argc, char *argv[])
     QObject::connect(&input, &ControlInput::stopRequested, &cashRegister, &CashRegister::stop);
     QObject::connect(&cashRegister, &CashRegister::finished, &application, &QCoreApplication::exit,
                      Qt::QueuedConnection);
-    cashRegister.start();
+    ControlServer control([&cashRegister](const QString &text) { return cashRegister.obey(text); });
+    if (line.options.control)
+        if (const QString problem = control.listen(*line.options.control); !problem.isEmpty())
+            return showUnavailable("velno-register", problem);
+    cashRegister.start(control.place());
     return QCoreApplication::exec();
 }

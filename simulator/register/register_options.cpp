@@ -61,6 +61,10 @@ struct Names
     QCommandLineOption receipts{u"receipts"_s,
                                 u"Writes what is printed to this folder, a file for each print."_s, u"DIR"_s};
     QCommandLineOption showReceipts{u"show-receipts"_s, u"Shows what is printed on standard error."_s};
+    QCommandLineOption control{
+        u"control"_s,
+        u"Takes the lines of standard input there, too: a port of 127.0.0.1, ADDR:PORT or a path."_s,
+        u"ADDRESS"_s};
     QCommandLineOption json{u"json"_s, u"Events as JSON, one object a line."_s};
     QCommandLineOption once{u"once"_s, u"End after one pairing: 0 paired, 1 not."_s};
     QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
@@ -179,6 +183,9 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
     for (const QString &fault : parser.values(names.fault))
         if (const QString error = options.faults.switchOn(fault); !error.isEmpty())
             return u"--fault: "_s + error;
+    options.control = controlAddressFrom(parser.value(names.control));
+    if (parser.isSet(names.control) && !options.control)
+        return wrong(names.control, controlAddressRule());
     options.credentials = parser.value(names.credentials);
     if (options.credentials.isEmpty())
         return wrong(names.credentials, u"a folder with client.crt and client.key"_s);
@@ -211,7 +218,7 @@ QString helpText(const QCommandLineParser &parser, const QString &program)
            "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
            settingLines().join(", "_L1) +
            u".\n"
-           "Exit status: 0 told to stop, 64 wrong usage; with --once 0 paired, 1 not.\n"_s +
+           "Exit status: 0 told to stop, 64 wrong usage, 69 no --control there;\n  with --once 0 paired, 1 not.\n"_s +
            Velno::GMP::trustAnchorsInWords() +
            u"Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
 }
@@ -227,8 +234,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
     parser.addOptions({names.help, names.version, names.serial, names.connect, names.relay, names.credentials,
                        names.appHash, names.noPaper});
     parser.addOptions(names.settings);
-    parser.addOptions({names.journal, names.keyLog, names.receipts, names.showReceipts, names.json,
-                       names.once, names.fault});
+    parser.addOptions({names.journal, names.keyLog, names.receipts, names.showReceipts, names.control,
+                       names.json, names.once, names.fault});
     CommandLine line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {

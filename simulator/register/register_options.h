@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulator/common/command_line.h"
+#include "simulator/common/control_address.h"
 #include "simulator/register/faults.h"
 #include "simulator/register/model_settings.h"
 
@@ -23,10 +24,11 @@ struct RegisterOptions
     bool throughRelay = false;
     QList<ModelSetting> settings; ///< what the register is to be at first
     bool paper = true;
-    QString journal;           ///< a file; empty: in memory
-    QString keyLog;            ///< a file for the keys of pairings; empty: nowhere
-    QString receipts;          ///< a folder for what is printed; empty: nowhere
-    bool showReceipts = false; ///< on standard error
+    QString journal;                       ///< a file; empty: in memory
+    QString keyLog;                        ///< a file for the keys of pairings; empty: nowhere
+    QString receipts;                      ///< a folder for what is printed; empty: nowhere
+    bool showReceipts = false;             ///< on standard error
+    std::optional<ControlAddress> control; ///< where lines are taken beside standard input
     bool json = false;
     bool once = false;
     Faults faults;

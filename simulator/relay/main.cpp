@@ -2,19 +2,12 @@
 
 #include "simulator/common/command_line.h"
 #include "simulator/common/control_input.h"
+#include "simulator/common/control_server.h"
 #include "simulator/relay/relay.h"
 
 #include <QCoreApplication>
 
-#include <cstdio>
-
 using namespace Simulator;
-
-namespace {
-
-constexpr int noPort = 69;
-
-} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -28,9 +21,13 @@ int main(int argc, char *argv[])
     QObject::connect(&input, &ControlInput::line, &relay, &Relay::takeLine);
     QObject::connect(&input, &ControlInput::stopRequested, &relay, &Relay::stop);
     QObject::connect(&relay, &Relay::finished, &application, &QCoreApplication::quit, Qt::QueuedConnection);
-    if (const QString error = relay.start(); !error.isEmpty()) {
-        std::fprintf(stderr, "velno-relay: %s\n", qPrintable(error));
-        return noPort;
-    }
+    ControlServer control([&relay](const QString &text) { return relay.obey(text); });
+    QString problem;
+    if (line.options.control)
+        problem = control.listen(*line.options.control);
+    if (problem.isEmpty())
+        problem = relay.start(control.place());
+    if (!problem.isEmpty())
+        return showUnavailable("velno-relay", problem);
     return QCoreApplication::exec();
 }

@@ -87,7 +87,7 @@ Relay::Relay(const RelayOptions &options, QObject *parent)
 
 Relay::~Relay() = default;
 
-QString Relay::start()
+QString Relay::start(const QString &control)
 {
     const std::array ports{m_options.applicationPorts[0], m_options.applicationPorts[1],
                            m_options.registerPort};
@@ -97,9 +97,12 @@ QString Relay::start()
             return error;
     }
     const auto placeOf = [](const Door &door) { return place(door.serverAddress(), door.serverPort()); };
-    m_events.write("ready", {{"applications", QStringList{placeOf(m_doors[0]), placeOf(m_doors[1])}},
-                             {"registers", placeOf(m_doors[2])},
-                             {"faults", m_options.faults.names()}});
+    EventFields fields{{"applications", QStringList{placeOf(m_doors[0]), placeOf(m_doors[1])}},
+                       {"registers", placeOf(m_doors[2])},
+                       {"faults", m_options.faults.names()}};
+    if (!control.isEmpty())
+        fields.append({"control", control});
+    m_events.write("ready", fields);
     return {};
 }
 
@@ -340,14 +343,22 @@ void Relay::takeDeadline(Peer &peer)
     }
 }
 
+QString Relay::obey(const QString &line)
+{
+    if (line == u"quit") {
+        stop();
+        return {};
+    }
+    if (const QString error = m_options.faults.obey(line); !error.isEmpty())
+        return error;
+    m_events.write("fault", {{"active", m_options.faults.names()}});
+    return {};
+}
+
 void Relay::takeLine(const QString &line)
 {
-    if (line == u"quit")
-        return stop();
-    if (const QString error = m_options.faults.obey(line); !error.isEmpty())
+    if (const QString error = obey(line); !error.isEmpty())
         m_events.write("error", {{"message", error}});
-    else
-        m_events.write("fault", {{"active", m_options.faults.names()}});
 }
 
 void Relay::stop()

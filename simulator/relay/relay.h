@@ -47,10 +47,20 @@ public:
     explicit Relay(const RelayOptions &options, QObject *parent = nullptr);
     ~Relay() override;
 
-    /** @return an empty text, or which port cannot be had and why */
-    QString start();
+    /**
+     * @param control  where lines are taken beside standard input, for the `ready` event; empty: nowhere
+     * @return an empty text, or which port cannot be had and why
+     */
+    QString start(const QString &control = {});
 
-    /** A line of the operator: fault NAME[=VALUE], fault none, quit. */
+    /**
+     * A line of the operator: fault NAME[=VALUE], fault none, quit.
+     *
+     * @return an empty text, or what was wrong and what is accepted
+     */
+    QString obey(const QString &line);
+
+    /** A line on standard input, where an event tells what was wrong. */
     void takeLine(const QString &line);
     void stop();
 

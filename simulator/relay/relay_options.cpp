@@ -24,6 +24,10 @@ struct Names
         u"A,B"_s, u"50900,50902"_s};
     QCommandLineOption registers{u"register-port"_s, u"Port where registers wait; 50910 without it."_s,
                                  u"N"_s, u"50910"_s};
+    QCommandLineOption control{
+        u"control"_s,
+        u"Takes the lines of standard input there, too: a port of 127.0.0.1, ADDR:PORT or a path."_s,
+        u"ADDRESS"_s};
     QCommandLineOption json{u"json"_s, u"Events as JSON, one object a line."_s};
     QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
                              u"NAME[=VALUE]"_s};
@@ -71,6 +75,9 @@ QString fill(const QCommandLineParser &parser, const Names &names, RelayOptions 
     options.registerPort = *registerPort;
     if (!areDifferent(options.applicationPorts + QList{options.registerPort}))
         return u"--app-ports and --register-port: accepted are three different ports"_s;
+    options.control = controlAddressFrom(parser.value(names.control));
+    if (parser.isSet(names.control) && !options.control)
+        return wrong(names.control, controlAddressRule());
     for (const QString &fault : parser.values(names.fault))
         if (const QString error = options.faults.switchOn(fault); !error.isEmpty())
             return u"--fault: "_s + error;
@@ -99,7 +106,7 @@ ParsedCommandLine<RelayOptions> parseRelayCommandLine(const QStringList &argumen
     parser.setApplicationDescription(
         u"A relay: registers wait at it, and applications that name one by its serial number are joined to it."_s);
     parser.addOptions({names.help, names.version, names.listen, names.applications, names.registers,
-                       names.json, names.fault});
+                       names.control, names.json, names.fault});
     ParsedCommandLine<RelayOptions> line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulator/common/command_line.h"
+#include "simulator/common/control_address.h"
 #include "simulator/relay/relay_faults.h"
 
 #include <QHostAddress>
@@ -16,6 +17,7 @@ struct RelayOptions
     QList<quint16> applicationPorts{50900,
                                     50902}; ///< for application 999999, for all others; 0: any free one
     quint16 registerPort = 50910;
+    std::optional<ControlAddress> control; ///< where lines are taken beside standard input
     bool json = false;
     RelayFaults faults{relayFaultTable()};
 };
