@@ -28,6 +28,7 @@ private slots:
     void unacceptedOrdersAreNotSaved();
     void savingLeavesWhatWasAccepted();
     void listsAreOfStatesAndAsAccepted();
+    void allAreVisitedHoweverMany();
     void historyGrowsByALine();
     void attemptsAreWrittenWithTheNextSave();
     void aReceiptIsOneOrdersForEver();
@@ -226,7 +227,30 @@ void TestLedger::listsAreOfStatesAndAsAccepted()
     QCOMPARE(keys(ledger.list({State::Open, State::NeedsPerson}, 1)), QStringList{u"0"_s});
     QCOMPARE(keys(ledger.list({State::Closed, State::Cancelled, State::Refused}, 2)),
              (QStringList{u"2"_s, u"3"_s}));
+    QCOMPARE(keys(ledger.list({State::NeedsPerson, State::Accepted, State::Waiting}, 1000, 1)),
+             (QStringList{u"1"_s, u"6"_s}));
     QCOMPARE(ledger.list({}).size(), 0);
+}
+
+void TestLedger::allAreVisitedHoweverMany()
+{
+    constexpr int count = 301;
+    OpenLedger ledger(newPlace());
+    QStringList expected;
+    for (int i = 0; i < count; ++i) {
+        const Order order = ledger.add(QString::number(i));
+        if (i % 7 == 0)
+            QVERIFY(ledger.put(order, State::Closed));
+        else
+            expected << order.key;
+    }
+    QStringList visited;
+    QVERIFY(ledger.forEach({State::Accepted, State::Waiting}, [&](const Order &order) {
+        visited << order.key;
+        QVERIFY(ledger.find(order.key)); // nobody is held up
+    }));
+    QCOMPARE(visited, expected);
+    QVERIFY(ledger.forEach({State::Refused}, [](const Order &) { QFAIL("there is none"); }));
 }
 
 void TestLedger::historyGrowsByALine()

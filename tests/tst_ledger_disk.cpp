@@ -2,6 +2,7 @@
 
 #include "tests/support/counting_disk.h"
 #include "tests/support/open_ledger.h"
+#include "tests/support/run_sql.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -291,12 +292,7 @@ void TestLedgerDisk::wrongNumbersStopIt()
         OpenLedger ledger(place);
         fill(ledger);
     }
-    {
-        sqlite3 *database = nullptr;
-        QCOMPARE(sqlite3_open(QFile::encodeName(place.file).constData(), &database), SQLITE_OK);
-        QCOMPARE(sqlite3_exec(database, change.toUtf8().constData(), nullptr, nullptr, nullptr), SQLITE_OK);
-        QCOMPARE(sqlite3_close(database), SQLITE_OK);
-    }
+    QVERIFY(runSql(QFile::encodeName(place.file), change.toUtf8()));
     OpenLedger ledger(place);
     QCOMPARE(ledger.trouble.isEmpty(), opens);
     if (!opens) {

@@ -2,6 +2,7 @@
 
 #include "tests/support/full_disk.h"
 #include "tests/support/open_till.h"
+#include "tests/support/run_sql.h"
 #include "tests/support/test_support.h"
 
 #include <QFile>
@@ -36,6 +37,7 @@ private slots:
     void answersAreJudged();
     void droppedOrderIsSettledWithoutARegister();
     void statesAreChosenByTheirBits();
+    void damageIsToldAndEndsTheList();
     void orderAsJson();
     void pruneForgetsWhatIsSettled();
 };
@@ -432,6 +434,25 @@ void TestVelnotill::statesAreChosenByTheirBits()
     const auto visitor = [](const char *, const VelnoTillOutcome *, void *) {};
     for (const unsigned states : {0U, 0x80U, 0xFFFFFFFFU})
         QCOMPARE(velnotill_list(till, states, visitor, nullptr), int(VelnoTillResult_BadArgument));
+}
+
+void TestVelnotill::damageIsToldAndEndsTheList()
+{
+    OpenTill till(freePort());
+    velnotill_accept(till, "a", aReceipt, nullptr);
+    velnotill_answer(till, "a", VelnoTillAnswer_Drop, "Ayşe", nullptr);
+    velnotill_work(till);
+    till.close();
+    QVERIFY(runSql(till.ledger(), "UPDATE history SET state = 77"));
+    QCOMPARE(till.openAgain(), int(VelnoTillResult_Done));
+    const auto historian = [](const VelnoTillEvent *, void *) {};
+    QCOMPARE(velnotill_history(till, "a", historian, nullptr), int(VelnoTillResult_LedgerFailed));
+    char *text = nullptr;
+    QCOMPARE(velnotill_json(till, "a", &text), int(VelnoTillResult_LedgerFailed));
+    QVERIFY(!text);
+    const auto visitor = [](const char *, const VelnoTillOutcome *, void *) {};
+    QCOMPARE(velnotill_list(till, VELNOTILL_ALL_STATES, visitor, nullptr), int(VelnoTillResult_LedgerFailed));
+    QVERIFY(!problem().isEmpty());
 }
 
 void TestVelnotill::orderAsJson()

@@ -13,6 +13,8 @@ namespace Velno::Receipts {
 
 namespace {
 
+constexpr int atOnce = 100; // orders in memory, of as many as a ledger holds
+
 std::optional<VelnoReceiptRef> readReference(const Statement &row)
 {
     return VelnoReceiptRef{row.value(0).toInt(), row.value(1).toInt()};
@@ -96,15 +98,29 @@ std::optional<Order> Ledger::at(qint64 number) const
     return found.isEmpty() ? std::nullopt : std::optional(found.first());
 }
 
-QList<Order> Ledger::list(const QList<State> &states, int most) const
+QList<Order> Ledger::list(const QList<State> &states, int most, qint64 behind) const
 {
     const QMutexLocker lock(&m_mutex);
-    QVariantList values;
+    QVariantList values{behind};
     for (int state = 0; state < stateCount; ++state)
         values << (states.contains(State(state)) ? state : -1);
     const bool unsettled = std::none_of(states.begin(), states.end(), isSettled);
     return rows<Order>(unsettled ? &Inside::unsettledOfStates : &Inside::ordersOfStates, values << most,
                        readOrder);
+}
+
+bool Ledger::forEach(const QList<State> &states, const std::function<void(const Order &)> &visit) const
+{
+    qint64 last = 0;
+    for (;;) {
+        const QList<Order> some = list(states, atOnce, last);
+        if (some.isEmpty())
+            break;
+        std::for_each(some.begin(), some.end(), visit);
+        last = some.constLast().number;
+    }
+    const QMutexLocker lock(&m_mutex);
+    return m_broken.isEmpty();
 }
 
 QList<Event> Ledger::history(qint64 order) const

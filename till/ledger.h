@@ -63,8 +63,12 @@ public:
     std::optional<Order> find(const QString &key) const;
     std::optional<Order> at(qint64 number) const;
 
-    /** Orders of these states, as accepted. No more than `most`. */
-    QList<Order> list(const QList<State> &states, int most = 1000) const;
+    /** Orders of these states, as accepted, of those behind the one of this number. No more than `most`. */
+    QList<Order> list(const QList<State> &states, int most = 1000, qint64 behind = 0) const;
+
+    /** Visits the orders of these states, as accepted, without holding anybody up and however many there are.
+     *  @return false: the ledger has failed, and some or all were not visited */
+    bool forEach(const QList<State> &states, const std::function<void(const Order &)> &visit) const;
 
     /** Puts a new order on record and gives it its number. @return false: it is not there */
     bool accept(Order *order, const Event &event, Durability durability = Durability::Flushed);

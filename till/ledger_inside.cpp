@@ -15,7 +15,7 @@ QString selectOrders(const QString &which)
 
 QString ordersOf(const QString &condition)
 {
-    return selectOrders(u"%1 IN (%2) ORDER BY number LIMIT ?"_s.arg(
+    return selectOrders(u"number > ? AND %1 IN (%2) ORDER BY number LIMIT ?"_s.arg(
         condition, QStringList(stateCount, u"?"_s).join(u", "_s)));
 }
 

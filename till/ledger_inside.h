@@ -21,7 +21,7 @@ struct Ledger::Inside
 
     Statement orderOfKey;
     Statement orderOfNumber;
-    Statement ordersOfStates;    ///< of the states of stateCount values, and how many at most
+    Statement ordersOfStates;    ///< behind a number, of the states of stateCount values, how many at most
     Statement unsettledOfStates; ///< likewise, of those that are not settled
     Statement historyOfOrder;
     Statement attemptsOfOrder;

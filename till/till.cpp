@@ -144,11 +144,10 @@ QString Till::open(const LedgerPlace &place)
         return problem;
     // Also with a reference on record: that it was cancelled, and another sale started, was perhaps not
     // flushed.
-    const QList<Order> left =
-        m->ledger.list({State::Accepted, State::Open, State::Waiting, State::NeedsPerson});
-    for (const Order &order : left)
-        m->mayHaveStarted.insert(order.number);
-    return {};
+    const bool isRead =
+        m->ledger.forEach({State::Accepted, State::Open, State::Waiting, State::NeedsPerson},
+                          [this](const Order &order) { m->mayHaveStarted.insert(order.number); });
+    return isRead ? QString() : m->ledger.problem();
 }
 
 void Till::setListener(Listener listener)
@@ -275,9 +274,9 @@ Outcome Till::find(const QString &key)
     return {Result::Unknown, {}, {u"no order has the key \"%1\""_s.arg(key)}};
 }
 
-QList<Order> Till::list(const QList<State> &states)
+bool Till::forEach(const QList<State> &states, const std::function<void(const Order &)> &visit)
 {
-    return m->ledger.list(states);
+    return m->ledger.forEach(states, visit);
 }
 
 QList<Event> Till::history(const Order &order)

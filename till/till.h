@@ -62,7 +62,9 @@ public:
     Result workOff();
 
     Outcome find(const QString &key);
-    QList<Order> list(const QList<State> &states);
+    /** As Ledger::forEach(). */
+    bool forEach(const QList<State> &states, const std::function<void(const Order &)> &visit);
+    /** From the first on; none: the ledger failed. */
     QList<Event> history(const Order &order);
 
     /**

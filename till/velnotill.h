@@ -328,10 +328,10 @@ typedef void (*VelnoTillVisitor)(const char *key, const VelnoTillOutcome *outcom
 #define VELNOTILL_UNSETTLED_STATES 0x63u
 
 /**
- * Calls the visitor for each order of these states, as accepted; for the first thousand when there are more.
+ * Calls the visitor for each order of these states, as accepted.
  *
  * @param states  the sum of 1u << state for each state that is meant
- * @return 0; 100; 101: no state, or one that is none; 102; 104
+ * @return 0; 3: some or all were not shown; 100; 101: no state, or one that is none; 102; 104
  */
 VELNOTILL_API int velnotill_list(VelnoTill *till, unsigned int states, VelnoTillVisitor visitor,
                                  void *context);

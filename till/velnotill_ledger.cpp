@@ -25,6 +25,14 @@ int withOrder(VelnoTill *till, const char *key, Work work)
     return found.result == Result::Done ? work(found.order) : judged(found);
 }
 
+/** Reads an order's history and works on it. @return a VelnoTillResult */
+template <typename Work>
+int withHistory(VelnoTill *till, const Order &order, Work work)
+{
+    const QList<Event> history = till->till.history(order);
+    return history.isEmpty() ? refused(VelnoTillResult_LedgerFailed) : work(history);
+}
+
 void show(const Event &event, VelnoTillHistorian historian, void *context)
 {
     const QByteArray text = event.text.toUtf8();
@@ -65,9 +73,9 @@ int velnotill_list(VelnoTill *till, unsigned int states, VelnoTillVisitor visito
             if (states & (1u << state))
                 wanted << State(state);
         }
-        for (const Order &order : till->till.list(wanted))
-            show(order, visitor, context);
-        return int(VelnoTillResult_Done);
+        const bool isRead =
+            till->till.forEach(wanted, [&](const Order &order) { show(order, visitor, context); });
+        return isRead ? int(VelnoTillResult_Done) : refused(VelnoTillResult_LedgerFailed);
     });
 }
 
@@ -77,9 +85,11 @@ int velnotill_history(VelnoTill *till, const char *key, VelnoTillHistorian histo
         if (!key || !historian)
             return refused(VelnoTillResult_NullArgument);
         return withOrder(till, key, [&](const Order &order) {
-            for (const Event &event : till->till.history(order))
-                show(event, historian, context);
-            return int(VelnoTillResult_Done);
+            return withHistory(till, order, [&](const QList<Event> &history) {
+                for (const Event &event : history)
+                    show(event, historian, context);
+                return int(VelnoTillResult_Done);
+            });
         });
     });
 }
@@ -90,8 +100,10 @@ int velnotill_json(VelnoTill *till, const char *key, char **text)
         if (!key || !text)
             return refused(VelnoTillResult_NullArgument);
         return withOrder(till, key, [&](const Order &order) {
-            const QJsonObject json = orderAsJson(order, till->till.history(order));
-            return handOutText(QJsonDocument(json).toJson(QJsonDocument::Compact), text);
+            return withHistory(till, order, [&](const QList<Event> &history) {
+                const QJsonObject json = orderAsJson(order, history);
+                return handOutText(QJsonDocument(json).toJson(QJsonDocument::Compact), text);
+            });
         });
     });
 }
