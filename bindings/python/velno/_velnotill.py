@@ -624,12 +624,11 @@ _library.velnotill_list.argtypes = [
 
 
 def velnotill_list(till: Any, states: int, visitor: Any, context: Any) -> int:
-    """Calls the visitor for each order of these states, as accepted; for the first thousand when there are
-    more.
+    """Calls the visitor for each order of these states, as accepted.
 
     states: the sum of 1u << state for each state that is meant
 
-    Returns 0; 100; 101: no state, or one that is none; 102; 104
+    Returns 0; 3: some or all were not shown; 100; 101: no state, or one that is none; 102; 104
 
     int velnotill_list(VelnoTill *till, unsigned int states, VelnoTillVisitor visitor, void *context);
     """
