@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-# Stages an install inside the build folder and builds a stranger's programs on it, with find_package and with
-# pkg-config. Run with -DSOURCE=, -DBUILD=, -DWORK= (inside BUILD), -DGENERATOR=, -DC_COMPILER=, -DCXX_COMPILER=,
-# -DPREFIX= and -DLIBDIR= (as the build is configured), -DPKG_CONFIG=, -DREADELF=, -DLINK_FLAGS= (a sanitizer),
-# -DDEVELOPMENT= (whether the build trusts a development authority).
+# Installs inside the build folder, to DESTDIR, to a prefix and to a simulator's folder; builds a stranger's programs on
+# it, with find_package and with pkg-config, also where it was moved; and uninstalls. Run with -DSOURCE=, -DBUILD=,
+# -DWORK= (inside BUILD), -DGENERATOR=, -DC_COMPILER=, -DCXX_COMPILER=, -DPREFIX= and -DLIBDIR= (as the build is
+# configured), -DPKG_CONFIG=, -DREADELF=, -DLINK_FLAGS= (a sanitizer), -DDEVELOPMENT= (whether the build trusts a
+# development authority), -DSHIPS= (whether it is as it ships: without sanitizers and counters).
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/support/checks.cmake)
 
@@ -21,27 +22,73 @@ file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
 set(stage ${WORK}/stage)
 
-# A build that trusts a development authority never leaves the build folder.
+# A stranger's project with find_package and a C compiler alone. Sets `result` and `output`.
+macro(configure folder prefix)
+    run(${CMAKE_COMMAND} -G "${GENERATOR}" -S ${SOURCE}/tests/consumer -B ${WORK}/${folder}
+        -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_C_COMPILER=${C_COMPILER}
+        -DCMAKE_EXE_LINKER_FLAGS=${LINK_FLAGS} ${ARGN})
+endmacro()
+
+# Installs to a prefix, below DESTDIR (may be ""). Sets `result` and `output`.
+macro(install_to destdir prefix)
+    run(${CMAKE_COMMAND} -E env "DESTDIR=${destdir}" ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
+        -DCMAKE_INSTALL_PREFIX=${prefix} -P ${BUILD}/cmake_install.cmake)
+endmacro()
+
+# Uninstalls what was installed last, below DESTDIR.
+macro(uninstall destdir)
+    run(${CMAKE_COMMAND} -E env "DESTDIR=${destdir}" ${CMAKE_COMMAND} --build ${BUILD} --target uninstall)
+endmacro()
+
+# No file is left in the folder, and no folder of ours.
+function(expect_nothing_left folder)
+    file(GLOB_RECURSE left LIST_DIRECTORIES false ${folder}/*)
+    file(GLOB_RECURSE folders LIST_DIRECTORIES true ${folder}/*)
+    list(FILTER folders INCLUDE REGEX "/([Vv]elno|development-authority|docs|examples)$")
+    set(output "${left} ${folders}")
+    expect("nothing is left in ${folder}" NOT left AND NOT folders)
+    set(failures ${failures} PARENT_SCOPE)
+    set(checks ${checks} PARENT_SCOPE)
+endfunction()
+
+# A build that trusts a development authority leaves the build folder for a simulator's folder alone.
+set(outside ${BUILD}/../velno-stage-outside)
 if(DEVELOPMENT)
     run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/refused)
     expect_refused("an install")
+    run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/refused --component Unspecified)
+    expect_refused("an install of a component")
     run(${CMAKE_COMMAND} -E env DESTDIR=${WORK}/refused ${CMAKE_COMMAND} -P ${BUILD}/cmake_install.cmake)
     expect_refused("staging without saying that it is for tests")
-    run(${CMAKE_COMMAND} -E env --unset=DESTDIR ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
-        -DCMAKE_INSTALL_PREFIX=${WORK}/refused -P ${BUILD}/cmake_install.cmake)
-    expect_refused("installing in place of staging")
-    set(outside ${BUILD}/../velno-stage-outside)
-    run(${CMAKE_COMMAND} -E env DESTDIR=${outside} ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
-        -P ${BUILD}/cmake_install.cmake)
+    install_to("" ${outside})
+    expect_refused("a prefix outside the build folder")
+    install_to(${outside} /usr)
     expect_refused("a stage outside the build folder")
     expect("nothing was written by what was refused" NOT EXISTS ${WORK}/refused AND NOT EXISTS ${outside})
+    run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/velno-simulator)
+    expect("a simulator is installed in a folder of its own" result EQUAL 0)
 endif()
 
-run(${CMAKE_COMMAND} -E env DESTDIR=${stage} ${CMAKE_COMMAND} -DVELNO_STAGE_FOR_TESTS=ON
-    -P ${BUILD}/cmake_install.cmake)
+# Two prefixes, one of which goes again, and a stage.
+foreach(prefix first second)
+    install_to("" ${WORK}/${prefix})
+    expect("it is installed to the ${prefix} prefix" result EQUAL 0 AND EXISTS ${WORK}/${prefix}/bin/velnoctl)
+endforeach()
+uninstall("")
+expect("the last one is uninstalled" result EQUAL 0 AND EXISTS ${WORK}/first/bin/velnoctl)
+expect_nothing_left(${WORK}/second)
+install_to(${WORK}/gone ${PREFIX})
+uninstall(${WORK}/gone)
+expect("what was staged is uninstalled" result EQUAL 0)
+expect_nothing_left(${WORK}/gone)
+install_to(${stage} ${PREFIX})
 expect("a stage inside the build folder is made" result EQUAL 0)
 set(root ${stage}${PREFIX})
 set(lib ${root}/${LIBDIR})
+file(GLOB_RECURSE first RELATIVE ${WORK}/first ${WORK}/first/*)
+file(GLOB_RECURSE staged RELATIVE ${root} ${root}/*)
+expect("prefix and stage get the same files" first STREQUAL staged)
+file(REMOVE_RECURSE ${WORK}/first ${WORK}/second ${WORK}/gone)
 
 # What a stranger gets.
 set(output "")
@@ -58,6 +105,11 @@ endforeach()
 foreach(file receipt.schema.json slip.schema.json)
     expect("${file} is installed" EXISTS ${root}/share/velno/${file})
 endforeach()
+foreach(file applications/velno-pairing.desktop icons/hicolor/scalable/apps/velno-pairing.svg doc/velno/LICENSE
+             doc/velno/NOTICE doc/velno/README.md doc/velno/CHANGELOG.md doc/velno/docs/receipts.md
+             doc/velno/docs/images/device-test.png doc/velno/examples/market.velno doc/velno/examples/c/pos.c)
+    expect("${file} is installed" EXISTS ${root}/share/${file})
+endforeach()
 
 foreach(file man/man1/velnoctl.1 man/man1/velno-pairing.1 man/man1/velno-register.1 man/man1/velno-relay.1
              man/man3/velnoext.3 man/man3/velnoext_initialize.3 man/man3/velnotill.3 man/man3/velnotill_sell.3
@@ -67,7 +119,19 @@ endforeach()
 
 file(GLOB programs RELATIVE ${root}/bin ${root}/bin/*)
 list(JOIN programs " " output)
-expect("every program is installed" output STREQUAL "velno-pairing velno-register velno-relay velnoctl")
+set(expected "velno-pairing velno-register velno-relay velnoctl")
+if(DEVELOPMENT)
+    set(expected "velno-pairing velno-register velno-relay velno-simulator velnoctl")
+endif()
+expect("every program is installed" output STREQUAL expected)
+
+# Nothing tells where it was built, but what sanitizers and counters add.
+foreach(file ${programs} ../${LIBDIR}/libvelnoext.so ../${LIBDIR}/libvelnotill.so)
+    file(STRINGS ${root}/bin/${file} output REGEX "${SOURCE}")
+    expect("${file} names no folder of the build" NOT SHIPS OR NOT output)
+    run(${READELF} --sections --wide ${root}/bin/${file})
+    expect("${file} has no symbols for debuggers" NOT output MATCHES "\\.(symtab|debug_info)")
+endforeach()
 run(${READELF} -d ${root}/bin/velnoctl)
 string(FIND "${output}" "[$ORIGIN/../${LIBDIR}]" found)
 expect("velnoctl looks for the library beside itself alone" found GREATER 0)
@@ -106,6 +170,8 @@ run(${CMAKE_COMMAND} -E env --unset=PKG_CONFIG_SYSROOT_DIR PKG_CONFIG_PATH=${mov
 separate_arguments(flags UNIX_COMMAND "${output} ${LINK_FLAGS}")
 run(${C_COMPILER} -std=c99 ${SOURCE}/tests/consumer/till.c -o ${WORK}/moved_till ${flags})
 expect("pkg-config finds a till that was moved" result EQUAL 0)
+configure(moved_consumer ${moved})
+expect("find_package finds what was moved" result EQUAL 0)
 file(RENAME ${moved} ${root})
 
 # Each header alone, as C99 and as C++.
@@ -121,14 +187,9 @@ foreach(header ${headers})
     expect("${header} includes the C standard's and velnoext.h alone: ${includes}" NOT includes)
 endforeach()
 
-# find_package, with a C compiler alone.
-macro(configure folder)
-    run(${CMAKE_COMMAND} -G "${GENERATOR}" -S ${SOURCE}/tests/consumer -B ${WORK}/${folder}
-        -DCMAKE_PREFIX_PATH=${root} -DCMAKE_C_COMPILER=${C_COMPILER}
-        -DCMAKE_EXE_LINKER_FLAGS=${LINK_FLAGS} ${ARGN})
-endmacro()
 set(said "interface 0, without a register: 1")
-configure(consumer)
+# find_package, likewise.
+configure(consumer ${root})
 expect("find_package(Velno) finds it" result EQUAL 0)
 run(${CMAKE_COMMAND} --build ${WORK}/consumer)
 expect("a consumer builds with Velno::velnoext" result EQUAL 0)
@@ -137,7 +198,7 @@ expect("a consumer built with find_package runs" output STREQUAL said)
 set(till_said "without settings: 100, null-argument")
 run(${WORK}/consumer/consumer_till)
 expect("a till built with find_package runs" output STREQUAL till_said)
-configure(later -DCONSUMER_VELNO_VERSION=1.0)
+configure(later ${root} -DCONSUMER_VELNO_VERSION=1.0)
 expect("another major version is not accepted" NOT result EQUAL 0)
 
 # pkg-config, likewise.

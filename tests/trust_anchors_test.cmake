@@ -45,11 +45,39 @@ execute_process(COMMAND ${CMAKE_COMMAND} --install ${WORK}/development --prefix 
                 RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
 expect("a development build refuses to be installed" NOT result EQUAL 0)
 expect("the refusal names the setting" output MATCHES VELNO_TRUST_ANCHORS)
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${WORK}/development --prefix ${WORK}/velno-simulator/../prefix
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+expect("a detour does not make a simulator's folder" NOT result EQUAL 0)
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${WORK}/development --prefix ${WORK}/velno-simulator
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+expect("a development build is installed in a simulator's folder" result EQUAL 0)
+expect("it brings its register's credentials"
+       EXISTS ${WORK}/velno-simulator/development-authority/register/client.key)
 configure(other)
 file(READ ${WORK}/other/development-authority/trust-anchors.pem again)
 expect("every build folder has fresh keys" NOT again STREQUAL chain)
 
+# An authority that was made beforehand.
+configure(given -DVELNO_DEVELOPMENT_AUTHORITY=${authority})
+expect("a development authority can be given" result EQUAL 0)
+file(READ ${WORK}/given/development-authority/trust-anchors.pem again)
+expect("the given authority is trusted" again STREQUAL chain)
+configure(refused -DVELNO_DEVELOPMENT_AUTHORITY=${WORK}/project)
+expect("a folder without an authority stops the configure step" NOT result EQUAL 0)
+configure(refused -DVELNO_DEVELOPMENT_AUTHORITY=${authority} -DVELNO_TRUST_ANCHORS=${authority}/trust-anchors.pem)
+expect("nobody trusts a development authority and another" NOT result EQUAL 0)
+configure(refused -DVELNO_DEVELOPMENT_AUTHORITY= -DVELNO_TRUST_ANCHORS=${authority}/trust-anchors.pem)
+string(FIND "${output}" "certificate 1 is a development authority's" found)
+expect("a development authority is no real one" NOT result EQUAL 0 AND found GREATER 0)
+
 # Good files.
+set(chain)
+foreach(name Sub Root)
+    execute_process(COMMAND ${OPENSSL} req -x509 -newkey rsa:2048 -nodes -keyout ${WORK}/${name}.key -out ${WORK}/${name}.crt
+                            -subj "/C=TR/O=Some Authority/CN=${name}" ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
+    file(READ ${WORK}/${name}.crt certificate)
+    string(APPEND chain "${certificate}")
+endforeach()
 file(WRITE ${WORK}/chain.pem "${chain}")
 accepts(chain.pem "${chain}")
 string(REPLACE "\n" "\r\n" windows "${chain}")

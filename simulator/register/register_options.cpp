@@ -9,13 +9,11 @@
 #include "simulator/register/model_settings.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QHostAddress>
 #include <QRegularExpression>
-
-#ifndef VELNO_DEVELOPMENT_CREDENTIALS
-#define VELNO_DEVELOPMENT_CREDENTIALS ""
-#endif
 
 using namespace Qt::StringLiterals;
 
@@ -32,6 +30,15 @@ QList<QCommandLineOption> settingOptions()
     return options;
 }
 
+/** Of a register that trusts a development authority, otherwise empty. They lie beside the folder of the
+ * programs, in the build folder as where they are installed. */
+QString developmentCredentials()
+{
+    return Velno::GMP::trustsDevelopmentAuthority() ? QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                                                                      u"/../development-authority/register"_s)
+                                                    : QString();
+}
+
 struct Names
 {
     QCommandLineOption help{{u"h"_s, u"help"_s}, u"This text."_s};
@@ -45,10 +52,10 @@ struct Names
                              u"ADDR:PORT"_s};
     QCommandLineOption credentials{
         u"credentials"_s,
-        QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS).isEmpty()
-            ? u"Folder with client.crt and client.key. Required."_s
-            : u"Folder with client.crt and client.key; without it those of the development authority."_s,
-        u"DIR"_s, QLatin1StringView(VELNO_DEVELOPMENT_CREDENTIALS)};
+        Velno::GMP::trustsDevelopmentAuthority()
+            ? u"Folder with client.crt and client.key; without it those of the development authority."_s
+            : u"Folder with client.crt and client.key. Required."_s,
+        u"DIR"_s, developmentCredentials()};
     QCommandLineOption appHash{
         u"app-hash"_s, u"SHA-256 of the one application to accept, 64 hexadecimal digits."_s, u"HEX"_s};
     QCommandLineOption noPaper{u"no-paper"_s, u"The printer has no paper."_s};
