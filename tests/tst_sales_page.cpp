@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "tests/support/program_run.h"
-#include "tests/support/registers_key.h"
 #include "tests/support/simulated_register.h"
 #include "tests/support/symbol_names.h"
 #include "tests/support/velnoctl_client.h"
@@ -58,7 +57,6 @@ QString withoutTime(QString text)
 
 void TestSalesPage::eachSalePrintsWhatThePageShows()
 {
-    NEEDS_A_REGISTERS_KEY();
     const quint16 port = freePort();
     const QTemporaryDir folder;
     const QString prints = folder.filePath(u"prints"_s);
@@ -91,7 +89,6 @@ void TestSalesPage::firstReceiptIsThatOfThePage_data()
 
 void TestSalesPage::firstReceiptIsThatOfThePage()
 {
-    NEEDS_A_REGISTERS_KEY();
     QFETCH(const QByteArray, page);
     QFETCH(const QString, language);
     const QByteArray text = fileText(VELNO_SOURCE, page.constData());
