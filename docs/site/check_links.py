@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Checks a site on the disk: check_links.py FOLDER
 
-Each link to a page of the site must lead to a file, and to a place in it if it names one; nothing is loaded from
-elsewhere, so that the site can be read without a network.
+Each link to a page of the site must lead to a file, and to a place in it if it names one; every page is in the
+menu, which is that of the first one; nothing is loaded from elsewhere, so that the site can be read without a
+network.
 """
 
 import sys
@@ -30,14 +31,18 @@ class Page(HTMLParser):
             self.loaded.append(values["href"])
 
 
+def target_of(link: str, path: Path) -> Path:
+    named = unquote(urlsplit(link).path)
+    target = (path.parent / named).resolve() if named else path
+    return target / "index.html" if target.is_dir() else target
+
+
 def problem_of(link: str, path: Path, pages: dict[Path, Page], is_loaded: bool) -> str:
     """Empty when it leads somewhere."""
     parts = urlsplit(link)
     if parts.scheme or parts.netloc:
         return "is loaded from elsewhere" if is_loaded and parts.scheme in ("", "http", "https") else ""
-    target = (path.parent / unquote(parts.path)).resolve() if parts.path else path
-    if target.is_dir():
-        target /= "index.html"
+    target = target_of(link, path)
     if not target.is_file():
         return "leads nowhere"
     if parts.fragment and target in pages and unquote(parts.fragment) not in pages[target].places:
@@ -52,6 +57,9 @@ def main() -> None:
         for link in [*page.links, *page.loaded]:
             if link != "#" and (problem := problem_of(link, path, pages, link in page.loaded)):
                 problems.append(f"{path}: {link} {problem}")
+    first = Path(sys.argv[1], "index.html").resolve()
+    menu = {target_of(link, first) for link in pages[first].links if not urlsplit(link).scheme}
+    problems += [f"{path}: not in the menu" for path in pages if "api" not in path.parts and path not in menu]
     if problems or len(pages) < 2:
         sys.exit("\n".join(problems) or f"{sys.argv[1]}: no site")
     print(f"{len(pages)} pages, {sum(len(page.links) for page in pages.values())} links")
