@@ -31,7 +31,19 @@ _SCALARS = {
 
 def write(api: Api) -> dict[str, str]:
     """The files of this back end: path from the root, and text."""
-    return {f"{FOLDER}/_{_stem(header)}.py": _Module(api, header).text() for header in api.headers}
+    modules = {f"{FOLDER}/_{_stem(header)}.py": _Module(api, header).text() for header in api.headers}
+    return {**modules, f"{FOLDER}/_version.py": _version(api)}
+
+
+def _version(api: Api) -> str:
+    """In a module of its own: the tool that packs the binding reads it without loading a library."""
+    numbers = {one.name: one.value for header in api.headers for one in header.constants}
+    version = ".".join(str(numbers[f"VELNOEXT_VERSION_{part}"]) for part in ("MAJOR", "MINOR", "PATCH"))
+    return (
+        "# SPDX-License-Identifier: Apache-2.0\n"
+        '"""The version that this binding belongs to. Made by scripts/generate: do not edit."""\n\n'
+        f'VERSION = "{version}"\n'
+    )
 
 
 def _stem(header: Header) -> str:

@@ -12,7 +12,7 @@ _INTERFACE = "0"  # the number in the libraries' names, which velnoext_version()
 
 
 def _place(file_name: str) -> str:
-    """In the folder that VELNO_LIBRARY names and nowhere else; otherwise beside this file, or by the loader."""
+    """In the folder that VELNO_LIBRARY names and nowhere else; else beside this file, or by the loader."""
     if folder := os.environ.get("VELNO_LIBRARY"):
         return str(Path(folder, file_name))
     beside = Path(__file__).with_name(file_name)
