@@ -32,7 +32,7 @@ endfunction()
 function(velno_install_documents)
     set(place ${CMAKE_INSTALL_DATAROOTDIR}/doc/velno)
     install(FILES CHANGELOG.md LICENSE NOTICE README.md DESTINATION ${place})
-    install(DIRECTORY docs examples DESTINATION ${place})
+    install(DIRECTORY docs examples DESTINATION ${place} PATTERN docs/site EXCLUDE)
 endfunction()
 
 # Takes away what was installed last.

@@ -22,6 +22,7 @@ private slots:
     void wordsAreRead();
     void pageNamesWhatTheProgramTakes_data();
     void pageNamesWhatTheProgramTakes();
+    void simulatorsPageNamesWhatItTakes();
     void pageHasItsSections_data();
     void pageHasItsSections();
     void eachFunctionHasItsPage_data();
@@ -116,6 +117,19 @@ void TestManuals::pageNamesWhatTheProgramTakes()
     QStringList commands = words.commands + words.shellCommands;
     commands.sort();
     QCOMPARE(allIn(tags(section(page(program), u"COMMANDS"_s)), "^\\\\fB([a-z-]+)"), commands);
+}
+
+void TestManuals::simulatorsPageNamesWhatItTakes()
+{
+    const QString program = QString::fromUtf8(VELNO_BINARY_FOLDER) + "/simulator/velno-simulator"_L1;
+    if (!QFileInfo::exists(program))
+        QSKIP("it ships with a development authority alone");
+    const QString help = QString::fromUtf8(outcomeOf(program, {u"--help"_s}).output);
+    const QString page = made(u"simulator/velno-simulator.1"_s).replace("\\-"_L1, "-"_L1);
+    const QStringList options = allIn(help, "^  (--[a-z-]+)");
+    QVERIFY(options.contains(u"--events"_s));
+    QCOMPARE(allIn(page, "^\\.TP\\n\\.BI? (--[a-z-]+)"), options);
+    QCOMPARE(allIn(section(page, u"DESCRIPTION"_s), "^\\.TP\\n\\.B ([a-z-]+)"), allIn(help, "^([a-z-]+)  +"));
 }
 
 void TestManuals::pageHasItsSections_data()
