@@ -149,6 +149,29 @@ class ProjectHeaders(unittest.TestCase):
             self.assertTrue(all(one.section for one in header.functions))
 
 
+    def test_layouts_are_a_compilers_for_both_word_sizes(self) -> None:
+        api = read_api(generate.ROOT)
+        for pointer_bytes, option in ((4, "-m32"), (8, "-m64")):
+            claims = []
+            for one in api.structures.values():
+                layout = api.layout(one, pointer_bytes)
+                claims.append(f"sizeof({one.name}) == {layout.size}")
+                places = layout.offsets.items()
+                claims += [f"offsetof({one.name}, {name}) == {place}" for name, place in places]
+            self.assertGreater(len(claims), 50)
+            self.assertEqual(refused_claims(claims, option), "")
+        self.assertIn("sizeof(int) == 5", refused_claims(["sizeof(int) == 5"], "-m64"))
+
+
+def refused_claims(claims: list[str], option: str) -> str:
+    """What a C compiler for this word size says against them. It needs no library for that."""
+    asserted = "".join(f'_Static_assert({claim}, "{claim}");\n' for claim in claims)
+    places = [f"-I{generate.ROOT / Path(name).parent}" for name in header_reader.HEADERS]
+    command = ["cc", "-xc", "-std=c11", "-ffreestanding", "-fsyntax-only", option, *places, "-"]
+    source = f'#include "velnotill.h"\n{asserted}'
+    return subprocess.run(command, input=source, capture_output=True, text=True, check=False).stderr
+
+
 class Checking(unittest.TestCase):
     def test_a_file_that_differs_or_is_lacking_is_found(self) -> None:
         with tempfile.TemporaryDirectory() as folder:
