@@ -234,6 +234,7 @@ void TestManuals::bashCompletes_data()
         << QStringList{u"velno-register"_s, u"--fault"_s, u"res"_s} << QStringList{u"result-code="_s};
     QTest::newRow("no fault's value")
         << QStringList{u"velno-register"_s, u"--fault"_s, u"delay"_s, u"="_s, u"1"_s} << QStringList();
+    QTest::newRow("a sign alone") << QStringList{u"velnoctl"_s, u"="_s} << QStringList();
     const QString folder = QString::fromUtf8(VELNO_BINARY_FOLDER) + "/completions"_L1;
     QTest::newRow("a folder") << QStringList{u"velno-register"_s, u"--receipts"_s, folder + "/ba"_L1}
                               << QStringList{folder + "/bash"_L1};
