@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 using System;
 using System.Collections.Generic;
-using System.Threading;
 using Velno.Native;
 
 namespace Velno
@@ -22,7 +21,7 @@ namespace Velno
 
         private readonly IntPtr till;
         private readonly VelnoTillListener listener; // must live as long as the till
-        private int isClosed;
+        private bool isClosed;
 
         /// <summary>
         /// Asks no register: orders do. `listen` is ADDRESS:PORT of this computer, where the register
@@ -66,8 +65,12 @@ namespace Velno
         /// </summary>
         public void Dispose()
         {
-            if (Interlocked.Exchange(ref isClosed, 1) == 0)
-                TillException.Check(Velnotill.velnotill_close(till));
+            if (isClosed)
+                return;
+            int result = Velnotill.velnotill_close(till);
+            if (result != (int)VelnoTillResult.NotOpen) // another thread was first
+                TillException.Check(result);
+            isClosed = true;
         }
 
         /// <summary>

@@ -116,8 +116,8 @@ internal static class Checks
             json
                 == "{\"items\":[{\"name\":\"Çay \\\"\\\\\\u000a\",\"price\":\"12.5\",\"quantity\":\"1.25\","
                        + "\"unit\":\"kilogram\",\"section\":2,\"percentage\":-10,\"discount\":\"0.05\"}],"
-                        + "\"payments\":[{\"cash\":\"20\"},{\"card\":\"rest\"}],\"total\":\"1\","
-                        + "\"reenterCash\":true}",
+                       + "\"payments\":[{\"cash\":\"20\"},{\"card\":\"rest\"}],\"total\":\"1\","
+                       + "\"reenterCash\":true}",
             json);
         foreach (string wrong in new[] { "4100", "0.0.0.0", "0.0.0.0:0", "0.0.0.0:65536", ":4100", "" })
             Throws<ArgumentException>(() => new Till("UB1234567890", wrong, 5, "nowhere/ledger"), wrong);
@@ -132,7 +132,16 @@ internal static class Checks
     private static int Receipts(string serial, string listen, string ledger)
     {
         int stages = 0;
-        using (var till = new Till(serial, listen, 5, ledger, (stage, order) => ++stages))
+        Till within = null;
+        using (var till = within =
+                   new Till(serial, listen, 5, ledger,
+                            (stage, order) =>
+                            {
+                                ++stages;
+                                Expect(Throws<TillException>(within.Dispose, "in callback").Result
+                                           == VelnoTillResult.InCallback,
+                                       "a callback may not close");
+                            }))
         {
             Outcome sold = till.SellAsync(Bread(), "ş 1").Result;
             Expect(sold.IsClosed && sold.Totals.ToPay == 12.50m && sold.Totals.Lines == 1, sold.Message());

@@ -8,6 +8,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import ctypes
 import json
 import os
@@ -92,8 +93,9 @@ class Till:
     def close(self) -> None:
         """Interrupts what is under way and closes the ledger, which keeps all that was accepted."""
         if self._is_open:
+            with contextlib.suppress(NotOpen):  # another thread was first
+                interruptible(lambda: check_till(low.velnotill_close(self._till)), self.interrupt)
             self._is_open = False
-            interruptible(lambda: check_till(low.velnotill_close(self._till)), self.interrupt)
 
     def interrupt(self) -> None:
         """Ends the work under way, whose call raises Interrupted. From any thread; never blocks."""
