@@ -9,6 +9,7 @@ from collections.abc import Callable
 from pathlib import Path
 
 import csharp_back_end
+import java_back_end
 import python_back_end
 from header_model import Api
 from header_reader import read_api
@@ -16,7 +17,11 @@ from header_reader import read_api
 ROOT = Path(__file__).resolve().parents[2]
 
 # Each back end gets the model and returns its files: path from the root, and text.
-BACK_ENDS: tuple[Callable[[Api], dict[str, str]], ...] = (csharp_back_end.write, python_back_end.write)
+BACK_ENDS: tuple[Callable[[Api], dict[str, str]], ...] = (
+    csharp_back_end.write,
+    java_back_end.write,
+    python_back_end.write,
+)
 
 
 def generated(root: Path = ROOT) -> dict[str, str]:

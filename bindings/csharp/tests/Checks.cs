@@ -184,11 +184,9 @@ internal static class Checks
             Expect(problem.InnerException is OperationCanceledException, problem.InnerException.ToString());
             Expect(till.Find("1").State == VelnoTillState.Accepted, "stays on record");
         }
-        Expect(Throws<RegisterException>(
-                   () => new Register(serial, listen, 5, TimeSpan.FromMilliseconds(300)), "nobody comes")
-                       .Cause
-                   == VelnoCause.NobodyConnected,
-               "nobody connected");
+        var nobody = Throws<RegisterException>(
+            () => new Register(serial, listen, 5, TimeSpan.FromMilliseconds(300)), "nobody comes");
+        Expect(nobody.Cause == VelnoCause.NobodyConnected, nobody.Message);
         return 0;
     }
 
