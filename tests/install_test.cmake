@@ -102,7 +102,7 @@ foreach(file libvelnoext.so libvelnoext.so.0 libvelnotill.so libvelnotill.so.0 c
     expect("${file} is installed" EXISTS ${lib}/${file})
 endforeach()
 
-foreach(file receipt.schema.json slip.schema.json)
+foreach(file receipt.schema.json slip.schema.json velno.lua)
     expect("${file} is installed" EXISTS ${root}/share/velno/${file})
 endforeach()
 foreach(file applications/velno-pairing.desktop icons/hicolor/scalable/apps/velno-pairing.svg doc/velno/LICENSE

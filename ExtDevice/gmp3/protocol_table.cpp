@@ -32,10 +32,14 @@ constexpr TagRow groupTags[] = {
 };
 
 constexpr TagRow transactionFieldTags[] = {
-    {Field8204, "\xDF\x82\x04", "Field DF8204"}, {SequenceNumber, "\xDF\x82\x08", "Sequence number"},
-    {TransactionDate, "\xDF\x82\x09", "Date"},   {TransactionTime, "\xDF\x82\x0A", "Time"},
-    {Field820B, "\xDF\x82\x0B", "Field DF820B"}, {Field820D, "\xDF\x82\x0D", "Field DF820D"},
-    {Field820E, "\xDF\x82\x0E", "Field DF820E"}, {Field8210, "\xDF\x82\x10", "Field DF8210"},
+    {Field8204, "\xDF\x82\x04", "Field DF8204"},
+    {SequenceNumber, "\xDF\x82\x08", "Sequence number", FieldForm::Digits},
+    {TransactionDate, "\xDF\x82\x09", "Date", FieldForm::Digits},
+    {TransactionTime, "\xDF\x82\x0A", "Time", FieldForm::Digits},
+    {Field820B, "\xDF\x82\x0B", "Field DF820B"},
+    {Field820D, "\xDF\x82\x0D", "Field DF820D"},
+    {Field820E, "\xDF\x82\x0E", "Field DF820E"},
+    {Field8210, "\xDF\x82\x10", "Field DF8210"},
     {Field8211, "\xDF\x82\x11", "Field DF8211"},
 };
 
@@ -58,12 +62,12 @@ constexpr TagRow externalDataFieldTags[] = {
     {FieldC104, "\xDF\xC1\x04", "Field DFC104"},
     {FieldC105, "\xDF\xC1\x05", "Field DFC105"},
     {FieldC106, "\xDF\xC1\x06", "Field DFC106"},
-    {ExtDeviceVendor, "\xDF\xC1\x07", "Application's vendor"},
-    {ExtDeviceModel, "\xDF\xC1\x08", "Application's model"},
-    {ExtDeviceIdentity, "\xDF\xC1\x09", "Application's identity"},
-    {EcrBrand, "\xDF\xC1\x0A", "Register's brand"},
-    {EcrModel, "\xDF\xC1\x0B", "Register's model"},
-    {EcrIdentity, "\xDF\xC1\x0C", "Register's serial number"},
+    {ExtDeviceVendor, "\xDF\xC1\x07", "Application's vendor", FieldForm::Text},
+    {ExtDeviceModel, "\xDF\xC1\x08", "Application's model", FieldForm::Text},
+    {ExtDeviceIdentity, "\xDF\xC1\x09", "Application's identity", FieldForm::Text},
+    {EcrBrand, "\xDF\xC1\x0A", "Register's brand", FieldForm::Text},
+    {EcrModel, "\xDF\xC1\x0B", "Register's model", FieldForm::Text},
+    {EcrIdentity, "\xDF\xC1\x0C", "Register's serial number", FieldForm::Text},
     {RequesterRandom, "\xDF\xC1\x0D", "Application's random"},
     {ResponderRandom, "\xDF\xC1\x0E", "Register's random"},
     {FieldC111, "\xDF\xC1\x11", "Field DFC111"},
@@ -88,16 +92,16 @@ constexpr TagRow dataSecurityFieldTags[] = {
 };
 
 constexpr TagRow pairingFieldTags[] = {
-    {Certificate, "\xDF\xEF\x01", "Register's certificate"},
-    {PairingNumber, "\xDF\xEF\x02", "Pairing number"},
+    {Certificate, "\xDF\xEF\x01", "Register's certificate", FieldForm::Text},
+    {PairingNumber, "\xDF\xEF\x02", "Pairing number", FieldForm::Digits},
     {ResponderPublicKey, "\xDF\xEF\x03", "Diffie-Hellman public key"},
     {RequesterPublicKey, "\xDF\xEF\x03", "Diffie-Hellman public key"},
     {FieldEF04, "\xDF\xEF\x04", "Field DFEF04"},
-    {ResultCode, "\xDF\xEF\x06", "Result code"},
+    {ResultCode, "\xDF\xEF\x06", "Result code", FieldForm::Text},
     {FieldEF07, "\xDF\xEF\x07", "Field DFEF07"},
     {PairingIndex, "\xDF\xEF\x09", "Pairing index"},
     {Signature, "\xDF\xEF\x0A", "Signature of the public key"},
-    {ProtocolVersion, "\xDF\xEF\x0B", "Protocol version"},
+    {ProtocolVersion, "\xDF\xEF\x0B", "Protocol version", FieldForm::Text},
     {DhPrime, "\xDF\xEF\x0C", "Diffie-Hellman prime"},
     {DhGenerator, "\xDF\xEF\x0D", "Diffie-Hellman generator"},
     {KeyCheckValue, "\xDF\xEF\x0E", "Key check value"},
@@ -108,7 +112,7 @@ constexpr TagRow commandFieldTags[] = {
     {CommandCipher, "\xDF\xE0\x02", "Encrypted command"},
     {CommandMac, "\xDF\xE0\x03", "MAC of the encrypted command"},
     {AppHashCipher, "\xDF\xE0\x04", "Encrypted application hash"},
-    {KeysAbsent, "\xDF\xE0\x05", "Keys absent"},
+    {KeysAbsent, "\xDF\xE0\x05", "Keys absent", FieldForm::Text},
 };
 
 constexpr std::span<const TagRow> tags[] = {

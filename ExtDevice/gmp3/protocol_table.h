@@ -15,12 +15,20 @@ namespace Velno::GMP {
 
 // Elements ----------------------------------------------------------------------------------------------
 
+/** What the value of a field is. */
+enum class FieldForm {
+    Bytes,
+    Text,
+    Digits, ///< decimal, two to a byte
+};
+
 /** A tag: its bytes, none of which is zero, closed by a zero. */
 struct TagRow
 {
     int value; ///< of the enumerator in tags.h, which is the index of the row
     const char *tag;
     const char *name; ///< for people; both public keys share theirs, as they share their tag
+    FieldForm form = FieldForm::Bytes;
 };
 
 /** One kind of message. */

@@ -35,7 +35,7 @@ void TroubledLine::take()
         auto *till = new QTcpSocket(this);
         reg->setParent(this); // whichever ends last takes the other along
         m_pairs.removeIf([](const Pair &pair) { return !pair.reg || !pair.till; });
-        m_pairs << Pair{reg, till};
+        m_pairs << Pair{reg, till, m_connections++};
         join(reg, till);
         join(till, reg);
         connect(till, &QTcpSocket::connected, this, [this, reg, till] { pass(reg, till); });
@@ -67,8 +67,19 @@ void TroubledLine::pass(QTcpSocket *from, QTcpSocket *to)
     QByteArray piece = from->readAll();
     if (m_trouble != Trouble::None && m_pieces-- == 0 && happens(&piece))
         return;
+    tell(from, piece);
     to->write(piece);
     to->flush();
+}
+
+void TroubledLine::tell(const QTcpSocket *from, const QByteArray &piece) const
+{
+    if (!heard)
+        return;
+    for (const Pair &pair : m_pairs) {
+        if (pair.reg == from || pair.till == from)
+            heard(pair.number, pair.reg == from, piece);
+    }
 }
 
 /** @return whether the piece is not to be passed on any more */
@@ -98,7 +109,7 @@ bool TroubledLine::happens(QByteArray *piece)
 
 void TroubledLine::cut()
 {
-    for (const auto &[reg, till] : std::exchange(m_pairs, {}))
+    for (const auto &[reg, till, number] : std::exchange(m_pairs, {}))
         for (const QPointer<QTcpSocket> &socket : {reg, till})
             if (socket)
                 socket->abort();
@@ -106,7 +117,7 @@ void TroubledLine::cut()
 
 void TroubledLine::passAll()
 {
-    for (const auto &[reg, till] : QList<Pair>(m_pairs)) {
+    for (const auto &[reg, till, number] : QList<Pair>(m_pairs)) {
         if (reg && till)
             pass(reg, till);
         if (reg && till)

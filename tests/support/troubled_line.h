@@ -43,17 +43,21 @@ public:
     void plan(Trouble trouble, int pieces = 0, int measure = 0);
 
     std::function<void()> strike;
+    /** Hears each piece that is passed on, with the number of its connection. */
+    std::function<void(int connection, bool fromRegister, const QByteArray &piece)> heard;
 
 private:
     struct Pair
     {
         QPointer<QTcpSocket> reg;
         QPointer<QTcpSocket> till;
+        int number;
     };
 
     void take();
     void join(QTcpSocket *one, QTcpSocket *other);
     void pass(QTcpSocket *from, QTcpSocket *to);
+    void tell(const QTcpSocket *from, const QByteArray &piece) const;
     bool happens(QByteArray *piece);
     void cut();
     void passAll();
@@ -61,6 +65,7 @@ private:
     QTcpServer m_server;
     quint16 m_till;
     QList<Pair> m_pairs;
+    int m_connections = 0;
     QTimer m_stall;
     Trouble m_trouble = Trouble::None;
     int m_pieces = 0;
