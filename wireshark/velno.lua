@@ -1110,7 +1110,7 @@ local function dissect_request(tvb, memory, pinfo, tree)
     memory.command = commands[code:int()]
     local name = memory.command and memory.command.name or "unknown command"
     say(pinfo, name)
-    tree:add(fields.command, code, name)
+    tree:add(fields.command, code, name):append_text((" (%d)"):format(code:int()))
     tree:add(fields.code, code)
     if memory.command then
         add_items(memory.command.request, run, tree)
