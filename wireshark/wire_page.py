@@ -15,6 +15,7 @@ import sys
 import tempfile
 import xml.etree.ElementTree as ElementTree
 from collections.abc import Iterator
+from functools import cache
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -44,6 +45,11 @@ class Capture:
             sys.exit(f"wire_page.py: the capture has no frame {number}")
         return text
 
+    @cache
+    def document(self) -> ElementTree.Element:
+        return ElementTree.fromstring(self.run("-Y", "velno", "-T", "pdml"))
+
+    @cache
     def sources(self, number: str) -> dict[str, bytes]:
         """The runs of bytes that a frame consists of, by tshark's names for them."""
         name = "Frame"  # which has no title when there is no other
@@ -93,8 +99,8 @@ def rows(parts: Iterator[Part], data: bytes, begin: int) -> str:
 
 
 def bytes_of(capture: Capture, number: str, decrypted: bool) -> str:
-    document = ElementTree.fromstring(capture.of_frame(number, "-T", "pdml"))
-    frame = document.find("./packet/proto[@name='velno']")
+    frame = capture.document().find(
+        f"./packet/proto[@name='geninfo']/field[@name='num'][@show='{number}']/../../proto[@name='velno']")
     assert frame is not None, f"frame {number} is none of ours"
     sources = capture.sources(number)
     if decrypted:
