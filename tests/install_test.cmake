@@ -98,7 +98,7 @@ expect("the two headers are installed" output STREQUAL "velnoext.h velnotill.h")
 file(GLOB_RECURSE archives ${root}/*.a)
 expect("no static library is installed: ${archives}" NOT archives)
 foreach(file libvelnoext.so libvelnoext.so.0 libvelnotill.so libvelnotill.so.0 cmake/Velno/VelnoConfig.cmake
-             cmake/Velno/VelnoConfigVersion.cmake pkgconfig/velnoext.pc pkgconfig/velnotill.pc)
+             cmake/Velno/VelnoConfigVersion.cmake pkgconfig/velnoext.pc pkgconfig/velnotill.pc velno/velno-pictures.so)
     expect("${file} is installed" EXISTS ${lib}/${file})
 endforeach()
 

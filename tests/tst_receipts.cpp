@@ -419,8 +419,8 @@ void TestReceipts::noAmountIsCut()
 void TestReceipts::registersMayShareAFolder()
 {
     const QTemporaryDir folder;
-    ReceiptWriter one(folder.path(), false);
-    ReceiptWriter other(folder.path(), false);
+    ReceiptWriter one({folder.path()});
+    ReceiptWriter other({folder.path()});
     const Print print{"receipt", 1, 1, {u"abc"_s}};
     QCOMPARE(one.write(print), QString());
     QCOMPARE(other.write(print), QString());
@@ -433,7 +433,7 @@ void TestReceipts::registersMayShareAFolder()
 void TestReceipts::halfAPrintIsNone()
 {
     const QTemporaryDir folder;
-    ReceiptWriter writer(folder.path(), false);
+    ReceiptWriter writer({folder.path()});
     const Print print{"slip", 1, 0, QStringList(100, QString(paperWidth, u'a'))};
     {
         const FullDisk full(1024);

@@ -6,8 +6,10 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -50,10 +52,14 @@ QString printable(const QByteArray &bytes)
     return text;
 }
 
-void EventWriter::write(const char *event, const EventFields &fields) const
+void EventWriter::write(const char *event, EventFields fields) const
 {
+    static constexpr char serial[] = "serial";
+    const auto isSerial = [](const auto &field) { return qstrcmp(field.first, serial) == 0; };
+    if (!m_serial.isEmpty() && std::ranges::none_of(fields, isSerial))
+        fields.prepend({serial, QString::fromLatin1(m_serial)});
     QByteArray line = m_json ? jsonBeginning(event) : QByteArray(event);
-    for (const auto &[name, value] : fields)
+    for (const auto &[name, value] : std::as_const(fields))
         line += m_json ? ",\"" + QByteArray(name) + "\":" + jsonValue(value) : ' ' + plainValue(value);
     line += m_json ? "}\n" : "\n";
     std::fwrite(line.constData(), 1, size_t(line.size()), stdout);

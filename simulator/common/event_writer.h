@@ -25,14 +25,18 @@ using EventFields = QList<QPair<const char *, QVariant>>;
 class EventWriter
 {
 public:
-    explicit EventWriter(bool json)
+    /** @param serial  of the one of several registers whose events these are, told in each; empty: not told
+     */
+    explicit EventWriter(bool json, const QByteArray &serial = {})
         : m_json(json)
+        , m_serial(serial)
     {
     }
-    void write(const char *event, const EventFields &fields = {}) const;
+    void write(const char *event, EventFields fields = {}) const;
 
 private:
     bool m_json;
+    QByteArray m_serial;
 };
 
 /**

@@ -50,6 +50,9 @@ public:
      */
     explicit FiscalModel(const QByteArray &serial = "UB0000000000", const QString &journal = {});
 
+    /** One of many in a process: its journal is kept in memory beside another's, whose own is. */
+    FiscalModel(const QByteArray &serial, FiscalModel &neighbour);
+
     /** What is wrong with the journal; nothing may be asked then. Empty when nothing is wrong. */
     const QString &journalProblem() const { return m_journalProblem; }
 

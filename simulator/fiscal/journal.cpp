@@ -23,6 +23,7 @@ constexpr int layoutVersion = 1;
 
 enum Status { Open = 0, Closed = 1, Cancelled = 2 };
 
+constexpr qint64 shelfSize = qint64(1) << 32; // more than there are Z numbers
 constexpr qint64 mostInt = std::numeric_limits<qint32>::max();
 // More money than any shop takes, and room above it for two such sums and every receipt to come.
 constexpr qint64 mostMoney = std::numeric_limits<qint64>::max() / 4;
@@ -96,6 +97,7 @@ struct Journal::Statements
     }
 
     QSqlDatabase database;
+    int journals = 1; ///< in the database
     QSqlQuery counter = prepared(u"REPLACE INTO counters VALUES (?, ?)"_s);
     QSqlQuery nextNumber = prepared(u"SELECT coalesce(max(number), 0) + 1 FROM receipts WHERE z = ?"_s);
     QSqlQuery begin = prepared(u"INSERT INTO receipts (z, number, status, opened, with_invoice)"
@@ -121,9 +123,31 @@ Journal::Journal()
 
 Journal::~Journal()
 {
+    const bool isLast = m_statements.use_count() <= 1;
     m_statements.reset();
     m_database = {};
-    QSqlDatabase::removeDatabase(m_connection);
+    if (isLast)
+        QSqlDatabase::removeDatabase(m_connection);
+}
+
+void Journal::openBeside(Journal &other)
+{
+    m_connection = other.m_connection;
+    m_database = other.m_database;
+    m_statements = other.m_statements;
+    m_shelf = m_statements->journals++;
+}
+
+/** Each journal of a database has a range of Z numbers; the only one of a file has those that it tells. */
+qint64 Journal::key(qint32 z) const
+{
+    return m_shelf * shelfSize + z;
+}
+
+QString Journal::counterName(const char *name) const
+{
+    const QString text = QString::fromLatin1(name);
+    return m_shelf == 0 ? text : text + u'@' + QString::number(m_shelf);
 }
 
 QString Journal::open(const QString &file)
@@ -137,7 +161,7 @@ QString Journal::open(const QString &file)
 /** Takes up what an earlier program left. Returns what was wrong, or nothing. */
 QString Journal::resume()
 {
-    m_statements = std::make_unique<Statements>(m_database);
+    m_statements = std::make_shared<Statements>(m_database);
     if (!readCounters() || isMade(m_z) || !day(m_z))
         return u"it is damaged"_s;
     // A sale that was open when the program ended belongs to no session any more: it is cancelled.
@@ -222,7 +246,7 @@ bool Journal::readCounters()
     const auto counter = [this](const char *name, qint64 least, qint64 most) {
         auto value =
             number(m_database, u"SELECT coalesce((SELECT value FROM counters WHERE name = '%1'), %2)"_s
-                                   .arg(QLatin1StringView(name))
+                                   .arg(counterName(name))
                                    .arg(least));
         if (value && (*value < least || *value > most))
             value.reset();
@@ -241,19 +265,20 @@ bool Journal::readCounters()
 
 bool Journal::isNew() const
 {
-    return number(m_database,
-                  u"SELECT (SELECT count(*) FROM receipts) + (SELECT count(*) FROM z_reports)"_s) == 0;
+    return number(m_database, u"SELECT (SELECT count(*) FROM receipts WHERE z BETWEEN %1 AND %2)"
+                              " + (SELECT count(*) FROM z_reports WHERE z BETWEEN %1 AND %2)"_s.arg(key(0))
+                                  .arg(key(qint32(mostInt)))) == 0;
 }
 
 bool Journal::writeCounter(const char *name, qint64 value)
 {
-    return run(m_statements->counter, {QString::fromLatin1(name), value});
+    return run(m_statements->counter, {counterName(name), value});
 }
 
 /** True also when that cannot be read. */
 bool Journal::isMade(qint32 z) const
 {
-    return number(m_database, u"SELECT count(*) FROM z_reports WHERE z = %1"_s.arg(z)) != 0;
+    return number(m_database, u"SELECT count(*) FROM z_reports WHERE z = %1"_s.arg(key(z))) != 0;
 }
 
 bool Journal::setZ(qint32 z)
@@ -275,11 +300,11 @@ bool Journal::setLastZ(qint64 time)
 ReceiptRef Journal::begin(bool withInvoice, qint64 time)
 {
     QSqlQuery &next = m_statements->nextNumber;
-    if (!run(next, {m_z}) || !next.next())
+    if (!run(next, {key(m_z)}) || !next.next())
         return {};
     const ReceiptRef ref{m_z, next.value(0).toInt()};
     next.finish();
-    return run(m_statements->begin, {ref.z, ref.number, time, withInvoice}) ? ref : ReceiptRef();
+    return run(m_statements->begin, {key(ref.z), ref.number, time, withInvoice}) ? ref : ReceiptRef();
 }
 
 bool Journal::close(const Receipt &receipt)
@@ -298,28 +323,28 @@ bool Journal::writeReceipt(const Receipt &receipt)
         row << int(invoice->type) << invoice->reference << invoice->idNumber << invoice->delivers;
     else
         row << QVariant() << QVariant() << QVariant() << QVariant();
-    row << ref.z << ref.number;
+    row << key(ref.z) << ref.number;
     if (!run(m_statements->close, row) || m_statements->close.numRowsAffected() != 1)
         return false;
     int index = 0;
     for (const SaleLine &l : sale.lines())
-        if (!run(m_statements->line, {ref.z, ref.number, index++, l.name, l.price, l.quantity, l.type,
+        if (!run(m_statements->line, {key(ref.z), ref.number, index++, l.name, l.price, l.quantity, l.type,
                                       l.section, l.taxRate, l.gross, l.percentage, l.adjustment, l.deleted}))
             return false;
     index = 0;
     for (const Payment &p : sale.payments())
         if (!run(m_statements->payment,
-                 {ref.z, ref.number, index++, p.kind == PaymentKind::Card, p.amount, p.acquirer}))
+                 {key(ref.z), ref.number, index++, p.kind == PaymentKind::Card, p.amount, p.acquirer}))
             return false;
     for (const auto &[rate, group] : sale.taxGroups())
-        if (!run(m_statements->tax, {ref.z, ref.number, rate, group.total, group.tax}))
+        if (!run(m_statements->tax, {key(ref.z), ref.number, rate, group.total, group.tax}))
             return false;
     return true;
 }
 
 bool Journal::cancel(const ReceiptRef &ref, qint64 time)
 {
-    return run(m_statements->cancel, {time, ref.z, ref.number}) &&
+    return run(m_statements->cancel, {time, key(ref.z), ref.number}) &&
            m_statements->cancel.numRowsAffected() == 1;
 }
 
@@ -338,13 +363,14 @@ bool Journal::writeReport(const ZReport &report, qint32 &next)
 {
     const DayTotals &day = report.day;
     if (!run(m_statements->report,
-             {report.z, report.time, day.receipts, day.invoices, day.cancelled, day.total, day.tax, day.cash,
-              day.card, day.contributions, report.grandTotal}))
+             {key(report.z), report.time, day.receipts, day.invoices, day.cancelled, day.total, day.tax,
+              day.cash, day.card, day.contributions, report.grandTotal}))
         return false;
     // Where its operator has set the number back, the reports behind this one may have been made already.
-    const auto last = number(m_database, u"SELECT min(z) FROM z_reports AS made WHERE z >= %1 AND NOT EXISTS"
-                                         " (SELECT 1 FROM z_reports WHERE z = made.z + 1)"_s.arg(report.z));
-    next = qint32(last.value_or(report.z)) + 1;
+    const auto last =
+        number(m_database, u"SELECT min(z) FROM z_reports AS made WHERE z >= %1 AND NOT EXISTS"
+                           " (SELECT 1 FROM z_reports WHERE z = made.z + 1)"_s.arg(key(report.z)));
+    next = qint32(last.value_or(key(report.z)) - key(0)) + 1;
     return last && writeCounter("z", next) && writeCounter("last_z", report.time) &&
            writeCounter("grand_total", report.grandTotal);
 }
@@ -353,11 +379,11 @@ std::optional<DayTotals> Journal::day(qint32 z) const
 {
     QSqlQuery sums(m_database);
     const auto cancelled =
-        number(m_database, u"SELECT count(*) FROM receipts WHERE status = 2 AND z = %1"_s.arg(z));
+        number(m_database, u"SELECT count(*) FROM receipts WHERE status = 2 AND z = %1"_s.arg(key(z)));
     if (!cancelled ||
         !sums.exec(u"SELECT count(*), count(invoice_type), coalesce(sum(total), 0), coalesce(sum(tax), 0),"
                    " coalesce(sum(cash - change), 0), coalesce(sum(card), 0), coalesce(sum(contribution), 0)"
-                   " FROM receipts WHERE status = 1 AND z = %1"_s.arg(z)) ||
+                   " FROM receipts WHERE status = 1 AND z = %1"_s.arg(key(z))) ||
         !sums.next())
         return std::nullopt;
     DayTotals day;
@@ -374,7 +400,7 @@ std::optional<DayTotals> Journal::day(qint32 z) const
 bool Journal::readTaxes(qint32 z, TaxGroups &groups) const
 {
     QSqlQuery taxes(m_database);
-    if (!taxes.exec(u"SELECT rate, sum(total), sum(tax) FROM taxes WHERE z = %1 GROUP BY rate"_s.arg(z)))
+    if (!taxes.exec(u"SELECT rate, sum(total), sum(tax) FROM taxes WHERE z = %1 GROUP BY rate"_s.arg(key(z))))
         return false;
     while (taxes.next()) {
         TaxGroup &group = groups[taxes.value(0).toInt()];
@@ -387,7 +413,7 @@ bool Journal::readTaxes(qint32 z, TaxGroups &groups) const
 std::optional<SaleTotals> Journal::find(const ReceiptRef &ref) const
 {
     QSqlQuery &query = m_statements->find;
-    if (!run(query, {ref.z, ref.number}) || !query.next())
+    if (!run(query, {key(ref.z), ref.number}) || !query.next())
         return std::nullopt;
     const SaleTotals totals{query.value(0).toLongLong(), query.value(1).toLongLong(),
                             query.value(2).toLongLong(), query.value(3).toLongLong(),

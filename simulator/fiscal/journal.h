@@ -32,6 +32,12 @@ public:
      */
     QString open(const QString &file);
 
+    /**
+     * A new journal in the same database as another one, which is open: where many registers are in one
+     * process, a database of its own for each would be most of what they take. For what is kept in memory.
+     */
+    void openBeside(Journal &other);
+
     /** What the operator should know of the file that was opened; usually empty. */
     const QString &warning() const { return m_warning; }
 
@@ -67,6 +73,8 @@ public:
 private:
     struct Statements;
 
+    qint64 key(qint32 z) const; ///< of a Z report in the database
+    QString counterName(const char *name) const;
     QString connect(const QString &file);
     void tighten(const QString &file);
     QString resume();
@@ -84,7 +92,8 @@ private:
     QString m_connection;
     QString m_warning;
     QSqlDatabase m_database;
-    std::unique_ptr<Statements> m_statements;
+    std::shared_ptr<Statements> m_statements;
+    int m_shelf = 0; ///< which of the journals in the database this is
     qint32 m_z = 1;
     qint64 m_lastZ = 0;
     qint64 m_grandTotal = 0;

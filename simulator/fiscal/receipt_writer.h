@@ -4,29 +4,40 @@
 
 #include "simulator/fiscal/print.h"
 
+#include <functional>
+
 namespace Simulator {
 
-/** Where what the register prints can be read: a folder with a text file for each print, and standard error.
- */
+/** Where prints go, and as what. */
+struct ReceiptFiles
+{
+    /** Makes a PNG file of the lines of a print; empty when it cannot. */
+    using Draw = std::function<QByteArray(const QStringList &lines)>;
+
+    QString folder = {}; ///< empty: no files
+    bool asText = true;
+    Draw draw = {};    ///< as pictures, too; empty: no pictures
+    bool show = false; ///< on standard error, as text
+};
+
+/** Where what the register prints can be seen: a folder with files for each print, and standard error. */
 class ReceiptWriter
 {
 public:
-    /** @param folder  empty: no files */
-    ReceiptWriter(const QString &folder, bool show);
+    explicit ReceiptWriter(const ReceiptFiles &files);
 
     /**
-     * Writes the print as UTF-8, in a file of its own that no other print overwrites and nobody but its owner
-     * reads.
+     * Writes the print, as UTF-8 or as a picture, in files of its own that no other print overwrites and
+     * nobody but their owner reads.
      *
-     * @return an empty text, or why there is no file
+     * @return an empty text, or why a file is missing
      */
     QString write(const Print &print);
 
 private:
-    QString nextFile(const Print &print);
+    QString nextName(const Print &print);
 
-    QString m_folder;
-    bool m_show;
+    ReceiptFiles m_files;
     int m_prints = 0; ///< the number of the last file
 };
 

@@ -28,6 +28,9 @@ public:
 
     /** To be called first. @return an empty text, or what is wrong with the journal */
     QString open(const QString &journalFile);
+
+    /** In place of that: its journal, in memory, beside that of another till. */
+    void openBeside(Till &other) { m_journal.openBeside(other.m_journal); }
     const QString &journalWarning() const { return m_journal.warning(); }
     const QString &journalConnection() const { return m_journal.connection(); }
 

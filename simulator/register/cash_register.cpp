@@ -29,12 +29,12 @@ std::chrono::milliseconds delayOf(const Faults &faults)
 
 } // namespace
 
-CashRegister::CashRegister(const RegisterOptions &options, QObject *parent)
-    : QObject(parent)
-    , m_options(options)
-    , m_model(options.serial, options.journal)
-    , m_receipts(options.receipts, options.showReceipts)
-    , m_events(options.json)
+CashRegister::CashRegister(const RegisterOptions &options, CashRegister *neighbour)
+    : m_options(options)
+    , m_model(neighbour ? FiscalModel(options.serial, neighbour->m_model)
+                        : FiscalModel(options.serial, options.journal))
+    , m_receipts(options.receipts)
+    , m_events(options.json, options.registers > 1 ? options.serial : QByteArray())
     , m_pairing(m_options.serial, m_options.credentials, m_options.appHash, m_options.faults)
     , m_commands(m_options.serial, m_model, m_options.faults)
 {
@@ -64,18 +64,12 @@ QString CashRegister::prepare()
     return {};
 }
 
-void CashRegister::start(const QString &control)
+void CashRegister::start()
 {
-    const QString host = m_options.host.contains(u':') ? u'[' + m_options.host + u']' : m_options.host;
-    EventFields fields{{"serial", QString::fromLatin1(m_options.serial)},
-                       {"target", u"%1:%2"_s.arg(host, QString::number(m_options.port))},
-                       {"faults", m_options.faults.names()}};
-    if (!control.isEmpty())
-        fields.append({"control", control});
-    m_events.write("ready", fields);
     if (!m_model.journalWarning().isEmpty())
         m_events.write("warning", {{"message", m_model.journalWarning()}});
-    m_wire.start(m_options.host, m_options.port, m_options.throughRelay ? m_options.serial : QByteArray());
+    m_wire.start(m_options.host, m_options.port, m_options.throughRelay ? m_options.serial : QByteArray(),
+                 m_options.registers);
 }
 
 void CashRegister::takeConnection()
@@ -123,7 +117,7 @@ void CashRegister::takePairingRequest(const QByteArray &frame)
     if (m_options.faults.hitsStep(Fault::Close, step))
         close(u"closed instead of answering"_s);
     else if (!m_mute)
-        sendAfter(delayOf(m_options.faults),
+        sendAfter(delayOf(m_options.faults) + m_options.pace.forPairingAnswer(),
                   [this, kind, answer = m_pairing.answer(kind)] { sendPairingAnswer(kind, answer); });
 }
 
@@ -143,6 +137,7 @@ void CashRegister::obey(const CommandResponder::Request &request)
 {
     const CommandRow &command = *request.command;
     const QLatin1StringView name(command.name);
+    emit talked();
     const Faults faults = takeFaultsFor(request);
     m_events.write("command", {{"command", name}});
     if (faults.hitsCommand(Fault::Close, command))
@@ -151,6 +146,8 @@ void CashRegister::obey(const CommandResponder::Request &request)
     if (m_mute)
         return;
     const ReceiptRef before = m_model.saleReference();
+    const SaleTotals totals = m_model.saleTotals();
+    m_work = {};
     const CommandResponder::Answer answer = m_commands.answer(request, faults);
     if (const ReceiptRef now = m_model.saleReference(); now != ReceiptRef() && now != before)
         m_provoked.clear();
@@ -161,9 +158,10 @@ void CashRegister::obey(const CommandResponder::Request &request)
         tellOutcome("done", command, answer.refusal);
     if (lost)
         return m_wire.drop(u"the answer was lost"_s);
+    const auto time = m_options.pace.forCommand(workBehind(before, totals));
     if (answer.frame.isEmpty())
-        return;
-    sendAfter(delayOf(faults),
+        return workFor(time);
+    sendAfter(delayOf(faults) + time,
               [this, &command, answer, faults] { sendCommandAnswer(command, answer, faults); });
 }
 
@@ -202,9 +200,26 @@ void CashRegister::cutPower()
     m_wire.drop(u"the power was cut"_s);
 }
 
+/** What the command in progress has come to. @param before  the totals of the sale that was open when it came
+ */
+Work CashRegister::workBehind(const ReceiptRef &sale, const SaleTotals &before) const
+{
+    Work work = m_work;
+    if (sale == ReceiptRef())
+        return work;
+    const bool isOpen = m_model.saleReference() == sale;
+    const SaleTotals now = isOpen ? m_model.saleTotals() : m_model.receipt(sale).value_or(before);
+    work.cash = now.cash > before.cash;
+    work.card = now.card > before.card;
+    return work;
+}
+
 void CashRegister::takePrint(const Print &print)
 {
     const QString kind = QString::fromLatin1(print.kind);
+    ++m_work.prints;
+    m_work.lines += int(print.lines.size());
+    m_work.report = kind == u"z-report";
     if (const QString problem = m_receipts.write(print); !problem.isEmpty())
         m_events.write("error", {{"message", problem}});
     if (m_options.json) // a single line for people cannot show the printed lines
@@ -212,6 +227,19 @@ void CashRegister::takePrint(const Print &print)
                        {{"kind", kind}, {"z", print.z}, {"receipt", print.number}, {"lines", print.lines}});
     else
         m_events.write("printed", {{"kind", kind}, {"z", print.z}, {"receipt", print.number}});
+    if (kind == u"receipt" || kind == u"invoice")
+        emit receiptClosed();
+}
+
+/** With what is not answered: the next command waits. */
+void CashRegister::workFor(std::chrono::milliseconds time)
+{
+    m_isAtWork = time.count() > 0;
+    sendAfter(time, [this] {
+        m_isAtWork = false;
+        m_wire.resume();
+        emit talked();
+    });
 }
 
 void CashRegister::sendAfter(std::chrono::milliseconds wait, std::function<void()> send)
@@ -287,6 +315,7 @@ void CashRegister::sendCommandAnswer(const CommandRow &command, const CommandRes
         m_wire.send(rest, segment);
         m_wire.resume();
         tellOutcome("answered", command, refusal);
+        emit talked();
         if (closes)
             close(u"said everything"_s);
     };
@@ -311,26 +340,14 @@ void CashRegister::takeEnd(const QString &reason)
 {
     m_silence.stop();
     m_delay.stop();
-    m_restIsDue = false;
+    m_restIsDue = m_isAtWork = false;
     m_events.write("disconnected", {{"reason", reason}});
     if (m_options.once && m_conversed)
-        finish(m_paired ? 0 : 1);
+        emit finished(m_paired ? 0 : 1);
 }
 
-void CashRegister::takeLine(const QString &line)
+QString CashRegister::obey(const QString &line)
 {
-    if (const QString error = obey(line); !error.isEmpty())
-        m_events.write("error", {{"message", error}});
-}
-
-QString CashRegister::obey(const QString &said)
-{
-    const QString own = QString::fromLatin1(m_options.serial) + u' ';
-    const QString line = said.startsWith(own) ? said.sliced(own.size()).trimmed() : said;
-    if (line == u"quit") {
-        stop();
-        return {};
-    }
     return line.startsWith(u"fault ") ? changeFaults(line) : changeModel(line);
 }
 
@@ -363,7 +380,7 @@ QString CashRegister::changeFaults(const QString &line)
     if (m_restIsDue)
         sendNow(); // before the change is told: a test that has read of it knows that the rest is sent
     m_events.write("fault", {{"active", faults.names()}});
-    if (m_wire.isConnected() && (m_conversed || m_mute || m_delay.isActive()))
+    if (m_wire.isConnected() && (m_conversed || m_mute || (m_delay.isActive() && !m_isAtWork)))
         m_wire.drop(u"the faults have changed"_s);
     return {};
 }
@@ -372,16 +389,6 @@ void CashRegister::stop()
 {
     m_options.once = false; // told to stop: the exit code does not say whether it was paired
     m_wire.stop();
-    finish(0);
-}
-
-void CashRegister::finish(int exitCode)
-{
-    if (std::exchange(m_finished, true))
-        return;
-    m_wire.stop();
-    m_events.write("stopped");
-    emit finished(exitCode);
 }
 
 } // namespace Simulator

@@ -21,13 +21,13 @@ class CashRegister : public QObject
     Q_OBJECT
 
 public:
-    explicit CashRegister(const RegisterOptions &options, QObject *parent = nullptr);
+    /** @param neighbour  in the same process; the journals of both are in memory, in one place */
+    explicit CashRegister(const RegisterOptions &options, CashRegister *neighbour = nullptr);
 
     /** To be called first. @return an empty text, or why it cannot be what it was asked to be */
     QString prepare();
 
-    /** @param control  where lines are taken beside standard input, for the `ready` event; empty: nowhere */
-    void start(const QString &control = {});
+    void start();
 
     /**
      * A line of the operator: fault NAME[=VALUE], fault none, quit, or a setting of the model; the serial
@@ -37,12 +37,18 @@ public:
      */
     QString obey(const QString &line);
 
-    /** A line on standard input, where an event tells what was wrong. */
-    void takeLine(const QString &line);
+    /** Ends the connection and makes no other. */
     void stop();
 
+    const QByteArray &serial() const { return m_options.serial; }
+
+    /** Whether it owes an answer, or is at work. */
+    bool isBusy() const { return m_delay.isActive(); }
+
 signals:
-    void finished(int exitCode);
+    void talked(); ///< a command has come, or its answer was sent
+    void receiptClosed();
+    void finished(int exitCode); ///< with --once: 0 paired, 1 not paired
 
 private:
     void takeConnection();
@@ -58,6 +64,8 @@ private:
     void takeEnd(const QString &reason);
     void refuse(const QString &reason);
     void close(const QString &reason);
+    Work workBehind(const ReceiptRef &sale, const SaleTotals &before) const;
+    void workFor(std::chrono::milliseconds time);
     void sendAfter(std::chrono::milliseconds wait, std::function<void()> send);
     void sendNow();
     void sendPairingAnswer(Velno::GMP::MessageTag kind, const PairingResponder::Answer &answer);
@@ -67,7 +75,6 @@ private:
                            const Faults &faults);
     QString changeFaults(const QString &line);
     QString changeModel(const QString &line);
-    void finish(int exitCode);
 
     RegisterOptions m_options; ///< its faults are those that the operator has switched on
     ProvokedFaults m_provoked; ///< those that a sale has
@@ -81,10 +88,11 @@ private:
     QTimer m_delay;               ///< runs until the answer leaves
     std::function<void()> m_send; ///< what is done then
     bool m_restIsDue = false;     ///< half an answer has been sent
+    bool m_isAtWork = false;      ///< with what is not answered
+    Work m_work;                  ///< what the command in progress has made the printer do
     bool m_mute = false;
     bool m_conversed = false; ///< a key exchange has begun on this connection
     bool m_paired = false;
-    bool m_finished = false;
 };
 
 } // namespace Simulator

@@ -4,34 +4,58 @@
 #include "simulator/common/command_line.h"
 #include "simulator/common/control_input.h"
 #include "simulator/common/control_server.h"
-#include "simulator/register/cash_register.h"
+#include "simulator/register/pictures.h"
+#include "simulator/register/register_program.h"
 
 #include <QCoreApplication>
 
+#include <memory>
+
 using namespace Simulator;
+
+namespace {
+
+/** Plays what the options say until it is told to stop. @return the exit code */
+int play(const RegisterOptions &options)
+{
+    const LogsToStandardError logs;
+    const ControlInput input;
+    RegisterProgram program(options);
+    if (const QString problem = program.prepare(); !problem.isEmpty())
+        return showWrongUsage("velno-register", problem);
+    QObject::connect(&input, &ControlInput::line, &program, &RegisterProgram::takeLine);
+    QObject::connect(&input, &ControlInput::stopRequested, &program, &RegisterProgram::stop);
+    QObject::connect(&program, &RegisterProgram::finished, QCoreApplication::instance(),
+                     &QCoreApplication::exit, Qt::QueuedConnection);
+    ControlServer control([&program](const QString &line) { return program.obey(line); });
+    if (options.control)
+        if (const QString problem = control.listen(*options.control); !problem.isEmpty())
+            return showUnavailable("velno-register", problem);
+    program.start(control.place());
+    return QCoreApplication::exec();
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
     Velno::GMP::warnOfDevelopmentAuthority("velno-register");
     qputenv("QT_NO_GLIB", "1"); // Qt's own event loop answers sooner, and nothing here needs the other
-    QCoreApplication application(argc, argv);
-    const CommandLine line = parseCommandLine(QCoreApplication::arguments());
+    auto application = std::make_unique<QCoreApplication>(argc, argv);
+    CommandLine line = parseCommandLine(QCoreApplication::arguments());
     if (const auto exitCode = shownInstead("velno-register", line))
         return *exitCode;
-
-    const LogsToStandardError logs;
-    const ControlInput input;
-    CashRegister cashRegister(line.options);
-    if (const QString problem = cashRegister.prepare(); !problem.isEmpty())
-        return showWrongUsage("velno-register", problem);
-    QObject::connect(&input, &ControlInput::line, &cashRegister, &CashRegister::takeLine);
-    QObject::connect(&input, &ControlInput::stopRequested, &cashRegister, &CashRegister::stop);
-    QObject::connect(&cashRegister, &CashRegister::finished, &application, &QCoreApplication::exit,
-                     Qt::QueuedConnection);
-    ControlServer control([&cashRegister](const QString &text) { return cashRegister.obey(text); });
-    if (line.options.control)
-        if (const QString problem = control.listen(*line.options.control); !problem.isEmpty())
+    if (line.options.pictures) {
+        QString problem;
+        const PictureModule *const module = loadPictureModule(&problem);
+        if (module) {
+            application.reset(); // there is one at a time
+            application.reset(module->makeApplication(argc, argv));
+            problem = module->problem();
+            line.options.receipts.draw = module->png;
+        }
+        if (!problem.isEmpty())
             return showUnavailable("velno-register", problem);
-    cashRegister.start(control.place());
-    return QCoreApplication::exec();
+    }
+    return play(line.options);
 }

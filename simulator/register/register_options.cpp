@@ -4,6 +4,7 @@
 
 #include "ExtDevice/gmp3/key_log.h"
 #include "ExtDevice/gmp3/trust_anchors.h"
+#include "simulator/common/numbers.h"
 #include "simulator/fiscal/paper.h"
 #include "simulator/register/credentials.h"
 #include "simulator/register/model_settings.h"
@@ -14,6 +15,8 @@
 #include <QFileInfo>
 #include <QHostAddress>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -67,7 +70,15 @@ struct Names
                               u"FILE"_s};
     QCommandLineOption receipts{u"receipts"_s,
                                 u"Writes what is printed to this folder, a file for each print."_s, u"DIR"_s};
+    QCommandLineOption receiptsAs{u"receipts-as"_s, u"What these files are: text, png, or text,png."_s,
+                                  u"KINDS"_s, u"text"_s};
     QCommandLineOption showReceipts{u"show-receipts"_s, u"Shows what is printed on standard error."_s};
+    QCommandLineOption sales{u"sales"_s, u"End after N closed receipts."_s, u"N"_s};
+    QCommandLineOption speed{
+        u"speed"_s, u"Takes as long as a real register and cashier (real), or FACTOR times as fast."_s,
+        u"FACTOR"_s};
+    QCommandLineOption registers{
+        u"registers"_s, u"Plays N registers: serial numbers and ports count up from those given."_s, u"N"_s};
     QCommandLineOption control{
         u"control"_s,
         u"Takes the lines of standard input there, too: a port of 127.0.0.1, ADDR:PORT or a path."_s,
@@ -77,6 +88,10 @@ struct Names
     QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
                              u"NAME[=VALUE]"_s};
 };
+
+constexpr int mostRegisters = 10'000;
+constexpr int mostSales = 1'000'000'000;
+constexpr int lastPort = 65535;
 
 bool isSerial(const QString &text)
 {
@@ -149,11 +164,58 @@ QString fillModel(const QCommandLineParser &parser, const Names &names, Register
 /** Fills in where prints go; returns what was wrong and what is accepted, or nothing. */
 QString fillReceipts(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
 {
-    options.receipts = parser.value(names.receipts);
-    options.showReceipts = parser.isSet(names.showReceipts);
-    if (!parser.isSet(names.receipts) || isWritableFolder(options.receipts))
+    const QString folder = parser.value(names.receipts);
+    const QStringList kinds = parser.value(names.receiptsAs).split(u',');
+    const auto isKind = [](const QString &kind) { return kind == u"text" || kind == u"png"; };
+    options.receipts.folder = folder;
+    options.receipts.show = parser.isSet(names.showReceipts);
+    options.receipts.asText = kinds.contains(u"text"_s);
+    options.pictures = kinds.contains(u"png"_s);
+    if (!std::ranges::all_of(kinds, isKind))
+        return u"--receipts-as \"%1\": accepted is text, png or text,png"_s.arg(
+            parser.value(names.receiptsAs));
+    if (parser.isSet(names.receiptsAs) && !parser.isSet(names.receipts))
+        return u"--receipts-as needs --receipts, the folder for them"_s;
+    if (!parser.isSet(names.receipts) || isWritableFolder(folder))
         return {};
-    return u"--receipts \"%1\": accepted is a folder that can be written to"_s.arg(options.receipts);
+    return u"--receipts \"%1\": accepted is a folder that can be written to"_s.arg(folder);
+}
+
+/** Fills in how many registers there are; returns what was wrong and what is accepted, or nothing. */
+QString fillRegisters(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    const QString given = parser.value(names.registers);
+    const auto count = numberBetween(given, 1, mostRegisters);
+    if (!parser.isSet(names.registers))
+        return {};
+    if (!count)
+        return u"--registers \"%1\": accepted is 1 to %2"_s.arg(given).arg(mostRegisters);
+    options.registers = int(*count);
+    const int last = options.registers - 1;
+    if (serialBehind(options.serial, last).isEmpty())
+        return u"--registers %1: --serial must end in digits that can be counted up so far"_s.arg(given);
+    if (!options.throughRelay && options.port + last > lastPort)
+        return u"--registers %1: each has a port of its own, from %2 up to %3 at most"_s.arg(given)
+            .arg(options.port)
+            .arg(lastPort);
+    for (const QCommandLineOption &single : {names.journal, names.once})
+        if (last > 0 && parser.isSet(single))
+            return u"--registers %1: --%2 is for one register alone"_s.arg(given, single.names().first());
+    return {};
+}
+
+/** Fills in when the program ends and how long things take; returns what was wrong, or nothing. */
+QString fillTimes(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
+{
+    const auto sales = numberBetween(parser.value(names.sales), 1, mostSales);
+    if (parser.isSet(names.sales) && !sales)
+        return u"--sales \"%1\": accepted is 1 to %2"_s.arg(parser.value(names.sales)).arg(mostSales);
+    options.sales = int(sales.value_or(0));
+    const auto pace = Pace::from(parser.value(names.speed));
+    if (parser.isSet(names.speed) && !pace)
+        return u"--speed \"%1\": accepted is %2"_s.arg(parser.value(names.speed), Pace::rule());
+    options.pace = pace.value_or(Pace());
+    return {};
 }
 
 /** Fills in where keys go; returns what was wrong, or nothing. */
@@ -181,8 +243,10 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
         return u"\"%1\" is no option"_s.arg(parser.positionalArguments().first());
     if (!isSerial(parser.value(names.serial)))
         return wrong(names.serial, u"exactly 12 characters, beginning with UB or VELNO"_s);
-    if (const QString problem = fillTarget(parser, names, options); !problem.isEmpty())
-        return problem;
+    options.serial = parser.value(names.serial).toLatin1();
+    for (const auto filled : {fillTarget, fillRegisters, fillTimes})
+        if (const QString problem = filled(parser, names, options); !problem.isEmpty())
+            return problem;
     if (const QString problem = fillModel(parser, names, options); !problem.isEmpty())
         return problem;
     if (parser.isSet(names.appHash) && !isHash(parser.value(names.appHash)))
@@ -202,7 +266,6 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
         return problem;
     if (const QString problem = fillKeyLog(parser, names, options); !problem.isEmpty())
         return problem;
-    options.serial = parser.value(names.serial).toLatin1();
     options.appHash = QByteArray::fromHex(parser.value(names.appHash).toLatin1());
     options.json = parser.isSet(names.json);
     options.once = parser.isSet(names.once);
@@ -225,12 +288,24 @@ QString helpText(const QCommandLineParser &parser, const QString &program)
            "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
            settingLines().join(", "_L1) +
            u".\n"
-           "Exit status: 0 told to stop, 64 wrong usage, 69 no --control there;\n  with --once 0 paired, 1 not.\n"_s +
+           "Exit status: 0 told to stop or --sales done, 64 wrong usage, 69 no --control there, or nothing draws;\n  with --once 0 paired, 1 not.\n"_s +
            Velno::GMP::trustAnchorsInWords() +
            u"Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
 }
 
 } // namespace
+
+QByteArray serialBehind(const QByteArray &serial, int places)
+{
+    qsizetype first = serial.size(); // of the digits at its end
+    while (first > 0 && serial[first - 1] >= '0' && serial[first - 1] <= '9')
+        --first;
+    const qsizetype digits = serial.size() - first;
+    const QByteArray number = QByteArray::number(serial.sliced(first).toLongLong() + places);
+    if (places > 0 && number.size() > digits)
+        return {};
+    return places == 0 ? serial : serial.first(first) + number.rightJustified(digits, '0');
+}
 
 CommandLine parseCommandLine(const QStringList &arguments)
 {
@@ -241,8 +316,9 @@ CommandLine parseCommandLine(const QStringList &arguments)
     parser.addOptions({names.help, names.version, names.serial, names.connect, names.relay, names.credentials,
                        names.appHash, names.noPaper});
     parser.addOptions(names.settings);
-    parser.addOptions({names.journal, names.keyLog, names.receipts, names.showReceipts, names.control,
-                       names.json, names.once, names.fault});
+    parser.addOptions({names.journal, names.keyLog, names.receipts, names.receiptsAs, names.showReceipts,
+                       names.speed, names.registers, names.control, names.json, names.once, names.sales,
+                       names.fault});
     CommandLine line;
     const bool parsed = parser.parse(arguments);
     if (parsed && parser.isSet(names.help)) {

@@ -4,8 +4,10 @@
 
 #include "simulator/common/command_line.h"
 #include "simulator/common/control_address.h"
+#include "simulator/fiscal/receipt_writer.h"
 #include "simulator/register/faults.h"
 #include "simulator/register/model_settings.h"
+#include "simulator/register/pace.h"
 
 #include <QByteArray>
 #include <QString>
@@ -18,21 +20,28 @@ struct RegisterOptions
 {
     QByteArray serial; ///< 12 characters
     QString host;      ///< of the other side, or of the relay
-    quint16 port = 0;
     QString credentials;
-    QByteArray appHash; ///< 32 bytes, or empty: any application
-    bool throughRelay = false;
-    QList<ModelSetting> settings; ///< what the register is to be at first
-    bool paper = true;
+    QByteArray appHash;                    ///< 32 bytes, or empty: any application
+    QList<ModelSetting> settings;          ///< what the register is to be at first
     QString journal;                       ///< a file; empty: in memory
+    ReceiptFiles receipts;                 ///< where prints go; what draws them somebody else has to set
     QString keyLog;                        ///< a file for the keys of pairings; empty: nowhere
-    QString receipts;                      ///< a folder for what is printed; empty: nowhere
-    bool showReceipts = false;             ///< on standard error
     std::optional<ControlAddress> control; ///< where lines are taken beside standard input
+    Pace pace;                             ///< how long things take
+    Faults faults;
+    int registers = 1; ///< how many; `serial` and `port` are those of the first
+    int sales = 0;     ///< receipts after which the program ends; 0: it goes on
+    quint16 port = 0;
+    bool throughRelay = false;
+    bool paper = true;
+    bool pictures = false; ///< whether prints are to be drawn
     bool json = false;
     bool once = false;
-    Faults faults;
 };
+
+/** The serial number that stands so many places behind this one: the digits at its end are counted up. Empty
+ * when they do not reach so far. */
+QByteArray serialBehind(const QByteArray &serial, int places);
 
 using CommandLine = ParsedCommandLine<RegisterOptions>;
 

@@ -10,6 +10,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -48,12 +49,15 @@ constexpr int mostCounted = 1000; // attempts to connect; from then on nothing c
 
 /** ms between two attempts to connect, fewer at first: an application that has just listened does so again
  * soon. */
-int waitBefore(int attempt)
+int waitBefore(int attempt, int crowd)
 {
     constexpr int quickAttempts = 100;
     constexpr int longestWait = 100;
+    constexpr int attemptsOfAll = 5; // per ms: they take less than a tenth of a core
     if (attempt < attemptsAtOnce)
         return 0;
+    if (attempt == mostCounted)
+        return std::max(crowd / attemptsOfAll, longestWait);
     return std::clamp(attempt - quickAttempts, 1, longestWait);
 }
 
@@ -63,7 +67,6 @@ Wire::Wire(QObject *parent)
     : QObject(parent)
 {
     m_socket.setProxy(QNetworkProxy::NoProxy);
-    m_socket.setReadBufferSize(mostUnread);
     m_retry.setSingleShot(true);
     m_retry.setTimerType(Qt::PreciseTimer);
     connect(&m_retry, &QTimer::timeout, this, &Wire::connectAgain);
@@ -72,12 +75,13 @@ Wire::Wire(QObject *parent)
     connect(&m_socket, &QTcpSocket::stateChanged, this, &Wire::takeState);
 }
 
-void Wire::start(const QString &host, quint16 port, const QByteArray &greeting)
+void Wire::start(const QString &host, quint16 port, const QByteArray &greeting, int crowd)
 {
     m_greeting = greeting;
+    m_crowd = crowd;
     m_host = host;
     m_port = port;
-    m_attempt = 0;
+    m_attempt = crowd > 1 ? mostCounted : 0; // nobody has listened to any of them yet
     m_stopped = false;
     connectNow();
 }
@@ -93,14 +97,15 @@ void Wire::connectAgain()
 {
     // Shorter than a timer can be: on a busy core it lets the other side come to listen.
     constexpr int nap = 100; // µs
-    if (m_attempt > 1 && m_attempt <= attemptsAtOnce)
+    if (m_crowd == 1 && m_attempt > 1 && m_attempt <= attemptsAtOnce)
         QThread::usleep(nap);
     connectNow();
 }
 
 void Wire::connectNow()
 {
-    m_socket.connectToHost(m_host, m_port);
+    // Unbuffered, since a buffer once used stays, and thousands of registers may wait in one process.
+    m_socket.connectToHost(m_host, m_port, QIODevice::ReadWrite | QIODevice::Unbuffered);
 }
 
 void Wire::takeConnection()
@@ -128,12 +133,18 @@ void Wire::takeConnection()
 void Wire::takeBytes()
 {
     // Bytes that arrive while this side is closing are not read.
-    while (!m_paused && m_socket.state() == QAbstractSocket::ConnectedState) {
-        m_received += m_socket.readAll();
-        if (m_purpose == Purpose::Unknown)
-            recognise();
-        if (m_purpose == Purpose::Unknown || !takeFrame())
+    while (m_socket.state() == QAbstractSocket::ConnectedState) {
+        while (!m_paused && takeFrame()) {
+        }
+        std::array<char, 4096> bytes;
+        const bool isWanted =
+            m_socket.state() == QAbstractSocket::ConnectedState && m_received.size() < mostUnread;
+        const qint64 count = isWanted ? m_socket.read(bytes.data(), bytes.size()) : 0;
+        if (count == 0)
             return;
+        if (count < 0) // the end, of which an unbuffered socket does not tell
+            return takeState(QAbstractSocket::UnconnectedState);
+        m_received.append(bytes.data(), count);
     }
 }
 
@@ -149,6 +160,10 @@ void Wire::recognise()
 /** Cuts one frame off what has come; false when there is none yet, or can be none. */
 bool Wire::takeFrame()
 {
+    if (m_purpose == Purpose::Unknown)
+        recognise();
+    if (m_purpose == Purpose::Unknown || m_socket.state() != QAbstractSocket::ConnectedState)
+        return false;
     const bool command = m_purpose == Purpose::Commands;
     const qsizetype prefix = command ? commandLengthSize : lengthSize;
     const qsizetype longest = command ? longestCommandFrame : longestFrame;
@@ -164,7 +179,9 @@ bool Wire::takeFrame()
         return false;
     const QByteArray frame = m_received.first(prefix + length);
     m_received.remove(0, frame.size());
-    m_attempt = 0; // the other side is there, and a pairing needs more connections than one
+    if (m_received.isEmpty())
+        m_received.clear(); // and its memory
+    m_attempt = 0;          // the other side is there, and a pairing needs more connections than one
     emit frameReceived(command ? frame.sliced(prefix) : frame);
     return true;
 }
@@ -188,7 +205,7 @@ void Wire::takeState(QAbstractSocket::SocketState state)
         return;
     // Before the end is told: who receives the signal may stop the wire.
     if (!m_stopped) {
-        m_retry.start(waitBefore(m_attempt));
+        m_retry.start(waitBefore(m_attempt, m_crowd));
         m_attempt = std::min(m_attempt + 1, mostCounted);
     }
     if (std::exchange(m_connected, false))

@@ -31,8 +31,10 @@ public:
      * Connects, and again after every end of a connection: after 0.1 ms at first, then up to 100 ms later.
      *
      * @param greeting  what this side says first on every connection; may be empty
+     * @param crowd     how many do so in this process: they pause longer, five of them in a ms, and share the
+     * thread with each other instead of sleeping on it
      */
-    void start(const QString &host, quint16 port, const QByteArray &greeting);
+    void start(const QString &host, quint16 port, const QByteArray &greeting, int crowd = 1);
 
     /** Ends the connection and makes no other. */
     void stop();
@@ -40,7 +42,8 @@ public:
     bool isConnected() const { return m_connected; }
     Purpose purpose() const { return m_purpose; } ///< of the connection, or of the last one
 
-    /** While paused nothing is read, so that the other side's bytes wait where they take no memory. */
+    /** While paused no frame is taken, and little is read ahead: other bytes wait where they take no memory.
+     */
     void pause();
     void resume();
 
@@ -82,6 +85,7 @@ private:
     QString m_host;
     quint16 m_port = 0;
     QByteArray m_greeting;
+    int m_crowd = 1;
     QByteArray m_received;
     Purpose m_purpose = Purpose::Unknown;
     bool m_paused = false;

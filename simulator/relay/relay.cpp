@@ -2,9 +2,10 @@
 
 #include "simulator/relay/relay.h"
 
+#include "simulator/common/descriptors.h"
+
 #include <algorithm>
 #include <sys/epoll.h>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
@@ -22,24 +23,7 @@ constexpr auto misledTime = 60s;
 constexpr auto stallTime = 30s;
 constexpr auto sweepInterval = 100ms;
 
-constexpr rlim_t mostConnections = 20'000;
-constexpr rlim_t otherDescriptors = 64; // the program's own: standard streams, ports, libraries
-constexpr int backlog = 4096;           // a thousand registers may come back in the same moment
-
-/** How many connections the system leaves to this process, after asking it for more. */
-size_t roomForConnections()
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    const rlim_t wanted = std::min(limit.rlim_max, mostConnections + otherDescriptors);
-    if (limit.rlim_cur < wanted) {
-        limit.rlim_cur = wanted;
-        setrlimit(RLIMIT_NOFILE, &limit);
-        getrlimit(RLIMIT_NOFILE, &limit);
-    }
-    const rlim_t room = std::min(limit.rlim_cur, mostConnections + otherDescriptors);
-    return size_t(room - std::min(room, otherDescriptors));
-}
+constexpr int backlog = 4096; // a thousand registers may come back in the same moment
 
 QString place(const QHostAddress &address, quint16 port)
 {

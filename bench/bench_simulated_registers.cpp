@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ExtDevice/velnoext/velnoext.h"
+#include "bench/bare_socket.h"
+#include "bench/many_descriptors.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+
+#include <chrono>
+#include <cstdio>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+// What each of the registers takes that one velno-register plays: by how much a process with a thousand of
+// them is larger than one with a single one, when each has paired with the library and sold a receipt.
+
+namespace {
+
+constexpr int registers = 1000;
+constexpr quint16 firstPort = 20'000; // below those that the system gives out
+constexpr unsigned int timeout = 30'000;
+constexpr double mostKibPerRegister = 20;
+
+QByteArray serialOf(int index)
+{
+    return "UB" + QByteArray::number(index).rightJustified(10, '0');
+}
+
+long residentBytes(qint64 process)
+{
+    QFile file(u"/proc/%1/statm"_s.arg(process));
+    require(file.open(QIODevice::ReadOnly), "velno-register has ended");
+    return file.readAll().split(' ').at(1).toLong() * sysconf(_SC_PAGESIZE);
+}
+
+/** Pairs with a register, and sells one item for cash. */
+void sellAt(int index)
+{
+    require(velnoext_initialize(5, serialOf(index).constData(), "127.0.0.1", quint16(firstPort + index),
+                                timeout) == 0,
+            "a register did not connect");
+    VelnoSaleItem item{};
+    item.price = 1250;
+    item.quantity = 1000;
+    item.section = 1;
+    VelnoEcrSaleTotals totals{};
+    int state = 0;
+    require(velnoext_start_sale(timeout) == 0 && velnoext_add_sale_item(timeout, &item, &totals) == 0 &&
+                velnoext_end_sale(0) == 0 && velnoext_ecr_state(timeout, &state) == 0 && state == 1,
+            "a register did not sell");
+}
+
+/** The memory of a velno-register that plays so many, when each has sold. */
+long bytesAfterSalesAt(int count)
+{
+    QProcess program;
+    program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    program.setStandardOutputFile(QProcess::nullDevice());
+    program.start(QString::fromUtf8(VELNO_REGISTER),
+                  {u"--serial"_s, QString::fromLatin1(serialOf(0)), u"--connect"_s,
+                   u"127.0.0.1:%1"_s.arg(firstPort), u"--registers"_s, QString::number(count)});
+    require(program.waitForStarted(), "velno-register did not start");
+    for (int i = 0; i < count; ++i)
+        sellAt(i);
+    const long bytes = residentBytes(program.processId());
+    velnoext_close_all();
+    for (int i = 0; i < count; ++i)
+        velnoext_forget_device(serialOf(i).constData());
+    program.terminate();
+    program.waitForFinished();
+    return bytes;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    allowManyDescriptors();
+    const long one = bytesAfterSalesAt(1);
+    const auto start = std::chrono::steady_clock::now();
+    const long all = bytesAfterSalesAt(registers);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    constexpr double kib = 1024;
+    const double each = double(all - one) / kib / (registers - 1);
+    std::printf(
+        "one register: %.1f MiB of resident memory; %d in one process: %.1f KiB for each more (goal: at most"
+        " %.0f); %.1f ms to meet, pair and sell\n",
+        double(one) / kib / kib, registers, each, mostKibPerRegister, taken.count() * 1000 / registers);
+    return each <= mostKibPerRegister ? 0 : 1;
+}
