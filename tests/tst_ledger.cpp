@@ -213,6 +213,7 @@ void TestLedger::savingLeavesWhatWasAccepted()
     order.content = before.content;
     order.acceptedAt = before.acceptedAt;
     compare(*ledger.find(u"key"_s), order);
+    compare(ledger.list({order.state}).constFirst(), order); // read anew
     QVERIFY(!ledger.find(fullOrder().key));
 }
 
@@ -230,6 +231,8 @@ void TestLedger::listsAreOfStatesAndAsAccepted()
     QCOMPARE(keys(ledger.list({State::NeedsPerson, State::Accepted, State::Waiting}, 1000, 1)),
              (QStringList{u"1"_s, u"6"_s}));
     QCOMPARE(ledger.list({}).size(), 0);
+    QCOMPARE(ledger.numbers({State::NeedsPerson, State::Accepted, State::Waiting}), (QList<qint64>{1, 2, 7}));
+    QCOMPARE(ledger.numbers({State::Accepted, State::NeedsPerson}, 1), QList<qint64>{1});
 }
 
 void TestLedger::allAreVisitedHoweverMany()
@@ -414,7 +417,7 @@ void TestLedger::prunedOrdersAreGone()
     for (const char *key : {"old", "open", "new"})
         QVERIFY(ledger.put(ledger.add(QString::fromLatin1(key)), State::Closed, ++second));
     QVERIFY(ledger.put(*ledger.find(u"open"_s), State::Waiting, 2));
-    QCOMPARE(ledger.prune(moment(3)), 1);
+    QVERIFY(ledger.find(u"old"_s) && ledger.prune(moment(3)) == 1);
     QVERIFY(!ledger.find(u"old"_s));
     QVERIFY(ledger.find(u"open"_s));
     QVERIFY(ledger.find(u"new"_s));

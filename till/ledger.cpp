@@ -20,9 +20,34 @@ std::optional<VelnoReceiptRef> readReference(const Statement &row)
     return VelnoReceiptRef{row.value(0).toInt(), row.value(1).toInt()};
 }
 
+std::optional<qint64> readNumber(const Statement &row)
+{
+    return row.value(0).toLongLong();
+}
+
+/** The values of a statement that asks for states. */
+QVariantList valuesOf(const QList<State> &states, int most, qint64 behind = 0)
+{
+    QVariantList values{behind};
+    for (int state = 0; state < stateCount; ++state)
+        values << (states.contains(State(state)) ? state : -1);
+    return values << most;
+}
+
 auto inOrder(const VelnoReceiptRef &reference)
 {
     return std::pair(int(reference.first), int(reference.second));
+}
+
+/** The order on record with what save() writes of another one. */
+Order changed(const Order &before, const Order &order)
+{
+    Order after = order;
+    after.key = before.key;
+    after.kind = before.kind;
+    after.content = before.content;
+    after.acceptedAt = before.acceptedAt;
+    return after;
 }
 
 const VelnoReceiptRef &higher(const VelnoReceiptRef &one, const VelnoReceiptRef &other)
@@ -87,26 +112,43 @@ QList<Row> Ledger::rows(Statement Inside::*which, const QVariantList &values,
 std::optional<Order> Ledger::find(const QString &key) const
 {
     const QMutexLocker lock(&m_mutex);
-    const auto found = rows<Order>(&Inside::orderOfKey, {key}, readOrder);
-    return found.isEmpty() ? std::nullopt : std::optional(found.first());
+    if (m_atHand && m_atHand->key == key && isUsable())
+        return m_atHand;
+    const auto number = rows<qint64>(&Inside::numberOfKey, {key}, readNumber); // mostly there is none
+    return number.isEmpty() ? std::nullopt : withNumber(number.first());
 }
 
 std::optional<Order> Ledger::at(qint64 number) const
 {
     const QMutexLocker lock(&m_mutex);
+    return withNumber(number);
+}
+
+std::optional<Order> Ledger::withNumber(qint64 number) const
+{
+    if (m_atHand && m_atHand->number == number && isUsable())
+        return m_atHand;
     const auto found = rows<Order>(&Inside::orderOfNumber, {number}, readOrder);
-    return found.isEmpty() ? std::nullopt : std::optional(found.first());
+    if (found.isEmpty())
+        return std::nullopt;
+    m_atHand = found.first();
+    return m_atHand;
 }
 
 QList<Order> Ledger::list(const QList<State> &states, int most, qint64 behind) const
 {
     const QMutexLocker lock(&m_mutex);
-    QVariantList values{behind};
-    for (int state = 0; state < stateCount; ++state)
-        values << (states.contains(State(state)) ? state : -1);
     const bool unsettled = std::none_of(states.begin(), states.end(), isSettled);
-    return rows<Order>(unsettled ? &Inside::unsettledOfStates : &Inside::ordersOfStates, values << most,
-                       readOrder);
+    return rows<Order>(unsettled ? &Inside::unsettledOfStates : &Inside::ordersOfStates,
+                       valuesOf(states, most, behind), readOrder);
+}
+
+QList<qint64> Ledger::numbers(const QList<State> &states, int most) const
+{
+    const QMutexLocker lock(&m_mutex);
+    const bool unsettled = std::none_of(states.begin(), states.end(), isSettled);
+    return rows<qint64>(unsettled ? &Inside::unsettledNumbers : &Inside::numbersOfStates,
+                        valuesOf(states, most), readNumber);
 }
 
 bool Ledger::forEach(const QList<State> &states, const std::function<void(const Order &)> &visit) const
@@ -197,6 +239,7 @@ bool Ledger::change(Durability durability, const std::function<bool()> &write)
         return false;
     if (write() && commit())
         return true;
+    m_atHand.reset(); // only where the disk has failed may it be otherwise
     if (m_problem.isEmpty())
         m_problem = u"the ledger cannot be written: %1"_s.arg(m_inside->database.problem());
     m_inside->rollBack.run(); // SQLite may have done so by itself
@@ -244,8 +287,10 @@ bool Ledger::accept(Order *order, const Event &event, Durability durability)
         number = m_inside->insertOrder.insertedRow();
         return writeEvent(number, event);
     });
-    if (done)
+    if (done) {
         order->number = number;
+        m_atHand = *order;
+    }
     return done;
 }
 
@@ -265,9 +310,12 @@ bool Ledger::save(const Order &order, const Event &event, Durability durability)
         return writeEvent(order.number, event) && writeAttempts(notes, &standing) &&
                (order.z == 0 || readStanding(&standing));
     });
-    if (done)
-        m_standing = standing;
-    return done;
+    if (!done)
+        return false;
+    m_standing = standing;
+    if (m_atHand && m_atHand->number == order.number)
+        m_atHand = changed(*m_atHand, order);
+    return true;
 }
 
 bool Ledger::writeEvent(qint64 order, const Event &event)
@@ -314,6 +362,7 @@ int Ledger::prune(const QDateTime &unchangedSince)
 {
     const QMutexLocker lock(&m_mutex);
     int count = 0;
+    m_atHand.reset(); // it may be among them
     const bool done = change(Durability::Flushed, [&] { return forget(unchangedSince, &count); });
     return done ? count : -1;
 }

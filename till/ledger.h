@@ -70,6 +70,10 @@ public:
      *  @return false: the ledger has failed, and some or all were not visited */
     bool forEach(const QList<State> &states, const std::function<void(const Order &)> &visit) const;
 
+    /** The numbers of the orders of these states, as accepted: all of them, or no more than `most`. */
+    QList<qint64> numbers(const QList<State> &states, int most = all) const;
+    static constexpr int all = -1;
+
     /** Puts a new order on record and gives it its number. @return false: it is not there */
     bool accept(Order *order, const Event &event, Durability durability = Durability::Flushed);
 
@@ -117,6 +121,8 @@ private:
     QString readRegister(const QByteArray &serial);
     bool create(const QByteArray &serial, qint64 version);
 
+    std::optional<Order> withNumber(qint64 number) const;
+
     bool isUsable() const;
     void giveUp(const QString &why) const;
     template <typename Row>
@@ -134,7 +140,8 @@ private:
     mutable QMutex m_mutex;           ///< of all that follows
     std::unique_ptr<Inside> m_inside; ///< nothing: it is not open
     mutable QString m_problem;
-    mutable QString m_broken; ///< why nothing is read and taken; empty: it is
+    mutable QString m_broken;              ///< why nothing is read and taken; empty: it is
+    mutable std::optional<Order> m_atHand; ///< the order that was read or written last, as it is on record
     QList<Attempt> m_notes;
     Standing m_standing;
     std::optional<Durability> m_durability; ///< of the transaction before

@@ -13,10 +13,15 @@ QString selectOrders(const QString &which)
     return u"SELECT %1 FROM orders WHERE %2"_s.arg(orderColumns(), which);
 }
 
-QString ordersOf(const QString &condition)
+QString inStates(const QString &state)
 {
-    return selectOrders(u"number > ? AND %1 IN (%2) ORDER BY number LIMIT ?"_s.arg(
-        condition, QStringList(stateCount, u"?"_s).join(u", "_s)));
+    return u"number > ? AND %1 IN (%2) ORDER BY number LIMIT ?"_s.arg(
+        state, QStringList(stateCount, u"?"_s).join(u", "_s));
+}
+
+QString selectNumbers(const QString &which)
+{
+    return u"SELECT number FROM orders WHERE %1"_s.arg(which);
 }
 
 QString selectAttempts(const QString &which, const QString &how = {})
@@ -36,10 +41,12 @@ Ledger::Inside::Inside()
     : begin(database, u"BEGIN IMMEDIATE"_s)
     , commit(database, u"COMMIT"_s)
     , rollBack(database, u"ROLLBACK"_s)
-    , orderOfKey(database, selectOrders(u"key = ?"_s))
+    , numberOfKey(database, selectNumbers(u"key = ?"_s))
     , orderOfNumber(database, selectOrders(u"number = ?"_s))
-    , ordersOfStates(database, ordersOf(u"state"_s))
-    , unsettledOfStates(database, ordersOf(unsettledCondition() + u" AND state"_s))
+    , ordersOfStates(database, selectOrders(inStates(u"state"_s)))
+    , unsettledOfStates(database, selectOrders(inStates(unsettledCondition() + u" AND state"_s)))
+    , numbersOfStates(database, selectNumbers(inStates(u"state"_s)))
+    , unsettledNumbers(database, selectNumbers(inStates(unsettledCondition() + u" AND state"_s)))
     , historyOfOrder(database,
                      u"SELECT %1 FROM history WHERE order_number = ? ORDER BY line"_s.arg(eventColumns()))
     , attemptsOfOrder(database, selectAttempts(u"order_number = ? ORDER BY era, first, second"_s))

@@ -19,10 +19,12 @@ struct Ledger::Inside
     Statement commit;
     Statement rollBack;
 
-    Statement orderOfKey;
+    Statement numberOfKey;
     Statement orderOfNumber;
     Statement ordersOfStates;    ///< behind a number, of the states of stateCount values, how many at most
     Statement unsettledOfStates; ///< likewise, of those that are not settled
+    Statement numbersOfStates;   ///< likewise, the numbers alone
+    Statement unsettledNumbers;
     Statement historyOfOrder;
     Statement attemptsOfOrder;
 

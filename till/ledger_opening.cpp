@@ -13,6 +13,7 @@ QString Ledger::open(const LedgerPlace &place)
 {
     const QMutexLocker lock(&m_mutex);
     m_inside = std::make_unique<Inside>();
+    m_atHand.reset();
     m_notes.clear();
     m_durability.reset();
     m_isLogSuspect = false;

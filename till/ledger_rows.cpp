@@ -151,7 +151,8 @@ bool take(const Statement &from, int place, const std::array<Column<Row>, count>
 
 QString orderColumns()
 {
-    return u"number, "_s + fixed + u", "_s + names(changing, u", "_s);
+    static const QString columns = u"number, "_s + fixed + u", "_s + names(changing, u", "_s);
+    return columns;
 }
 
 std::optional<Order> readOrder(const Statement &row)
@@ -224,7 +225,8 @@ QVariantList wholeEvent(const Event &event)
 
 QString attemptColumns()
 {
-    return names(numbersOfAttempts, u", "_s);
+    static const QString columns = names(numbersOfAttempts, u", "_s);
+    return columns;
 }
 
 std::optional<Attempt> readAttempt(const Statement &row)

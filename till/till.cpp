@@ -144,10 +144,10 @@ QString Till::open(const LedgerPlace &place)
         return problem;
     // Also with a reference on record: that it was cancelled, and another sale started, was perhaps not
     // flushed.
-    const bool isRead =
-        m->ledger.forEach({State::Accepted, State::Open, State::Waiting, State::NeedsPerson},
-                          [this](const Order &order) { m->mayHaveStarted.insert(order.number); });
-    return isRead ? QString() : m->ledger.problem();
+    const QList<qint64> left =
+        m->ledger.numbers({State::Accepted, State::Open, State::Waiting, State::NeedsPerson});
+    m->mayHaveStarted = QSet<qint64>(left.cbegin(), left.cend());
+    return m->ledger.problem();
 }
 
 void Till::setListener(Listener listener)
@@ -242,10 +242,11 @@ Result Till::Inside::work(qint64 wanted)
     isWorking = true;
     const auto atEnd = qScopeGuard([this] { isWorking = false; });
     for (;;) {
-        const QList<Order> next = ledger.list(unfinished, 1);
-        if (next.isEmpty())
+        const QList<qint64> next = ledger.numbers(unfinished, 1);
+        std::optional<Order> found = next.isEmpty() ? std::nullopt : ledger.at(next.constFirst());
+        if (!found)
             return ledger.problem().isEmpty() ? Result::Done : Result::LedgerFailed;
-        Order order = next.constFirst();
+        Order &order = *found;
         if (wanted != 0 && order.number > wanted) // somebody else has done it meanwhile
             return Result::Done;
         switch (workOn(order)) {
