@@ -106,7 +106,7 @@ std::optional<Looked> Look::weigh(Glance glance)
     }
     m_agreed = 0;
     if (glance == Glance::Busy)
-        return m_waited >= qint64(m_place.meeting.patience) ? std::optional(Looked::Busy) : std::nullopt;
+        return m_patience.isOver() ? std::optional(Looked::Busy) : std::nullopt;
     if (++m_refusals < RegisterAccess::mostRefusals)
         return std::nullopt;
     return glance == Glance::Refused ? Looked::Silent : Looked::Unproven;
@@ -115,13 +115,11 @@ std::optional<Looked> Look::weigh(Glance glance)
 /** Ever longer, so that the questions meet short hindrances and long ones. */
 bool Look::pauseBehind(Glance glance)
 {
-    int pause = 1 << (glance == Glance::NotClosed ? m_agreed - 1 : m_refusals);
     if (glance == Glance::Busy) {
         m_place.tell(Stage::Busy);
-        pause = RegisterAccess::busyPause;
-        m_waited += pause;
+        return m_patience.pause();
     }
-    return m_place.clock.pause(pause);
+    return m_place.clock.pause(1 << (glance == Glance::NotClosed ? m_agreed - 1 : m_refusals));
 }
 
 std::optional<Looked> Look::afterFailure(int code)
@@ -135,7 +133,7 @@ std::optional<Looked> Look::afterFailure(int code)
 Looked Look::at(const Doubt &doubt, View *view)
 {
     m_failures = m_refusals = m_agreed = 0;
-    m_waited = 0;
+    m_patience = Patience(m_place.clock, m_place.meeting.patience);
     for (;;) {
         switch (m_register.reach()) {
         case RegisterAccess::Reach::Here:

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "till/patience.h"
 #include "till/register_access.h"
 
 namespace Velno::Receipts {
@@ -56,6 +57,7 @@ public:
     Look(Workplace &place, RegisterAccess &reg)
         : m_place(place)
         , m_register(reg)
+        , m_patience(place.clock, place.meeting.patience)
     {
     }
 
@@ -76,7 +78,7 @@ private:
     int m_failures = 0;
     int m_refusals = 0;
     int m_agreed = 0;
-    qint64 m_waited = 0; ///< ms, for a busy register
+    Patience m_patience;
 };
 
 } // namespace Velno::Receipts

@@ -45,7 +45,6 @@ protected:
     End takeWord(const QString &done, const QString &again);
 
     static constexpr int mostRefusals = RegisterAccess::mostRefusals;
-    static constexpr int busyPause = RegisterAccess::busyPause;
 
     Workplace &m_place;
     RegisterAccess &m_register;

@@ -13,8 +13,7 @@ namespace Velno::Receipts {
 namespace {
 
 constexpr int mostLosses = 50;
-constexpr int mostDoubts = 3;   // of one order at a time
-constexpr int latePause = 1000; // ms, for a register that is late to tell
+constexpr int mostDoubts = 3; // of one order at a time
 
 /** Somebody has to put paper in, or to act on the register; then it takes the same step. */
 bool isHindrance(const Reply &reply)
@@ -152,10 +151,9 @@ OrderWork::End ReceiptWork::concludeRefusal()
     }
     if (isHindrance(reply)) {
         m_place.tell(Stage::Busy);
-        m_waited += busyPause;
-        if (m_waited > qint64(m_place.meeting.patience))
+        if (m_patience.isOver())
             return wait(reply, u"the register takes no steps now"_s);
-        return m_place.clock.pause(busyPause) ? End() : WorkEnd::Stopped;
+        return m_patience.pause() ? End() : WorkEnd::Stopped;
     }
     if (++m_refusals < mostRefusals)
         return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
@@ -322,10 +320,9 @@ OrderWork::End ReceiptWork::concludeNo()
     const bool isConnectedSince =
         m_sent.step == Step::End && m_sent.reply.code == 0 && m_sent.connection == m_register.connections();
     if (isConnectedSince) { // a cut of the power would have ended the connection
-        m_waited += latePause;
-        if (m_waited > qint64(m_place.meeting.patience))
+        if (m_patience.isOver())
             return concludeUnproven();
-        return m_place.clock.pause(latePause) ? End() : WorkEnd::Stopped;
+        return m_patience.pause() ? End() : WorkEnd::Stopped;
     }
     const QList<Attempt> doubts = m_place.ledger.doubts();
     const auto inDoubt = std::count_if(doubts.cbegin(), doubts.cend(), [this](const Attempt &doubt) {

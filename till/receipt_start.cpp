@@ -79,12 +79,11 @@ OrderWork::End ReceiptWork::start()
 /** Nothing of the receipt can be at fault yet: the register is not ready, and may become so. */
 OrderWork::End ReceiptWork::waitForStart(const Reply &reply)
 {
-    if (m_waited >= qint64(m_place.meeting.patience))
+    if (m_patience.isOver())
         return wait(reply, u"the register starts no sale"_s);
     m_place.tell(Stage::Busy);
     --m_openings; // waiting is no attempt
-    m_waited += busyPause;
-    return m_place.clock.pause(busyPause) ? End() : WorkEnd::Stopped;
+    return m_patience.pause() ? End() : WorkEnd::Stopped;
 }
 
 /** Nothing is sold on a receipt whose reference is not on record: that is all that a process leaves behind.

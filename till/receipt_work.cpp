@@ -16,6 +16,7 @@ ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bo
     , m_mayHaveStarted(mayHaveStarted)
     , m_mayBeEnded(!isNone(order.reference))
     , m_mayBePaid(order.paymentSent)
+    , m_patience(place.clock, place.meeting.patience)
 {
 }
 

@@ -101,7 +101,7 @@ private:
     int m_refusals = 0; ///< of the same step in a row
     int m_losses = 0;   ///< steps of which the answer was lost
     int m_openings = 0;
-    qint64 m_waited = 0; ///< ms for a step that a busy register does not take
+    Patience m_patience; ///< with a register that does not take a step now, or is late to tell
 };
 
 } // namespace Velno::Receipts

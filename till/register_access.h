@@ -48,7 +48,6 @@ public:
     };
 
     static constexpr unsigned answerTimeout = 5000; ///< ms of silence in the rest of an answer
-    static constexpr int busyPause = 200;           ///< ms before a busy register is asked again
     static constexpr int mostRefusals = 10;         ///< in a row, before one is final
 
     explicit RegisterAccess(Workplace &place)

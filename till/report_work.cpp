@@ -92,10 +92,9 @@ OrderWork::End XReportWork::printOnce()
     if (isLost(code))
         return ++m_losses < mostLosses ? End() : wait(reply, u"answers are lost"_s);
     if (code == VelnoResult_WrongState || reply.cause == VelnoCause_PaperOut) {
-        m_waited += busyPause;
-        if (m_waited > qint64(m_place.meeting.patience))
+        if (m_patience.isOver())
             return wait(reply, u"the register is busy"_s);
-        return m_place.clock.pause(busyPause) ? End() : WorkEnd::Stopped;
+        return m_patience.pause() ? End() : WorkEnd::Stopped;
     }
     if (++m_refusals < mostRefusals)
         return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;

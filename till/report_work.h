@@ -25,7 +25,11 @@ private:
 class XReportWork final : public OrderWork
 {
 public:
-    using OrderWork::OrderWork;
+    XReportWork(Workplace &place, RegisterAccess &reg, Order &order)
+        : OrderWork(place, reg, order)
+        , m_patience(place.clock, place.meeting.patience)
+    {
+    }
     WorkEnd run() override;
 
 private:
@@ -33,7 +37,7 @@ private:
 
     int m_refusals = 0;
     int m_losses = 0;
-    qint64 m_waited = 0; ///< ms for a busy register
+    Patience m_patience; ///< with a busy register
 };
 
 /** Prints a slip; when it is not certain that it came out, a person is asked. */
