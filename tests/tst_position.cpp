@@ -4,6 +4,8 @@
 
 #include <QTest>
 
+#include <limits>
+
 using namespace Qt::StringLiterals;
 using namespace Velno::Receipts;
 
@@ -46,6 +48,8 @@ class TestPosition : public QObject
 private slots:
     void momentIsRecognised_data();
     void momentIsRecognised();
+    void adjustmentsCount_data();
+    void adjustmentsCount();
     void closedReceiptIsCompared_data();
     void closedReceiptIsCompared();
     void sumsAreJudgedBeforeAnythingIsPaid_data();
@@ -73,6 +77,12 @@ void TestPosition::momentIsRecognised_data()
     QTest::newRow("a payment before the last line") << mixed << totals(2, 500, 0) << -1 << 0;
     QTest::newRow("a line too many") << mixed << totals(4, 0, 0) << -1 << 0;
     QTest::newRow("fewer than none") << mixed << totals(-1, 0, 0) << -1 << 0;
+    QTest::newRow("rounded up") << mixed << VelnoEcrSaleTotals{{1002}, 1} << 1 << 0;
+    QTest::newRow("rounded down") << mixed << VelnoEcrSaleTotals{{998}, 1} << 1 << 0;
+    QTest::newRow("a dearer line") << mixed << VelnoEcrSaleTotals{{1003}, 1} << -1 << 0;
+    QTest::newRow("a cheaper line") << mixed << VelnoEcrSaleTotals{{997}, 1} << -1 << 0;
+    QTest::newRow("a sum of no receipt")
+        << mixed << VelnoEcrSaleTotals{{std::numeric_limits<qint64>::min()}, 1} << -1 << 0;
 }
 
 void TestPosition::momentIsRecognised()
@@ -89,6 +99,38 @@ void TestPosition::momentIsRecognised()
     QCOMPARE(position->payments, taken);
 }
 
+void TestPosition::adjustmentsCount_data()
+{
+    QTest::addColumn<int>("percentage");
+    QTest::addColumn<qint64>("discount");
+    QTest::addColumn<qint64>("medical");
+    QTest::addColumn<qint64>("total");
+    QTest::addColumn<bool>("isIts");
+
+    QTest::newRow("none") << 0 << qint64(0) << qint64(0) << qint64(1500) << true;
+    QTest::newRow("percentage") << -10 << qint64(0) << qint64(0) << qint64(1350) << true;
+    QTest::newRow("surcharge") << 10 << qint64(0) << qint64(0) << qint64(1650) << true;
+    QTest::newRow("discount") << 0 << qint64(200) << qint64(0) << qint64(1300) << true;
+    QTest::newRow("adjustment is missing") << 0 << qint64(200) << qint64(0) << qint64(1500) << false;
+    QTest::newRow("with medical contribution") << 0 << qint64(0) << qint64(700) << qint64(2200) << true;
+    QTest::newRow("before the medical contribution") << 0 << qint64(0) << qint64(700) << qint64(1500) << true;
+    QTest::newRow("half a medical contribution") << 0 << qint64(0) << qint64(700) << qint64(1850) << false;
+}
+
+/** One line of 1.5 pieces at 10.00. */
+void TestPosition::adjustmentsCount()
+{
+    QFETCH(const int, percentage);
+    QFETCH(const qint64, discount);
+    QFETCH(const qint64, medical);
+    QFETCH(const qint64, total);
+    Receipt receipt = paidBy({restInCash});
+    receipt.items = {Item{u"Peynir"_s, 1000, 1500, percentage, discount}};
+    if (medical != 0)
+        receipt.medical = Medical{medical, 11'111'111'111};
+    QTEST(positionOf(receipt, VelnoEcrSaleTotals{{total}, 1}).has_value(), "isIts");
+}
+
 void TestPosition::closedReceiptIsCompared_data()
 {
     QTest::addColumn<QList<Payment>>("payments");
@@ -103,6 +145,7 @@ void TestPosition::closedReceiptIsCompared_data()
     QTest::newRow("exactly") << QList{cash(1000), card(2000)} << totals(3, 1000, 2000) << true;
     QTest::newRow("a line is missing") << mixed << totals(2, 500, 1500) << false;
     QTest::newRow("a line too many") << mixed << totals(4, 500, 3500) << false;
+    QTest::newRow("another line") << QList{restInCash} << VelnoEcrSaleTotals{{3007, 0, 3007}, 3} << false;
     QTest::newRow("paid the other way") << mixed << totals(3, 3000, 0) << false;
     QTest::newRow("another amount in cash") << QList{cash(5000)} << totals(3, 4000, 0, 1000) << false;
     QTest::newRow("the change is wrong") << QList{cash(5000)} << totals(3, 5000, 0, 1000) << false;

@@ -25,6 +25,25 @@ Sums paidIn(const VelnoEcrSaleTotals &totals)
     return {totals.values[VelnoTotal_Cash], totals.values[VelnoTotal_Card]};
 }
 
+qint64 worthOf(const Item &item)
+{
+    const qint64 gross = lineTotal(item.price, item.quantity);
+    return item.percentage != 0 ? gross + gross * item.percentage / 100 : gross - item.discount;
+}
+
+/** Whether that many lines come to this, with the medical contribution or without it. Registers round in
+ * their own ways. */
+bool isSumOf(const Receipt &receipt, int lines, qint64 total)
+{
+    constexpr qint64 roundingOfLine = 2; // kuruş
+    qint64 sum = 0;
+    for (int i = 0; i < lines; ++i)
+        sum += worthOf(receipt.items.at(i));
+    const qint64 most = roundingOfLine * lines;
+    const auto isNear = [&](qint64 wanted) { return total >= wanted - most && total <= wanted + most; };
+    return isNear(sum) || (receipt.medical && isNear(sum + receipt.medical->amount));
+}
+
 Sums amountsTogether(const Receipt &receipt)
 {
     Sums sums{};
@@ -59,7 +78,8 @@ std::optional<Position> positionOf(const Receipt &receipt, const VelnoEcrSaleTot
     while (sums != paid && position.payments < amountsOf(receipt))
         add(sums, receipt.payments.at(position.payments++));
     const bool isWhole = position.lines == receipt.items.size();
-    const bool fits = position.lines >= 0 && position.lines <= receipt.items.size();
+    const bool fits = position.lines >= 0 && position.lines <= receipt.items.size() &&
+                      isSumOf(receipt, position.lines, totals.values[VelnoTotal_ToPay]);
     return sums == paid && fits && (isWhole || position.payments == 0) ? std::optional(position)
                                                                        : std::nullopt;
 }
@@ -71,6 +91,7 @@ bool isClosedAs(const Receipt &receipt, const VelnoEcrSaleTotals &totals)
     if (rest > 0)
         wanted.at(size_t(endTender(receipt))) += rest;
     return totals.number == receipt.items.size() && wanted == paidIn(totals) &&
+           isSumOf(receipt, totals.number, totals.values[VelnoTotal_ToPay]) &&
            totals.values[VelnoTotal_ToPay] == wanted[0] + wanted[1] - totals.values[VelnoTotal_Change];
 }
 

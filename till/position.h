@@ -18,7 +18,8 @@ struct Position
     bool operator==(const Position &) const = default;
 };
 
-/** Nothing when the numbers fit no moment of entering this receipt: somebody else has worked on it. */
+/** Nothing when the numbers fit no moment of entering this receipt: somebody else has worked on it. Sums of
+ * lines may differ by a rounding. */
 std::optional<Position> positionOf(const Receipt &receipt, const VelnoEcrSaleTotals &totals);
 
 /** Whether these are the sums of this receipt, closed. */

@@ -73,7 +73,7 @@ OrderWork::End ReceiptWork::enterLines()
     const End end = sent(Step::Lines, code, list.count);
     if (code != 0)
         return end;
-    if (m_totals.number == expected)
+    if (const auto now = positionOf(m_receipt, m_totals); now && *now == Position{expected, 0})
         m_position.lines = expected;
     else
         m_isCertain = false; // somebody else works on it, too
