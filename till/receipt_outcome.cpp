@@ -220,52 +220,6 @@ void ReceiptWork::printSlip()
          u"the slip is printed"_s); // when it is not noted, somebody looks for the slip in vain
 }
 
-/** Asked at another time than before, and beside a receipt that has just been closed. */
-OrderWork::End ReceiptWork::askAboutDoubts()
-{
-    if (!m_place.rules.hold(Rule::AskDoubtsAgain))
-        return WorkEnd::Settled;
-    const QList<Attempt> doubts = m_place.ledger.doubts();
-    for (Attempt doubt : doubts) {
-        View view;
-        if (Look(m_place, m_register).at({doubt.reference, m_order.reference}, &view) != Looked::Told)
-            break; // they are asked about behind the next receipt
-        if (view.found == Found::Closed) {
-            if (const End end = doubtIsClosed(doubt, view.totals))
-                return end;
-        } else if (view.found == Found::ProbablyCancelled) {
-            doubt.fate = Fate::Cancelled;
-            m_place.ledger.note(doubt);
-        }
-    }
-    return WorkEnd::Settled;
-}
-
-/** It was sold once more, and both count. */
-OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt, const VelnoEcrSaleTotals &totals)
-{
-    Attempt known = doubt;
-    known.fate = Fate::Closed;
-    const QString text = u"receipt %1 of Z %2 was taken for cancelled, and counts"_s.arg(
-        QString::number(doubt.reference.second), QString::number(doubt.reference.first));
-    m_place.ledger.note(known);
-    if (doubt.order == m_order.number)
-        return ask(Question::CountedTwice, text);
-    std::optional<Order> other = m_place.ledger.at(doubt.order);
-    if (!other)
-        return {};
-    other->changedAt = m_place.clock.now();
-    if (other->state == State::Closed && isNone(other->reference)) { // a person has known it before
-        other->reference = doubt.reference;
-        other->totals = totals;
-    } else {
-        other->question = Question::CountedTwice;
-        other->state = State::NeedsPerson;
-    }
-    const Event event{other->changedAt, other->state, 0, 0, text, {}};
-    return m_place.ledger.save(*other, event, Durability::Flushed) ? End() : WorkEnd::LedgerFailed;
-}
-
 /** What lies in the drawer for it, at most, and stands on no receipt. */
 qint64 ReceiptWork::cashTaken() const
 {
@@ -338,6 +292,7 @@ OrderWork::End ReceiptWork::concludeUnproven()
         return closeByWord();
     if (m_wordGiven)
         return concludeCancelled(Fate::GivenUp);
+    m_place.ledger.note(attempt(Fate::ProbablyCancelled)); // it is asked about behind the next receipt, too
     return ask(Question::ReceiptUnknown, u"the register does not tell whether the receipt was closed"_s);
 }
 
