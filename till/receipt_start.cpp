@@ -117,8 +117,8 @@ OrderWork::End ReceiptWork::adopt(const View &view)
     return {};
 }
 
-/** One that an earlier process has left: nothing can have been sold on it, and of what kind it is nobody
- * remembers. */
+/** One that an earlier process, or the work on another order, has left: nothing can have been sold on it, and
+ * of what kind it is nobody remembers. */
 OrderWork::End ReceiptWork::clearEmptySale()
 {
     m_register.ask(velnoext_cancel_sale, RegisterAccess::answerTimeout);

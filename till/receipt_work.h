@@ -14,8 +14,8 @@ namespace Velno::Receipts {
 class ReceiptWork final : public OrderWork
 {
 public:
-    /** @param mayHaveStarted  an earlier process, or earlier work, may have started a sale for it whose
-     * reference is not on record */
+    /** @param mayHaveStarted  an earlier process, or earlier work on whichever order, may have started a sale
+     * whose reference is not on record */
     ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bool mayHaveStarted);
 
     WorkEnd run() override;

@@ -9,7 +9,6 @@
 #include <QJsonDocument>
 #include <QMutex>
 #include <QScopeGuard>
-#include <QSet>
 
 #include <algorithm>
 
@@ -123,7 +122,7 @@ struct Till::Inside
     RegisterAccess reg{place};
     QMutex accepting;
     QMutex working;
-    QSet<qint64> mayHaveStarted; ///< orders for which a sale may be open whose reference is not on record
+    bool mayHaveStarted = false; ///< a sale may be open whose reference is not on record
 };
 
 Till::Till(const Meeting &meeting, Clock &clock, const Rules &rules)
@@ -145,8 +144,8 @@ QString Till::open(const LedgerPlace &place)
     // Also with a reference on record: that it was cancelled, and another sale started, was perhaps not
     // flushed.
     const QList<qint64> left =
-        m->ledger.numbers({State::Accepted, State::Open, State::Waiting, State::NeedsPerson});
-    m->mayHaveStarted = QSet<qint64>(left.cbegin(), left.cend());
+        m->ledger.numbers({State::Accepted, State::Open, State::Waiting, State::NeedsPerson}, 1);
+    m->mayHaveStarted = !left.isEmpty();
     return m->ledger.problem();
 }
 
@@ -216,12 +215,9 @@ WorkEnd Till::Inside::workOn(Order &order)
     };
     WorkEnd end = WorkEnd::Stopped;
     if (order.kind == Kind::Receipt) {
-        ReceiptWork receipt(place, reg, order, mayHaveStarted.contains(order.number));
+        ReceiptWork receipt(place, reg, order, mayHaveStarted);
         end = receipt.run();
-        if (receipt.mayHaveStarted())
-            mayHaveStarted.insert(order.number);
-        else
-            mayHaveStarted.remove(order.number);
+        mayHaveStarted = receipt.mayHaveStarted();
     } else if (order.kind == Kind::ZReport) {
         end = ZReportWork(place, reg, order).run();
     } else if (order.kind == Kind::XReport) {
