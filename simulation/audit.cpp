@@ -2,6 +2,7 @@
 
 #include "simulation/audit.h"
 
+#include "simulation/clerk.h"
 #include "simulator/fiscal/money.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ namespace {
 /** The line that an item has to become. */
 bool isLineOf(const Simulator::SaleLine &line, const Item &item)
 {
-    if (line.name != item.name || line.price != item.price || line.deleted)
+    if (line.name != item.name || line.price != item.price)
         return false;
     if (item.price == 0)
         return true; // a remark: nothing else counts
@@ -60,6 +61,12 @@ QString difference(const Receipt &receipt, const BookedReceipt &booked)
     return receipt.total && *receipt.total != booked.totals.total ? u"total"_s : QString();
 }
 
+bool hasLinesOf(const BookedReceipt &receipt, const QString &key)
+{
+    return std::ranges::all_of(receipt.lines,
+                               [&key](const Simulator::SaleLine &line) { return keyIn(line.name) == key; });
+}
+
 bool isNone(const VelnoReceiptRef &ref)
 {
     return ref.first == 0 && ref.second == 0;
@@ -86,14 +93,22 @@ Audit::Audit(Till &till, const std::deque<Handed> &handed,
     , m_handed(handed)
     , m_truth(truth)
 {
-    for (const Simulator::FiscalModel &model : registers)
+    for (const Simulator::FiscalModel &model : registers) {
         m_books << booksOf(model);
+        for (const BookedReceipt &receipt : std::as_const(m_books.last().receipts))
+            m_receipts << Counted{receipt, m_truth.find(model, receipt.ref)};
+    }
 }
 
 QString Audit::run()
 {
     if (m_truth.isOpen())
         return u"a sale is left open"_s;
+    const bool isRead = m_till.forEach({State::Accepted, State::Open, State::Closed, State::Cancelled,
+                                        State::Refused, State::Waiting, State::NeedsPerson},
+                                       [this](const Order &order) { m_orders.insert(order.key, order); });
+    if (!isRead)
+        return u"the ledger cannot be read"_s;
     if (const QString problem = checkBooks(); !problem.isEmpty())
         return problem;
     for (const Handed &handed : m_handed)
@@ -105,14 +120,15 @@ QString Audit::run()
 /** No receipt is anybody else's. */
 QString Audit::checkBooks()
 {
-    for (const Books &books : std::as_const(m_books)) {
+    for (const Books &books : std::as_const(m_books))
         if (!books.problem.isEmpty())
             return books.problem;
-        for (const BookedReceipt &receipt : books.receipts) {
-            const QString key = receipt.key();
-            if (std::ranges::find(m_handed, key, &Handed::key) == m_handed.end())
-                return u"receipt %1/%2 has the lines of nobody"_s.arg(receipt.ref.z).arg(receipt.ref.number);
-        }
+    for (const auto &[receipt, seen] : std::as_const(m_receipts)) {
+        const QString key = seen ? seen->key : QString();
+        const bool isKnown =
+            key == Clerk::key() || std::ranges::find(m_handed, key, &Handed::key) != m_handed.end();
+        if (!isKnown || (!seen->isTouched && !hasLinesOf(receipt, key)))
+            return u"receipt %1/%2 has the lines of nobody"_s.arg(receipt.ref.z).arg(receipt.ref.number);
     }
     return {};
 }
@@ -136,13 +152,13 @@ QString Audit::checkReports() const
 
 QString Audit::checkOrder(const Handed &handed)
 {
-    const Outcome found = m_till.find(handed.key);
-    const Order &order = found.order;
+    const auto found = m_orders.constFind(handed.key);
+    const Order order = found == m_orders.cend() ? Order() : *found;
     const bool isOther = order.reference.first != handed.order.reference.first ||
                          order.reference.second != handed.order.reference.second;
     // What a person has told of may have been found on the register since.
     const bool isFoundSince = isNone(handed.order.reference) && !handed.asked.isEmpty();
-    if (found.result != Result::Done || order.state != handed.order.state || (isOther && !isFoundSince))
+    if (found == m_orders.cend() || order.state != handed.order.state || (isOther && !isFoundSince))
         return u"the ledger has forgotten how it ended: state %1, question %2, receipt %3/%4"_s
             .arg(int(order.state))
             .arg(int(order.question))
@@ -165,12 +181,12 @@ QString Audit::checkOrder(const Handed &handed)
     return {};
 }
 
-QList<BookedReceipt> Audit::closedFor(const QString &key) const
+QList<Audit::Counted> Audit::closedFor(const QString &key) const
 {
-    QList<BookedReceipt> receipts;
-    for (const Books &books : m_books)
-        std::ranges::copy_if(books.receipts, std::back_inserter(receipts),
-                             [&key](const BookedReceipt &receipt) { return receipt.key() == key; });
+    QList<Counted> receipts;
+    std::ranges::copy_if(m_receipts, std::back_inserter(receipts), [&key](const Counted &counted) {
+        return counted.seen->key == key && !counted.seen->isGivenBack;
+    });
     return receipts;
 }
 
@@ -194,9 +210,12 @@ QString Audit::checkReceipt(const Handed &handed, const Order &order) const
 QString Audit::checkClosed(const Handed &handed, const Order &order) const
 {
     bool isFound = false;
-    const QList<BookedReceipt> receipts = closedFor(handed.key);
-    for (const BookedReceipt &receipt : receipts) {
-        if (const QString what = difference(handed.content.receipt, receipt); !what.isEmpty())
+    const QList<Counted> receipts = closedFor(handed.key);
+    for (const auto &[receipt, seen] : receipts) {
+        const QString what = difference(handed.content.receipt, receipt);
+        // With somebody else's lines on it, or without one of its own, it counts if a person has said so.
+        const bool isExcused = seen->isTouched && (seen->isUnseen || !handed.asked.isEmpty());
+        if (!what.isEmpty() && !isExcused)
             return u"the fiscal receipt is another one: "_s + what;
         const bool isThis = isSame(order.reference, receipt.ref);
         isFound = isFound || isThis;

@@ -25,6 +25,13 @@ public:
 private:
     using Order = Velno::Receipts::Order;
 
+    /** A receipt that counts, and how it came about; never null behind checkBooks(). */
+    struct Counted
+    {
+        BookedReceipt receipt;
+        const SeenSale *seen;
+    };
+
     QString checkBooks();
     QString checkReports() const;
     QString checkOrder(const Handed &handed);
@@ -32,11 +39,13 @@ private:
     QString checkClosed(const Handed &handed, const Order &order) const;
     QString checkSlip(const Handed &handed, const Order &order) const;
     QString checkMoney(const Handed &handed) const;
-    QList<BookedReceipt> closedFor(const QString &key) const;
+    QList<Counted> closedFor(const QString &key) const;
 
     Velno::Receipts::Till &m_till;
     const std::deque<Handed> &m_handed;
+    QHash<QString, Order> m_orders; ///< of the ledger, by key
     QList<Books> m_books;
+    QList<Counted> m_receipts;
     const Truth &m_truth;
     int m_zReports = 0; ///< of the ledger, that are closed
 };

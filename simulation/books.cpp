@@ -2,14 +2,10 @@
 
 #include "simulation/books.h"
 
-#include "simulation/content.h"
-
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace Simulator;
@@ -52,7 +48,6 @@ SaleLine readLine(const QSqlQuery &row)
     line.section = row.value(6).toInt();
     line.gross = row.value(7).toLongLong();
     line.adjustment = row.value(8).toLongLong();
-    line.deleted = row.value(9).toBool();
     return line;
 }
 
@@ -80,16 +75,6 @@ private:
 
 } // namespace
 
-QString BookedReceipt::key() const
-{
-    if (lines.isEmpty())
-        return {};
-    const QString first = keyIn(lines.constFirst().name);
-    const bool isSame =
-        std::ranges::all_of(lines, [&first](const SaleLine &line) { return keyIn(line.name) == first; });
-    return isSame ? first : QString();
-}
-
 Books booksOf(const FiscalModel &model)
 {
     const QSqlDatabase database = QSqlDatabase::database(model.journalConnection());
@@ -98,8 +83,8 @@ Books booksOf(const FiscalModel &model)
          " FROM receipts WHERE status = 1 ORDER BY z, number"_s,
          &books, database, [&](const QSqlQuery &row) { books.receipts << readReceipt(row); });
     Finder lines(books.receipts);
-    read(u"SELECT z, number, name, price, quantity, type, section, gross, adjustment, deleted FROM lines"
-         " ORDER BY z, number, line"_s,
+    read(u"SELECT z, number, name, price, quantity, type, section, gross, adjustment FROM lines"
+         " WHERE NOT deleted ORDER BY z, number, line"_s,
          &books, database, [&](const QSqlQuery &row) {
              if (BookedReceipt *const receipt = lines.of(row))
                  receipt->lines << readLine(row);

@@ -17,10 +17,8 @@ struct BookedReceipt
     qint64 contribution = 0;
     int invoiceType = -1; ///< none
     QString customer;
-    QList<Simulator::SaleLine> lines;
+    QList<Simulator::SaleLine> lines;   ///< without those that were deleted
     QList<Simulator::Payment> payments; ///< without their acquirers
-
-    QString key() const; ///< whose lines they are; empty when they are not all the same one's
 };
 
 /** A Z report on record, and what the receipts beneath it come to. */

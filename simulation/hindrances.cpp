@@ -99,8 +99,10 @@ bool Hindrances::refuses(const CommandRow &command, const Velno::GMP::Items &ite
 
 void Hindrances::noteClosed(const ReceiptRef &ref)
 {
-    if (m_lateFor > 0)
+    if (m_lateFor > 0) {
         m_late = {ref, m_clock.passed() + m_lateFor};
+        m_wasLate = true;
+    }
     m_lateFor = 0;
 }
 

@@ -34,6 +34,8 @@ public:
     bool hasRefused(const QString &command) const { return m_refused.contains(command); } ///< in this step
     bool hasRefusedAny() const { return !m_refused.isEmpty(); }
 
+    bool wasLate() const { return m_wasLate; } ///< to tell of a receipt, ever
+
     /** That a receipt has been closed. */
     void noteClosed(const Simulator::ReceiptRef &ref);
 
@@ -63,6 +65,7 @@ private:
     qint64 m_stateUntil = 0;
     qint64 m_journalUntil = 0;
     bool m_isLimitLow = false;
+    bool m_wasLate = false;
 };
 
 } // namespace Simulation

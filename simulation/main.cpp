@@ -9,6 +9,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <sqlite3.h>
 
 using namespace Simulation;
 using namespace Velno::Receipts;
@@ -18,6 +19,8 @@ namespace {
 
 constexpr int receiptsOfDay = 20;
 constexpr int wrongUsage = 64;
+constexpr double mostAsked = 8; // of 100 receipts
+constexpr int enoughForShares = 1000;
 
 QTextStream &out()
 {
@@ -107,13 +110,25 @@ int run(quint64 seed, qint64 receipts, const Rules &rules, bool isQuiet)
         return 1;
     }
     show(figures, timer.elapsed());
-    return 0;
+    const bool isTooMany = 100.0 * double(figures.asked) > mostAsked * double(figures.receipts);
+    if (figures.receipts < enoughForShares || !isTooMany)
+        return 0;
+    out() << "A person is asked too often.\n";
+    return 1;
+}
+
+/** One thread, and nobody who wants to know how much memory SQLite has. */
+void easeSqlite()
+{
+    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    easeSqlite();
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(

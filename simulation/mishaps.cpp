@@ -43,7 +43,8 @@ bool Mishaps::hasForgotten() const
 bool Mishaps::hasHindered() const
 {
     return hasHappened({MishapKind::NoPaper, MishapKind::NoPaperAtAll, MishapKind::Busy,
-                        MishapKind::OutOfService, MishapKind::LowLimit, MishapKind::JournalFull});
+                        MishapKind::OutOfService, MishapKind::LowLimit, MishapKind::JournalFull,
+                        MishapKind::HandSells, MishapKind::HandSale});
 }
 
 } // namespace Simulation

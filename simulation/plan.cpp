@@ -45,6 +45,9 @@ constexpr std::array table{
     MishapRow{MishapKind::DiskFull, "disk-full", Where::Write, 3, 0, 0},
     MishapRow{MishapKind::WriteFails, "write-fails", Where::Write, 2, 0, 0},
     MishapRow{MishapKind::FlushFails, "flush-fails", Where::Flush, 2, 0, 0},
+    MishapRow{MishapKind::HandSells, "hand-sells", Where::Command, 2, 1, 40 * second},
+    MishapRow{MishapKind::HandDeletes, "hand-deletes", Where::Command, 1, 0, 1},
+    MishapRow{MishapKind::HandSale, "hand-sale", Where::Command, 1, 1, 40 * second},
 };
 
 constexpr int allWeights = [] {
@@ -78,7 +81,7 @@ Mishap drawMishap(Chance &chance, bool isFirst)
 
 Step drawStep(Chance &chance, Job job)
 {
-    Step step{job, chance.next() % 1'000'000, mostItems, {}};
+    Step step{job, chance.next() % 1'000'000, mostItems, job == Job::Receipt && chance.in100(10), {}};
     const int count = job == Job::Receipt ? chance.from(1, most) : chance.from(0, 2);
     for (int i = 0; i < count; ++i)
         step.mishaps << drawMishap(chance, i == 0);
@@ -90,6 +93,8 @@ QString textOf(const Step &step)
     QString text = QChar(jobNames.at(size_t(step.job))) + QString::number(step.seed);
     if (step.mostItems != mostItems)
         text += u'/' + QString::number(step.mostItems);
+    if (step.isAhead)
+        text += u'+';
     for (const Mishap &mishap : step.mishaps) {
         text += u" %1@%2"_s.arg(QLatin1StringView(mishap.row->name)).arg(mishap.point);
         if (mishap.row->most > 0)
@@ -118,16 +123,22 @@ std::optional<Step> stepFrom(const QString &text)
     QStringList words = text.split(u' ', Qt::SkipEmptyParts);
     if (words.isEmpty())
         return std::nullopt;
-    const QString head = words.takeFirst();
-    const auto job = std::ranges::find(jobNames, head.at(0).unicode());
+    QString head = words.takeFirst();
+    const bool isAhead = head.endsWith(u'+');
+    if (isAhead)
+        head.chop(1);
+    const auto job = std::ranges::find(jobNames, head.isEmpty() ? u' ' : head.at(0).unicode());
     bool isSeed = false;
     bool isMost = true;
     Step step;
+    step.isAhead = isAhead;
     step.seed = head.section(u'/', 0, 0).sliced(1).toULongLong(&isSeed);
     step.mostItems = head.contains(u'/') ? head.section(u'/', 1).toInt(&isMost) : mostItems;
     if (job == jobNames.end() || !isSeed || !isMost || step.mostItems < 1)
         return std::nullopt;
     step.job = Job(job - jobNames.begin());
+    if (step.isAhead && step.job == Job::ZReport)
+        return std::nullopt;
     for (const QString &word : std::as_const(words)) {
         const auto mishap = mishapFrom(word);
         if (!mishap)
@@ -178,7 +189,7 @@ Plan makePlan(quint64 seed, int receipts)
         if (chance.in100(10))
             plan.steps << drawStep(chance, Job(chance.from(int(Job::ZReport), int(Job::Slip))));
     }
-    plan.steps << Step{Job::ZReport, chance.next() % 1'000'000, mostItems, {}};
+    plan.steps << Step{Job::ZReport, chance.next() % 1'000'000, mostItems, false, {}};
     return plan;
 }
 

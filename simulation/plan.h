@@ -39,6 +39,11 @@ enum class MishapKind {
     DiskFull,     ///< the till's disk, until everything is repaired
     WriteFails,   ///< one write to the till's disk
     FlushFails,   ///< one flush of the till's disk
+    // Somebody at the register's own keyboard, before a command; then the connection ends. With an odd number
+    // that command is done, unless another sale is open now.
+    HandSells,   ///< a line on the open sale; without one as the last
+    HandDeletes, ///< the last line of the open sale
+    HandSale,    ///< cancels what is open, and sells something for so many milliseconds
 };
 
 /** Where a mishap can happen; these are its points: commands that have come, writes and flushes of the till's
@@ -71,8 +76,9 @@ enum class Job { Receipt, ZReport, XReport, Slip };
 struct Step
 {
     Job job = Job::Receipt;
-    quint64 seed = 0;  ///< of its content, of what a cut leaves on the disk, and of what a person wants
-    int mostItems = 0; ///< no more than these; what is left out is the end of the list
+    quint64 seed = 0;     ///< of its content, of what a cut leaves on the disk, and of what a person wants
+    int mostItems = 0;    ///< no more than these; what is left out is the end of the list
+    bool isAhead = false; ///< accepted with the next one before anything is done about it; no Z report
     QList<Mishap> mishaps;
 };
 

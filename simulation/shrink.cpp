@@ -27,6 +27,7 @@ public:
             dropSteps();
             dropMishaps();
             dropLines();
+            dropTurns();
         } while (m_isSmaller);
         return m_plan;
     }
@@ -71,6 +72,16 @@ private:
                 if (keepIfFailing(smaller))
                     break;
             }
+    }
+
+    void dropTurns()
+    {
+        for (qsizetype i = 0; i < m_plan.steps.size(); ++i) {
+            Plan smaller = m_plan;
+            smaller.steps[i].isAhead = false;
+            if (m_plan.steps.at(i).isAhead)
+                keepIfFailing(smaller);
+        }
     }
 
     Plan m_plan;

@@ -52,6 +52,25 @@ void Truth::noteTold()
     open.mayBePaid = open.totals.cash > 0 || open.totals.card > 0;
 }
 
+void Truth::noteHand()
+{
+    if (isOpen())
+        m_sales.last().isTouched = true;
+}
+
+void Truth::noteUnseen()
+{
+    if (isOpen())
+        m_sales.last().isUnseen = true;
+}
+
+void Truth::giveBack(const QString &key)
+{
+    for (SeenSale &sale : m_sales)
+        if (sale.key == key && sale.isTouched && sale.end == SeenSale::End::Closed)
+            sale.isGivenBack = true;
+}
+
 void Truth::notePrint(const Print &print)
 {
     if (qstrcmp(print.kind, "z-report") == 0)
@@ -73,8 +92,15 @@ bool Truth::isOpen() const
 qsizetype Truth::timesClosed(const QString &key) const
 {
     return std::ranges::count_if(m_sales, [&key](const SeenSale &sale) {
-        return sale.key == key && sale.end == SeenSale::End::Closed;
+        return sale.key == key && sale.end == SeenSale::End::Closed && !sale.isGivenBack;
     });
+}
+
+const SeenSale *Truth::find(const FiscalModel &model, const ReceiptRef &ref) const
+{
+    const auto found = std::ranges::find_if(
+        m_sales, [&](const SeenSale &sale) { return sale.model == &model && sale.ref == ref; });
+    return found == m_sales.end() ? nullptr : &*found;
 }
 
 } // namespace Simulation

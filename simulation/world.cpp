@@ -91,6 +91,7 @@ Fate World::decide(const CommandRow &command, const Items &items)
     Fate fate;
     fate.isDone = !m_isDead;
     m_hindrances.easeUp();
+    m_clerk.easeUp();
     fate.isRefused = m_hindrances.refuses(command, items);
     fate.behind = [this, &items] { see(items); };
     const Mishap *const mishap = m_isDead ? nullptr : m_mishaps.at(Where::Command);
@@ -110,8 +111,11 @@ void World::see(const Items &items)
 {
     if (const SeenSale *const closed = m_truth.look(m_register.model()))
         m_hindrances.noteClosed(closed->ref);
-    if (const auto sold = Simulator::itemsToSell(items); !sold.isEmpty())
-        m_truth.noteLine(QString::fromUtf8(sold.constFirst().name));
+    if (const auto sold = Simulator::itemsToSell(items); !sold.isEmpty()) {
+        const QString name = QString::fromUtf8(sold.constFirst().name);
+        m_truth.noteLine(name);
+        checkOrderOf(keyIn(name));
+    }
 }
 
 void World::befall(const Mishap &mishap, const CommandRow &command, const Items &items, Fate *fate)
@@ -126,6 +130,10 @@ void World::befall(const Mishap &mishap, const CommandRow &command, const Items 
         fate->isDone = isDone;
         fate->answer = given;
     };
+    if (m_clerk.begin(mishap)) {
+        // What the till sends does not say for which sale it is: its line is down before another one begins.
+        return become(mishap.number % 2 != 0 && !m_clerk.isSelling(), Given::Lost);
+    }
     switch (mishap.row->kind) {
     case MishapKind::Drop:
         return become(false, Given::Lost);
@@ -231,6 +239,7 @@ void World::repair()
     m_figures.mishaps += m_mishaps.happened();
     m_mishaps.end();
     m_hindrances.repair();
+    m_clerk.repair();
     m_disk.setFull(false);
 }
 

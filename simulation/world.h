@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "simulation/clerk.h"
 #include "simulation/figures.h"
 #include "simulation/handed.h"
 #include "simulation/hindrances.h"
@@ -55,9 +56,14 @@ private:
     bool bury();
 
     // A day
-    void doStep(const Step &step, int number);
-    void handOverUntilSettled(Handed *handed);
+    void doTurn(qsizetype first, qsizetype count);
+    void conclude(Handed *handed);
+    void handOverUntilSettled(const QList<Handed *> &turn);
+    bool goOn(Handed *handed, bool isRepaired);
+    std::optional<Outcome> call(const Handed &handed, const std::function<Outcome()> &function);
+    void accept(const Handed &handed);
     bool handOver(Handed *handed);
+    void checkOrderOf(const QString &key);
     void handOverAgain(const Handed &handed);
     void answer(Handed *handed);
     Velno::Receipts::Answer honestAnswer(const Handed &handed);
@@ -80,8 +86,10 @@ private:
     Hindrances m_hindrances{m_register, m_clock};
     Mishaps m_mishaps;
     Truth m_truth;
+    Clerk m_clerk{m_register, m_clock, m_truth};
     std::unique_ptr<Velno::Receipts::Till> m_till;
     std::deque<Handed> m_handed;
+    QList<Handed *> m_turn; ///< what was accepted together, in this order
     Figures m_figures;
     QString m_failure;
     qint64 m_awayUntil = 0; ///< the register starts

@@ -15,7 +15,6 @@ namespace {
 constexpr int triesUnderMishaps = 3;
 constexpr int triesBehind = 12;
 constexpr int mostDeaths = 20; // in a row
-const QString person = u"Ayşe"_s;
 
 Kind kindOf(Job job)
 {
@@ -36,61 +35,96 @@ Kind kindOf(Job job)
 
 QString World::run()
 {
-    for (const Step &step : std::as_const(m_plan.steps)) {
-        doStep(step, int(m_handed.size()));
+    for (qsizetype first = 0; first < m_plan.steps.size();) {
+        qsizetype count = 1;
+        while (m_plan.steps.at(first + count - 1).isAhead && first + count < m_plan.steps.size())
+            ++count;
+        doTurn(first, count);
         if (!m_failure.isEmpty())
             return m_failure;
+        first += count;
     }
     lookIntoTheBooks();
     return m_failure;
 }
 
-void World::doStep(const Step &step, int number)
+/** Steps whose orders are accepted before the first of them is worked off; mostly a single one. */
+void World::doTurn(qsizetype first, qsizetype count)
 {
-    const QString key = u"k%1"_s.arg(number);
-    m_handed.push_back({key, &step, contentOf(step, key), {}, {}, false});
-    Handed &handed = m_handed.back();
-    m_chance = Chance(step.seed + 1);
-    m_mishaps.begin(step.mishaps);
+    QList<Mishap> mishaps;
+    m_turn.clear();
+    for (qsizetype i = first; i < first + count; ++i) {
+        const Step &step = m_plan.steps.at(i);
+        const QString key = u"k%1"_s.arg(i);
+        m_handed.push_back({key, &step, contentOf(step, key), {}, {}, false});
+        m_turn << &m_handed.back();
+        mishaps << step.mishaps;
+    }
+    m_chance = Chance(m_plan.steps.at(first).seed + 1);
+    m_mishaps.begin(mishaps);
     m_hindrances.beginStep();
     m_commandsOfStep = 0;
     m_stepBegan = m_clock.passed();
     m_zBefore = m_truth.zReports();
-    tell(u"%1: %2"_s.arg(key, QString::fromUtf8(handed.content.json)));
-    handOverUntilSettled(&handed);
-    if (!isSettled(handed.order.state))
-        fail(u"%1 is not settled when all is repaired"_s.arg(key));
-    if (m_failure.isEmpty() && m_chance.in100(20))
-        handOverAgain(handed);
-    handed.isHindered = m_hindrances.hasRefusedAny() || m_mishaps.hasHindered();
-    if (step.job != Job::Receipt)
-        return;
-    ++m_figures.receipts;
-    m_figures.closed += handed.order.state == State::Closed;
-    m_figures.refused += handed.order.state == State::Refused;
-    m_figures.cancelled += handed.order.state == State::Cancelled;
-    m_figures.asked += !handed.asked.isEmpty();
+    QList<Handed *> turn = m_turn;
+    for (const Handed *const handed : std::as_const(turn)) {
+        tell(u"%1: %2"_s.arg(handed->key, QString::fromUtf8(handed->content.json)));
+        if (count > 1)
+            accept(*handed);
+    }
+    if (count > 1 && m_chance.in100(50)) // whoever asks for the last one works off those before it
+        std::ranges::reverse(turn);
+    handOverUntilSettled(turn);
+    for (Handed *const handed : std::as_const(m_turn))
+        conclude(handed);
 }
 
-void World::handOverUntilSettled(Handed *handed)
+void World::conclude(Handed *handed)
+{
+    if (!isSettled(handed->order.state))
+        fail(u"%1 is not settled when all is repaired"_s.arg(handed->key));
+    if (m_failure.isEmpty() && m_chance.in100(20))
+        handOverAgain(*handed);
+    handed->isHindered = m_hindrances.hasRefusedAny() || m_mishaps.hasHindered();
+    if (handed->step->job != Job::Receipt)
+        return;
+    ++m_figures.receipts;
+    m_figures.closed += handed->order.state == State::Closed;
+    m_figures.refused += handed->order.state == State::Refused;
+    m_figures.cancelled += handed->order.state == State::Cancelled;
+    m_figures.asked += !handed->asked.isEmpty();
+}
+
+void World::handOverUntilSettled(const QList<Handed *> &turn)
 {
     for (int i = 0; i < triesUnderMishaps + triesBehind && m_failure.isEmpty(); ++i) {
         if (i == triesUnderMishaps)
             repair();
-        const bool isTold = handOver(handed);
-        if (isTold && isSettled(handed->order.state))
+        bool isDone = true;
+        for (Handed *const handed : turn)
+            if (!isSettled(handed->order.state))
+                isDone = goOn(handed, i > triesUnderMishaps) && isDone;
+        if (isDone)
             break;
-        if (isTold && handed->order.state == State::NeedsPerson)
-            answer(handed);
-        else if (!isTold && i > triesUnderMishaps)
-            endTill(); // as one does with a program that says that its disk has failed
         m_clock.pass(m_chance.from(1, 20'000));
     }
     repair();
 }
 
-/** @return whether the order is as the till tells it now */
-bool World::handOver(Handed *handed)
+/** @return whether it is settled */
+bool World::goOn(Handed *handed, bool isRepaired)
+{
+    const bool isTold = handOver(handed);
+    if (isTold && handed->order.state == State::NeedsPerson)
+        answer(handed);
+    else if (!isTold && isRepaired)
+        endTill(); // as one does with a program that says that its disk has failed
+    return isTold && isSettled(handed->order.state);
+}
+
+/** Calls the till that there is, or a new one, until one does not die of it. @return nothing: none can begin,
+ * or none stays alive */
+std::optional<Outcome> World::call(const Handed &handed, const std::function<Outcome()> &function)
 {
     for (int deaths = 0; deaths < mostDeaths; ++deaths) {
         if (!m_till) {
@@ -100,27 +134,63 @@ bool World::handOver(Handed *handed)
                 continue;
             if (!problem.isEmpty()) {
                 endTill();
-                return false;
+                return {};
             }
         }
-        const Outcome outcome = m_till->perform(handed->key, kindOf(handed->step->job), handed->content.json);
-        tell(u"  handed over: result %1, state %2, question %3, receipt %4/%5 %6"_s.arg(int(outcome.result))
-                 .arg(int(outcome.order.state))
-                 .arg(int(outcome.order.question))
-                 .arg(outcome.order.reference.first)
-                 .arg(outcome.order.reference.second)
-                 .arg(outcome.words.join(u' ')));
+        const Outcome outcome = function();
         if (bury())
             continue;
         if (outcome.result == Result::BadContent || outcome.result == Result::Conflict)
-            fail(u"%1: %2"_s.arg(handed->key, outcome.words.join(u", "_s)));
-        if (outcome.result != Result::Done)
-            return false;
-        handed->order = outcome.order;
-        return true;
+            fail(u"%1: %2"_s.arg(handed.key, outcome.words.join(u", "_s)));
+        return outcome;
     }
-    fail(u"%1: the till does not stay alive"_s.arg(handed->key));
-    return false;
+    fail(u"%1: the till does not stay alive"_s.arg(handed.key));
+    return {};
+}
+
+/** What is not accepted now, on a full disk for example, is so when it is handed over. */
+void World::accept(const Handed &handed)
+{
+    call(handed, [&] { return m_till->accept(handed.key, kindOf(handed.step->job), handed.content.json); });
+}
+
+/** @return whether the order is as the till tells it now */
+bool World::handOver(Handed *handed)
+{
+    const auto outcome = call(*handed, [&] {
+        return m_till->perform(handed->key, kindOf(handed->step->job), handed->content.json);
+    });
+    if (!outcome)
+        return false;
+    const Order &order = outcome->order;
+    if (trace)
+        tell(u"  %1 handed over: result %2, state %3, question %4, receipt %5/%6 %7"_s.arg(handed->key)
+                 .arg(int(outcome->result))
+                 .arg(int(order.state))
+                 .arg(int(order.question))
+                 .arg(order.reference.first)
+                 .arg(order.reference.second)
+                 .arg(outcome->words.join(u' ')));
+    if (outcome->result != Result::Done)
+        return false;
+    handed->order = order;
+    return true;
+}
+
+/** When a line of it is sold, nothing that was accepted before it may be unfinished. */
+void World::checkOrderOf(const QString &key)
+{
+    if (m_turn.size() < 2)
+        return;
+    const Outcome sold = m_till->find(key);
+    for (const Handed *const other : std::as_const(m_turn)) {
+        const Outcome found = m_till->find(other->key);
+        const State state = found.order.state;
+        const bool isUnfinished = state == State::Accepted || state == State::Open || state == State::Waiting;
+        if (sold.result == Result::Done && found.result == Result::Done &&
+            found.order.number < sold.order.number && isUnfinished)
+            fail(u"%1 is sold before %2"_s.arg(key, other->key));
+    }
 }
 
 /** The same comes to the same, and something else is a conflict; neither sells anything. */
@@ -139,115 +209,6 @@ void World::handOverAgain(const Handed &handed)
         fail(u"%1: another content is no conflict"_s.arg(handed.key));
     if (m_truth.sales().size() != sales)
         fail(u"%1: handed over again it was sold again"_s.arg(handed.key));
-}
-
-// The person -----------------------------------------------------------------------------------------------
-
-void World::answer(Handed *handed)
-{
-    judgeQuestion(*handed);
-    handed->asked << handed->order.question;
-    ++m_figures.questions.at(size_t(handed->order.question));
-    const Answer given = honestAnswer(*handed);
-    tell(u"  a person answers %1"_s.arg(int(given)));
-    m_truth.noteAnswer(handed->key);
-    m_till->answer(handed->key, given, person);
-    bury();
-}
-
-/** Somebody who looks at the paper, and into the register's books. */
-Answer World::honestAnswer(const Handed &handed)
-{
-    if (handed.order.question == Question::CountedTwice || isDone(handed))
-        return Answer::Paid;
-    return m_chance.in100(80) ? Answer::SellAgain : Answer::Drop;
-}
-
-bool World::isDone(const Handed &handed) const
-{
-    switch (handed.step->job) {
-    case Job::Receipt:
-        return m_truth.timesClosed(handed.key) > 0;
-    case Job::ZReport:
-        return m_truth.zReports() > m_zBefore;
-    case Job::Slip:
-        return m_truth.slips(handed.key) > 0;
-    case Job::XReport:
-        break;
-    }
-    return false;
-}
-
-void World::judgeQuestion(const Handed &handed)
-{
-    if (!couldNotBeKnown(handed))
-        fail(u"%1: question %2 could have been answered without a person"_s.arg(handed.key)
-                 .arg(int(handed.order.question)));
-}
-
-/** Whether nothing that the till can see tells the answer. */
-bool World::couldNotBeKnown(const Handed &handed) const
-{
-    const auto ended = [&](SeenSale::End end) {
-        return [&handed, end](const SeenSale &sale) { return sale.key == handed.key && sale.end == end; };
-    };
-    const auto &sales = m_truth.sales();
-    switch (handed.order.question) {
-    case Question::ReceiptUnknown: // the register said no, or there is nothing to compare its no with
-        return m_hindrances.hasRefused(u"receipt"_s) || m_hindrances.hasRefused(u"sale-state"_s) ||
-               m_register.models().size() > 1 || !std::ranges::any_of(m_handed, [](const Handed &other) {
-                   return other.order.state == State::Closed && other.order.reference.second != 0;
-               });
-    case Question::MoneyTaken: // a payment may have been under way
-        return m_hindrances.hasRefused(u"receipt"_s) || std::ranges::any_of(sales, [&](const SeenSale &sale) {
-                   return ended(SeenSale::End::Cancelled)(sale) &&
-                          (sale.mayBePaid || m_mishaps.hasForgotten());
-               });
-    case Question::PaymentRefused:
-        return m_hindrances.hasRefusedAny() || m_mishaps.hasHindered();
-    case Question::OtherRegister:
-        return m_register.models().size() > 1;
-    case Question::CountedTwice:
-        return m_truth.timesClosed(handed.key) > 1 && m_hindrances.hasRefused(u"receipt"_s);
-    case Question::SlipPrinted:
-        return m_mishaps.happened() > 0;
-    case Question::None:
-    case Question::NotOurs: // nobody works on the register itself
-        break;
-    }
-    return false;
-}
-
-/** Of a receipt that was taken for cancelled the register may tell as late as behind the next one; and that
- * one was closed may be lost with the power, and the register with it. */
-void World::answerLateQuestions()
-{
-    constexpr int mostQuestions = 3; // the answer to one may bring up another
-    for (Handed &handed : m_handed) {
-        if (handed.order.state == State::NeedsPerson)
-            continue;
-        for (int asked = 0; asked < mostQuestions && m_failure.isEmpty(); ++asked) {
-            const Order now = m_till->find(handed.key).order;
-            if (now.state != State::NeedsPerson)
-                break;
-            answerLateQuestion(&handed, now);
-        }
-    }
-}
-
-void World::answerLateQuestion(Handed *handed, const Order &now)
-{
-    handed->order = now;
-    const bool isTwice = now.question == Question::CountedTwice && m_truth.timesClosed(handed->key) > 1;
-    const bool isElsewhere = now.question == Question::OtherRegister && m_register.models().size() > 1;
-    // It was told as closed, and that was lost with a till that died before the next flush.
-    const bool isUntold = now.question == Question::ReceiptUnknown && m_figures.deaths > 0;
-    if (!isTwice && !isElsewhere && !isUntold)
-        fail(u"%1: question %2 comes too late"_s.arg(handed->key).arg(int(now.question)));
-    handed->asked << now.question;
-    ++m_figures.questions.at(size_t(now.question));
-    m_till->answer(handed->key, Answer::Paid, person);
-    handOver(handed);
 }
 
 void World::lookIntoTheBooks()

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "simulation/world.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace Velno::Receipts;
+
+namespace Simulation {
+
+namespace {
+
+const QString person = u"Ayşe"_s;
+
+} // namespace
+
+void World::answer(Handed *handed)
+{
+    judgeQuestion(*handed);
+    handed->asked << handed->order.question;
+    ++m_figures.questions.at(size_t(handed->order.question));
+    const Answer given = honestAnswer(*handed);
+    tell(u"  a person answers %1"_s.arg(int(given)));
+    m_truth.noteAnswer(handed->key);
+    m_till->answer(handed->key, given, person);
+    bury();
+}
+
+/** Somebody who looks at the paper, and into the register's books. */
+Answer World::honestAnswer(const Handed &handed)
+{
+    // What was closed with somebody else's lines is taken back, or is right as it is.
+    if (handed.order.question == Question::NotOurs && m_chance.in100(60))
+        m_truth.giveBack(handed.key);
+    if (handed.order.question == Question::CountedTwice || isDone(handed))
+        return Answer::Paid;
+    return m_chance.in100(80) ? Answer::SellAgain : Answer::Drop;
+}
+
+bool World::isDone(const Handed &handed) const
+{
+    switch (handed.step->job) {
+    case Job::Receipt:
+        return m_truth.timesClosed(handed.key) > 0;
+    case Job::ZReport:
+        return m_truth.zReports() > m_zBefore;
+    case Job::Slip:
+        return m_truth.slips(handed.key) > 0;
+    case Job::XReport:
+        break;
+    }
+    return false;
+}
+
+void World::judgeQuestion(const Handed &handed)
+{
+    if (!couldNotBeKnown(handed))
+        fail(u"%1: question %2 could have been answered without a person"_s.arg(handed.key)
+                 .arg(int(handed.order.question)));
+}
+
+/** Whether nothing that the till can see tells the answer. */
+bool World::couldNotBeKnown(const Handed &handed) const
+{
+    const auto ended = [&](SeenSale::End end) {
+        return [&handed, end](const SeenSale &sale) { return sale.key == handed.key && sale.end == end; };
+    };
+    const auto &sales = m_truth.sales();
+    switch (handed.order.question) {
+    case Question::ReceiptUnknown: // the register said no, or there is nothing to compare its no with
+        return m_hindrances.hasRefused(u"receipt"_s) || m_hindrances.hasRefused(u"sale-state"_s) ||
+               m_register.models().size() > 1 || !std::ranges::any_of(m_handed, [this](const Handed &other) {
+                   return other.order.state == State::Closed && other.order.reference.second != 0 &&
+                          std::ranges::find(m_turn, &other) == m_turn.end();
+               });
+    case Question::MoneyTaken: // a payment may have been under way
+        return m_hindrances.hasRefused(u"receipt"_s) || std::ranges::any_of(sales, [&](const SeenSale &sale) {
+                   return ended(SeenSale::End::Cancelled)(sale) &&
+                          (sale.mayBePaid || m_mishaps.hasForgotten());
+               });
+    case Question::PaymentRefused:
+        return m_hindrances.hasRefusedAny() || m_mishaps.hasHindered();
+    case Question::OtherRegister:
+        return m_register.models().size() > 1;
+    case Question::CountedTwice: // no refusal agrees ten times with the counter-question
+        return m_truth.timesClosed(handed.key) > 1 && m_hindrances.wasLate();
+    case Question::SlipPrinted:
+        return m_mishaps.happened() > 0;
+    case Question::NotOurs:
+        return std::ranges::any_of(
+            sales, [&handed](const SeenSale &sale) { return sale.key == handed.key && sale.isTouched; });
+    case Question::None:
+        break;
+    }
+    return false;
+}
+
+/** Of a receipt that was taken for cancelled the register may tell as late as behind the next one; and that
+ * one was closed may be lost with the power, and the register with it. */
+void World::answerLateQuestions()
+{
+    constexpr int mostRounds = 3; // the answer to one may bring up another
+    for (int round = 0; round < mostRounds && m_failure.isEmpty(); ++round) {
+        QList<Order> waiting;
+        if (!m_till->forEach({State::NeedsPerson}, [&](const Order &order) { waiting << order; }))
+            fail(u"the ledger cannot be read"_s);
+        for (const Order &order : waiting) {
+            const auto handed = std::ranges::find(m_handed, order.key, &Handed::key);
+            if (handed != m_handed.end() && m_failure.isEmpty())
+                answerLateQuestion(&*handed, order);
+        }
+    }
+}
+
+void World::answerLateQuestion(Handed *handed, const Order &now)
+{
+    handed->order = now;
+    const bool isTwice = now.question == Question::CountedTwice && m_truth.timesClosed(handed->key) > 1 &&
+                         m_hindrances.wasLate();
+    const bool isElsewhere = now.question == Question::OtherRegister && m_register.models().size() > 1;
+    // It was told as closed, and that was lost with a till that died before the next flush.
+    const bool isUntold = now.question == Question::ReceiptUnknown && m_figures.deaths > 0;
+    if (!isTwice && !isElsewhere && !isUntold)
+        fail(u"%1: question %2 comes too late"_s.arg(handed->key).arg(int(now.question)));
+    handed->asked << now.question;
+    ++m_figures.questions.at(size_t(now.question));
+    m_till->answer(handed->key, Answer::Paid, person);
+    handOver(handed);
+}
+
+} // namespace Simulation
