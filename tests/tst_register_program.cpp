@@ -91,7 +91,7 @@ public:
 
     int connect(int which)
     {
-        return velnoext_initialize(5, serials[which], "127.0.0.1", quint16(port + which), patience);
+        return velnoext_initialize(5, serials[size_t(which)], "127.0.0.1", quint16(port + which), patience);
     }
 
     static constexpr std::array serials{"UB0000000009", "UB0000000010", "UB0000000011"};
