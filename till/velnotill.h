@@ -356,7 +356,8 @@ VELNOTILL_API int velnotill_json(VelnoTill *till, const char *key, char **text);
  * Forgets settled orders that have not changed for so long. A key that is forgotten is a new one: choose an
  * age at which nobody hands it over any more. Nothing else ever forgets an order.
  *
- * @param seconds  age; 0 forgets every settled order
+ * @param seconds  age; 0 means any. Whatever their age these stay: the last Z report, and orders with a
+ *                 receipt that may yet turn out to count
  * @param count    receives how many; may be NULL
  * @return 0; 3; 100; 102; 104
  */

@@ -459,7 +459,8 @@ namespace Velno.Native
         /// Forgets settled orders that have not changed for so long. A key that is forgotten is a new
         /// one: choose an age at which nobody hands it over any more. Nothing else ever forgets an
         /// order.
-        /// seconds: age; 0 forgets every settled order
+        /// seconds: age; 0 means any. Whatever their age these stay: the last Z report, and orders with
+        /// a receipt that may yet turn out to count
         /// count: receives how many; may be NULL
         /// Returns 0; 3; 100; 102; 104
         /// int velnotill_prune(VelnoTill *till, unsigned int seconds, int *count);
