@@ -132,7 +132,7 @@ std::optional<Step> stepFrom(const QString &text)
     bool isMost = true;
     Step step;
     step.isAhead = isAhead;
-    step.seed = head.section(u'/', 0, 0).sliced(1).toULongLong(&isSeed);
+    step.seed = head.section(u'/', 0, 0).mid(1).toULongLong(&isSeed);
     step.mostItems = head.contains(u'/') ? head.section(u'/', 1).toInt(&isMost) : mostItems;
     if (job == jobNames.end() || !isSeed || !isMost || step.mostItems < 1)
         return std::nullopt;

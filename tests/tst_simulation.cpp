@@ -55,6 +55,7 @@ void TestSimulation::brokenPlans_data()
     QTest::newRow("negative number") << u"1; r1 cut@1=-1"_s;
     QTest::newRow("nothing is accepted before a Z report is made") << u"1; z1+; r1"_s;
     QTest::newRow("ahead of nothing") << u"1; +"_s;
+    QTest::newRow("lines of nothing") << u"1; /5"_s;
     QTest::newRow("nothing behind a semicolon") << u"1; r1;"_s;
 }
 
