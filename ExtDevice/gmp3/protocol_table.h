@@ -25,9 +25,9 @@ enum class FieldForm {
 /** A tag: its bytes, none of which is zero, closed by a zero. */
 struct TagRow
 {
-    int value; ///< of the enumerator in tags.h, which is the index of the row
     const char *tag;
     const char *name; ///< for people; both public keys share theirs, as they share their tag
+    int value;        ///< of the enumerator in tags.h, which is the index of the row
     FieldForm form = FieldForm::Bytes;
 };
 
