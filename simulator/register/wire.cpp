@@ -144,7 +144,7 @@ void Wire::takeBytes()
             return;
         if (count < 0) // the end, of which an unbuffered socket does not tell
             return takeState(QAbstractSocket::UnconnectedState);
-        m_received.append(bytes.data(), count);
+        m_received.append(bytes.data(), qsizetype(count));
     }
 }
 
