@@ -34,7 +34,7 @@ class Amounts(unittest.TestCase):
 
     def test_what_is_no_amount_is_refused(self) -> None:
         texts = ["", "12,50", "-1", "+1", "1.005", "1e3", " 1", "1_0", "NaN", "12.", ".5", "10000000000", "١"]
-        decimals = ["1.005", "-0.01", "NaN", "Infinity", "1E+999999999", "1E-999999999", "10000000000"]
+        decimals = ["1.005", "-0.01", "NaN", "Infinity", "1E+99999999", "1E-99999999", "10000000000"]
         for text in texts:
             self.assertRaisesRegex(ValueError, "accepted: lira", _values.kurus, text)
         for text in decimals:
