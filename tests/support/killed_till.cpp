@@ -33,14 +33,18 @@ Told KilledTill::ask(const QString &verb, const QString &key, const QByteArray &
     limit.setSingleShot(true);
     QObject::connect(&limit, &QTimer::timeout, &m_loop, &QEventLoop::quit);
     limit.start(m_limit);
-    while (!m_process.canReadLine() && m_process.state() != QProcess::NotRunning && limit.isActive())
-        m_loop.exec();
-    if (!m_process.canReadLine()) {
-        told.isHanging = !limit.isActive();
-        return told;
+    QStringList words;
+    while (words.size() < 6 ||
+           words.at(0) != key) { // what a process said when it was killed is about another
+        while (!m_process.canReadLine() && m_process.state() != QProcess::NotRunning && limit.isActive())
+            m_loop.exec();
+        if (!m_process.canReadLine()) {
+            told.isHanging = !limit.isActive();
+            return told;
+        }
+        words = QString::fromUtf8(m_process.readLine()).trimmed().split(u' ');
     }
-    const QStringList words = QString::fromUtf8(m_process.readLine()).trimmed().split(u' ');
-    told.isTold = words.size() >= 6 && words.at(0) == key;
+    told.isTold = true;
     told.result = words.value(1).toInt();
     told.state = words.value(2).toInt();
     told.question = words.value(3).toInt();
