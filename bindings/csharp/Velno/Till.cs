@@ -128,7 +128,7 @@ namespace Velno
         /// <summary>How an order stands. Asks no register.</summary>
         public Outcome Find(string key) => Ordered(key, Velnotill.velnotill_find);
 
-        /// <summary>Orders as accepted, the first thousand; `states` is a sum of 1 &lt;&lt; state.</summary>
+        /// <summary>Orders as accepted; `states` is a sum of 1 &lt;&lt; state.</summary>
         public IList<Outcome> Orders(uint states = Velnotill.VELNOTILL_ALL_STATES)
         {
             var found = new List<Outcome>();

@@ -142,7 +142,7 @@ public final class Till implements AutoCloseable {
         return ordered(key, (name, outcome) -> Loading.TILL.velnotill_find(till, name, outcome));
     }
 
-    /** Every order as accepted, the first thousand. */
+    /** Every order, as accepted. */
     public List<Outcome> orders() {
         List<Outcome> found = new ArrayList<>();
         VelnoTillVisitor visitor =

@@ -144,7 +144,7 @@ class Till:
         return self._order(key, lambda name, out: low.velnotill_find(self._till, name, out))
 
     def orders(self, states: Iterable[low.VelnoTillState] = ALL_STATES) -> list[Outcome]:
-        """The orders of these states, as accepted; the first thousand when there are more."""
+        """The orders of these states, as accepted. LedgerFailed when not all could be read."""
         found: list[Outcome] = []
 
         def visit(key: bytes, outcome: Any, _context: Any) -> None:

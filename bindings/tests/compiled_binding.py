@@ -1,0 +1,116 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What every binding that is compiled has to show: its tests derive from CompiledBindingTest and say how programs of
+their language are compiled and run."""
+
+from __future__ import annotations
+
+import re
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+BINDINGS = Path(__file__).resolve().parents[1]
+sys.path[:0] = [str(BINDINGS / "python" / "tests"), str(BINDINGS / "generator")]
+
+import support
+import test_layout
+
+
+class CompiledBindingTest(support.RegisterTest):
+    """The programs Checks and Market are compiled once, into `built`."""
+
+    language: str  # of the binding's folder, and of the blocks in its README
+    card_payment: str  # how the language writes the stage's name
+    built: Path
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.built = Path(folder.name)
+        cls.compile_all()
+
+    @classmethod
+    def folder_of_binding(cls) -> Path:
+        return BINDINGS / cls.language
+
+    @classmethod
+    def compile_all(cls) -> None:
+        """Compiles the binding with its checks and its example."""
+        raise NotImplementedError
+
+    def compile_readme(self, text: str) -> str:
+        """Compiles the lines of the README. Returns the program's name."""
+        raise NotImplementedError
+
+    def command_of(self, program: str) -> list[str]:
+        """What runs a program that has been compiled."""
+        raise NotImplementedError
+
+    def run_program(self, program: str, *arguments: str) -> subprocess.CompletedProcess[str]:
+        command = [*self.command_of(program), *arguments]
+        return subprocess.run(command, cwd=self.folder, capture_output=True, text=True, check=False)
+
+    def check(self, *arguments: str) -> str:
+        done = self.run_program("Checks", *arguments)
+        self.assertEqual((done.stderr, done.returncode), ("", 0))
+        return done.stdout
+
+    def test_every_function_is_bound(self) -> None:
+        declared = {
+            f"{name} {len(getattr(module._library, name).argtypes)}"
+            for module in test_layout.HEADERS
+            for name in vars(module)
+            if re.match(r"velno(ext|till)_(?!set_log_line)\w+$", name)
+        }
+        self.assertEqual(set(self.check("functions").splitlines()), declared)
+
+    def test_values_are_written_exactly_or_refused(self) -> None:
+        self.check("values")
+
+    def test_receipts(self) -> None:
+        process = self.start_register()
+        self.check("till", self.serial, self.listen, "ledger")
+        self.assertEqual(process.printed(), ["receipt", "x-report", "z-report", "slip"])
+
+    def test_waits_can_be_ended(self) -> None:
+        self.check("alone", self.serial, self.listen, "ledger")
+
+    def test_single_commands(self) -> None:
+        process = self.start_register()
+        self.check("register", self.serial, self.listen)
+        self.assertEqual(process.printed(), ["receipt", "cancelled", "cancelled", "x-report", "z-report"])
+
+    def test_a_markets_sale_comes_through_lost_answers(self) -> None:
+        process = self.start_register("--fault", "lost-answer=change-state*3")
+        arguments = [self.serial, self.listen, "ledger", "4711"]
+        first, again = self.run_program("Market", *arguments), self.run_program("Market", *arguments)
+        self.assertEqual((first.stderr, first.returncode), ("", 0))
+        stages, told = first.stdout.split("Receipt", 1)
+        self.assertRegex(told, r"^ 1 of Z 1 is closed: total 115.38 TL, cash 50.00 TL, card 65.38 TL,")
+        self.assertIn(f"  4711: {self.card_payment}\n", stages)
+        self.assertEqual((again.stderr, again.returncode, again.stdout), ("", 0, f"Receipt{told}"))
+        self.assertEqual(process.printed(), ["receipt"])
+
+    def test_the_readmes_lines_sell(self) -> None:
+        text = (self.folder_of_binding() / "README.md").read_text(encoding="utf-8")
+        block = rf"^```{self.language}\n(.*?)^```\n\n```\n(.*?)^```$"
+        [[example, output]] = re.findall(block, text, re.DOTALL | re.MULTILINE)
+        self.assertLessEqual(example.count("\n"), 10)
+        for stands, taken in ("UB1234567890", self.serial), ("0.0.0.0:4100", self.listen):
+            self.assertIn(stands, example)
+            example = example.replace(stands, taken)
+        program = self.compile_readme(example)
+        process = self.start_register()
+        for _ in range(2):
+            done = self.run_program(program)
+            self.assertEqual((done.stderr, done.stdout), ("", output))
+        self.assertEqual(process.printed(), ["receipt"])
+
+
+def compile_or_fail(*command: str) -> None:
+    """Raises RuntimeError with what the compiler said."""
+    done = subprocess.run(command, capture_output=True, text=True, check=False)
+    if done.returncode != 0:
+        raise RuntimeError(done.stdout + done.stderr)
