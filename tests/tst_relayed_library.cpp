@@ -5,6 +5,7 @@
 #include "tests/support/library_test.h"
 #include "tests/support/simulated_register.h"
 #include "tests/support/simulated_relay.h"
+#include "tests/support/test_support.h"
 
 #include <QTcpServer>
 #include <QTest>
@@ -54,7 +55,8 @@ bool portsAreFree()
     const auto canListen = [](quint16 port) {
         return QTcpServer().listen(QHostAddress(QString::fromUtf8(VELNO_TSM_RELAY_ADDRESS)), port);
     };
-    return QTest::qWaitFor([&] { return canListen(50900) && canListen(50902); }, 60'000);
+    return QTest::qWaitFor([&] { return canListen(50900) && canListen(50902); },
+                           std::chrono::milliseconds(portIsFreeAgain).count());
 }
 
 /** The options of a relay where the library looks for it. */

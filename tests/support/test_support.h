@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QtGlobal>
 
+#include <chrono>
 #include <iostream>
 #include <sstream>
 
@@ -19,6 +20,10 @@ inline QByteArray hex(const char *digits)
 
 /** A TCP port that nobody listens on at this moment, and that no other test program is given. */
 quint16 freePort();
+
+/** For a port that is built into a program: a connection that had it as its own keeps it for a minute behind
+ * its end. */
+constexpr std::chrono::minutes portIsFreeAgain{2};
 
 /** Collects what the engine logs on standard output while it lives. */
 class LogCapture
