@@ -46,23 +46,6 @@ namespace {
 
 using Answered = VelnoTillResult;
 
-QByteArray problem()
-{
-    return velnotill_problem();
-}
-
-QStringList keysOf(VelnoTill *till, unsigned states)
-{
-    QStringList keys;
-    velnotill_list(
-        till, states,
-        [](const char *key, const VelnoTillOutcome *, void *list) {
-            static_cast<QStringList *>(list)->append(QString::fromUtf8(key));
-        },
-        &keys);
-    return keys;
-}
-
 QJsonObject jsonOf(VelnoTill *till, const char *key)
 {
     char *text = nullptr;

@@ -26,27 +26,6 @@ private slots:
     void problemBelongsToTheThread();
 };
 
-namespace {
-
-QByteArray problem()
-{
-    return velnotill_problem();
-}
-
-QStringList keysOf(VelnoTill *till, unsigned states)
-{
-    QStringList keys;
-    velnotill_list(
-        till, states,
-        [](const char *key, const VelnoTillOutcome *, void *list) {
-            static_cast<QStringList *>(list)->append(QString::fromUtf8(key));
-        },
-        &keys);
-    return keys;
-}
-
-} // namespace
-
 void TestVelnotillCalls::oneTillInAProcess()
 {
     OpenTill till(freePort());

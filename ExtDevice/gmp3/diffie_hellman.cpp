@@ -47,6 +47,11 @@ PkeyPtr dhGroup(const char *p, int pLength, const char *g, int gLength)
     if (!builder || !OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_FFC_P, prime.get()) ||
         !OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_FFC_G, generator.get()))
         return {};
+    return dhGroup(builder);
+}
+
+PkeyPtr dhGroup(const ParamBldPtr &builder)
+{
     const ParamPtr parameters{OSSL_PARAM_BLD_to_param(builder.get())};
     const PkeyCtxPtr ctx{EVP_PKEY_CTX_new_from_name(nullptr, "DH", nullptr)};
     EVP_PKEY *group = nullptr;

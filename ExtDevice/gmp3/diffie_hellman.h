@@ -9,6 +9,9 @@ namespace Velno::GMP {
 /** A group without key pair; null when p is even or has no usable size, or g is not in 2 .. p-2. */
 PkeyPtr dhGroup(const char *p, int pLength, const char *g, int gLength);
 
+/** The group of these parameters; null when there is none. */
+PkeyPtr dhGroup(const ParamBldPtr &builder);
+
 /** The 2048-bit group 14 of RFC 3526. */
 PkeyPtr dhGroup2048();
 

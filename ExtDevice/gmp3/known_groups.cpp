@@ -3,6 +3,7 @@
 #include "ExtDevice/gmp3/known_groups.h"
 
 #include "ExtDevice/encoding/digest.h"
+#include "ExtDevice/gmp3/diffie_hellman.h"
 
 #include "known_groups_data.h"
 
@@ -25,13 +26,7 @@ PkeyPtr namedGroup(const char *name)
     const ParamBldPtr builder{OSSL_PARAM_BLD_new()};
     if (!builder || !OSSL_PARAM_BLD_push_utf8_string(builder.get(), OSSL_PKEY_PARAM_GROUP_NAME, name, 0))
         return {};
-    const ParamPtr parameters{OSSL_PARAM_BLD_to_param(builder.get())};
-    const PkeyCtxPtr ctx{EVP_PKEY_CTX_new_from_name(nullptr, "DH", nullptr)};
-    EVP_PKEY *group = nullptr;
-    if (!parameters || !ctx || EVP_PKEY_fromdata_init(ctx.get()) != 1 ||
-        EVP_PKEY_fromdata(ctx.get(), &group, EVP_PKEY_KEY_PARAMETERS, parameters.get()) != 1)
-        return {};
-    return PkeyPtr{group};
+    return dhGroup(builder);
 }
 
 /** Made once: those of the build, then the named ones. */

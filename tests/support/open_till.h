@@ -5,6 +5,7 @@
 #include "till/velnotill.h"
 
 #include <QByteArray>
+#include <QStringList>
 #include <QTemporaryDir>
 
 /** A till of velnotill.h with a ledger of its own, for tests. */
@@ -35,6 +36,24 @@ private:
     VelnoTillSettings m_settings;
     VelnoTill *m_till = nullptr;
 };
+
+inline QByteArray problem()
+{
+    return velnotill_problem();
+}
+
+/** Of the orders in these states, as listed. */
+inline QStringList keysOf(VelnoTill *till, unsigned states)
+{
+    QStringList keys;
+    velnotill_list(
+        till, states,
+        [](const char *key, const VelnoTillOutcome *, void *list) {
+            static_cast<QStringList *>(list)->append(QString::fromUtf8(key));
+        },
+        &keys);
+    return keys;
+}
 
 inline VelnoTillOutcome emptyOutcome()
 {
