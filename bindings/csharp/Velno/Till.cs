@@ -113,7 +113,12 @@ namespace Velno
         /// <summary>
         /// Works off every order that can go on: when the program starts, and when a register is back.
         /// </summary>
-        public void Work() { TillException.Check(Velnotill.velnotill_work(till)); }
+        public void Work()
+        {
+            int result = Velnotill.velnotill_work(till);
+            GC.KeepAlive(this); // and with it the listener, which the library calls
+            TillException.Check(result);
+        }
 
         /// <summary>
         /// A person's answer to the question of an order. Work(), or handing it over again, acts upon it.
@@ -158,7 +163,9 @@ namespace Velno
         private Outcome Ordered(string key, Order order)
         {
             var outcome = new VelnoTillOutcome { size = (uint)sizeof(VelnoTillOutcome) };
-            TillException.Check(order(till, Text.Bytes(key, "key"), &outcome));
+            int result = order(till, Text.Bytes(key, "key"), &outcome);
+            GC.KeepAlive(this); // and with it the listener, which the library calls
+            TillException.Check(result);
             return new Outcome(key, outcome);
         }
 

@@ -175,11 +175,12 @@ internal static class Checks
     /// <summary>No register comes: a cancelled token, and Interrupt(), end the wait.</summary>
     private static int Alone(string serial, string listen, string ledger)
     {
-        using (var till = new Till(serial, listen, 5, ledger, null, TimeSpan.FromSeconds(1000)))
+        var cancel = new CancellationTokenSource();
+        using (var till = new Till(serial, listen, 5, ledger, (stage, order) => cancel.Cancel(),
+                                   TimeSpan.FromSeconds(1000)))
         {
-            var cancel = new CancellationTokenSource();
+            // Cancelled when it is on record and waits: before that nothing would be left of it.
             Task<Outcome> selling = till.SellAsync(Bread(), "1", cancel.Token);
-            cancel.CancelAfter(100);
             var problem = Throws<AggregateException>(() => selling.Wait(), "cancelled");
             Expect(problem.InnerException is OperationCanceledException, problem.InnerException.ToString());
             Expect(till.Find("1").State == VelnoTillState.Accepted, "stays on record");

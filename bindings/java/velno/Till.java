@@ -127,7 +127,7 @@ public final class Till implements AutoCloseable {
 
     /** Works off every order that can go on: when the program starts, and when a register is back. */
     public void work() {
-        TillException.check(Loading.TILL.velnotill_work(till));
+        checkAlive(Loading.TILL.velnotill_work(till));
     }
 
     /** A person's answer to the question of an order. work(), or handing it over again, acts upon it. */
@@ -171,8 +171,14 @@ public final class Till implements AutoCloseable {
     private Outcome ordered(String key, Order order) {
         VelnoTillOutcome outcome = new VelnoTillOutcome();
         outcome.size((int)VelnoTillOutcome.BYTES);
-        TillException.check(order.call(Values.bytes(key, "key"), outcome.at));
+        checkAlive(order.call(Values.bytes(key, "key"), outcome.at));
         return new Outcome(key, outcome);
+    }
+
+    /** What the library came to when it may have called the listener, which had to live until then. */
+    private void checkAlive(int result) {
+        java.lang.ref.Reference.reachabilityFence(this);
+        TillException.check(result);
     }
 
     private static Memory memory(byte[] bytes) {
