@@ -2,6 +2,8 @@
 
 #include "simulator/common/command_line.h"
 
+#include "translations/spoken.h"
+
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -28,7 +30,8 @@ int showText(const QString &text)
 
 int showWrongUsage(const char *program, const QString &text)
 {
-    std::fprintf(stderr, "%s: %s\n%s --help shows all options.\n", program, qPrintable(text), program);
+    std::fprintf(stderr, "%s: %s\n%s\n", program, qPrintable(text),
+                 qPrintable(Spoken::tr("%1 --help shows all options.").arg(QLatin1StringView(program))));
     return wrongUsage;
 }
 

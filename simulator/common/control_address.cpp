@@ -3,6 +3,7 @@
 #include "simulator/common/control_address.h"
 
 #include "simulator/common/numbers.h"
+#include "translations/spoken.h"
 
 #include <QRegularExpression>
 
@@ -106,9 +107,10 @@ std::optional<ControlAddress> controlAddressFrom(const QString &text)
 
 QString controlAddressRule()
 {
-    return u"PORT, ADDR:PORT or [IPV6]:PORT with a port of 0 to 65535, or the path of a Unix socket: with a "
-           u"/,"
-           " up to %1 bytes"_s.arg(longestPath);
+    return Spoken::tr(
+               "PORT, ADDR:PORT or [IPV6]:PORT with a port of 0 to 65535, or the path of a Unix socket: "
+               "with a /, up to %1 bytes")
+        .arg(longestPath);
 }
 
 ControlAddress addressOf(int socket)

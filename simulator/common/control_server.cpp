@@ -2,6 +2,8 @@
 
 #include "simulator/common/control_server.h"
 
+#include "translations/spoken.h"
+
 #include <QTimer>
 
 #include <cerrno>
@@ -77,7 +79,8 @@ QString ControlServer::listen(const ControlAddress &address)
     if (bound)
         m_path = address.path();
     if (!bound || ::listen(m_socket, backlog) != 0)
-        return u"cannot listen on %1: %2"_s.arg(address.text(), QString::fromLocal8Bit(std::strerror(errno)));
+        return Spoken::tr("cannot listen on %1: %2")
+            .arg(address.text(), QString::fromLocal8Bit(std::strerror(errno)));
     m_comes = new QSocketNotifier(m_socket, QSocketNotifier::Read);
     connect(m_comes, &QSocketNotifier::activated, this, &ControlServer::admit);
     return {};

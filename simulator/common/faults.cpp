@@ -16,7 +16,7 @@ QString FaultRow::usage() const
 
 QString FaultRow::valueRule() const
 {
-    return u"%1: %2 to %3"_s.arg(QLatin1StringView(value)).arg(least).arg(most);
+    return Spoken::tr("%1: %2 to %3").arg(QLatin1StringView(value)).arg(least).arg(most);
 }
 
 std::optional<FaultValue> FaultRow::readValue(const QString &written) const
@@ -35,16 +35,16 @@ TypedFault::TypedFault(const QString &text)
 
 QString TypedFault::noSuchFault(const QStringList &usages) const
 {
-    return u"\"%1\" is no fault; accepted are %2"_s.arg(name, usages.join(", "_L1));
+    return Spoken::tr("\"%1\" is no fault; accepted are %2").arg(name, usages.join(", "_L1));
 }
 
 QString TypedFault::wrongValue(const FaultRow &row, const QString &rule) const
 {
     if (!row.value)
-        return u"%1 takes no value"_s.arg(name);
+        return Spoken::tr("%1 takes no value").arg(name);
     if (!value)
-        return u"%1 needs a value: %2"_s.arg(name, rule);
-    return u"\"%1\" is no value of %2; accepted is %3"_s.arg(*value, name, rule);
+        return Spoken::tr("%1 needs a value: %2").arg(name, rule);
+    return Spoken::tr("\"%1\" is no value of %2; accepted is %3").arg(*value, name, rule);
 }
 
 } // namespace Simulator

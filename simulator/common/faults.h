@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "translations/spoken.h"
+
 #include <QHash>
 #include <QString>
 #include <QStringList>
@@ -36,7 +38,7 @@ struct FaultRow
     const char *value; ///< how the value is written in the help; null for a fault without one
     int least;
     int most;
-    const char *help; ///< one line
+    const char *help; ///< one line, given to Spoken::tr()
 
     /** NAME or NAME=VALUE, as it is typed. */
     QString usage() const;
@@ -87,7 +89,7 @@ QString faultHelp(std::span<const Row> table)
     using namespace Qt::StringLiterals;
     QString help;
     for (const Row &row : table)
-        help += u"  "_s + row.usage().leftJustified(24) + QLatin1StringView(row.help) + u'\n';
+        help += u"  "_s + row.usage().leftJustified(24) + Spoken::tr(row.help) + u'\n';
     return help;
 }
 

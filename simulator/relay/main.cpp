@@ -4,14 +4,18 @@
 #include "simulator/common/control_input.h"
 #include "simulator/common/control_server.h"
 #include "simulator/relay/relay.h"
+#include "translations/spoken.h"
 
 #include <QCoreApplication>
+
+#include <optional>
 
 using namespace Simulator;
 
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
+    std::optional<Spoken::Speaker> speaker(std::in_place);
     const auto line = parseRelayCommandLine(QCoreApplication::arguments());
     if (const auto exitCode = shownInstead("velno-relay", line))
         return *exitCode;
@@ -29,5 +33,6 @@ int main(int argc, char *argv[])
         problem = relay.start(control.place());
     if (!problem.isEmpty())
         return showUnavailable("velno-relay", problem);
+    speaker.reset(); // events are for programs
     return QCoreApplication::exec();
 }

@@ -3,6 +3,7 @@
 #include "simulator/relay/relay.h"
 
 #include "simulator/common/descriptors.h"
+#include "translations/spoken.h"
 
 #include <algorithm>
 #include <sys/epoll.h>
@@ -94,7 +95,7 @@ QString Relay::open(Door &door, quint16 port, Role role)
 {
     door.setListenBacklogSize(backlog);
     if (!door.listen(m_options.address, port))
-        return u"cannot listen on %1: %2"_s.arg(place(m_options.address, port), door.errorString());
+        return Spoken::tr("cannot listen on %1: %2").arg(place(m_options.address, port), door.errorString());
     connect(&door, &Door::entered, this,
             [this, &door, role](int socket) { admit(socket, role, door.serverPort()); });
     connect(&door, &Door::acceptError, this, [&door] {

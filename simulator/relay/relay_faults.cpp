@@ -14,13 +14,13 @@ constexpr RelayFaultRow row(RelayFault fault, const char *name, const char *help
 }
 
 constexpr std::array table{
-    row(RelayFault::NoEcho, "no-echo", "says nothing to an application, joins it to nobody"),
-    row(RelayFault::WrongEcho, "wrong-echo", "echoes a name with its last byte changed"),
-    row(RelayFault::ShortEcho, "short-echo", "echoes 11 bytes of the 12"),
-    row(RelayFault::Drop, "drop", "cuts both connections as soon as they are joined"),
-    RelayFaultRow{
-        {"drop-after", "BYTES", 1, 100'000'000, "cuts both connections after so many bytes between them"},
-        RelayFault::DropAfter},
+    row(RelayFault::NoEcho, "no-echo", Spoken::later("says nothing to an application, joins it to nobody")),
+    row(RelayFault::WrongEcho, "wrong-echo", Spoken::later("echoes a name with its last byte changed")),
+    row(RelayFault::ShortEcho, "short-echo", Spoken::later("echoes 11 bytes of the 12")),
+    row(RelayFault::Drop, "drop", Spoken::later("cuts both connections as soon as they are joined")),
+    RelayFaultRow{{"drop-after", "BYTES", 1, 100'000'000,
+                   Spoken::later("cuts both connections after so many bytes between them")},
+                  RelayFault::DropAfter},
 };
 
 } // namespace
