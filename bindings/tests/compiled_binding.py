@@ -82,6 +82,19 @@ class CompiledBindingTest(support.RegisterTest):
         self.check("register", self.serial, self.listen)
         self.assertEqual(process.printed(), ["receipt", "cancelled", "cancelled", "x-report", "z-report"])
 
+    def test_what_a_register_tells(self) -> None:
+        self.start_register("--z", "12", "--last-z", "1000", "--clock", "2000", "--sale-limit", "123456",
+                            "--no-paper")
+        self.check("queries", self.serial, self.listen)
+
+    def test_slips_sales_and_invoices(self) -> None:
+        process = self.start_register()
+        self.check("sales", self.serial, self.listen)
+        self.assertEqual(process.printed(), ["slip", "receipt", "invoice"])
+        lines = process.told("printed")[0]["lines"]
+        self.assertTrue([line for line in lines if "İYİ GÜNLER" in line])
+        self.assertTrue([line for line in lines if line.startswith("Masa") and line.endswith("7")])
+
     def test_a_markets_sale_comes_through_lost_answers(self) -> None:
         process = self.start_register("--fault", "lost-answer=change-state*3")
         arguments = [self.serial, self.listen, "ledger", "4711"]

@@ -13,7 +13,11 @@ namespace Velno
     {
         internal delegate int Command(uint timeout);
         internal delegate int TotalsCommand(uint timeout, VelnoEcrSaleTotals* totals);
+        internal delegate int NumbersCommand(uint timeout, int* list, int* count);
         private delegate int NumberCommand(uint timeout, int* number);
+
+        private const int MostAcquirers = 256;
+        private const int SerialRoom = 64;
 
         // The library has one active register and one cause: what belongs to a call must stay with it.
         private static readonly object Together = new object();
@@ -71,14 +75,83 @@ namespace Velno
             return new Sale(this);
         }
 
+        /// <summary>Starts a sale that is to end with EndWithInvoice().</summary>
+        public Sale StartSaleWithInvoice()
+        {
+            Run("velnoext_start_sale_with_invoice", Velnoext.velnoext_start_sale_with_invoice);
+            return new Sale(this);
+        }
+
+        /// <param name="flag">the register defines what it means</param>
+        public void PrintSlip(Slip slip, bool flag = false)
+        {
+            Run("velnoext_print_slip", wait =>
+                                       {
+                                           slip.Send();
+                                           return Velnoext.velnoext_print_slip(wait, flag);
+                                       });
+        }
+
         public void Login() => Run("velnoext_login", Velnoext.velnoext_login);
 
         public void Logout() => Run("velnoext_logout", Velnoext.velnoext_logout);
+
+        public bool HasPaper()
+        {
+            try
+            {
+                Run("velnoext_check_printer_paper", Velnoext.velnoext_check_printer_paper);
+            }
+            catch (RegisterException problem) when (problem.Result == VelnoResult.NoPaper)
+            {
+                return false;
+            }
+            return true;
+        }
 
         public VelnoEcrState State() => (VelnoEcrState)Number("velnoext_ecr_state",
                                                               Velnoext.velnoext_ecr_state);
 
         public int CurrentZ() => Number("velnoext_current_z", Velnoext.velnoext_current_z);
+
+        /// <summary>
+        /// When the last Z report was made; the register's number, the simulated one's seconds since 1970.
+        /// </summary>
+        public int LastZTime() => Number("velnoext_last_z_datetime", Velnoext.velnoext_last_z_datetime);
+
+        /// <summary>A number like LastZTime().</summary>
+        public int Clock() => Number("velnoext_ecr_datetime", Velnoext.velnoext_ecr_datetime);
+
+        /// <summary>The highest amount of one sale.</summary>
+        public decimal SaleLimit()
+        {
+            long limit;
+            long* at = &limit;
+            Run("velnoext_sale_limit", wait => Velnoext.velnoext_sale_limit(wait, at));
+            return Text.Lira(limit);
+        }
+
+        /// <summary>The serial number that it gave when it was paired. Asks nobody.</summary>
+        public string OwnSerial()
+        {
+            var buffer = new byte[SerialRoom];
+            Run("velnoext_ecr_serialno",
+                wait =>
+                { fixed(byte* at = buffer) return Velnoext.velnoext_ecr_serialno((IntPtr)at); });
+            fixed(byte* at = buffer) return Text.Of((IntPtr)at);
+        }
+
+        /// <summary>The banks that it takes cards for, by their numbers.</summary>
+        public int[] Acquirers() => Numbers("velnoext_active_acquirers", Velnoext.velnoext_active_acquirers);
+
+        /// <summary>What it knows of a section (department), 1 to 8.</summary>
+        public Section Section(int number)
+        {
+            var item = new VelnoSaleItem { section = (sbyte)(number == (sbyte)number ? number : 0) };
+            VelnoSaleItem* at = &item;
+            Run("velnoext_section_data", wait => Velnoext.velnoext_section_data(wait, at));
+            return new Section(Text.Of((IntPtr)at->name), at->quantity);
+        }
 
         public void XReport() => Run("velnoext_x_report", wait => Velnoext.velnoext_x_report());
 
@@ -110,6 +183,18 @@ namespace Velno
             return new Totals(totals);
         }
 
+        internal int[] Numbers(string function, NumbersCommand command)
+        {
+            var list = new int[MostAcquirers];
+            int count = list.Length;
+            int* countAt = &count;
+            Run(function, wait =>
+                          { fixed(int* listAt = list) return command(wait, listAt, countAt); });
+            var numbers = new int[count];
+            Array.Copy(list, numbers, count);
+            return numbers;
+        }
+
         private int Number(string function, NumberCommand command)
         {
             int number;
@@ -118,7 +203,7 @@ namespace Velno
             return number;
         }
 
-        private static void Check(string function, int result)
+        internal static void Check(string function, int result)
         {
             if (result != 0)
                 throw new RegisterException(function, result, Velnoext.velnoext_cause(),

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 using System;
+using System.Globalization;
+using System.Linq;
 using Velno.Native;
 
 namespace Velno
@@ -7,7 +9,9 @@ namespace Velno
     /// <summary>An open sale.</summary>
     public sealed unsafe class Sale : IDisposable
     {
-        private const int NameBytes = 52;
+        private const int MostAtOnce = 10;
+        private const int IdBytes = 11;
+        private const int ReferenceBytes = 16;
         private readonly Register register;
         private bool isOver;
 
@@ -17,20 +21,30 @@ namespace Velno
         public Totals Add(string name, decimal price, decimal quantity = 1, int section = 1,
                           VelnoItemType unit = VelnoItemType.Piece, int percentage = 0, decimal discount = 0)
         {
-            if (section < 1 || section > 8)
-                throw new ArgumentException(section + "; accepted: 1 to 8", "section");
-            var item = new VelnoSaleItem {
-                price = Text.Kurus(price, "price"),
-                quantity = Text.Thousandths(quantity, "quantity"),
-                percentage = percentage,
-                amount = Text.Kurus(discount, "discount"),
-                section = (sbyte)section,
-                type = (int)unit,
-            };
-            Text.Into(item.name, NameBytes, name, "name");
+            return Add(new Line(name, price) { Quantity = quantity, Section = section, Unit = unit,
+                                               Percentage = percentage, Discount = discount });
+        }
+
+        public Totals Add(Line line)
+        {
+            VelnoSaleItem item = line.InC();
             VelnoSaleItem* at = &item;
             return register.RunForTotals("velnoext_add_sale_item",
                                          (wait, totals) => Velnoext.velnoext_add_sale_item(wait, at, totals));
+        }
+
+        /// <summary>Adds one to ten lines at once, all or none.</summary>
+        public Totals AddAll(params Line[] lines)
+        {
+            if (lines.Length < 1 || lines.Length > MostAtOnce)
+                throw new ArgumentException(lines.Length + " lines; accepted: 1 to " + MostAtOnce, "lines");
+            var list = new VelnoSaleItemList { count = (ushort)lines.Length };
+            for (int i = 0; i < lines.Length; ++i)
+                (&list.items0)[i] = lines[i].InC();
+            VelnoSaleItemList* at = &list;
+            return register.RunForTotals("velnoext_add_multiple_sale_items",
+                                         (wait, totals) =>
+                                             Velnoext.velnoext_add_multiple_sale_items(wait, at, totals));
         }
 
         public Totals DeleteLast()
@@ -39,16 +53,47 @@ namespace Velno
                                          Velnoext.velnoext_delete_last_sale_item);
         }
 
+        /// <summary>Takes out the line of this index, from 0; the others keep theirs.</summary>
+        public Totals Delete(int index)
+        {
+            return register.RunForTotals("velnoext_delete_sale_item",
+                                         (wait, totals) =>
+                                             Velnoext.velnoext_delete_sale_item(wait, index, totals));
+        }
+
+        /// <summary>Adds a medical contribution.</summary>
+        /// <param name="person">11 digits; "11111111111" stands for anybody</param>
+        public void AddMedical(decimal amount, string person)
+        {
+            if (person.Length != IdBytes || !person.All(letter => letter >= '0' && letter <= '9'))
+                throw new ArgumentException("accepted are 11 digits", "person");
+            long kurus = Text.Kurus(amount, "amount");
+            ulong number = ulong.Parse(person, CultureInfo.InvariantCulture);
+            register.Run("velnoext_add_medical_contribution",
+                         wait => Velnoext.velnoext_add_medical_contribution(wait, kurus, number));
+        }
+
         /// <summary>How it stands; an error of keys before is told here.</summary>
-        public Totals State()
+        public Totals State() { return State(out _); }
+
+        /// <param name="receipt">of the receipt of this sale, for Register.ReceiptTotals()</param>
+        public Totals State(out Reference receipt)
         {
             int first;
             VelnoReceiptRef reference;
             int* firstAt = &first;
             VelnoReceiptRef* at = &reference;
-            return register.RunForTotals("velnoext_sale_state",
-                                         (wait, totals) =>
-                                             Velnoext.velnoext_sale_state(wait, firstAt, totals, at));
+            Totals told = register.RunForTotals("velnoext_sale_state",
+                                                (wait, totals) =>
+                                                    Velnoext.velnoext_sale_state(wait, firstAt, totals, at));
+            receipt = new Reference(at->first, at->second);
+            return told;
+        }
+
+        /// <summary>The banks of its card payments.</summary>
+        public int[] Acquirers()
+        {
+            return register.Numbers("velnoext_acquirers_of_sale", Velnoext.velnoext_acquirers_of_sale);
         }
 
         /// <summary>
@@ -68,6 +113,33 @@ namespace Velno
         {
             isOver = true;
             register.Run("velnoext_end_sale", wait => Velnoext.velnoext_end_sale(card ? 1 : 0));
+        }
+
+        /// <summary>
+        /// Ends it with an invoice; what is left is paid in cash, or by card. Look at the register's state
+        /// behind it.
+        /// </summary>
+        /// <param name="person">an identity number of 11 digits; or</param>
+        /// <param name="company">a tax number of 10</param>
+        /// <param name="reference">with a paper invoice the form's number, 6 to 16 characters</param>
+        /// <param name="deliveryNote">the invoice takes its place</param>
+        public void EndWithInvoice(VelnoInvoiceType kind, string person = "", string company = "",
+                                   string reference = "", bool card = false, bool deliveryNote = false)
+        {
+            if ((person == "") == (company == ""))
+                throw new ArgumentException("an invoice has a person or a company", "person");
+            var invoice = new VelnoInvoice {
+                invoiceType = (uint)kind,
+                idKind = (uint)(person == "" ? VelnoIdKind.Company : VelnoIdKind.Person),
+                mode = (int)(card ? VelnoInvoiceMode.RestByCard : VelnoInvoiceMode.RestInCash),
+                flag = deliveryNote ? 1 : 0,
+            };
+            Text.Into(invoice.idNumber, IdBytes, person + company, "person or company");
+            Text.Into(invoice.reference, ReferenceBytes, reference, "reference");
+            VelnoInvoice* at = &invoice;
+            isOver = true;
+            register.Run("velnoext_end_sale_with_invoice",
+                         wait => Velnoext.velnoext_end_sale_with_invoice(at));
         }
 
         public void Cancel()

@@ -30,6 +30,10 @@ internal static class Checks
             return Alone(arguments[1], arguments[2], arguments[3]);
         case "register":
             return Commands(arguments[1], arguments[2]);
+        case "queries":
+            return Queries(arguments[1], arguments[2]);
+        case "sales":
+            return Sales(arguments[1], arguments[2]);
         default:
             return 64;
         }
@@ -216,6 +220,67 @@ internal static class Checks
             Expect(register.State() == VelnoEcrState.Idle, "cancelled over a new connection");
             register.XReport();
             register.ZReport();
+        }
+        return 0;
+    }
+
+    private static int Queries(string serial, string listen)
+    {
+        using (var register = new Register(serial, listen, 5))
+        {
+            Expect(register.CurrentZ() == 12 && register.LastZTime() == 1000 && register.Clock() >= 2000,
+                   "numbers");
+            Expect(register.SaleLimit() == 1234.56m, "limit");
+            Expect(register.Acquirers().SequenceEqual(new[] { 11, 23, 35 }), "acquirers");
+            Section drinks = register.Section(3);
+            Expect(drinks.Name == "İÇECEK" && drinks.Number == 10, drinks.Name);
+            foreach (int wrong in new[] { 0, 9, 257, int.MaxValue })
+                Expect(Throws<RegisterException>(() => register.Section(wrong), "section").Detail
+                           == VelnoDetail.BadSection,
+                       "section " + wrong);
+            Expect(register.OwnSerial() == serial && !register.HasPaper(), "serial and paper");
+        }
+        return 0;
+    }
+
+    private static int Sales(string serial, string listen)
+    {
+        using (var register = new Register(serial, listen, 5))
+        {
+            var slip = new Slip();
+            slip.Add("İYİ GÜNLER", 0, true);
+            slip.Feed(2);
+            slip.AddPair("Masa", "7");
+            Throws<ArgumentException>(() => slip.Add(""), "an empty text");
+            Throws<ArgumentException>(() => slip.Add("a", 6), "size");
+            Throws<ArgumentException>(() => slip.Feed(21), "feeds");
+            register.PrintSlip(slip);
+            Reference receipt;
+            using (Sale sale = register.StartSale())
+            {
+                sale.Add("Domates", 39.90m, 1.250m, 2, VelnoItemType.Kilogram);
+                var ayran = new Line("Ayran", 15m) { Quantity = 3, Section = 3, Percentage = -10 };
+                Expect(sale.AddAll(ayran, new Line("Su", 5m) { Discount = 1m }).ToPay == 94.38m, "added");
+                Expect(sale.DeleteLast().Lines == 2 && sale.Delete(0).ToPay == 40.50m, "deleted");
+                Throws<ArgumentException>(() => sale.AddAll(), "no line");
+                Throws<ArgumentException>(() => sale.AddMedical(1m, "1111111111"), "ten digits");
+                sale.AddMedical(2.50m, "11111111111");
+                sale.Pay(20m);
+                Expect(sale.Pay(3m, true).Card == 3m, "card");
+                Expect(sale.State(out receipt).Cash == 20m && receipt.ToString() == "1/1", "reference");
+                Expect(sale.Acquirers().SequenceEqual(new[] { 11 }), "acquirers of the sale");
+                sale.End(true);
+            }
+            Expect(register.ReceiptTotals(receipt).Card == 23m, "closed");
+            using (Sale sale = register.StartSaleWithInvoice())
+            {
+                sale.Add(new Line("Defter", 120m) { Quantity = 10, Section = 6 });
+                Throws<ArgumentException>(() => sale.EndWithInvoice(VelnoInvoiceType.Paper), "nobody");
+                Throws<ArgumentException>(
+                    () => sale.EndWithInvoice(VelnoInvoiceType.Paper, "11111111111", "0000000001"), "both");
+                sale.EndWithInvoice(VelnoInvoiceType.Electronic, company: "0000000001", card: true);
+            }
+            Expect(register.State() == VelnoEcrState.Idle, "idle");
         }
         return 0;
     }

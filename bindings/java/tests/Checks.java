@@ -8,18 +8,23 @@ import java.nio.file.Path;
 import java.time.Duration;
 import java.util.List;
 import java.util.stream.Collectors;
+import velno.Line;
 import velno.Outcome;
 import velno.Receipt;
 import velno.Reference;
 import velno.Register;
 import velno.RegisterException;
 import velno.Sale;
+import velno.Section;
+import velno.Slip;
 import velno.Till;
 import velno.TillException;
 import velno.low.Loading;
 import velno.low.Velnoext;
 import velno.low.Velnoext.VelnoCause;
+import velno.low.Velnoext.VelnoDetail;
 import velno.low.Velnoext.VelnoEcrState;
+import velno.low.Velnoext.VelnoInvoiceType;
 import velno.low.Velnoext.VelnoItemType;
 import velno.low.Velnotill;
 import velno.low.Velnotill.VelnoTillAnswer;
@@ -39,6 +44,8 @@ public final class Checks {
             case "till" -> receipts(arguments[1], arguments[2], Path.of(arguments[3]));
             case "alone" -> alone(arguments[1], arguments[2], Path.of(arguments[3]));
             case "register" -> commands(arguments[1], arguments[2]);
+            case "queries" -> queries(arguments[1], arguments[2]);
+            case "sales" -> sales(arguments[1], arguments[2]);
             default -> System.exit(64);
         }
     }
@@ -216,6 +223,70 @@ public final class Checks {
             expect(register.state() == VelnoEcrState.IDLE, "cancelled over a new connection");
             register.xReport();
             register.zReport();
+        }
+    }
+
+    private static void queries(String serial, String listen) {
+        try (Register register = new Register(serial, listen, 5)) {
+            expect(register.currentZ() == 12 && register.lastZTime() == 1000 && register.clock() >= 2000,
+                   "numbers");
+            expect(register.saleLimit().equals(lira("1234.56")), "limit");
+            expect(register.acquirers().equals(List.of(11, 23, 35)), "acquirers");
+            expect(register.section(3).equals(new Section("İÇECEK", 10)), register.section(3).name());
+            for (int wrong : List.of(0, 9, 257, Integer.MAX_VALUE))
+                expect(thrown(RegisterException.class, () -> register.section(wrong)).detail()
+                           == VelnoDetail.BAD_SECTION.value,
+                       "section " + wrong);
+            expect(register.ownSerial().equals(serial) && !register.hasPaper(), "serial and paper");
+        }
+    }
+
+    private static void sales(String serial, String listen) {
+        try (Register register = new Register(serial, listen, 5)) {
+            printSlip(register);
+            Reference receipt;
+            try (Sale sale = register.startSale()) {
+                fill(sale);
+                sale.pay(lira("20"), false);
+                expect(sale.pay(lira("3"), true).card().equals(lira("3.00")), "card");
+                receipt = sale.stateAndReference().reference();
+                expect(receipt.equals(new Reference(1, 1)), "reference");
+                expect(sale.acquirers().equals(List.of(11)), "acquirers of the sale");
+                sale.end(true);
+            }
+            expect(register.receiptTotals(receipt).card().equals(lira("23.00")), "closed");
+            sellWithInvoice(register);
+            expect(register.state() == VelnoEcrState.IDLE, "idle");
+        }
+    }
+
+    private static void printSlip(Register register) {
+        Slip slip = new Slip().text("İYİ GÜNLER", 0, true, false).feed(2).pair("Masa", "7");
+        thrown(IllegalArgumentException.class, () -> slip.text(""));
+        thrown(IllegalArgumentException.class, () -> slip.text("a", 6, false, false));
+        thrown(IllegalArgumentException.class, () -> slip.feed(21));
+        register.printSlip(slip, false);
+    }
+
+    private static void fill(Sale sale) {
+        sale.add("Domates", lira("39.90"), 2, lira("1.250"), VelnoItemType.KILOGRAM, 0);
+        Line ayran = new Line("Ayran", lira("15"), 3, lira("3"), VelnoItemType.PIECE, -10, lira("0"));
+        Line water = new Line("Su", lira("5"), 1, lira("1"), VelnoItemType.PIECE, 0, lira("1"));
+        expect(sale.addAll(List.of(ayran, water)).toPay().equals(lira("94.38")), "added");
+        expect(sale.deleteLast().lines() == 2, "the last one deleted");
+        expect(sale.delete(0).toPay().equals(lira("40.50")), "the first one deleted");
+        thrown(IllegalArgumentException.class, () -> sale.addAll(List.of()));
+        thrown(IllegalArgumentException.class, () -> sale.addMedical(lira("1"), "1111111111"));
+        sale.addMedical(lira("2.50"), "11111111111");
+    }
+
+    private static void sellWithInvoice(Register register) {
+        try (Sale sale = register.startSaleWithInvoice()) {
+            sale.add("Defter", lira("120"), 6, lira("10"), VelnoItemType.PIECE, 0);
+            VelnoInvoiceType paper = VelnoInvoiceType.PAPER;
+            thrown(IllegalArgumentException.class,
+                   () -> sale.endWithInvoiceToPerson(paper, "1".repeat(12), "", false, false));
+            sale.endWithInvoiceToCompany(VelnoInvoiceType.ELECTRONIC, "0000000001", "", true, false);
         }
     }
 }

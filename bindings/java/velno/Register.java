@@ -3,11 +3,16 @@ package velno;
 
 import com.sun.jna.Memory;
 import com.sun.jna.Pointer;
+import java.math.BigDecimal;
 import java.time.Duration;
+import java.util.List;
+import java.util.stream.IntStream;
 import velno.low.Loading;
 import velno.low.Velnoext.VelnoEcrSaleTotals;
 import velno.low.Velnoext.VelnoEcrState;
 import velno.low.Velnoext.VelnoReceiptRef;
+import velno.low.Velnoext.VelnoResult;
+import velno.low.Velnoext.VelnoSaleItem;
 
 /**
  * Single commands to a register that is connected. interrupt() on another thread ends a call that waits;
@@ -23,6 +28,12 @@ public final class Register implements AutoCloseable {
         int call(int timeout, Pointer output);
     }
 
+    interface ListCommand {
+        int call(int timeout, Pointer list, Pointer count);
+    }
+
+    private static final int MOST_ACQUIRERS = 256;
+    private static final int SERIAL_ROOM = 64;
     private static final Object TOGETHER = new Object(); // the library has one active register and one cause
 
     private final byte[] name;
@@ -82,12 +93,37 @@ public final class Register implements AutoCloseable {
         return new Sale(this);
     }
 
+    /** Starts a sale that is to end with endWithInvoice(). */
+    public Sale startSaleWithInvoice() {
+        run("velnoext_start_sale_with_invoice", Loading.EXT::velnoext_start_sale_with_invoice);
+        return new Sale(this);
+    }
+
+    /** @param flag  the register defines what it means */
+    public void printSlip(Slip slip, boolean flag) {
+        run("velnoext_print_slip", wait -> {
+            slip.send();
+            return Loading.EXT.velnoext_print_slip(wait, (byte)(flag ? 1 : 0));
+        });
+    }
+
     public void login() {
         run("velnoext_login", Loading.EXT::velnoext_login);
     }
 
     public void logout() {
         run("velnoext_logout", Loading.EXT::velnoext_logout);
+    }
+
+    public boolean hasPaper() {
+        try {
+            run("velnoext_check_printer_paper", Loading.EXT::velnoext_check_printer_paper);
+            return true;
+        } catch (RegisterException problem) {
+            if (problem.result() != VelnoResult.NO_PAPER)
+                throw problem;
+            return false;
+        }
     }
 
     /** Null for a number of the register's own. */
@@ -97,6 +133,44 @@ public final class Register implements AutoCloseable {
 
     public int currentZ() {
         return number("velnoext_current_z", Loading.EXT::velnoext_current_z);
+    }
+
+    /** When the last Z report was made; the register's number, the simulated one's seconds since 1970. */
+    public int lastZTime() {
+        return number("velnoext_last_z_datetime", Loading.EXT::velnoext_last_z_datetime);
+    }
+
+    /** A number like lastZTime(). */
+    public int clock() {
+        return number("velnoext_ecr_datetime", Loading.EXT::velnoext_ecr_datetime);
+    }
+
+    /** The highest amount of one sale. */
+    public BigDecimal saleLimit() {
+        Memory limit = new Memory(Long.BYTES);
+        run("velnoext_sale_limit", wait -> Loading.EXT.velnoext_sale_limit(wait, limit));
+        return Values.lira(limit.getLong(0));
+    }
+
+    /** The serial number that it gave when it was paired. Asks nobody. */
+    public String ownSerial() {
+        Memory buffer = new Memory(SERIAL_ROOM);
+        buffer.clear();
+        run("velnoext_ecr_serialno", wait -> Loading.EXT.velnoext_ecr_serialno(buffer));
+        return Values.text(buffer);
+    }
+
+    /** The banks that it takes cards for, by their numbers. */
+    public List<Integer> acquirers() {
+        return numbers("velnoext_active_acquirers", Loading.EXT::velnoext_active_acquirers);
+    }
+
+    /** What it knows of a section (department), 1 to 8. */
+    public Section section(int number) {
+        VelnoSaleItem item = new VelnoSaleItem();
+        item.section(number == (byte)number ? (byte)number : 0);
+        run("velnoext_section_data", wait -> Loading.EXT.velnoext_section_data(wait, item.at));
+        return new Section(Values.text(item.at.share(VelnoSaleItem.NAME)), item.quantity());
     }
 
     public void xReport() {
@@ -129,13 +203,21 @@ public final class Register implements AutoCloseable {
         return Totals.of(totals);
     }
 
+    List<Integer> numbers(String function, ListCommand command) {
+        Memory list = new Memory((long)MOST_ACQUIRERS * Integer.BYTES);
+        Memory count = new Memory(Integer.BYTES);
+        count.setInt(0, MOST_ACQUIRERS);
+        run(function, wait -> command.call(wait, list, count));
+        return IntStream.of(list.getIntArray(0, count.getInt(0))).boxed().toList();
+    }
+
     private int number(String function, OutputCommand command) {
         Memory number = new Memory(Integer.BYTES);
         run(function, wait -> command.call(wait, number));
         return number.getInt(0);
     }
 
-    private static void check(String function, int result) {
+    static void check(String function, int result) {
         if (result != 0)
             throw new RegisterException(function, result, Loading.EXT.velnoext_cause(),
                                         Loading.EXT.velnoext_error_detail());
