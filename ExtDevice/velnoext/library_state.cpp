@@ -4,7 +4,7 @@
 
 #include "ExtDevice/gmp3/log.h"
 
-#include <QThread>
+#include <QObject>
 
 #include <iostream>
 
@@ -14,7 +14,11 @@ namespace {
 
 // Qt takes the first thread that uses it for the one that an application object belongs on. That is to be the
 // thread that loads this library, and not the library's own.
-[[maybe_unused]] const QThread *const loadingThread = QThread::currentThread();
+//
+// Never deleted, because Qt counts who uses its record of that thread, and takes the thread itself off twice
+// when it ends before the process: at its end and at exit. The record would be freed while Qt's plugins still
+// use it.
+[[maybe_unused]] const QObject *const onLoadingThread = new QObject;
 
 std::atomic<Interruption *> ofCalls = nullptr; // a signal handler must not make the state
 
