@@ -19,7 +19,8 @@
  * the order in which they were accepted, on the threads of the calls that want their outcome; the library has
  * no thread of its own that works on orders. A call blocks until its order is settled, waits for the register
  * or needs a person; velnotill_interrupt() ends that. Do not call from an exit handler, not from a signal
- * handler but for velnotill_interrupt(), and not in a child after fork().
+ * handler but for velnotill_interrupt(), and not in a child after fork(). When the process ends no thread may
+ * be inside any more: velnotill_close() waits for that.
  *
  * The process: one till at a time. While it is open leave the functions of velnoext.h alone that speak to
  * registers: connections belong to the till. It needs no Qt of its own, and a Qt application object may come

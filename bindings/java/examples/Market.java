@@ -38,8 +38,8 @@ public final class Market {
         }
         try (Till till = new Till(arguments[0], arguments[1], 5, Path.of(arguments[2]), Market::tell,
                                   Duration.ofSeconds(10), Duration.ofSeconds(120), Duration.ofSeconds(30))) {
-            Runtime.getRuntime().addShutdownHook(new Thread(till::interrupt)); // Ctrl-C
-            till.work();                                                       // what an earlier run has left
+            Runtime.getRuntime().addShutdownHook(new Thread(till::close)); // Ctrl-C
+            till.work();                                                   // what an earlier run has left
             Outcome order = till.sell(basket(), arguments[3]);
             System.out.println(order.message());
         } catch (VelnoException problem) {

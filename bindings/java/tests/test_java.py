@@ -5,14 +5,18 @@ from __future__ import annotations
 
 import os
 import re
+import signal
+import subprocess
 import sys
 import unittest
 from pathlib import Path
+from subprocess import PIPE
 
 BINDING = Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(BINDING.parent / "tests"))
 
 import compiled_binding
+import support
 import test_layout
 from python_back_end import upper_words
 
@@ -61,6 +65,26 @@ class Java(compiled_binding.CompiledBindingTest):
         self.assertIn(("VelnoTillSettings", "LEDGER"), expressions)
         by_compiler = test_layout.told_by_compiler(list(expressions.values()))
         self.assertEqual(told, {one: by_compiler[expression] for one, expression in expressions.items()})
+
+    def test_ctrl_c_closes_the_markets_till(self) -> None:
+        command = [*self.command_of("Market"), self.serial, self.listen, "ledger", "4711"]
+        for _ in range(3):  # one that does not wait for it often has the time, too
+            with subprocess.Popen(
+                command, cwd=self.folder, stdout=PIPE, stderr=PIPE, text=True, preexec_fn=hear_ctrl_c
+            ) as program:
+                assert program.stdout
+                self.assertEqual(program.stdout.readline(), "  4711: CONNECTING\n")
+                program.send_signal(signal.SIGINT)
+                _, problems = program.communicate(timeout=support.LONGEST_WAIT)
+            self.assertIn(problems, ("", "Interrupted; the order goes on when it is asked for again.\n"))
+            self.assertEqual(program.returncode, 128 + signal.SIGINT)
+            self.assertEqual([one.name for one in self.folder.iterdir()], ["ledger"])
+
+
+def hear_ctrl_c() -> None:
+    """In the child: also when the tests run in the background, where it is ignored."""
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+    support.ends_with_test()
 
 
 if __name__ == "__main__":
