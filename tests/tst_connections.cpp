@@ -317,7 +317,7 @@ void TestConnections::connectionWithoutARegisterIsClosed()
     setConnection(stray);
     QCOMPARE(stray->state(), QAbstractSocket::UnconnectedState);
     QVERIFY(library().connections.empty());
-    QTRY_VERIFY(!stray);
+    QTRY_VERIFY_WITH_TIMEOUT(!stray, int(patience));
 }
 
 void TestConnections::connectionOfTheApplicationsThreadIsItsChild()

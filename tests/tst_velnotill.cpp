@@ -477,7 +477,7 @@ void TestVelnotill::pruneForgetsWhatIsSettled()
     const auto forgets = [&] { // of what has changed in this very moment nothing may be forgotten yet
         return velnotill_prune(till, 0, &count) == VelnoTillResult_Done && (all += count) == 2;
     };
-    QTRY_VERIFY(forgets());
+    QTRY_VERIFY_WITH_TIMEOUT(forgets(), 30'000);
     QCOMPARE(keysOf(till, VELNOTILL_ALL_STATES), QStringList{u"c"_s});
     QCOMPARE(velnotill_prune(till, 0, nullptr), int(VelnoTillResult_Done));
 }
