@@ -312,11 +312,11 @@ void TestVelnoctlUsage::explainsInTurkish()
     };
     const auto restore = qScopeGuard([] { velnoext_set_language("en"); });
     QCOMPARE(velnoext_set_language("tr"), 0);
-    QCOMPARE(shown({u"explain"_s, u"1006"_s}), causeInWords(1006));
+    QCOMPARE(shown({u"explain"_s, u"1006"_s}), causeInWords(1006).replace(" (cause ", " (neden "));
     QVERIFY(causeInWords(1006).contains("\n  Çözüm: "));
     const QByteArrayList lines = text(velnoext_result_text(8)).split('\n');
     QCOMPARE(shown({u"explain"_s, u"8"_s}),
-             lines.at(0) + " (code 8, refused)\n  " + lines.at(1) + "\n  " + lines.at(2) + '\n');
+             lines.at(0) + " (kod 8, refused)\n  " + lines.at(1) + "\n  " + lines.at(2) + '\n');
     const QJsonObject explained =
         object(shown({u"--json"_s, u"explain"_s, u"8"_s})).value(u"explained"_s).toObject();
     QCOMPARE("Neden: " + explained.value(u"cause"_s).toString().toUtf8(), lines.at(1));

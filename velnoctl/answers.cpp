@@ -2,6 +2,7 @@
 
 #include "velnoctl/answers.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/values.h"
 
 #include <QJsonArray>
@@ -14,7 +15,8 @@ namespace VelnoCtl {
 
 namespace {
 
-constexpr std::array totalNames{"total", "tax", "cash", "card", "change"};
+constexpr std::array totalNames{Spoken::later("total"), Spoken::later("tax"), Spoken::later("cash"),
+                                Spoken::later("card"), Spoken::later("change")};
 
 } // namespace
 
@@ -29,8 +31,8 @@ QString totalsText(const VelnoEcrSaleTotals &totals)
 {
     QStringList parts;
     for (size_t i = 0; i < totalNames.size(); ++i)
-        parts << u"%1 %2"_s.arg(QLatin1StringView(totalNames[i]), lira(totals.values[i]));
-    return parts.join(", "_L1) + u", items %1"_s.arg(totals.number);
+        parts << u"%1 %2"_s.arg(Spoken::tr(totalNames[i]), lira(totals.values[i]));
+    return parts.join(", "_L1) + Spoken::tr(", items %1").arg(totals.number);
 }
 
 QJsonObject totalsValues(const VelnoEcrSaleTotals &totals)

@@ -2,6 +2,7 @@
 
 #include "velnoctl/commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/arguments.h"
 
 #include <QMap>
@@ -42,7 +43,7 @@ QString wrapped(const QString &left, int width, const QStringList &words)
 
 QString groupOf(const Command &command)
 {
-    return QLatin1StringView(command.group);
+    return Spoken::tr(command.group);
 }
 
 } // namespace
@@ -82,15 +83,16 @@ QString commandUsage(const Command &command)
 
 QString commandHelp(const Command &command)
 {
-    QString text = u"Usage: %1\n  %2\n\n"_s.arg(commandUsage(command), QLatin1StringView(command.help));
+    QString text = Spoken::tr("Usage: %1\n  %2\n\n").arg(commandUsage(command), Spoken::tr(command.help));
     const QList<Argument> arguments = argumentsOf(command.arguments);
     for (const Argument &argument : arguments)
-        text += twoColumns(argument.usage(), usageWidth, QLatin1StringView(argument.kind->accepted));
+        text += twoColumns(argument.usage(), usageWidth, Spoken::tr(argument.kind->accepted));
     if (command.most > 1)
-        text += twoColumns(u"+ ..."_s, usageWidth, u"the same again, up to %1 in all"_s.arg(command.most));
-    return text + u"%1Prints: %2\nExample: %3\n"_s.arg(arguments.isEmpty() ? u""_s : u"\n"_s,
-                                                       QLatin1StringView(command.result),
-                                                       QString::fromUtf8(command.example));
+        text += twoColumns(u"+ ..."_s, usageWidth,
+                           Spoken::tr("the same again, up to %1 in all").arg(command.most));
+    return text + Spoken::tr("%1Prints: %2\nExample: %3\n")
+                      .arg(arguments.isEmpty() ? u""_s : u"\n"_s, Spoken::tr(command.result),
+                           QString::fromUtf8(command.example));
 }
 
 QString commandsHelp(unsigned places)
@@ -103,7 +105,7 @@ QString commandsHelp(unsigned places)
         if (groupOf(command) != group)
             text += (group.isEmpty() ? QString() : u"\n"_s) + groupOf(command) + u'\n';
         group = groupOf(command);
-        text += twoColumns(commandUsage(command), usageWidth, QLatin1StringView(command.help));
+        text += twoColumns(commandUsage(command), usageWidth, Spoken::tr(command.help));
     }
     return text;
 }

@@ -43,7 +43,7 @@ enum Place : unsigned { CommandLine = 1, Script = 2, Shell = 4, Everywhere = 7 }
 
 struct Command
 {
-    const char *group; ///< under which the help shows it
+    const char *group; ///< under which the help shows it; like help and result given to Spoken::tr()
     const char *name;
     const char *arguments; ///< each KIND or key=KIND, see arguments.h; optional ones in [brackets], last
     const char *help;      ///< one line

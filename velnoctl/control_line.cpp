@@ -2,6 +2,8 @@
 
 #include "velnoctl/control_line.h"
 
+#include "translations/spoken.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -55,7 +57,7 @@ ControlAnswer wait(int socket, short events, const QDeadlineTimer &deadline, int
     const qint64 left = std::min<qint64>(deadline.remainingTime(), std::numeric_limits<int>::max());
     const int ready = poll(descriptors.data(), descriptors.size(), int(left));
     if (ready == 0)
-        return unanswered(u"no answer came in time"_s);
+        return unanswered(Spoken::tr("no answer came in time"));
     if (ready < 0 && errno != EINTR)
         return systemFailed(errno);
     return {descriptors[1].revents != 0 ? ControlAnswer::Stopped : ControlAnswer::Obeyed};
@@ -83,7 +85,7 @@ ControlAnswer answerIn(const QByteArray &line)
     const QJsonObject object = QJsonDocument::fromJson(line).object();
     const QJsonValue ok = object.value(u"ok"_s);
     if (!ok.isBool())
-        return unanswered(u"what answers there is no simulator"_s);
+        return unanswered(Spoken::tr("what answers there is no simulator"));
     return ok.toBool() ? ControlAnswer()
                        : ControlAnswer{ControlAnswer::Refused, object.value(u"error"_s).toString()};
 }
@@ -111,7 +113,7 @@ ControlAnswer sayToSimulator(const Simulator::ControlAddress &address, const QSt
         if (count > 0)
             heard.append(bytes.data(), count);
         else if (count == 0)
-            return unanswered(u"the connection was closed without an answer"_s);
+            return unanswered(Spoken::tr("the connection was closed without an answer"));
         else if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR)
             return systemFailed(errno);
     }

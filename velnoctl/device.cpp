@@ -3,6 +3,7 @@
 #include "velnoctl/device.h"
 
 #include "ExtDevice/gmp3/trust_anchors.h"
+#include "translations/spoken.h"
 #include "velnoext.h"
 
 #include <cstdio>
@@ -40,8 +41,8 @@ Device::~Device()
 
 QString Device::target() const
 {
-    return QString::fromLatin1(m_options.serial) + (m_options.isRelay ? u" at "_s : u" on "_s) +
-           m_options.place();
+    const QString text = m_options.isRelay ? Spoken::tr("%1 at %2") : Spoken::tr("%1 on %2");
+    return text.arg(QString::fromLatin1(m_options.serial), m_options.place());
 }
 
 int Device::connect(Needs needs)
@@ -49,7 +50,7 @@ int Device::connect(Needs needs)
     const bool isSpoilt = m_isConnected && m_hasStrayAnswer && needs == Needs::Connection;
     if (m_isConnected && !isSpoilt)
         return 0;
-    m_whenInterrupted = u"before it was sent"_s;
+    m_whenInterrupted = Spoken::tr("before it was sent");
     if (m_interrupts.requested())
         return Interrupted;
     announce(isSpoilt);
@@ -60,10 +61,11 @@ int Device::connect(Needs needs)
     m_isConnected = code == 0;
     m_hasStrayAnswer = false; // this connection has seen no command yet
     if (m_isConnected)
-        progress(u"%1 is connected"_s.arg(QString::fromLatin1(m_options.serial)));
+        progress(Spoken::tr("%1 is connected").arg(QString::fromLatin1(m_options.serial)));
     if ((code == connectionFailed || code == pairingFailed) && m_interrupts.requested()) {
-        m_whenInterrupted = code == pairingFailed ? u"while pairing with %1; nothing was sent"_s.arg(target())
-                                                  : u"while waiting for %1; nothing was sent"_s.arg(target());
+        m_whenInterrupted = code == pairingFailed
+                                ? Spoken::tr("while pairing with %1; nothing was sent").arg(target())
+                                : Spoken::tr("while waiting for %1; nothing was sent").arg(target());
         return Interrupted;
     }
     return code;
@@ -90,11 +92,12 @@ void Device::announce(bool isSpoilt)
 {
     if (!m_isInitialised)
         Velno::GMP::warnOfDevelopmentAuthority("velnoctl");
-    progress(u"waiting for %1 …"_s.arg(target()));
+    progress(Spoken::tr("waiting for %1 …").arg(target()));
     if (isSpoilt)
-        progress(u"(afresh, since what it answers to send could come as the next command's answer)"_s);
+        progress(
+            Spoken::tr("(afresh, since what it answers to send could come as the next command's answer)"));
     if (!m_isInitialised)
-        progress(u"(it is paired first, which takes three connections)"_s);
+        progress(Spoken::tr("(it is paired first, which takes three connections)"));
 }
 
 int Device::noted(int code)
@@ -104,8 +107,9 @@ int Device::noted(int code)
         m_isConnected = false;
     if (code != connectionFailed || !m_interrupts.requested())
         return code;
-    m_whenInterrupted = u"while it was under way; whether the register carried it out is not known: "
-                        "docs/recovery.md tells how to find out"_s;
+    m_whenInterrupted =
+        Spoken::tr("while it was under way; whether the register carried it out is not known: "
+                   "docs/recovery.md tells how to find out");
     return Interrupted;
 }
 

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "translations/spoken.h"
 #include "velnoctl/commands.h"
 #include "velnoctl/exit_status.h"
 #include "velnoctl/interrupts.h"
@@ -39,7 +40,7 @@ public:
     int ask(Function function, Arguments... arguments)
     {
         using namespace Qt::StringLiterals;
-        m_whenInterrupted = u"before it was sent"_s;
+        m_whenInterrupted = Spoken::tr("before it was sent");
         return m_interrupts.requested() ? int(Interrupted) : noted(function(arguments...));
     }
 

@@ -2,6 +2,7 @@
 
 #include "velnoctl/explanation.h"
 
+#include "translations/spoken.h"
 #include "velnoext.h"
 
 using namespace Qt::StringLiterals;
@@ -15,7 +16,7 @@ Words words(int number, const char *name, const char *text)
     return {number, QString::fromUtf8(name), QString::fromUtf8(text).split(u'\n')};
 }
 
-QString sentence(const Words &words, QLatin1StringView kind)
+QString sentence(const Words &words, const QString &kind)
 {
     return u"%1 (%2 %3, %4)"_s.arg(words.lines.value(0), kind, QString::number(words.number), words.name);
 }
@@ -39,14 +40,15 @@ QString Explanation::forPeople() const
 {
     QStringList lines;
     if (!isOfCauseAlone())
-        lines << sentence(m_result, "code"_L1);
+        lines << sentence(m_result, Spoken::tr("code"));
     if (m_cause.number != 0)
-        lines << sentence(m_cause, "cause"_L1);
+        lines << sentence(m_cause, Spoken::tr("cause"));
     const Words &finest = m_cause.number != 0 ? m_cause : m_result;
     lines << finest.lines.sliced(1);
     if (m_detail != 0)
-        lines << u"Detail 0x%1: %2"_s.arg(QString::number(uint(m_detail), 16).toUpper(),
-                                          QString::fromUtf8(velnoext_detail_text(m_detail)));
+        lines << Spoken::tr("Detail 0x%1: %2")
+                     .arg(QString::number(uint(m_detail), 16).toUpper(),
+                          QString::fromUtf8(velnoext_detail_text(m_detail)));
     return lines.join("\n  "_L1);
 }
 

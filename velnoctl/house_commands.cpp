@@ -2,6 +2,7 @@
 
 #include "velnoctl/house_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/explanation.h"
 #include "velnoctl/line_editor.h"
@@ -57,8 +58,9 @@ int inputEnded(Session &session, LineReader::Outcome outcome, const QString &whe
         session.report().interruptedIdle();
         return Interrupted;
     case LineReader::TooLong:
-        return wrongUsage(session,
-                          u"%1: the line is longer than %2 bytes"_s.arg(where).arg(LineReader::longestLine));
+        return wrongUsage(
+            session,
+            Spoken::tr("%1: the line is longer than %2 bytes").arg(where).arg(LineReader::longestLine));
     case LineReader::Unreadable:
         return wrongUsage(session, u"%1: %2"_s.arg(where, QString::fromLocal8Bit(std::strerror(errno))));
     default:
@@ -108,7 +110,7 @@ Answer runInput(Session &session, const Arguments &)
     LineReader reader(STDIN_FILENO, session.interrupts().descriptor());
     for (QByteArray line;;) {
         const LineReader::Outcome outcome = reader.next(&line);
-        const QString where = u"standard input:%1"_s.arg(reader.lineNumber());
+        const QString where = Spoken::tr("standard input:%1").arg(reader.lineNumber());
         if (outcome != LineReader::Line)
             return told(inputEnded(session, outcome, where));
         const int code = runLine(session, line, where);

@@ -2,6 +2,7 @@
 
 #include "velnoctl/library_log.h"
 
+#include "translations/spoken.h"
 #include "velnoext.h"
 
 #include <utility>
@@ -36,7 +37,7 @@ void LibraryLog::keep(const char *text, void *self)
     QStringList &lines = static_cast<LibraryLog *>(self)->m_lines;
     if (lines.size() == mostLines)
         lines.removeFirst();
-    lines << u"Log: "_s + QString::fromUtf8(text);
+    lines << Spoken::tr("Log: ") + QString::fromUtf8(text);
 }
 
 } // namespace VelnoCtl

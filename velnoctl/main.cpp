@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "translations/spoken.h"
 #include "velnoctl/session.h"
 #include "velnoext.h"
 
@@ -32,7 +33,7 @@ QString problemOf(const Options &options, const Parsed &parsed)
     if (!parsed.problem.isEmpty())
         return parsed.problem;
     if (options.words.isEmpty())
-        return u"no command is given"_s;
+        return Spoken::tr("no command is given");
     const auto need = [&parsed](Needs needs) {
         return std::ranges::any_of(parsed.steps,
                                    [needs](const Step &step) { return step.command->needs == needs; });
@@ -50,9 +51,12 @@ int main(int argc, char *argv[])
     fillStandardStreams();
     Interrupts interrupts; // before any thread
     QCoreApplication application(argc, argv);
+    const Languages languages = languagesAskedFor(QCoreApplication::arguments());
+    const Spoken::Speaker speaker(languages.own);
+    velnoext_set_language(languages.libraries.constData());
     Options options;
+    options.language = languages.libraries;
     const QString wrong = parseOptions(QCoreApplication::arguments(), &options);
-    velnoext_set_language(options.language.constData());
     Report report(options.isJson);
     Session session(options, report, interrupts);
 

@@ -2,6 +2,8 @@
 
 #include "velnoctl/nearest.h"
 
+#include "translations/spoken.h"
+
 #include <QList>
 
 #include <algorithm>
@@ -73,7 +75,7 @@ QString didYouMean(const QString &word, const QStringList &names)
         found = nearest(word.toLower(), names);
     if (found.isEmpty() || found.size() > mostNames)
         return {};
-    return u"; did you mean \"%1\"?"_s.arg(found.join("\" or \""_L1));
+    return Spoken::tr("; did you mean \"%1\"?").arg(found.join(Spoken::tr("\" or \"")));
 }
 
 } // namespace VelnoCtl

@@ -3,6 +3,7 @@
 #include "velnoctl/options.h"
 
 #include "ExtDevice/gmp3/trust_anchors.h"
+#include "translations/spoken.h"
 #include "velnoctl/commands.h"
 #include "velnoctl/nearest.h"
 #include "velnoext.h"
@@ -27,7 +28,7 @@ struct OptionRow
 {
     const char *name;
     const char *value; ///< empty for a switch
-    const char *help;
+    const char *help;  ///< this and the next are given to Spoken::tr(), and may be empty
     const char *accepted;
     bool (*take)(const QString &value, Options &options);
 };
@@ -129,23 +130,28 @@ bool takeVersion(const QString &, Options &options)
 
 // In the order of the help, which sets them in two columns.
 constexpr std::array rows{
-    OptionRow{"serial", "NO", "the register's 12 characters", "exactly 12 characters without a blank",
-              takeSerial},
-    OptionRow{"listen", "ADDR:PORT", "where the register connects",
-              "a local IPv4 address and a port of 1 to 65535, for example 0.0.0.0:4100", takeListen},
-    OptionRow{"app", "N", "number of the application", "1 to 4294967295", takeApp},
-    OptionRow{"relay", "", "meet it at the relay server", "one of --listen and --relay", takeRelay},
-    OptionRow{"timeout", "MS", "default 30000", "0 to 4294967295 ms, where 4294967295 means no limit",
-              takeTimeout},
-    OptionRow{"answer-limit", "MS", "for a whole answer, default none",
-              "1 to 4294967295 ms, where 4294967295 means no limit", takeAnswerLimit},
-    OptionRow{"json", "", "results as one object a line", "", takeJson},
-    OptionRow{"language", "LANG", "of explanations, en or tr", "en or tr", takeLanguage},
-    OptionRow{"ledger", "FILE", "of receipts", "the path of a file", takeLedger},
-    OptionRow{
-        "control", "ADDR", "of a simulator, for fault",
-        "a port of 127.0.0.1, ADDR:PORT or the path of a Unix socket, as the simulator's `ready` tells it",
-        takeControl},
+    OptionRow{"serial", "NO", Spoken::later("the register's 12 characters"),
+              Spoken::later("exactly 12 characters without a blank"), takeSerial},
+    OptionRow{"listen", "ADDR:PORT", Spoken::later("where the register connects"),
+              Spoken::later("a local IPv4 address and a port of 1 to 65535, for example 0.0.0.0:4100"),
+              takeListen},
+    OptionRow{"app", "N", Spoken::later("number of the application"), Spoken::later("1 to 4294967295"),
+              takeApp},
+    OptionRow{"relay", "", Spoken::later("meet it at the relay server"),
+              Spoken::later("one of --listen and --relay"), takeRelay},
+    OptionRow{"timeout", "MS", Spoken::later("default 30000"),
+              Spoken::later("0 to 4294967295 ms, where 4294967295 means no limit"), takeTimeout},
+    OptionRow{"answer-limit", "MS", Spoken::later("for a whole answer, default none"),
+              Spoken::later("1 to 4294967295 ms, where 4294967295 means no limit"), takeAnswerLimit},
+    OptionRow{"json", "", Spoken::later("results as one object a line"), "", takeJson},
+    OptionRow{"language", "LANG", Spoken::later("en or tr, not the locale's"), Spoken::later("en or tr"),
+              takeLanguage},
+    OptionRow{"ledger", "FILE", Spoken::later("of receipts"), Spoken::later("the path of a file"),
+              takeLedger},
+    OptionRow{"control", "ADDR", Spoken::later("of a simulator, for fault"),
+              Spoken::later("a port of 127.0.0.1, ADDR:PORT or the path of a Unix socket, as the simulator's "
+                            "`ready` tells it"),
+              takeControl},
 };
 // These are not in the help.
 constexpr std::array helpRows{
@@ -164,7 +170,7 @@ QString optionHelp()
         const QString usage =
             QString(u"--"_s + QLatin1StringView(row.name) + u' ' + QLatin1StringView(row.value))
                 .leftJustified(isLeft ? optionColumn : optionColumn + 5);
-        const QString cell = u"  "_s + usage + QLatin1StringView(row.help);
+        const QString cell = u"  "_s + usage + Spoken::tr(row.help);
         text += isLeft ? cell.leftJustified(halfWidth) : cell + u'\n';
         isLeft = !isLeft;
     }
@@ -180,8 +186,20 @@ QString missingOption(const char *name)
 {
     const auto *const row = std::ranges::find(rows, QLatin1StringView(name),
                                               [](const OptionRow &r) { return QLatin1StringView(r.name); });
-    return u"--%1 is missing; accepted is %2"_s.arg(QLatin1StringView(name),
-                                                    QLatin1StringView(row->accepted));
+    return Spoken::tr("--%1 is missing; accepted is %2")
+        .arg(QLatin1StringView(name), Spoken::tr(row->accepted));
+}
+
+/** @return false: something is no option, or lacks its value */
+bool parse(QCommandLineParser &parser, const QStringList &arguments)
+{
+    // A word behind the first command is that command's, also one that begins with a minus.
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    for (const OptionRow &row : rows)
+        parser.addOption(asParserOption(row));
+    parser.addOption(QCommandLineOption(QStringList{u"h"_s, u"help"_s}));
+    parser.addOption(QCommandLineOption(QStringList{u"v"_s, u"version"_s}));
+    return parser.parse(arguments);
 }
 
 /** What the parser could not take. */
@@ -196,7 +214,7 @@ QString unreadOption(const QCommandLineParser &parser)
     for (const OptionRow &row : helpRows)
         names << u"--"_s + QLatin1StringView(row.name);
     const QString option = (unknown.first().size() > 1 ? u"--"_s : u"-"_s) + unknown.first();
-    return u"\"%1\" is no option"_s.arg(option) + didYouMean(option, names);
+    return Spoken::tr("\"%1\" is no option").arg(option) + didYouMean(option, names);
 }
 
 /** @return what was wrong with this option */
@@ -208,9 +226,9 @@ QString takeOption(const QCommandLineParser &parser, const OptionRow &row, Optio
     const QString value = row.value[0] == '\0' ? QString() : parser.value(name);
     if (row.take(value, options))
         return {};
-    const QLatin1StringView accepted(row.accepted);
-    return value.isNull() ? u"--%1: accepted is %2"_s.arg(name, accepted)
-                          : u"--%1 \"%2\": accepted is %3"_s.arg(name, value, accepted);
+    const QString accepted = Spoken::tr(row.accepted);
+    return value.isNull() ? Spoken::tr("--%1: accepted is %2").arg(name, accepted)
+                          : Spoken::tr("--%1 \"%2\": accepted is %3").arg(name, value, accepted);
 }
 
 } // namespace
@@ -228,20 +246,25 @@ QString Options::ledgerFile() const
 QString Options::place() const
 {
     if (isRelay)
-        return u"the relay"_s;
+        return Spoken::tr("the relay");
     return u"%1:%2"_s.arg(QString::fromLatin1(address)).arg(port);
+}
+
+Languages languagesAskedFor(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parse(parser, arguments); // what is wrong is said later, in one of these
+    const bool isJson = parser.isSet(u"json"_s);
+    Options options;
+    if (!parser.isSet(u"language"_s) || !takeLanguage(parser.value(u"language"_s), options))
+        options.language = isJson ? "en"_ba : Spoken::languageOfUser();
+    return {isJson ? "en"_ba : options.language, options.language};
 }
 
 QString parseOptions(const QStringList &arguments, Options *options)
 {
     QCommandLineParser parser;
-    // A word behind the first command is that command's, also one that begins with a minus.
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    for (const OptionRow &row : rows)
-        parser.addOption(asParserOption(row));
-    parser.addOption(QCommandLineOption(QStringList{u"h"_s, u"help"_s}));
-    parser.addOption(QCommandLineOption(QStringList{u"v"_s, u"version"_s}));
-    if (!parser.parse(arguments))
+    if (!parse(parser, arguments))
         return unreadOption(parser);
     for (const OptionRow &row : helpRows)
         takeOption(parser, row, *options);
@@ -259,7 +282,7 @@ QString missingTarget(const Options &options)
     if (options.serial.isEmpty())
         return missingOption("serial");
     if (options.address.isEmpty())
-        return u"neither --listen nor --relay is given; accepted is one of them"_s;
+        return Spoken::tr("neither --listen nor --relay is given; accepted is one of them");
     return options.app == 0 ? missingOption("app") : QString();
 }
 
@@ -277,18 +300,18 @@ QString versionText()
 
 QString helpText()
 {
-    return u"Usage: velnoctl [OPTION]... COMMAND...\n"
-           "Drives a cash register through velnoext.h. Several commands run in order over one\n"
-           "connection, up to the first that fails.\n\n"_s +
+    return Spoken::tr("Usage: velnoctl [OPTION]... COMMAND...\n"
+                      "Drives a cash register through velnoext.h. Several commands run in order over one\n"
+                      "connection, up to the first that fails.\n\n") +
            commandsOverview(CommandLine) +
-           u"\n  velnoctl commands       what each does, in a line\n"
-           "  velnoctl help COMMAND   its arguments, what is accepted, an example\n\n"_s +
+           Spoken::tr("\n  velnoctl commands       what each does, in a line\n"
+                      "  velnoctl help COMMAND   its arguments, what is accepted, an example\n\n") +
            optionHelp() +
-           u"\nExit status: 0 done, 1-13 the library's result code (see explain), 20-35 a receipt\n"
-           "is not closed, 64 wrong usage, 69 no simulator, 74 a result could not be\n"
-           "written, 130 Ctrl-C or SIGTERM.\n"_s +
+           Spoken::tr("\nExit status: 0 done, 1-13 the library's result code (see explain), 20-35 a receipt\n"
+                      "is not closed, 64 wrong usage, 69 no simulator, 74 a result could not be\n"
+                      "written, 130 Ctrl-C or SIGTERM.\n") +
            Velno::GMP::trustAnchorsInWords() +
-           u"Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n"_s;
+           Spoken::tr("Example: velnoctl --serial UB1234567890 --listen 0.0.0.0:4100 --app 5 state z\n");
 }
 
 } // namespace VelnoCtl

@@ -25,7 +25,7 @@ struct Options
     std::optional<quint32> answerLimit; ///< ms; not given: none for a command, a till's own for receipts
     QString ledger;                     ///< path; empty when not given
     std::optional<Simulator::ControlAddress> control; ///< of a simulated register or relay
-    QByteArray language = "en";
+    QByteArray language = "en";                       ///< of what the libraries explain
     bool isRelay = false;
     bool isJson = false;
     bool isHelp = false;
@@ -38,6 +38,19 @@ struct Options
     /** Where the register is to be met, for people. */
     QString place() const;
 };
+
+/** In which language things are said, "en" or "tr". */
+struct Languages
+{
+    QByteArray own;       ///< of velnoctl's own words
+    QByteArray libraries; ///< of what the libraries explain
+};
+
+/**
+ * What --language says, otherwise the user's language. With --json, which programs read, own words are
+ * English and so is what the libraries explain, unless --language says otherwise.
+ */
+Languages languagesAskedFor(const QStringList &arguments);
 
 /** @return what was wrong and what is accepted, or nothing */
 QString parseOptions(const QStringList &arguments, Options *options);

@@ -2,6 +2,7 @@
 
 #include "velnoctl/parse.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/line_reader.h"
 #include "velnoctl/nearest.h"
 #include "velnoctl/take_arguments.h"
@@ -28,8 +29,8 @@ Parsed problem(const QString &text)
 QString unknownCommand(const QString &word, Place place)
 {
     if (word.startsWith("--"_L1) && place == CommandLine)
-        return u"\"%1\": options stand in front of the first command"_s.arg(word);
-    return u"\"%1\" is no command"_s.arg(word) + didYouMean(word, commandNames(place));
+        return Spoken::tr("\"%1\": options stand in front of the first command").arg(word);
+    return Spoken::tr("\"%1\" is no command").arg(word) + didYouMean(word, commandNames(place));
 }
 
 QString misplacedCommand(const Command &command, Place place)
@@ -37,15 +38,15 @@ QString misplacedCommand(const Command &command, Place place)
     const auto words = [](unsigned places) {
         QStringList found;
         if (places & CommandLine)
-            found << u"on the command line"_s;
+            found << Spoken::tr("on the command line");
         if (places & Script)
-            found << u"in a script"_s;
+            found << Spoken::tr("in a script");
         if (places & Shell)
-            found << u"in the shell"_s;
-        return found.join(" and "_L1);
+            found << Spoken::tr("in the shell");
+        return found.join(Spoken::tr(" and "));
     };
-    return u"%1 cannot stand %2, only %3"_s.arg(QLatin1StringView(command.name), words(place),
-                                                words(command.places));
+    return Spoken::tr("%1 cannot stand %2, only %3")
+        .arg(QLatin1StringView(command.name), words(place), words(command.places));
 }
 
 /** FILE:LINE, whatever signs the file's name consists of. */
@@ -71,13 +72,13 @@ Parsed loadScript(const QString &path)
             return parsed;
         script.steps << parsed.steps;
         if (script.steps.size() > mostSteps)
-            return problem(u"%1: more than %2 commands"_s.arg(where, QString::number(mostSteps)));
+            return problem(Spoken::tr("%1: more than %2 commands").arg(where, QString::number(mostSteps)));
     }
     if (outcome == LineReader::End)
         return script;
     return problem(placeOf(path, reader) + u": "_s +
                    (outcome == LineReader::TooLong
-                        ? u"the line is longer than %1 bytes"_s.arg(LineReader::longestLine)
+                        ? Spoken::tr("the line is longer than %1 bytes").arg(LineReader::longestLine)
                         : QString::fromLocal8Bit(std::strerror(errno))));
 }
 
@@ -97,7 +98,7 @@ Parsed takeCommand(QStringList &words, Place place)
     if (const QString &file = step.arguments.value(Kinds::file); file != "-"_L1)
         return loadScript(file);
     if (place != CommandLine)
-        return problem(u"run - belongs on the command line: commands are read from there already"_s);
+        return problem(Spoken::tr("run - belongs on the command line: commands are read from there already"));
     return {{step}, {}};
 }
 
@@ -113,8 +114,8 @@ Parsed parseWords(const QStringList &words, Place place)
             return next;
         parsed.steps << next.steps;
         if (!rest.isEmpty() && place != CommandLine)
-            return problem(u"\"%1\" is one word too many: %2 is the whole command"_s.arg(
-                rest.first(), commandUsage(*commandNamed(words.first()))));
+            return problem(Spoken::tr("\"%1\" is one word too many: %2 is the whole command")
+                               .arg(rest.first(), commandUsage(*commandNamed(words.first()))));
     }
     return parsed;
 }

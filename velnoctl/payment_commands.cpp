@@ -2,6 +2,7 @@
 
 #include "velnoctl/payment_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/answers.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/exit_status.h"
@@ -27,9 +28,10 @@ int typeOf(Means means)
     return means == Means::Cash ? 0 : 1;
 }
 
-QString nameOf(Means means)
+/** As it is typed; Spoken::tr() says it to people. */
+const char *nameOf(Means means)
 {
-    return means == Means::Cash ? u"cash"_s : u"card"_s;
+    return means == Means::Cash ? Spoken::later("cash") : Spoken::later("card");
 }
 
 VelnoInvoice invoiceFrom(const Arguments &arguments)
@@ -51,7 +53,8 @@ Answer unnamedReceipt()
 {
     Answer answer;
     answer.code = WrongUsage;
-    answer.text = u"RECEIPT is missing, and no sale-state has told one; accepted is 12/1, for example"_s;
+    answer.text =
+        Spoken::tr("RECEIPT is missing, and no sale-state has told one; accepted is 12/1, for example");
     return answer;
 }
 
@@ -62,27 +65,28 @@ Answer pay(Session &session, const Arguments &arguments)
     const Means means = arguments.value(Kinds::means);
     const qint64 kurus = arguments.value(Kinds::amount);
     const int code = session.device().ask(velnoext_add_payment, typeOf(means), kurus);
-    return answer(code, u"payment sent: %1, %2"_s.arg(lira(kurus), nameOf(means)),
-                  {{u"kurus"_s, kurus}, {u"means"_s, nameOf(means)}});
+    return answer(code, Spoken::tr("payment sent: %1, %2").arg(lira(kurus), Spoken::tr(nameOf(means))),
+                  {{u"kurus"_s, kurus}, {u"means"_s, QLatin1StringView(nameOf(means))}});
 }
 
 Answer endSale(Session &session, const Arguments &arguments)
 {
     const Means means = arguments.value(Kinds::means);
     const int code = session.device().ask(velnoext_end_sale, typeOf(means));
-    return answer(code, u"end of the sale sent: %1"_s.arg(nameOf(means)), {{u"means"_s, nameOf(means)}});
+    return answer(code, Spoken::tr("end of the sale sent: %1").arg(Spoken::tr(nameOf(means))),
+                  {{u"means"_s, QLatin1StringView(nameOf(means))}});
 }
 
 Answer endInvoice(Session &session, const Arguments &arguments)
 {
     VelnoInvoice invoice = invoiceFrom(arguments);
     const int code = session.device().ask(velnoext_end_sale_with_invoice, &invoice);
-    return answer(code, u"sale ended with an invoice"_s);
+    return answer(code, Spoken::tr("sale ended with an invoice"));
 }
 
 Answer cancel(Session &session, const Arguments &)
 {
-    return answer(session.device().command(velnoext_cancel_sale), u"sale cancelled"_s);
+    return answer(session.device().command(velnoext_cancel_sale), Spoken::tr("sale cancelled"));
 }
 
 Answer receiptData(Session &session, const Arguments &arguments)
@@ -96,7 +100,7 @@ Answer receiptData(Session &session, const Arguments &arguments)
     const QString name = u"%1/%2"_s.arg(first).arg(second);
     QJsonObject values = totalsValues(totals);
     values.insert(u"receipt"_s, name);
-    return answer(code, u"receipt %1: %2"_s.arg(name, totalsText(totals)), values);
+    return answer(code, Spoken::tr("receipt %1: %2").arg(name, totalsText(totals)), values);
 }
 
 } // namespace VelnoCtl

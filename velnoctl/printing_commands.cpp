@@ -2,6 +2,7 @@
 
 #include "velnoctl/printing_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/answers.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/exit_status.h"
@@ -31,14 +32,14 @@ Answer cannotBeWritten(Session &session, const QString &text)
 {
     Answer answer;
     answer.code = WrongUsage;
-    answer.text = u"\"%1\" cannot be written in %2; accepted are its letters, or another encoding"_s.arg(
-        text, QString::fromUtf8(session.remembered().encoding));
+    answer.text = Spoken::tr("\"%1\" cannot be written in %2; accepted are its letters, or another encoding")
+                      .arg(text, QString::fromUtf8(session.remembered().encoding));
     return answer;
 }
 
 Answer added(int code)
 {
-    return answer(code, u"added to the slip"_s);
+    return answer(code, Spoken::tr("added to the slip"));
 }
 
 } // namespace
@@ -50,7 +51,7 @@ Answer encoding(Session &session, const Arguments &arguments)
     const int code = session.device().ask(velnoext_printer_set_encoding, bytes.constData());
     if (code == 0)
         session.remembered().encoding = bytes;
-    return answer(code, u"texts of the slip in %1"_s.arg(name), {{u"encoding"_s, name}});
+    return answer(code, Spoken::tr("texts of the slip in %1").arg(name), {{u"encoding"_s, name}});
 }
 
 Answer addText(Session &session, const Arguments &arguments)
@@ -88,17 +89,17 @@ Answer printSlip(Session &session, const Arguments &arguments)
     const int code = session.device().command(velnoext_print_slip, flag);
     if (code == 0)
         session.remembered().encoding.clear(); // the next slip begins with its own
-    return answer(code, u"slip printed"_s);
+    return answer(code, Spoken::tr("slip printed"));
 }
 
 Answer xReport(Session &session, const Arguments &)
 {
-    return answer(session.device().ask(velnoext_x_report), u"X report printed"_s);
+    return answer(session.device().ask(velnoext_x_report), Spoken::tr("X report printed"));
 }
 
 Answer zReport(Session &session, const Arguments &)
 {
-    return answer(session.device().ask(velnoext_z_report), u"Z report printed"_s);
+    return answer(session.device().ask(velnoext_z_report), Spoken::tr("Z report printed"));
 }
 
 } // namespace VelnoCtl

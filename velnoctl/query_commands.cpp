@@ -2,6 +2,7 @@
 
 #include "velnoctl/query_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/answers.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/session.h"
@@ -39,7 +40,9 @@ Answer numbers(Session &session, ListQuery query)
         values << number;
         words << QString::number(number);
     }
-    return answer(code, list.isEmpty() ? u"no acquirers"_s : u"acquirers "_s + words.join(", "_L1),
+    return answer(code,
+                  list.isEmpty() ? Spoken::tr("no acquirers")
+                                 : Spoken::tr("acquirers %1").arg(words.join(", "_L1)),
                   {{u"acquirers"_s, values}});
 }
 
@@ -47,17 +50,17 @@ Answer numbers(Session &session, ListQuery query)
 
 Answer login(Session &session, const Arguments &)
 {
-    return answer(session.device().command(velnoext_login), u"logged in"_s);
+    return answer(session.device().command(velnoext_login), Spoken::tr("logged in"));
 }
 
 Answer logout(Session &session, const Arguments &)
 {
-    return answer(session.device().command(velnoext_logout), u"logged out"_s);
+    return answer(session.device().command(velnoext_logout), Spoken::tr("logged out"));
 }
 
 Answer forget(Session &session, const Arguments &)
 {
-    return answer(session.device().forget(), u"keys forgotten"_s);
+    return answer(session.device().forget(), Spoken::tr("keys forgotten"));
 }
 
 Answer state(Session &session, const Arguments &)
@@ -65,7 +68,8 @@ Answer state(Session &session, const Arguments &)
     int number = 0;
     const int code = session.device().command(velnoext_ecr_state, &number);
     const QString name = stateName(number);
-    return answer(code, u"state %1 (%2)"_s.arg(number).arg(name), {{u"state"_s, number}, {u"name"_s, name}});
+    return answer(code, Spoken::tr("state %1 (%2)").arg(number).arg(name),
+                  {{u"state"_s, number}, {u"name"_s, name}});
 }
 
 Answer currentZ(Session &session, const Arguments &)
@@ -86,27 +90,27 @@ Answer lastZ(Session &session, const Arguments &)
     int seconds = 0;
     const int code = session.device().command(velnoext_last_z_datetime, &seconds);
     if (code == 0 && seconds == 0)
-        return answer(code, u"last Z never"_s, {{u"seconds"_s, 0}, {u"local"_s, QJsonValue::Null}});
-    return instant(code, u"last Z"_s, seconds);
+        return answer(code, Spoken::tr("last Z never"), {{u"seconds"_s, 0}, {u"local"_s, QJsonValue::Null}});
+    return instant(code, Spoken::tr("last Z"), seconds);
 }
 
 Answer dateTime(Session &session, const Arguments &)
 {
     int seconds = 0;
     const int code = session.device().command(velnoext_ecr_datetime, &seconds);
-    return instant(code, u"clock"_s, seconds);
+    return instant(code, Spoken::tr("clock"), seconds);
 }
 
 Answer saleLimit(Session &session, const Arguments &)
 {
     long long kurus = 0;
     const int code = session.device().command(velnoext_sale_limit, &kurus);
-    return answer(code, u"sale limit %1"_s.arg(lira(kurus)), {{u"kurus"_s, qint64(kurus)}});
+    return answer(code, Spoken::tr("sale limit %1").arg(lira(kurus)), {{u"kurus"_s, qint64(kurus)}});
 }
 
 Answer paper(Session &session, const Arguments &)
 {
-    return answer(session.device().command(velnoext_check_printer_paper), u"paper present"_s,
+    return answer(session.device().command(velnoext_check_printer_paper), Spoken::tr("paper present"),
                   {{u"paper"_s, true}});
 }
 
@@ -115,7 +119,7 @@ Answer serialNumber(Session &session, const Arguments &)
     char buffer[32] = {}; // the library writes at most 17 bytes, not always a zero behind the last
     const int code = session.device().ask(velnoext_ecr_serialno, buffer);
     const QString serial = printable(buffer);
-    return answer(code, u"serial number %1"_s.arg(serial), {{u"serial"_s, serial}});
+    return answer(code, Spoken::tr("serial number %1").arg(serial), {{u"serial"_s, serial}});
 }
 
 Answer section(Session &session, const Arguments &arguments)
@@ -126,10 +130,10 @@ Answer section(Session &session, const Arguments &arguments)
     const QString name = printable(item.name);
     const int number = item.quantity;
     // All at once: a name may well hold a %1, the rate of its tax.
-    return answer(
-        code,
-        u"section %1 \"%2\", number %3"_s.arg(QString::number(item.section), name, QString::number(number)),
-        {{u"section"_s, item.section}, {u"name"_s, name}, {u"number"_s, number}});
+    return answer(code,
+                  Spoken::tr("section %1 \"%2\", number %3")
+                      .arg(QString::number(item.section), name, QString::number(number)),
+                  {{u"section"_s, item.section}, {u"name"_s, name}, {u"number"_s, number}});
 }
 
 Answer acquirers(Session &session, const Arguments &)

@@ -2,6 +2,7 @@
 
 #include "velnoctl/raw_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/answers.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/session.h"
@@ -16,7 +17,7 @@ Answer sendRaw(Session &session, const Arguments &arguments)
     const int size = int(bytes.size());
     const int code = session.device().ask(velnoext_send_data, bytes.constData(), size);
     session.device().expectStrayAnswer();
-    return answer(code, u"sent %1 bytes"_s.arg(size), {{u"bytes"_s, size}});
+    return answer(code, Spoken::tr("sent %1 bytes").arg(size), {{u"bytes"_s, size}});
 }
 
 Answer getRaw(Session &session, const Arguments &arguments)

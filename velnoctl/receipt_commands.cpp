@@ -2,6 +2,7 @@
 
 #include "velnoctl/receipt_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/ledger_till.h"
 #include "velnoctl/session.h"
@@ -50,7 +51,7 @@ QString readFile(const QString &path, QByteArray *text)
     *text = file.read(largestFile + 1);
     if (file.error() != QFile::NoError)
         return u"%1: %2"_s.arg(path, file.errorString());
-    return text->contains('\0') ? u"%1: it is no text"_s.arg(path) : QString();
+    return text->contains('\0') ? Spoken::tr("%1: it is no text").arg(path) : QString();
 }
 
 /** A call that did not bring an order. */
@@ -89,8 +90,8 @@ Answer standing(Session &session, VelnoTill *till, const QByteArray &key, int re
 {
     if (result == VelnoTillResult_Interrupted) {
         session.device().setWhenInterrupted(
-            u"while it was under way; hand it over again under the key %1, and it goes on"_s.arg(
-                QString::fromUtf8(key)));
+            Spoken::tr("while it was under way; hand it over again under the key %1, and it goes on")
+                .arg(QString::fromUtf8(key)));
     }
     if (result != VelnoTillResult_Done && result != VelnoTillResult_Interrupted)
         return notTaken(result);
@@ -156,7 +157,7 @@ Answer listed(Session &session, VelnoTill *till)
         lines << lineOf(session, found);
         orders << orderAsJson(till, found.key);
     }
-    answer.text = lines.isEmpty() ? u"no receipts"_s : lines.join(u'\n');
+    answer.text = lines.isEmpty() ? Spoken::tr("no receipts") : lines.join(u'\n');
     answer.values.insert(u"orders"_s, orders);
     return answer;
 }

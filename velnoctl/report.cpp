@@ -2,6 +2,7 @@
 
 #include "velnoctl/report.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/exit_status.h"
 #include "velnoctl/explanation.h"
 #include "velnoext.h"
@@ -37,7 +38,7 @@ void Report::write(const QString &text)
         return;
     m_isLost = std::fputs((text + u'\n').toUtf8().constData(), stdout) == EOF || std::fflush(stdout) == EOF;
     if (m_isLost)
-        complain(u"the result cannot be written: "_s + QString::fromLocal8Bit(std::strerror(errno)));
+        complain(Spoken::tr("the result cannot be written: ") + QString::fromLocal8Bit(std::strerror(errno)));
 }
 
 void Report::write(const QJsonObject &object)
@@ -68,13 +69,13 @@ void Report::answer(const Step &step, const Answer &answer)
 
 void Report::connectFailed(const Step &step, const QString &target, const Answer &failed)
 {
-    failure(step, u"connecting "_s + target, u"connect"_s, failed);
+    failure(step, Spoken::tr("connecting %1").arg(target), u"connect"_s, failed);
 }
 
 void Report::interrupted(const Step &step, const QString &known)
 {
     const QString command = QLatin1StringView(step.command->name);
-    const QString sentence = u"interrupted "_s + known;
+    const QString sentence = Spoken::tr("interrupted %1").arg(known);
     complain(whereOf(step) + command + u": "_s + sentence);
     if (!m_isJson)
         return;
@@ -89,7 +90,7 @@ void Report::interrupted(const Step &step, const QString &known)
 
 void Report::interruptedIdle()
 {
-    complain(u"interrupted; nothing was under way"_s);
+    complain(Spoken::tr("interrupted; nothing was under way"));
 }
 
 void Report::details(const QStringList &lines)
@@ -120,7 +121,7 @@ void Report::failure(const Step &step, const QString &what, const QString &comma
     const Explanation explanation(answer.code, answer.cause, answer.detail);
     complain(where + what + u": "_s + explanation.forPeople());
     if (!answer.text.isEmpty())
-        complain(where + what + u": it said all the same: "_s + answer.text);
+        complain(where + what + Spoken::tr(": it said all the same: ") + answer.text);
     if (!m_isJson)
         return;
     QJsonObject object = explanation.asJson();
@@ -135,9 +136,9 @@ void Report::failure(const Step &step, const QString &what, const QString &comma
 void Report::wrongUsage(const QString &problem)
 {
     complain(problem);
-    std::fputs(m_isInShell ? "help shows all commands.\n"
-                           : "velnoctl --help shows all commands and options.\n",
-               stderr);
+    const QString help = m_isInShell ? Spoken::tr("help shows all commands.\n")
+                                     : Spoken::tr("velnoctl --help shows all commands and options.\n");
+    std::fputs(help.toUtf8().constData(), stderr);
     if (m_isJson)
         write(QJsonObject{
             {u"code"_s, int(WrongUsage)}, {u"result"_s, u"wrong-usage"_s}, {u"sentence"_s, problem}});

@@ -2,6 +2,7 @@
 
 #include "velnoctl/sale_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/answers.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/session.h"
@@ -35,7 +36,7 @@ VelnoSaleItem itemFrom(const Arguments &arguments)
 
 Answer started(int code)
 {
-    return answer(code, u"sale started"_s);
+    return answer(code, Spoken::tr("sale started"));
 }
 
 } // namespace
@@ -61,10 +62,11 @@ Answer saleState(Session &session, const Arguments &)
     QJsonObject values = totalsValues(totals);
     values.insert(u"first"_s, first);
     values.insert(u"receipt"_s, u"%1/%2"_s.arg(receipt.first).arg(receipt.second));
-    return answer(code,
-                  u"receipt %1/%2, register shows %3: "_s.arg(receipt.first).arg(receipt.second).arg(first) +
-                      totalsText(totals),
-                  values);
+    return answer(
+        code,
+        Spoken::tr("receipt %1/%2, register shows %3: ").arg(receipt.first).arg(receipt.second).arg(first) +
+            totalsText(totals),
+        values);
 }
 
 Answer addItem(Session &session, const Arguments &arguments)
@@ -91,7 +93,7 @@ Answer medical(Session &session, const Arguments &arguments)
     const qint64 kurus = arguments.value(Kinds::amount);
     const quint64 identity = arguments.value(Kinds::identity, anybody);
     const int code = session.device().command(velnoext_add_medical_contribution, kurus, identity);
-    return answer(code, u"medical contribution %1"_s.arg(lira(kurus)), {{u"kurus"_s, kurus}});
+    return answer(code, Spoken::tr("medical contribution %1").arg(lira(kurus)), {{u"kurus"_s, kurus}});
 }
 
 Answer deleteItem(Session &session, const Arguments &arguments)

@@ -2,6 +2,7 @@
 
 #include "velnoctl/simulator_commands.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/arguments.h"
 #include "velnoctl/control_line.h"
 #include "velnoctl/session.h"
@@ -33,7 +34,7 @@ Answer fault(Session &session, const Arguments &arguments)
     const QString whose = options.serial.isEmpty() ? QString() : QString::fromLatin1(options.serial) + u' ';
     const QDeadlineTimer deadline = options.timeout == noLimit ? QDeadlineTimer(QDeadlineTimer::Forever)
                                                                : QDeadlineTimer(options.timeout);
-    session.device().setWhenInterrupted(u"while the simulator had not answered"_s);
+    session.device().setWhenInterrupted(Spoken::tr("while the simulator had not answered"));
     const ControlAnswer said = sayToSimulator(*options.control, whose + u"fault "_s + name, deadline,
                                               session.interrupts().descriptor());
     switch (said.outcome) {
@@ -42,13 +43,14 @@ Answer fault(Session &session, const Arguments &arguments)
     case ControlAnswer::Refused:
         return ended(WrongUsage, nullptr, said.text);
     case ControlAnswer::Unanswered:
-        return ended(Unavailable, "no-simulator",
-                     u"the simulator at %1 was not reached: %2"_s.arg(options.control->text(), said.text));
+        return ended(
+            Unavailable, "no-simulator",
+            Spoken::tr("the simulator at %1 was not reached: %2").arg(options.control->text(), said.text));
     default:
         break;
     }
     Answer answer;
-    answer.text = name == "none"_L1 ? u"all faults are off"_s : u"%1 is on"_s.arg(name);
+    answer.text = name == "none"_L1 ? Spoken::tr("all faults are off") : Spoken::tr("%1 is on").arg(name);
     answer.values.insert(u"fault"_s, name);
     return answer;
 }

@@ -2,6 +2,7 @@
 
 #include "velnoctl/take_arguments.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/nearest.h"
 
 #include <QRegularExpression>
@@ -39,8 +40,8 @@ QString readValue(const ArgumentKind &kind, const QString &value, Arguments &tak
     const bool isUnknownCommand = isCommandName(kind) && !commandNamed(value);
     if (!isUnknownCommand && taken.read(kind, value))
         return {};
-    const QString problem = u"\"%1\" is no %2; accepted is %3"_s.arg(value, QLatin1StringView(kind.name),
-                                                                     QLatin1StringView(kind.accepted));
+    const QString problem = Spoken::tr("\"%1\" is no %2; accepted is %3")
+                                .arg(value, QLatin1StringView(kind.name), Spoken::tr(kind.accepted));
     return isCommandName(kind) ? problem + didYouMean(value, commandNames(Everywhere)) : problem;
 }
 
@@ -71,8 +72,8 @@ QString takePlaced(const QList<Argument> &row, Place place, QStringList &words, 
         if (!argument.key.isEmpty() || (argument.isOptional && !isGiven(*argument.kind, words, place)))
             return {};
         if (words.isEmpty())
-            return u"%1 is missing; accepted is %2"_s.arg(argument.usage(),
-                                                          QLatin1StringView(argument.kind->accepted));
+            return Spoken::tr("%1 is missing; accepted is %2")
+                .arg(argument.usage(), Spoken::tr(argument.kind->accepted));
         if (const QString wrong = readValue(*argument.kind, words.takeFirst(), taken); !wrong.isEmpty())
             return wrong;
     }
@@ -88,9 +89,9 @@ QString takeKeyed(const QList<Argument> &row, QStringList &words, Arguments &tak
         const QString key = word.left(word.indexOf(u'='));
         const auto argument = std::ranges::find(row, key, &Argument::key);
         if (argument == row.end())
-            return u"\"%1\": accepted are %2"_s.arg(word, accepted) + didYouMean(key, keysOf(row));
+            return Spoken::tr("\"%1\": accepted are %2").arg(word, accepted) + didYouMean(key, keysOf(row));
         if (taken.has(*argument->kind))
-            return u"\"%1\": %2= is given twice"_s.arg(word, key);
+            return Spoken::tr("\"%1\": %2= is given twice").arg(word, key);
         const QString value = word.sliced(key.size() + 1);
         if (const QString wrong = readValue(*argument->kind, value, taken); !wrong.isEmpty())
             return u"%1="_s.arg(key) + wrong;
@@ -115,7 +116,7 @@ QString takeArguments(const Command &command, Place place, QStringList &words, A
         if (command.most == 1 || words.isEmpty() || words.first() != "+"_L1)
             return {};
         if (times == command.most)
-            return u"%1: \"+\" is one too many; accepted are up to %2"_s.arg(name).arg(command.most);
+            return Spoken::tr("%1: \"+\" is one too many; accepted are up to %2").arg(name).arg(command.most);
         words.removeFirst();
         taken = &arguments->repeat(row);
     }

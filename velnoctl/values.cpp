@@ -2,6 +2,7 @@
 
 #include "velnoctl/values.h"
 
+#include "translations/spoken.h"
 #include "velnoext.h"
 
 #include <QDateTime>
@@ -14,13 +15,13 @@ QString stateName(int state)
 {
     switch (state) {
     case VelnoEcrState_Idle:
-        return u"idle"_s;
+        return Spoken::tr("idle");
     case VelnoEcrState_SaleOpen:
-        return u"sale open"_s;
+        return Spoken::tr("sale open");
     case VelnoEcrState_IdleOtherScreen:
-        return u"idle, another screen"_s;
+        return Spoken::tr("idle, another screen");
     default:
-        return u"unnamed"_s;
+        return Spoken::tr("unnamed");
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include "velnoctl/words.h"
 
+#include "translations/spoken.h"
+
 #include <histedit.h>
 
 #include <memory>
@@ -38,9 +40,11 @@ public:
     QString problem() const
     {
         if (m_endsWithBackslash)
-            return u"byte %1 is a backslash with nothing behind it"_s.arg(m_line.size());
+            return Spoken::tr("byte %1 is a backslash with nothing behind it").arg(m_line.size());
         if (m_quote != 0)
-            return u"the quote %1 at byte %2 is not closed"_s.arg(QLatin1Char(m_quote)).arg(m_opened + 1);
+            return Spoken::tr("the quote %1 at byte %2 is not closed")
+                .arg(QLatin1Char(m_quote))
+                .arg(m_opened + 1);
         return {};
     }
 
@@ -85,10 +89,11 @@ QString encodingProblem(const QByteArray &text)
     for (qsizetype at = 0; at < text.size();) {
         const qsizetype size = letterAt(text, at);
         if (size == 0)
-            return u"byte %1 (0x%2) is no UTF-8, which every line has to be"_s.arg(at + 1).arg(
-                QString::fromLatin1(text.sliced(at, 1).toHex().toUpper()));
+            return Spoken::tr("byte %1 (0x%2) is no UTF-8, which every line has to be")
+                .arg(at + 1)
+                .arg(QString::fromLatin1(text.sliced(at, 1).toHex().toUpper()));
         if (text.at(at) == '\0')
-            return u"byte %1 is a zero byte, which no line may hold"_s.arg(at + 1);
+            return Spoken::tr("byte %1 is a zero byte, which no line may hold").arg(at + 1);
         at += size;
     }
     return {};
@@ -108,7 +113,7 @@ QString splitWords(const QByteArray &line, QStringList *words)
     int count = 0;
     const char **found = nullptr;
     if (!tokenizer || tok_str(tokenizer.get(), scan.text().constData(), &count, &found) != 0)
-        return u"its words cannot be told apart"_s; // without memory only
+        return Spoken::tr("its words cannot be told apart"); // without memory only
     for (int i = 0; i < count; ++i)
         words->append(QString::fromUtf8(found[i]));
     return {};

@@ -4,6 +4,7 @@
 
 #include "ExtDevice/openssl_ptr.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QScopeGuard>
 
@@ -47,7 +48,7 @@ private:
 /** Of a call that has just failed. */
 QString problem(const QString &path, const QString &reason = QString::fromLocal8Bit(std::strerror(errno)))
 {
-    return u"keys cannot be logged to %1: %2"_s.arg(path, reason);
+    return QCoreApplication::translate("Spoken", "keys cannot be logged to %1: %2").arg(path, reason);
 }
 
 /** Opens the file behind its end. Links are not followed: somebody else may have laid them. */
@@ -67,11 +68,12 @@ QString fileProblem(const QString &path, const OpenFile &file)
     if (file.descriptor() < 0 || ::fstat(file.descriptor(), &status) != 0)
         return problem(path);
     if (!S_ISREG(status.st_mode))
-        return problem(path, u"it is no regular file"_s);
+        return problem(path, QCoreApplication::translate("Spoken", "it is no regular file"));
     if (status.st_uid != ::geteuid())
-        return problem(path, u"it is somebody else's"_s);
+        return problem(path, QCoreApplication::translate("Spoken", "it is somebody else's"));
     if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
-        return problem(path, u"others may open it; its mode must be 0600"_s);
+        return problem(path,
+                       QCoreApplication::translate("Spoken", "others may open it; its mode must be 0600"));
     return {};
 }
 

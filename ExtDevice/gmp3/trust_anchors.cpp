@@ -5,6 +5,8 @@
 #include "ExtDevice/openssl_ptr.h"
 #include "trust_anchors_data.h"
 
+#include <QCoreApplication>
+
 #include <cstdio>
 #include <openssl/pem.h>
 
@@ -42,8 +44,9 @@ bool trustsDevelopmentAuthority()
 QString trustAnchorsInWords()
 {
     QString words = trustsDevelopmentAuthority()
-                        ? u"Trust anchors (this build's own development authority):\n"_s
-                        : u"Trust anchors:\n"_s;
+                        ? QCoreApplication::translate(
+                              "Spoken", "Trust anchors (this build's own development authority):\n")
+                        : QCoreApplication::translate("Spoken", "Trust anchors:\n");
     const BioPtr chain{BIO_new_mem_buf(trustAnchors().constData(), int(trustAnchors().size()))};
     while (const X509Ptr anchor{chain ? PEM_read_bio_X509(chain.get(), nullptr, nullptr, nullptr) : nullptr})
         words += u"  "_s + subjectOf(anchor.get()) + u'\n';
@@ -52,9 +55,10 @@ QString trustAnchorsInWords()
 
 void warnOfDevelopmentAuthority(const char *program)
 {
+    const QString text = QCoreApplication::translate(
+        "Spoken", "built for development, trusts the Velno Development authority only");
     if (trustsDevelopmentAuthority())
-        std::fprintf(stderr, "%s: built for development, trusts the Velno Development authority only\n",
-                     program);
+        std::fprintf(stderr, "%s: %s\n", program, qUtf8Printable(text));
 }
 
 } // namespace Velno::GMP

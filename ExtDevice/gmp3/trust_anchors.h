@@ -15,11 +15,11 @@ const QByteArray &trustAnchors();
 bool trustsDevelopmentAuthority();
 
 /** Whom the program trusts, for its --help and --version: a line, and the subject of each certificate in a
- * line. */
+ * line. Like the warning below in the language of the program, see translations/spoken.h. */
 QString trustAnchorsInWords();
 
 /** Says in one line on standard error that the chain is the build's own, when it is so. Every program calls
- * this first. */
+ * this before it does anything else. */
 void warnOfDevelopmentAuthority(const char *program);
 
 } // namespace Velno::GMP

@@ -3,6 +3,7 @@
 #include "simulator/fiscal/journal.h"
 
 #include "simulator/common/private_file.h"
+#include "translations/spoken.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
@@ -155,7 +156,7 @@ QString Journal::open(const QString &file)
     QString problem = connect(file);
     if (problem.isEmpty())
         problem = resume();
-    return problem.isEmpty() ? QString() : u"the journal %1 cannot be used: %2"_s.arg(file, problem);
+    return problem.isEmpty() ? QString() : Spoken::tr("the journal %1 cannot be used: %2").arg(file, problem);
 }
 
 /** Takes up what an earlier program left. Returns what was wrong, or nothing. */
@@ -163,7 +164,7 @@ QString Journal::resume()
 {
     m_statements = std::make_shared<Statements>(m_database);
     if (!readCounters() || isMade(m_z) || !day(m_z))
-        return u"it is damaged"_s;
+        return Spoken::tr("it is damaged");
     // A sale that was open when the program ended belongs to no session any more: it is cancelled.
     return execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s});
 }
@@ -188,7 +189,7 @@ QString Journal::connect(const QString &file)
     const auto tables = number(m_database, u"SELECT count(*) FROM sqlite_master"_s);
     const bool ours = id == applicationId && version == layoutVersion;
     if (!ours && (id != 0 || tables != 0))
-        return u"it is no journal of this program"_s;
+        return Spoken::tr("it is no journal of this program");
     tighten(file);
     // Not sooner: the mode is written into the file. In it what a transaction wrote survives the program's
     // end without waiting for the disk.

@@ -26,7 +26,8 @@ QCoreApplication *makeApplication(int &argumentCount, char **arguments)
 QString problem()
 {
     return QFontDatabase::families().isEmpty()
-               ? u"no fonts are installed; Debian's fonts-dejavu-core is enough"_s
+               ? QCoreApplication::translate("Spoken",
+                                             "no fonts are installed; Debian's fonts-dejavu-core is enough")
                : QString();
 }
 

@@ -4,6 +4,7 @@
 
 #include "ExtDevice/encoding/file.h"
 #include "ExtDevice/openssl_ptr.h"
+#include "translations/spoken.h"
 
 #include <openssl/err.h>
 #include <openssl/pem.h>
@@ -31,7 +32,7 @@ auto parsed(const QByteArray &pem)
 
 QString unreadable(const QString &file, const QString &path)
 {
-    return u"the credentials folder must hold a readable %1; there is no %2"_s.arg(file, path);
+    return Spoken::tr("the credentials folder must hold a readable %1; there is no %2").arg(file, path);
 }
 
 QString pairProblem(const QString &folder, const QString &name)
@@ -43,22 +44,23 @@ QString pairProblem(const QString &folder, const QString &name)
         return unreadable(name + u".crt"_s, certificatePath);
     const Velno::X509Ptr certificate{parsed<PEM_read_bio_X509>(pem)};
     if (!certificate)
-        return u"%1 holds no certificate; accepted is one in PEM form"_s.arg(certificatePath);
+        return Spoken::tr("%1 holds no certificate; accepted is one in PEM form").arg(certificatePath);
     if (!Velno::readData(keyPath, &pem))
         return unreadable(name + u".key"_s, keyPath);
     const Velno::PkeyPtr key{parsed<PEM_read_bio_PrivateKey>(pem)};
     Velno::cleanse(pem);
     if (!key)
-        return u"%1 holds no private key that can be read; accepted is one in PEM form, without a password"_s
-            .arg(keyPath);
+        return Spoken::
+            tr("%1 holds no private key that can be read; accepted is one in PEM form, without a password")
+                .arg(keyPath);
     if (!EVP_PKEY_is_a(key.get(), "RSA"))
-        return u"%1 holds a key of the kind %2; accepted is RSA"_s.arg(
-            keyPath, QString::fromLatin1(EVP_PKEY_get0_type_name(key.get())));
+        return Spoken::tr("%1 holds a key of the kind %2; accepted is RSA")
+            .arg(keyPath, QString::fromLatin1(EVP_PKEY_get0_type_name(key.get())));
     const bool fits = X509_check_private_key(certificate.get(), key.get()) == 1;
     ERR_clear_error();
     return fits ? QString()
-                : u"%1 does not fit %2; accepted is the private key of that certificate"_s.arg(
-                      keyPath, certificatePath);
+                : Spoken::tr("%1 does not fit %2; accepted is the private key of that certificate")
+                      .arg(keyPath, certificatePath);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "simulator/register/faults.h"
 
 #include "simulator/common/numbers.h"
+#include "translations/spoken.h"
 
 #include <array>
 
@@ -30,70 +31,80 @@ constexpr Row atCommands(Fault fault, const char *name, const char *help)
 }
 
 constexpr std::array table{
-    whilePairing(Fault::WrongAuthority, "wrong-authority", "certificate of an authority that nobody trusts"),
+    whilePairing(Fault::WrongAuthority, "wrong-authority",
+                 Spoken::later("certificate of an authority that nobody trusts")),
     whilePairing(Fault::ExpiredCertificate, "expired-certificate",
-                 "expired.crt and expired.key of the credentials folder"),
-    whilePairing(Fault::NoCertificate, "no-certificate", "leaves the certificate out"),
-    whilePairing(Fault::BadSignature, "bad-signature", "one bit of the signature is wrong"),
+                 Spoken::later("expired.crt and expired.key of the credentials folder")),
+    whilePairing(Fault::NoCertificate, "no-certificate", Spoken::later("leaves the certificate out")),
+    whilePairing(Fault::BadSignature, "bad-signature", Spoken::later("one bit of the signature is wrong")),
     whilePairing(Fault::NoSignature, "no-signature",
-                 "cannot read its private key: result code 01, no signature"),
-    Row{{"result-code", "NN[@STEP]", 0, 99, "answers with this result code"},
+                 Spoken::later("cannot read its private key: result code 01, no signature")),
+    Row{{"result-code", "NN[@STEP]", 0, 99, Spoken::later("answers with this result code")},
         Fault::ResultCode,
         Disturbs::KeyExchange,
         Takes::ResultCode},
-    Row{{"wrong-kind", "N", 1, 1000, "first N answers are of another kind"},
+    Row{{"wrong-kind", "N", 1, 1000, Spoken::later("first N answers are of another kind")},
         Fault::WrongKind,
         Disturbs::KeyExchange},
-    Row{{"request-instead", "N", 1, 1000, "first N answers are requests"},
+    Row{{"request-instead", "N", 1, 1000, Spoken::later("first N answers are requests")},
         Fault::RequestInstead,
         Disturbs::KeyExchange},
-    always(Fault::BadCrc, "bad-crc", "one bit of the CRC is wrong"),
-    always(Fault::BadLength, "bad-length", "announces one byte more than it sends, then closes"),
-    always(Fault::OtherSerial, "other-serial", "answers under another serial number"),
-    whilePairing(Fault::NoMessageTag, "no-message-tag", "fields without a message around them"),
-    whilePairing(Fault::Oversize, "oversize", "announces a frame longer than 4096 bytes"),
-    Row{{"segments", "N", 1, 4096, "N bytes per TCP segment"}, Fault::Segments},
-    Row{{"delay", "MS", 1, 600'000, "waits before each answer"}, Fault::Delay},
-    Row{{"mute", "WHEN", 1, 3, "does not answer this, stays connected"},
+    always(Fault::BadCrc, "bad-crc", Spoken::later("one bit of the CRC is wrong")),
+    always(Fault::BadLength, "bad-length",
+           Spoken::later("announces one byte more than it sends, then closes")),
+    always(Fault::OtherSerial, "other-serial", Spoken::later("answers under another serial number")),
+    whilePairing(Fault::NoMessageTag, "no-message-tag",
+                 Spoken::later("fields without a message around them")),
+    whilePairing(Fault::Oversize, "oversize", Spoken::later("announces a frame longer than 4096 bytes")),
+    Row{{"segments", "N", 1, 4096, Spoken::later("N bytes per TCP segment")}, Fault::Segments},
+    Row{{"delay", "MS", 1, 600'000, Spoken::later("waits before each answer")}, Fault::Delay},
+    Row{{"mute", "WHEN", 1, 3, Spoken::later("does not answer this, stays connected")},
         Fault::Mute,
         Disturbs::All,
         Takes::StepOrCommand},
-    Row{{"close", "WHEN", 1, 3, "closes instead of answering this"},
+    Row{{"close", "WHEN", 1, 3, Spoken::later("closes instead of answering this")},
         Fault::Close,
         Disturbs::All,
         Takes::StepOrCommand},
-    whilePairing(Fault::WrongKeyCheck, "wrong-key-check", "finds another key check value: result code 02"),
-    whilePairing(Fault::WrongAppHash, "wrong-app-hash", "finds another application hash: result code 03"),
-    whilePairing(Fault::SmallDhKey, "small-dh-key", "offers a 1024-bit Diffie-Hellman group"),
-    always(Fault::Garbage, "garbage", "random bytes instead of an answer"),
-    atCommands(Fault::BadMac, "bad-mac", "one bit of the MAC is wrong"),
-    atCommands(Fault::NoMac, "no-mac", "leaves the MAC out"),
-    atCommands(Fault::ExtraElement, "extra-element", "one element too many behind command and MAC"),
-    atCommands(Fault::ShortReply, "short-reply", "the last byte of the answer is missing"),
-    Row{{"refuse", "COMMAND", 0, 0, "says no to this command"},
+    whilePairing(Fault::WrongKeyCheck, "wrong-key-check",
+                 Spoken::later("finds another key check value: result code 02")),
+    whilePairing(Fault::WrongAppHash, "wrong-app-hash",
+                 Spoken::later("finds another application hash: result code 03")),
+    whilePairing(Fault::SmallDhKey, "small-dh-key", Spoken::later("offers a 1024-bit Diffie-Hellman group")),
+    always(Fault::Garbage, "garbage", Spoken::later("random bytes instead of an answer")),
+    atCommands(Fault::BadMac, "bad-mac", Spoken::later("one bit of the MAC is wrong")),
+    atCommands(Fault::NoMac, "no-mac", Spoken::later("leaves the MAC out")),
+    atCommands(Fault::ExtraElement, "extra-element",
+               Spoken::later("one element too many behind command and MAC")),
+    atCommands(Fault::ShortReply, "short-reply", Spoken::later("the last byte of the answer is missing")),
+    Row{{"refuse", "COMMAND", 0, 0, Spoken::later("says no to this command")},
         Fault::Refuse,
         Disturbs::Commands,
         Takes::RefusableCommand},
-    Row{{"keep-alives", "N", 1, 1000, "N keep-alives before each answer"},
+    Row{{"keep-alives", "N", 1, 1000, Spoken::later("N keep-alives before each answer")},
         Fault::KeepAlives,
         Disturbs::Commands},
-    atCommands(Fault::StaleReply, "stale-reply", "half an answer now, the other half 10 s later"),
-    atCommands(Fault::HalfFrame, "half-frame", "half an answer, and no more"),
-    atCommands(Fault::HugeFrame, "huge-frame", "announces an answer of 1 GiB"),
-    atCommands(Fault::ForgetPairing, "forget-pairing", "has lost its keys when a command comes"),
-    Row{{"state", "N", 0, int(State::OutOfService), "answers that it is in this state"},
+    atCommands(Fault::StaleReply, "stale-reply",
+               Spoken::later("half an answer now, the other half 10 s later")),
+    atCommands(Fault::HalfFrame, "half-frame", Spoken::later("half an answer, and no more")),
+    atCommands(Fault::HugeFrame, "huge-frame", Spoken::later("announces an answer of 1 GiB")),
+    atCommands(Fault::ForgetPairing, "forget-pairing",
+               Spoken::later("has lost its keys when a command comes")),
+    Row{{"state", "N", 0, int(State::OutOfService), Spoken::later("answers that it is in this state")},
         Fault::State,
         Disturbs::Commands},
-    Row{{"error", "N", 1, 999'999'999, "answers with this register error"}, Fault::Error, Disturbs::Commands},
-    atCommands(Fault::SaleLimit, "sale-limit", "finds every sale over its limit"),
-    Row{{"paper-out-after", "N", 1, 1000, "has paper for N prints"},
+    Row{{"error", "N", 1, 999'999'999, Spoken::later("answers with this register error")},
+        Fault::Error,
+        Disturbs::Commands},
+    atCommands(Fault::SaleLimit, "sale-limit", Spoken::later("finds every sale over its limit")),
+    Row{{"paper-out-after", "N", 1, 1000, Spoken::later("has paper for N prints")},
         Fault::PaperOutAfter,
         Disturbs::Commands},
-    Row{{"lost-answer", "COMMAND", 0, 0, "does this, but the answer never comes"},
+    Row{{"lost-answer", "COMMAND", 0, 0, Spoken::later("does this, but the answer never comes")},
         Fault::LostAnswer,
         Disturbs::Commands,
         Takes::Command},
-    Row{{"power-cut", "COMMAND", 0, 0, "does this, then its power is cut"},
+    Row{{"power-cut", "COMMAND", 0, 0, Spoken::later("does this, then its power is cut")},
         Fault::PowerCut,
         Disturbs::Commands,
         Takes::Command},
@@ -142,13 +153,14 @@ QString RegisterFaultRow::valueRule() const
 {
     switch (takes) {
     case Takes::ResultCode:
-        return u"NN[@STEP]: two digits, STEP 1 to 3"_s;
+        return Spoken::tr("NN[@STEP]: two digits, STEP 1 to 3");
     case Takes::StepOrCommand:
-        return u"WHEN: a step, 1 to 3, or COMMAND or COMMAND*N: "_s + commandNames(false).join(", "_L1);
+        return Spoken::tr("WHEN: a step, 1 to 3, or COMMAND or COMMAND*N: %1")
+            .arg(commandNames(false).join(", "_L1));
     case Takes::Command:
-        return u"COMMAND or COMMAND*N: "_s + commandNames(false).join(", "_L1);
+        return Spoken::tr("COMMAND or COMMAND*N: %1").arg(commandNames(false).join(", "_L1));
     case Takes::RefusableCommand:
-        return u"COMMAND or COMMAND*N: "_s + commandNames(true).join(", "_L1);
+        return Spoken::tr("COMMAND or COMMAND*N: %1").arg(commandNames(true).join(", "_L1));
     case Takes::Number:
         return FaultRow::valueRule();
     }

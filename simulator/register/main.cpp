@@ -6,17 +6,24 @@
 #include "simulator/common/control_server.h"
 #include "simulator/register/pictures.h"
 #include "simulator/register/register_program.h"
+#include "translations/spoken.h"
 
 #include <QCoreApplication>
 
 #include <memory>
+#include <optional>
 
 using namespace Simulator;
 
 namespace {
 
-/** Plays what the options say until it is told to stop. @return the exit code */
-int play(const RegisterOptions &options)
+/**
+ * Plays what the options say until it is told to stop.
+ *
+ * @param speaker  is silent from the first event on, since events are for programs
+ * @return the exit code
+ */
+int play(const RegisterOptions &options, std::optional<Spoken::Speaker> &speaker)
 {
     const LogsToStandardError logs;
     const ControlInput input;
@@ -31,6 +38,7 @@ int play(const RegisterOptions &options)
     if (options.control)
         if (const QString problem = control.listen(*options.control); !problem.isEmpty())
             return showUnavailable("velno-register", problem);
+    speaker.reset();
     program.start(control.place());
     return QCoreApplication::exec();
 }
@@ -39,9 +47,10 @@ int play(const RegisterOptions &options)
 
 int main(int argc, char *argv[])
 {
-    Velno::GMP::warnOfDevelopmentAuthority("velno-register");
     qputenv("QT_NO_GLIB", "1"); // Qt's own event loop answers sooner, and nothing here needs the other
     auto application = std::make_unique<QCoreApplication>(argc, argv);
+    std::optional<Spoken::Speaker> speaker(std::in_place);
+    Velno::GMP::warnOfDevelopmentAuthority("velno-register");
     CommandLine line = parseCommandLine(QCoreApplication::arguments());
     if (const auto exitCode = shownInstead("velno-register", line))
         return *exitCode;
@@ -49,13 +58,15 @@ int main(int argc, char *argv[])
         QString problem;
         const PictureModule *const module = loadPictureModule(&problem);
         if (module) {
+            speaker.reset();
             application.reset(); // there is one at a time
             application.reset(module->makeApplication(argc, argv));
+            speaker.emplace();
             problem = module->problem();
             line.options.receipts.draw = module->png;
         }
         if (!problem.isEmpty())
             return showUnavailable("velno-register", problem);
     }
-    return play(line.options);
+    return play(line.options, speaker);
 }

@@ -3,6 +3,7 @@
 #include "simulator/register/model_settings.h"
 
 #include "simulator/common/numbers.h"
+#include "translations/spoken.h"
 
 #include <array>
 #include <limits>
@@ -18,30 +19,34 @@ constexpr qint64 mostLong = std::numeric_limits<qint64>::max();
 constexpr qint64 lastState = qint64(State::OutOfService);
 
 constexpr std::array table{
-    SettingRow{"z", "N", 1, mostInt, "The number of the current Z report.", true,
+    SettingRow{"z", "N", 1, mostInt, Spoken::later("The number of the current Z report."), true,
                [](FiscalModel &model, qint64 value) { return model.setZNumber(qint32(value)); }},
-    SettingRow{"last-z", "SECONDS", 0, mostInt, "When the last Z report was made, since 1970.", true,
-               [](FiscalModel &model, qint64 value) { return model.setLastZ(qint32(value)); }},
-    SettingRow{"clock", "SECONDS", 0, mostInt, "Its clock stands at this time, since 1970.", false,
+    SettingRow{"last-z", "SECONDS", 0, mostInt, Spoken::later("When the last Z report was made, since 1970."),
+               true, [](FiscalModel &model, qint64 value) { return model.setLastZ(qint32(value)); }},
+    SettingRow{"clock", "SECONDS", 0, mostInt, Spoken::later("Its clock stands at this time, since 1970."),
+               false,
                [](FiscalModel &model, qint64 value) {
                    model.stopClockAt(qint32(value));
                    return true;
                }},
-    SettingRow{"sale-limit", "KURUS", 0, mostLong, "The highest amount of one sale; 0 for any.", false,
+    SettingRow{"sale-limit", "KURUS", 0, mostLong,
+               Spoken::later("The highest amount of one sale; 0 for any."), false,
                [](FiscalModel &model, qint64 value) {
                    model.setSaleLimit(value);
                    return true;
                }},
     // Last: with state 5 a sale is opened, under the settings above.
-    SettingRow{"state", "N", 0, lastState, "The state it is in; 1 is idle.", false,
+    SettingRow{"state", "N", 0, lastState, Spoken::later("The state it is in; 1 is idle."), false,
                [](FiscalModel &model, qint64 value) { return model.setState(State(value)); }},
 };
 
 QString notNow(const QString &name, qint64 value)
 {
-    return u"%1 %2 cannot be now: without paper no sale is opened, while one is open or for a report that has"
-           " been made the Z number stays, and the journal must be writable"_s.arg(name)
-               .arg(value);
+    return Spoken::
+        tr("%1 %2 cannot be now: without paper no sale is opened, while one is open or for a report that has"
+           " been made the Z number stays, and the journal must be writable")
+            .arg(name)
+            .arg(value);
 }
 
 QString obeyPaper(const QString &value, FiscalModel &model)
@@ -61,7 +66,7 @@ std::span<const SettingRow> settingTable()
 
 QString settingRule(const SettingRow &row)
 {
-    return u"%1: %2 to %3"_s.arg(QLatin1StringView(row.value)).arg(row.least).arg(row.most);
+    return Spoken::tr("%1: %2 to %3").arg(QLatin1StringView(row.value)).arg(row.least).arg(row.most);
 }
 
 std::optional<ModelSetting> readSetting(const SettingRow &row, const QString &value)

@@ -2,6 +2,8 @@
 
 #include "simulator/register/pace.h"
 
+#include "translations/spoken.h"
+
 #include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
@@ -26,7 +28,7 @@ std::optional<Pace> Pace::from(const QString &text)
 
 QString Pace::rule()
 {
-    return u"real, or how many times as fast: %1 to %2"_s.arg(slowest).arg(fastest);
+    return Spoken::tr("real, or how many times as fast: %1 to %2").arg(slowest).arg(fastest);
 }
 
 Pace::Duration Pace::forCommand(const Work &work) const

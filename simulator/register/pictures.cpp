@@ -2,6 +2,8 @@
 
 #include "simulator/register/pictures.h"
 
+#include "translations/spoken.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QLibrary>
@@ -16,7 +18,7 @@ const PictureModule *loadPictureModule(QString *problem)
                                                                               "/velno-pictures.so"_s));
     const auto entry = reinterpret_cast<PictureModuleEntry>(library.resolve(pictureModuleEntry));
     if (!entry) {
-        *problem = u"what draws cannot be loaded: "_s + library.errorString();
+        *problem = Spoken::tr("what draws cannot be loaded: %1").arg(library.errorString());
         return nullptr;
     }
     return entry();

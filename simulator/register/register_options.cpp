@@ -8,6 +8,7 @@
 #include "simulator/fiscal/paper.h"
 #include "simulator/register/credentials.h"
 #include "simulator/register/model_settings.h"
+#include "translations/spoken.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -28,7 +29,7 @@ QList<QCommandLineOption> settingOptions()
 {
     QList<QCommandLineOption> options;
     for (const SettingRow &row : settingTable())
-        options.emplaceBack(QString::fromLatin1(row.name), QString::fromLatin1(row.help),
+        options.emplaceBack(QString::fromLatin1(row.name), Spoken::tr(row.help),
                             QString::fromLatin1(row.value));
     return options;
 }
@@ -44,48 +45,56 @@ QString developmentCredentials()
 
 struct Names
 {
-    QCommandLineOption help{{u"h"_s, u"help"_s}, u"This text."_s};
-    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Version and trust anchors."_s};
+    QCommandLineOption help{{u"h"_s, u"help"_s}, Spoken::tr("This text.")};
+    QCommandLineOption version{{u"v"_s, u"version"_s}, Spoken::tr("Version and trust anchors.")};
     QCommandLineOption serial{
-        u"serial"_s, u"Serial number: 12 characters, beginning with UB or VELNO. Required."_s, u"NO"_s};
-    QCommandLineOption connect{u"connect"_s,
-                               u"Where the other side listens: 127.0.0.1:4100, [::1]:4100, till:4100."_s,
-                               u"ADDR:PORT"_s};
-    QCommandLineOption relay{u"relay"_s, u"Where a relay keeps waiting registers; instead of --connect."_s,
+        u"serial"_s, Spoken::tr("Serial number: 12 characters, beginning with UB or VELNO. Required."),
+        u"NO"_s};
+    QCommandLineOption connect{
+        u"connect"_s, Spoken::tr("Where the other side listens: 127.0.0.1:4100, [::1]:4100, till:4100."),
+        u"ADDR:PORT"_s};
+    QCommandLineOption relay{u"relay"_s,
+                             Spoken::tr("Where a relay keeps waiting registers; instead of --connect."),
                              u"ADDR:PORT"_s};
     QCommandLineOption credentials{
         u"credentials"_s,
         Velno::GMP::trustsDevelopmentAuthority()
-            ? u"Folder with client.crt and client.key; without it those of the development authority."_s
-            : u"Folder with client.crt and client.key. Required."_s,
+            ? Spoken::tr(
+                  "Folder with client.crt and client.key; without it those of the development authority.")
+            : Spoken::tr("Folder with client.crt and client.key. Required."),
         u"DIR"_s, developmentCredentials()};
-    QCommandLineOption appHash{
-        u"app-hash"_s, u"SHA-256 of the one application to accept, 64 hexadecimal digits."_s, u"HEX"_s};
-    QCommandLineOption noPaper{u"no-paper"_s, u"The printer has no paper."_s};
+    QCommandLineOption appHash{u"app-hash"_s,
+                               Spoken::tr("SHA-256 of the one application to accept, 64 hexadecimal digits."),
+                               u"HEX"_s};
+    QCommandLineOption noPaper{u"no-paper"_s, Spoken::tr("The printer has no paper.")};
     QList<QCommandLineOption> settings = settingOptions();
-    QCommandLineOption journal{
-        u"journal"_s, u"Keeps receipts and reports in this file; without it in memory."_s, u"FILE"_s};
-    QCommandLineOption keyLog{u"key-log"_s,
-                              u"Appends the keys of each pairing to this file, for a look into the wire."_s,
-                              u"FILE"_s};
-    QCommandLineOption receipts{u"receipts"_s,
-                                u"Writes what is printed to this folder, a file for each print."_s, u"DIR"_s};
-    QCommandLineOption receiptsAs{u"receipts-as"_s, u"What these files are: text, png, or text,png."_s,
-                                  u"KINDS"_s, u"text"_s};
-    QCommandLineOption showReceipts{u"show-receipts"_s, u"Shows what is printed on standard error."_s};
-    QCommandLineOption sales{u"sales"_s, u"End after N closed receipts."_s, u"N"_s};
+    QCommandLineOption journal{u"journal"_s,
+                               Spoken::tr("Keeps receipts and reports in this file; without it in memory."),
+                               u"FILE"_s};
+    QCommandLineOption keyLog{
+        u"key-log"_s, Spoken::tr("Appends the keys of each pairing to this file, for a look into the wire."),
+        u"FILE"_s};
+    QCommandLineOption receipts{
+        u"receipts"_s, Spoken::tr("Writes what is printed to this folder, a file for each print."), u"DIR"_s};
+    QCommandLineOption receiptsAs{
+        u"receipts-as"_s, Spoken::tr("What these files are: text, png, or text,png."), u"KINDS"_s, u"text"_s};
+    QCommandLineOption showReceipts{u"show-receipts"_s,
+                                    Spoken::tr("Shows what is printed on standard error.")};
+    QCommandLineOption sales{u"sales"_s, Spoken::tr("End after N closed receipts."), u"N"_s};
     QCommandLineOption speed{
-        u"speed"_s, u"Takes as long as a real register and cashier (real), or FACTOR times as fast."_s,
+        u"speed"_s,
+        Spoken::tr("Takes as long as a real register and cashier (real), or FACTOR times as fast."),
         u"FACTOR"_s};
     QCommandLineOption registers{
-        u"registers"_s, u"Plays N registers: serial numbers and ports count up from those given."_s, u"N"_s};
+        u"registers"_s, Spoken::tr("Plays N registers: serial numbers and ports count up from those given."),
+        u"N"_s};
     QCommandLineOption control{
         u"control"_s,
-        u"Takes the lines of standard input there, too: a port of 127.0.0.1, ADDR:PORT or a path."_s,
+        Spoken::tr("Takes the lines of standard input there, too: a port of 127.0.0.1, ADDR:PORT or a path."),
         u"ADDRESS"_s};
-    QCommandLineOption json{u"json"_s, u"Events as JSON, one object a line."_s};
-    QCommandLineOption once{u"once"_s, u"End after one pairing: 0 paired, 1 not."_s};
-    QCommandLineOption fault{u"fault"_s, u"Do something wrong, see below. May be repeated."_s,
+    QCommandLineOption json{u"json"_s, Spoken::tr("Events as JSON, one object a line.")};
+    QCommandLineOption once{u"once"_s, Spoken::tr("End after one pairing: 0 paired, 1 not.")};
+    QCommandLineOption fault{u"fault"_s, Spoken::tr("Do something wrong, see below. May be repeated."),
                              u"NAME[=VALUE]"_s};
 };
 
@@ -130,16 +139,17 @@ bool isHash(const QString &text)
 /** Fills in where to go; returns what was wrong and what is accepted, or nothing. */
 QString fillTarget(const QCommandLineParser &parser, const Names &names, RegisterOptions &options)
 {
-    const QString accepted = u"ADDR:PORT with a port of 1 to 65535, an IPv6 address as [::1]:4100"_s;
+    const QString accepted = Spoken::tr("ADDR:PORT with a port of 1 to 65535, an IPv6 address as [::1]:4100");
     options.throughRelay = parser.isSet(names.relay);
     if (options.throughRelay && parser.isSet(names.connect))
-        return u"--connect and --relay exclude each other; accepted is one of them"_s;
+        return Spoken::tr("--connect and --relay exclude each other; accepted is one of them");
     if (!options.throughRelay && !parser.isSet(names.connect))
-        return u"--connect is missing; accepted is %1, or --relay"_s.arg(accepted);
+        return Spoken::tr("--connect is missing; accepted is %1, or --relay").arg(accepted);
     const QCommandLineOption &given = options.throughRelay ? names.relay : names.connect;
     if (parseTarget(parser.value(given), options))
         return {};
-    return u"--%1 \"%2\": accepted is %3"_s.arg(given.names().first(), parser.value(given), accepted);
+    return Spoken::tr("--%1 \"%2\": accepted is %3")
+        .arg(given.names().first(), parser.value(given), accepted);
 }
 
 /** Fills in what the model is to be; returns what was wrong and what is accepted, or nothing. */
@@ -148,14 +158,14 @@ QString fillModel(const QCommandLineParser &parser, const Names &names, Register
     options.paper = !parser.isSet(names.noPaper);
     options.journal = parser.value(names.journal);
     if (parser.isSet(names.journal) && options.journal.isEmpty())
-        return u"--journal \"\": accepted is the name of a file"_s;
+        return Spoken::tr("--journal \"\": accepted is the name of a file");
     for (const SettingRow &row : settingTable()) {
         const QString name = QString::fromLatin1(row.name);
         if (!parser.isSet(name))
             continue;
         const auto setting = readSetting(row, parser.value(name));
         if (!setting)
-            return u"--%1 \"%2\": accepted is %3"_s.arg(name, parser.value(name), settingRule(row));
+            return Spoken::tr("--%1 \"%2\": accepted is %3").arg(name, parser.value(name), settingRule(row));
         options.settings << *setting;
     }
     return {};
@@ -172,13 +182,13 @@ QString fillReceipts(const QCommandLineParser &parser, const Names &names, Regis
     options.receipts.asText = kinds.contains(u"text"_s);
     options.pictures = kinds.contains(u"png"_s);
     if (!std::ranges::all_of(kinds, isKind))
-        return u"--receipts-as \"%1\": accepted is text, png or text,png"_s.arg(
-            parser.value(names.receiptsAs));
+        return Spoken::tr("--receipts-as \"%1\": accepted is text, png or text,png")
+            .arg(parser.value(names.receiptsAs));
     if (parser.isSet(names.receiptsAs) && !parser.isSet(names.receipts))
-        return u"--receipts-as needs --receipts, the folder for them"_s;
+        return Spoken::tr("--receipts-as needs --receipts, the folder for them");
     if (!parser.isSet(names.receipts) || isWritableFolder(folder))
         return {};
-    return u"--receipts \"%1\": accepted is a folder that can be written to"_s.arg(folder);
+    return Spoken::tr("--receipts \"%1\": accepted is a folder that can be written to").arg(folder);
 }
 
 /** Fills in how many registers there are; returns what was wrong and what is accepted, or nothing. */
@@ -189,18 +199,21 @@ QString fillRegisters(const QCommandLineParser &parser, const Names &names, Regi
     if (!parser.isSet(names.registers))
         return {};
     if (!count)
-        return u"--registers \"%1\": accepted is 1 to %2"_s.arg(given).arg(mostRegisters);
+        return Spoken::tr("--registers \"%1\": accepted is 1 to %2").arg(given).arg(mostRegisters);
     options.registers = int(*count);
     const int last = options.registers - 1;
     if (serialBehind(options.serial, last).isEmpty())
-        return u"--registers %1: --serial must end in digits that can be counted up so far"_s.arg(given);
+        return Spoken::tr("--registers %1: --serial must end in digits that can be counted up so far")
+            .arg(given);
     if (!options.throughRelay && options.port + last > lastPort)
-        return u"--registers %1: each has a port of its own, from %2 up to %3 at most"_s.arg(given)
+        return Spoken::tr("--registers %1: each has a port of its own, from %2 up to %3 at most")
+            .arg(given)
             .arg(options.port)
             .arg(lastPort);
     for (const QCommandLineOption &single : {names.journal, names.once})
         if (last > 0 && parser.isSet(single))
-            return u"--registers %1: --%2 is for one register alone"_s.arg(given, single.names().first());
+            return Spoken::tr("--registers %1: --%2 is for one register alone")
+                .arg(given, single.names().first());
     return {};
 }
 
@@ -209,11 +222,13 @@ QString fillTimes(const QCommandLineParser &parser, const Names &names, Register
 {
     const auto sales = numberBetween(parser.value(names.sales), 1, mostSales);
     if (parser.isSet(names.sales) && !sales)
-        return u"--sales \"%1\": accepted is 1 to %2"_s.arg(parser.value(names.sales)).arg(mostSales);
+        return Spoken::tr("--sales \"%1\": accepted is 1 to %2")
+            .arg(parser.value(names.sales))
+            .arg(mostSales);
     options.sales = int(sales.value_or(0));
     const auto pace = Pace::from(parser.value(names.speed));
     if (parser.isSet(names.speed) && !pace)
-        return u"--speed \"%1\": accepted is %2"_s.arg(parser.value(names.speed), Pace::rule());
+        return Spoken::tr("--speed \"%1\": accepted is %2").arg(parser.value(names.speed), Pace::rule());
     options.pace = pace.value_or(Pace());
     return {};
 }
@@ -225,7 +240,7 @@ QString fillKeyLog(const QCommandLineParser &parser, const Names &names, Registe
     if (!parser.isSet(names.keyLog))
         return {};
     if (options.keyLog.isEmpty())
-        return u"--key-log \"\": accepted is the name of a file"_s;
+        return Spoken::tr("--key-log \"\": accepted is the name of a file");
     const QString problem = Velno::GMP::keyLogProblem(options.keyLog);
     return problem.isEmpty() ? QString() : u"--key-log: "_s + problem;
 }
@@ -236,13 +251,13 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
     const auto wrong = [&parser](const QCommandLineOption &option, const QString &accepted) {
         const QString name = option.names().last();
         return parser.isSet(option)
-                   ? u"--%1 \"%2\": accepted is %3"_s.arg(name, parser.value(option), accepted)
-                   : u"--%1 is missing; accepted is %2"_s.arg(name, accepted);
+                   ? Spoken::tr("--%1 \"%2\": accepted is %3").arg(name, parser.value(option), accepted)
+                   : Spoken::tr("--%1 is missing; accepted is %2").arg(name, accepted);
     };
     if (!parser.positionalArguments().isEmpty())
-        return u"\"%1\" is no option"_s.arg(parser.positionalArguments().first());
+        return Spoken::tr("\"%1\" is no option").arg(parser.positionalArguments().first());
     if (!isSerial(parser.value(names.serial)))
-        return wrong(names.serial, u"exactly 12 characters, beginning with UB or VELNO"_s);
+        return wrong(names.serial, Spoken::tr("exactly 12 characters, beginning with UB or VELNO"));
     options.serial = parser.value(names.serial).toLatin1();
     for (const auto filled : {fillTarget, fillRegisters, fillTimes})
         if (const QString problem = filled(parser, names, options); !problem.isEmpty())
@@ -250,7 +265,7 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
     if (const QString problem = fillModel(parser, names, options); !problem.isEmpty())
         return problem;
     if (parser.isSet(names.appHash) && !isHash(parser.value(names.appHash)))
-        return wrong(names.appHash, u"64 hexadecimal digits"_s);
+        return wrong(names.appHash, Spoken::tr("64 hexadecimal digits"));
     for (const QString &fault : parser.values(names.fault))
         if (const QString error = options.faults.switchOn(fault); !error.isEmpty())
             return u"--fault: "_s + error;
@@ -259,7 +274,7 @@ QString fill(const QCommandLineParser &parser, const Names &names, RegisterOptio
         return wrong(names.control, controlAddressRule());
     options.credentials = parser.value(names.credentials);
     if (options.credentials.isEmpty())
-        return wrong(names.credentials, u"a folder with client.crt and client.key"_s);
+        return wrong(names.credentials, Spoken::tr("a folder with client.crt and client.key"));
     if (const QString problem = credentialsProblem(options.credentials, options.faults); !problem.isEmpty())
         return u"--credentials: "_s + problem;
     if (const QString problem = fillReceipts(parser, names, options); !problem.isEmpty())
@@ -279,18 +294,20 @@ QString helpText(const QCommandLineParser &parser, const QString &program)
     QString text = parser.helpText();
     text.replace(program, u"velno-register"_s);
     text.replace(u"  -z <N> "_s, u"  --z <N>"_s); // Qt writes a name of one letter with one dash
-    const QString words = u"Faults; a STEP of a pairing is 1 (start), 2 (key exchange) or 3 (confirmation), "
-                          u"a COMMAND is %1; WHEN"
-                          " is one of both; with *N behind it a COMMAND is disturbed N times only:"_s.arg(
-                              commandNames(false).join(", "_L1));
+    const QString words =
+        Spoken::tr(
+            "Faults; a STEP of a pairing is 1 (start), 2 (key exchange) or 3 (confirmation), a COMMAND "
+            "is %1; WHEN is one of both; with *N behind it a COMMAND is disturbed N times only:")
+            .arg(commandNames(false).join(", "_L1));
     return text + u'\n' + wrapped(words, helpWidth).join(u'\n') + u'\n' + faultHelp(faultTable()) +
-           u"Items provoke faults, too: by the name !NAME[=VALUE], or by their price.\n"
-           "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  "_s +
+           Spoken::tr("Items provoke faults, too: by the name !NAME[=VALUE], or by their price.\n"
+                      "\nOn standard input: fault NAME[=VALUE], fault none, quit,\n  ") +
            settingLines().join(", "_L1) +
-           u".\n"
-           "Exit status: 0 told to stop or --sales done, 64 wrong usage, 69 no --control there, or nothing draws;\n  with --once 0 paired, 1 not.\n"_s +
+           Spoken::tr(".\n"
+                      "Exit status: 0 told to stop or --sales done, 64 wrong usage, 69 no --control there, "
+                      "or nothing draws;\n  with --once 0 paired, 1 not.\n") +
            Velno::GMP::trustAnchorsInWords() +
-           u"Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n"_s;
+           Spoken::tr("Example: velno-register --serial UB1234567890 --connect 127.0.0.1:4100\n");
 }
 
 } // namespace
@@ -312,7 +329,7 @@ CommandLine parseCommandLine(const QStringList &arguments)
     const Names names;
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        u"A simulated cash register: connects again and again, pairs, and obeys the application."_s);
+        Spoken::tr("A simulated cash register: connects again and again, pairs, and obeys the application."));
     parser.addOptions({names.help, names.version, names.serial, names.connect, names.relay, names.credentials,
                        names.appHash, names.noPaper});
     parser.addOptions(names.settings);

@@ -3,6 +3,7 @@
 #include "simulator/register/register_program.h"
 
 #include "simulator/common/descriptors.h"
+#include "translations/spoken.h"
 
 #include <algorithm>
 #include <utility>
@@ -50,7 +51,7 @@ RegisterProgram::RegisterProgram(const RegisterOptions &options, QObject *parent
 QString RegisterProgram::prepare()
 {
     if (const size_t room = roomForConnections(); m_registers.size() > room)
-        return u"--registers %1: this process may have only %2 connections (ulimit -Hn)"_s
+        return Spoken::tr("--registers %1: this process may have only %2 connections (ulimit -Hn)")
             .arg(m_registers.size())
             .arg(room);
     for (const auto &cashRegister : m_registers)
