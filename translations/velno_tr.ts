@@ -1624,5 +1624,17 @@ kapanmadı, 64 yanlış kullanım, 69 benzetim yok, 74 bir sonuç yazılamadı,
         <source>clock</source>
         <translation>saat</translation>
     </message>
+    <message>
+        <source>velnoctl: interrupted while reading a script
+</source>
+        <translation>velnoctl: betik okunurken kesildi
+</translation>
+    </message>
+    <message>
+        <source>velnoctl: interrupted while ending
+</source>
+        <translation>velnoctl: biterken kesildi
+</translation>
+    </message>
 </context>
 </TS>

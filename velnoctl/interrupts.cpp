@@ -2,10 +2,10 @@
 
 #include "velnoctl/interrupts.h"
 
+#include "translations/spoken.h"
 #include "velnoctl/exit_status.h"
 #include "velnoext.h"
 
-#include <cstring>
 #include <initializer_list>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
@@ -18,33 +18,45 @@ namespace {
 constexpr timespec askAgain{0, 20'000'000}; // 20 ms
 
 /** These signals, held back to be taken. */
-sigset_t holdBack(std::initializer_list<int> signals)
+sigset_t holdBack(std::initializer_list<int> numbers)
 {
     sigset_t set;
     sigemptyset(&set);
-    for (const int signal : signals)
-        sigaddset(&set, signal);
+    for (const int number : numbers)
+        sigaddset(&set, number);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     return set;
 }
 
 int openResized()
 {
-    const sigset_t signals = holdBack({SIGWINCH});
-    return signalfd(-1, &signals, SFD_CLOEXEC);
+    const sigset_t resized = holdBack({SIGWINCH});
+    return signalfd(-1, &resized, SFD_CLOEXEC);
 }
 
-[[noreturn]] void endAtOnce(const char *text)
+QByteArray endWhileReading()
+{
+    return Spoken::tr("velnoctl: interrupted while reading a script\n").toUtf8();
+}
+
+QByteArray endWhileEnding()
+{
+    return Spoken::tr("velnoctl: interrupted while ending\n").toUtf8();
+}
+
+[[noreturn]] void endAtOnce(const QByteArray &text)
 {
     // Nothing can be done about a standard error that takes no bytes.
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text, std::strlen(text));
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.constData(), size_t(text.size()));
     _exit(Interrupted); // destructors would wait for what is under way
 }
 
 } // namespace
 
 Interrupts::Interrupts()
-    : m_signals(holdBack({SIGINT, SIGTERM}))
+    : m_whileReading(endWhileReading())
+    , m_whileEnding(endWhileEnding())
+    , m_signals(holdBack({SIGINT, SIGTERM}))
     , m_resized(openResized())
     , m_stop(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
     , m_thread([this] { watch(); })
@@ -87,6 +99,14 @@ void Interrupts::setReading(bool isReading)
     m_isReading = isReading;
 }
 
+// Ready before the thread needs them: Qt translates nothing while its application object ends.
+void Interrupts::learnWords()
+{
+    const std::lock_guard lock(m_mutex);
+    m_whileReading = endWhileReading();
+    m_whileEnding = endWhileEnding();
+}
+
 void Interrupts::setTill(VelnoTill *till)
 {
     const std::lock_guard lock(m_mutex);
@@ -113,9 +133,9 @@ void Interrupts::watch()
 void Interrupts::take(int signal)
 {
     if (m_isReading)
-        endAtOnce("velnoctl: interrupted while reading a script\n");
+        endAtOnce(m_whileReading);
     if (m_requested != 0)
-        endAtOnce("velnoctl: interrupted while ending\n");
+        endAtOnce(m_whileEnding);
     m_requested = signal;
     eventfd_write(m_stop, 1);
 }

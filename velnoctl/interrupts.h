@@ -4,6 +4,7 @@
 
 #include "velnotill.h"
 
+#include <QByteArray>
 #include <QtGlobal>
 
 #include <csignal>
@@ -34,6 +35,9 @@ public:
     /** Whether a file is read, which may block and in which nothing can be lost; so it is at first. */
     void setReading(bool isReading);
 
+    /** Ends in the language that is spoken from now on. */
+    void learnWords();
+
     /** The till whose work the signals end, too; null: none. */
     void setTill(VelnoTill *till);
 
@@ -47,11 +51,13 @@ private:
     void watch();
     void take(int signal);
 
-    mutable std::mutex m_mutex; // guards the four below
+    mutable std::mutex m_mutex; // guards the six below
     VelnoTill *m_till = nullptr;
     int m_requested = 0; // the signal
     bool m_isReading = true;
     bool m_isEnding = false;
+    QByteArray m_whileReading; // what is said by an end while a script is read
+    QByteArray m_whileEnding;
     sigset_t m_signals;
     int m_resized;
     int m_stop;

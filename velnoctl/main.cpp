@@ -53,6 +53,7 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     const Languages languages = languagesAskedFor(QCoreApplication::arguments());
     const Spoken::Speaker speaker(languages.own);
+    interrupts.learnWords();
     velnoext_set_language(languages.libraries.constData());
     Options options;
     options.language = languages.libraries;
