@@ -60,6 +60,8 @@ def free_port() -> int:
         port = _first_port + _ports_given % _PORTS_EACH
         _ports_given += 1
         with socket.socket() as tried:
+            # As the library listens: connections of the last minute, another process's too, leave the port free.
+            tried.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
             try:
                 tried.bind(("0.0.0.0", port))
                 return port
