@@ -17,7 +17,8 @@ FILE, FOLDER, ANY = "<file>", "<folder>", "<any>"
 # Values whose words are known. What is not here may be anything.
 VALUES = {
     "FILE": FILE, "FILE.json": FILE, "DIR": FOLDER,
-    "ANSWER": "paid sell-again drop", "FLAG": "no yes", "LANG": "en tr", "LINE": "last", "MEANS": "card cash",
+    "ANSWER": "paid sell-again drop", "FLAG": "no yes", "KINDS": "png text text,png", "LANG": "en tr",
+    "LINE": "last", "MEANS": "card cash",
     "STYLE": "a ab b",
 }
 
@@ -59,8 +60,18 @@ def function_name(told: ProgramHelp) -> str:
     return told.program.replace("-", "_")
 
 
+def template_text(name: str) -> str:
+    return (Path(__file__).parent / name).read_text(encoding="utf-8")
+
+
+def shared(name: str) -> str:
+    """A piece that several templates have, without its licence's line."""
+    return template_text(name).partition("\n")[2]
+
+
 def filled(template: str, told: ProgramHelp, parts: dict[str, str]) -> str:
-    text = (Path(__file__).parent / template).read_text(encoding="utf-8")
+    text = template_text(template).replace("@offer@", shared("bash-offer.in"))
+    text = text.replace("@faults@", shared("zsh-faults.in"))
     for name, part in {"program": told.program, "function": function_name(told), **parts}.items():
         text = text.replace(f"@{name}@", part)
     return text
@@ -72,8 +83,12 @@ def table(rows: dict[str, str]) -> str:
     return said + "\n    " if said else ""
 
 
+def values_of_options(told: ProgramHelp) -> dict[str, str]:
+    return {option.long: words_of(option.value, told) for option in told.options if option.value}
+
+
 def bash(told: ProgramHelp) -> str:
-    takes = {option.long: words_of(option.value, told) for option in told.options if option.value}
+    takes = values_of_options(told)
     arguments: dict[str, str] = {}
     for command in commands_of(told):
         for argument in command.arguments:
@@ -119,16 +134,22 @@ def zsh_rows(rows: list[str]) -> str:
     return "".join(f"\n        {row}" for row in rows) + "\n    " if rows else ""
 
 
+def zsh_options(told: ProgramHelp) -> dict[str, str]:
+    plain = [described(fault.name, fault.text) for fault in told.faults if not fault.value]
+    valued = [described(typed_fault(fault), fault.text) for fault in told.faults if fault.value]
+    return {
+        "options": "".join(zsh_option(option, told) for option in told.options),
+        "plain_faults": zsh_rows(plain),
+        "valued_faults": zsh_rows(valued),
+    }
+
+
 def zsh(told: ProgramHelp) -> str:
     first = {command.name: words_of(placed(command)[0].usage, told)
              for command in commands_of(told) if placed(command)}
-    plain = [described(fault.name, fault.text) for fault in told.faults if not fault.value]
-    valued = [described(typed_fault(fault), fault.text) for fault in told.faults if fault.value]
     return filled("zsh.in", told, {
-        "options": "".join(zsh_option(option, told) for option in told.options),
+        **zsh_options(told),
         "rest": f"'*:command:_{function_name(told)}_words'" if told.commands else "&& return",
-        "plain_faults": zsh_rows(plain),
-        "valued_faults": zsh_rows(valued),
         "commands": zsh_rows([described(command.name, command.text) for command in commands_of(told)]),
         "first": zsh_table({command: words for command, words in first.items() if words != ANY}),
         "keys": zsh_table({command.name: keys_of(command) for command in commands_of(told)}),
@@ -139,14 +160,15 @@ def fish_quoted(words: str) -> str:
     return "'" + words.replace("\\", "\\\\").replace("'", "\\'") + "'"
 
 
-def fish_option(option: Option, told: ProgramHelp) -> str:
+def fish_option(option: Option, told: ProgramHelp, condition: str = "") -> str:
+    complete = f"complete -c {told.program}{condition}"
     short = "".join(f" -s {name[1]}" for name in option.names if not name.startswith("--"))
-    line = f"complete -c {told.program}{short} -l {option.long[2:]} -d {fish_quoted(option.text)}"
+    line = f"{complete}{short} -l {option.long[2:]} -d {fish_quoted(option.text)}"
     if not option.value:
         return f"{line}\n"
     if option.value == "NAME[=VALUE]":
         return f"{line} -x\n" + "".join(
-            f"complete -c {told.program} -l {option.long[2:]} -x -a {typed_fault(fault)} "
+            f"{complete} -l {option.long[2:]} -x -a {typed_fault(fault)} "
             f"-d {fish_quoted(fault.text)}\n" for fault in told.faults)
     words = words_of(option.value, told)
     taken = {FILE: "-r -F", FOLDER: "-x -a '(__fish_complete_directories)'", ANY: "-x"}
@@ -175,13 +197,17 @@ def fish(told: ProgramHelp) -> str:
     })
 
 
-def main() -> None:
-    program, folder = Path(sys.argv[1]), Path(sys.argv[2])
-    told = program_help.read(program)
-    shells = {f"bash/{told.program}": bash, f"zsh/_{told.program}": zsh, f"fish/{told.program}.fish": fish}
-    for name, shell in shells.items():
+def write(folder: Path, program: str, texts: list[str]) -> None:
+    """@param texts  for bash, zsh and fish"""
+    names = [f"bash/{program}", f"zsh/_{program}", f"fish/{program}.fish"]
+    for name, text in zip(names, texts, strict=True):
         (folder / name).parent.mkdir(parents=True, exist_ok=True)
-        (folder / name).write_text(shell(told), encoding="utf-8")
+        (folder / name).write_text(text, encoding="utf-8")
+
+
+def main() -> None:
+    told = program_help.read(Path(sys.argv[1]))
+    write(Path(sys.argv[2]), told.program, [bash(told), zsh(told), fish(told)])
 
 
 if __name__ == "__main__":

@@ -175,3 +175,17 @@ def read(program: Path) -> ProgramHelp:
         commands=_commands(program, overview) if "COMMAND" in found[1] else [],
         lines=_sentence(text, "On standard input"), exit_status=_sentence(text, "Exit status"),
         environment=_sentence(text, "Environment"), example=_sentence(text, "Example"))
+
+
+def read_simulator(program: Path, register: Path) -> ProgramHelp:
+    """Of velno-simulator: its commands, and as options those of `run`, which are also velno-register's."""
+    text = _said_by(program, "--help")
+    told = read(register)
+    told.program = program.name
+    told.options = [option for option in told.options if option.long not in ("--help", "--version")]
+    told.options += _columns(text.partition("\nOptions of run ")[2])
+    rows = re.findall(r"^([a-z-]+) {2,}([^;:.\n]*)", text, re.M)
+    told.commands = [Command("", name, "", said, [], "", "", False) for name, said in rows]
+    if not {"run", "make-authority"} <= {command.name for command in told.commands}:
+        sys.exit(f"{program} --help cannot be read: {text!r}")
+    return told

@@ -35,6 +35,9 @@ private slots:
     void zshOffersWhatTheProgramTakes();
     void fishOffersWhatTheProgramTakes_data();
     void fishOffersWhatTheProgramTakes();
+    void simulatorsWordsAreCompleted();
+    void simulatorsWordsAreCompletedInBash_data();
+    void simulatorsWordsAreCompletedInBash();
 };
 
 namespace {
@@ -81,6 +84,31 @@ QStringList offered(const QStringList &words)
     return QString::fromUtf8(outcome.output).split(u'\n', Qt::SkipEmptyParts);
 }
 
+const QString simulator = QString::fromUtf8(VELNO_BINARY_FOLDER) + u"/simulator/velno-simulator"_s;
+
+#define SKIP_WITHOUT_SIMULATOR()                                                                             \
+    if (!QFileInfo::exists(simulator))                                                                       \
+    QSKIP("velno-simulator ships with a development authority alone")
+
+QString simulatorsHelp()
+{
+    return QString::fromUtf8(outcomeOf(simulator, {u"--help"_s}).output);
+}
+
+QStringList simulatorsCommands()
+{
+    return allIn(simulatorsHelp(), "^([a-z-]+)  +");
+}
+
+/** Of its command run: its own and the register's, without those that end a program at once. */
+QStringList simulatorsOptions()
+{
+    QStringList options = wordsOf(u"velno-register"_s).options + allIn(simulatorsHelp(), "^  (--[a-z-]+)");
+    options.removeIf([](const QString &name) { return name == "--help"_L1 || name == "--version"_L1; });
+    options.sort();
+    return options;
+}
+
 /** Without "=" behind those that take a value. */
 QStringList names(QStringList words)
 {
@@ -121,10 +149,8 @@ void TestManuals::pageNamesWhatTheProgramTakes()
 
 void TestManuals::simulatorsPageNamesWhatItTakes()
 {
-    const QString program = QString::fromUtf8(VELNO_BINARY_FOLDER) + "/simulator/velno-simulator"_L1;
-    if (!QFileInfo::exists(program))
-        QSKIP("it ships with a development authority alone");
-    const QString help = QString::fromUtf8(outcomeOf(program, {u"--help"_s}).output);
+    SKIP_WITHOUT_SIMULATOR();
+    const QString help = simulatorsHelp();
     const QString page = made(u"simulator/velno-simulator.1"_s).replace("\\-"_L1, "-"_L1);
     const QStringList options = allIn(help, "^  (--[a-z-]+)");
     QVERIFY(options.contains(u"--events"_s));
@@ -281,6 +307,54 @@ void TestManuals::fishOffersWhatTheProgramTakes()
     QCOMPARE(options, words.options);
     QCOMPARE(allIn(text, " -l fault -x -a ([a-z0-9-]+)"), words.faults);
     QCOMPARE(allIn(text, "^complete -c \\S+ -a ([a-z-]+)"), words.commands);
+}
+
+void TestManuals::simulatorsWordsAreCompleted()
+{
+    SKIP_WITHOUT_SIMULATOR();
+    QVERIFY(simulatorsCommands().contains(u"make-authority"_s));
+    QVERIFY(simulatorsOptions().contains(u"--no-register"_s));
+    QVERIFY(simulatorsOptions().contains(u"--show-receipts"_s));
+    const QString zsh = made(u"completions/zsh/_velno-simulator"_s);
+    QVERIFY(zsh.startsWith("#compdef velno-simulator\n"_L1));
+    QCOMPARE(allIn(zsh.section("_arguments"_L1, 1), "^ +\\S*?(--[a-z-]+)"), simulatorsOptions());
+    QCOMPARE(allIn(zsh.section("-a commands=("_L1, 1).section("_describe"_L1, 0, 0), "^ +'([a-z-]+):"),
+             simulatorsCommands());
+    const QString fish = made(u"completions/fish/velno-simulator.fish"_s);
+    QStringList options = allIn(fish, "^complete -c .*_from run'.* -l ([a-z-]+)");
+    options.replaceInStrings(QRegularExpression(u"^"_s), u"--"_s);
+    QCOMPARE(options, simulatorsOptions());
+    QCOMPARE(allIn(fish, "^complete -c \\S+ -n __fish_use_subcommand -a ([a-z-]+)"), simulatorsCommands());
+}
+
+void TestManuals::simulatorsWordsAreCompletedInBash_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::addColumn<QStringList>("expected");
+    const auto row = [](const char *name, const QStringList &words, const QStringList &expected) {
+        QTest::newRow(name) << QStringList{u"velno-simulator"_s} + words << expected;
+    };
+    row("a command", {u""_s}, simulatorsCommands() + QStringList{u"--help"_s, u"--version"_s});
+    row("options", {u"run"_s, u"--"_s}, simulatorsOptions() + QStringList{u"--"_s});
+    row("a value", {u"run"_s, u"--receipts-as"_s, u""_s}, {u"png"_s, u"text"_s, u"text,png"_s});
+    row("a fault", {u"run"_s, u"--fault"_s, u"power"_s}, {u"power-cut="_s});
+    row("behind =", {u"run"_s, u"--fault"_s, u"="_s, u"power"_s}, {u"power-cut="_s});
+    row("a program", {u"run"_s, u"--no-paper"_s, u"--"_s, u"basena"_s}, {u"basename"_s});
+    const QString folder = QString::fromUtf8(VELNO_BINARY_FOLDER) + "/completions/ba"_L1;
+    row("a program's file", {u"run"_s, u"--"_s, u"cat"_s, folder}, {folder + u"sh"_s});
+    row("a folder", {u"make-authority"_s, folder}, {folder + u"sh"_s});
+    row("nothing", {u"folder"_s, u""_s}, {});
+}
+
+void TestManuals::simulatorsWordsAreCompletedInBash()
+{
+    SKIP_WITHOUT_SIMULATOR();
+    QFETCH(const QStringList, words);
+    QFETCH(QStringList, expected);
+    expected.sort();
+    QStringList found = offered(words);
+    found.sort();
+    QCOMPARE(found, expected);
 }
 
 QTEST_GUILESS_MAIN(TestManuals)
