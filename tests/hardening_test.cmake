@@ -32,7 +32,7 @@ macro(judge)
 endmacro()
 
 macro(has_pie file)
-    lines_of("FLAGS_1.*PIE|SONAME" ${READELF} -dW ${file})
+    lines_of("Type: +DYN " ${READELF} -hW ${file})
     judge(output)
 endmacro()
 
@@ -76,10 +76,11 @@ macro(has_clash file)
     judge(NOT output)
 endmacro()
 
-# What is called from elsewhere begins with a landing pad: the functions of the interface, main() of a program.
+# What is called from elsewhere begins with a landing pad: the functions of the interface, the entry of a module, main() of
+# a program.
 macro(has_flow file)
     execute_process(COMMAND ${OBJDUMP} -d --no-show-raw-insn ${file}
-                    COMMAND grep -E -A1 -- "^[0-9a-f]+ <(main|velno(ext|till)_[a-z_]+)>:$"
+                    COMMAND grep -E -A1 -- "^[0-9a-f]+ <(main|velnoPictureModule|velno(ext|till)_[a-z_]+)>:$"
                     COMMAND grep -E -v -- "^--$" OUTPUT_VARIABLE output)
     string(REGEX MATCHALL ">:\n" functions "${output}")
     string(REGEX MATCHALL ">:\n[^\n]*endbr(32|64)" pads "${output}")

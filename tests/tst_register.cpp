@@ -36,6 +36,7 @@ private slots:
     void missingCredentialsAreRefused();
     void unusableCredentialsAreRefused_data();
     void unusableCredentialsAreRefused();
+    void foreignCredentialsAreToldOf();
     void itEndsWithATestThatCrashes();
 };
 
@@ -267,6 +268,32 @@ void TestRegister::unusableCredentialsAreRefused()
     const QJsonObject outcome = reg.waitForAny({u"fault"_s, u"error"_s});
     QVERIFY(outcome.value(u"message"_s).toString().toUtf8().contains(message.mid(message.indexOf('.'))));
     QCOMPARE(outcome.value(u"event"_s).toString(), message.isEmpty() ? u"fault"_s : u"error"_s);
+}
+
+void TestRegister::foreignCredentialsAreToldOf()
+{
+    const QTemporaryDir folder;
+    const auto lay = [&folder](const auto &credentials) {
+        return Velno::writeData(folder.filePath(u"client.crt"_s), credentials.certificate) &&
+               Velno::writeData(folder.filePath(u"client.key"_s), credentials.key);
+    };
+    const QString commands = folder.filePath(u"commands"_s);
+    QVERIFY(Velno::writeData(commands, "quit\n"));
+    const auto errors = [&] {
+        const QString target = u"127.0.0.1:%1"_s.arg(TestSupport::freePort());
+        const QStringList arguments{u"--serial"_s, u"UB1234567890"_s,  u"--connect"_s,
+                                    target,        u"--credentials"_s, folder.path()};
+        return outcomeOf(SimulatedRegister::program(), arguments,
+                         [&commands](QProcess &process) { process.setStandardInputFile(commands); })
+            .errors;
+    };
+    QVERIFY(lay(TestSupport::selfSigned()));
+    QVERIFY2(errors().contains("\nvelno-register: applications of this build do not believe " +
+                               folder.filePath(u"client.crt"_s).toUtf8() +
+                               " and end the pairing with 5001 (self-signed certificate)\n"),
+             errors());
+    QVERIFY(lay(TestSupport::developmentRegister()));
+    QVERIFY2(!errors().contains("believe"), errors());
 }
 
 void TestRegister::itEndsWithATestThatCrashes()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "ExtDevice/encoding/file.h"
 #include "simulator/pictures/picture_module.h"
 #include "tests/support/library_test.h"
 #include "tests/support/program_run.h"
@@ -8,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -27,6 +29,7 @@ private slots:
     void lettersOfTurkishAreTheirOwn();
     void picturesNeedNoText();
     void whatDrawsIsLoadedForPicturesAlone();
+    void drawingNeedsNoSession();
     void wrongUsageIsRefused_data();
     void wrongUsageIsRefused();
 };
@@ -139,6 +142,28 @@ void TestRegisterPictures::whatDrawsIsLoadedForPicturesAlone()
     const SimulatedRegister reg(freePort(), picturesIn(folder, u"text"_s));
     QVERIFY(reg.isReady());
     QVERIFY(!loadsWhatDraws(reg));
+}
+
+/** As in CI, where nobody is logged in: nothing is missed, and no folder is left. */
+void TestRegisterPictures::drawingNeedsNoSession()
+{
+    const QTemporaryDir folder;
+    const QTemporaryDir temporary;
+    const QString commands = folder.filePath(u"commands"_s);
+    QVERIFY(Velno::writeData(commands, "quit\n"));
+    const QStringList arguments{u"--serial"_s, u"UB1234567890"_s, u"--connect"_s,
+                                u"127.0.0.1:%1"_s.arg(freePort())};
+    const Outcome outcome = outcomeOf(
+        SimulatedRegister::program(), arguments + picturesIn(folder, u"png"_s), [&](QProcess &process) {
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.remove(u"XDG_RUNTIME_DIR"_s);
+            environment.insert(u"TMPDIR"_s, temporary.path());
+            process.setProcessEnvironment(environment);
+            process.setStandardInputFile(commands);
+        });
+    QCOMPARE(outcome.exitCode, 0);
+    QVERIFY2(!outcome.errors.contains("XDG_RUNTIME_DIR"), outcome.errors.constData());
+    QVERIFY(QDir(temporary.path()).isEmpty());
 }
 
 void TestRegisterPictures::wrongUsageIsRefused_data()

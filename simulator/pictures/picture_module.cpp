@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
+#include <QTemporaryDir>
 #include <QTextBoundaryFinder>
 
 using namespace Qt::StringLiterals;
@@ -17,10 +18,20 @@ namespace {
 
 using Layout = PictureLayout;
 
+// Qt looks for a display in this folder even when it wants none. Where the environment names none, as in CI,
+// it would complain, and leave one of its own behind.
 QCoreApplication *makeApplication(int &argumentCount, char **arguments)
 {
+    constexpr const char *variable = "XDG_RUNTIME_DIR";
+    const QTemporaryDir empty;
+    const bool named = qEnvironmentVariableIsSet(variable);
+    if (!named)
+        qputenv(variable, empty.path().toUtf8());
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    return new QGuiApplication(argumentCount, arguments);
+    auto *const application = new QGuiApplication(argumentCount, arguments);
+    if (!named)
+        qunsetenv(variable);
+    return application;
 }
 
 QString problem()

@@ -3,6 +3,9 @@
 #include "simulator/register/credentials.h"
 
 #include "ExtDevice/encoding/file.h"
+#include "ExtDevice/gmp3/certificates.h"
+#include "ExtDevice/gmp3/log.h"
+#include "ExtDevice/gmp3/trust_anchors.h"
 #include "ExtDevice/openssl_ptr.h"
 #include "translations/spoken.h"
 
@@ -63,6 +66,11 @@ QString pairProblem(const QString &folder, const QString &name)
                       .arg(keyPath, certificatePath);
 }
 
+void keepLine(const char *text, void *kept)
+{
+    *static_cast<QString *>(kept) = QString::fromUtf8(text);
+}
+
 } // namespace
 
 QString credentialsProblem(const QString &folder, const Faults &faults)
@@ -70,6 +78,22 @@ QString credentialsProblem(const QString &folder, const Faults &faults)
     const QString problem = pairProblem(folder, u"client"_s);
     const bool both = problem.isEmpty() && faults.has(Fault::ExpiredCertificate);
     return both ? pairProblem(folder, u"expired"_s) : problem;
+}
+
+QString credentialsDoubt(const QString &folder)
+{
+    const QString path = folder + u"/client.crt"_s;
+    QByteArray pem;
+    if (!Velno::readData(path, &pem))
+        return unreadable(u"client.crt"_s, path);
+    QString reason;
+    Velno::GMP::setLogReceiver(keepLine, &reason);
+    const bool believed = Velno::GMP::verifyCertificate(pem, Velno::GMP::trustAnchors());
+    Velno::GMP::setLogReceiver(nullptr, nullptr);
+    return believed
+               ? QString()
+               : u"applications of this build do not believe %1 and end the pairing with 5001 (%2)"_s.arg(
+                     path, reason.section(u": "_s, 1));
 }
 
 } // namespace Simulator

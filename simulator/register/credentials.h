@@ -15,4 +15,11 @@ namespace Simulator {
  */
 QString credentialsProblem(const QString &folder, const Faults &faults);
 
+/**
+ * Whether an application of this build believes the client.crt in the folder, which has no problem.
+ *
+ * @return an empty text, or that it does not, and why
+ */
+QString credentialsDoubt(const QString &folder);
+
 } // namespace Simulator

@@ -4,12 +4,14 @@
 #include "simulator/common/command_line.h"
 #include "simulator/common/control_input.h"
 #include "simulator/common/control_server.h"
+#include "simulator/register/credentials.h"
 #include "simulator/register/pictures.h"
 #include "simulator/register/register_program.h"
 #include "translations/spoken.h"
 
 #include <QCoreApplication>
 
+#include <cstdio>
 #include <memory>
 #include <optional>
 
@@ -30,6 +32,8 @@ int play(const RegisterOptions &options, std::optional<Spoken::Speaker> &speaker
     RegisterProgram program(options);
     if (const QString problem = program.prepare(); !problem.isEmpty())
         return showWrongUsage("velno-register", problem);
+    if (const QString doubt = credentialsDoubt(options.credentials); !doubt.isEmpty())
+        std::fprintf(stderr, "velno-register: %s\n", qPrintable(doubt));
     QObject::connect(&input, &ControlInput::line, &program, &RegisterProgram::takeLine);
     QObject::connect(&input, &ControlInput::stopRequested, &program, &RegisterProgram::stop);
     QObject::connect(&program, &RegisterProgram::finished, QCoreApplication::instance(),
