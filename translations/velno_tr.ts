@@ -1636,5 +1636,9 @@ kapanmadı, 64 yanlış kullanım, 69 benzetim yok, 74 bir sonuç yazılamadı,
         <translation>velnoctl: biterken kesildi
 </translation>
     </message>
+    <message>
+        <source>applications of this build do not believe %1 and end the pairing with 5001 (%2)</source>
+        <translation>bu derlemenin uygulamaları %1 belgesine inanmaz ve eşlemeyi 5001 koduyla bitirir (%2)</translation>
+    </message>
 </context>
 </TS>

@@ -90,10 +90,10 @@ QString credentialsDoubt(const QString &folder)
     Velno::GMP::setLogReceiver(keepLine, &reason);
     const bool believed = Velno::GMP::verifyCertificate(pem, Velno::GMP::trustAnchors());
     Velno::GMP::setLogReceiver(nullptr, nullptr);
-    return believed
-               ? QString()
-               : u"applications of this build do not believe %1 and end the pairing with 5001 (%2)"_s.arg(
-                     path, reason.section(u": "_s, 1));
+    if (believed)
+        return {};
+    return Spoken::tr("applications of this build do not believe %1 and end the pairing with 5001 (%2)")
+        .arg(path, reason.section(u": "_s, 1));
 }
 
 } // namespace Simulator
