@@ -12,7 +12,8 @@
  * one is at work in a process; a call blocks until it is done. velnoext_interrupt() alone passes by the lock
  * and ends the call under way. The library works on a thread of its own from the first velnoext_initialize()
  * until the last connection is closed. Do not call from an exit handler, not from a signal handler but for
- * velnoext_interrupt(), and not in a child after fork().
+ * velnoext_interrupt(), and not in a child after fork(). When the process ends no thread may be inside any
+ * more: interrupt the call and wait for its return.
  *
  * The process: it needs no Qt of its own, and a Qt application object may come and go, on whatever thread;
  * its window stands still while a call on its thread blocks. The locale stays as it is, and a proxy that the
