@@ -9,8 +9,10 @@
 #include <QProcess>
 
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -72,6 +74,8 @@ void sellAt(int index)
 long bytesAfterSalesAt(int count)
 {
     QProcess program;
+    // One that outlived a benchmark that was killed would meet the next one in the place of its own.
+    program.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     program.setStandardOutputFile(QProcess::nullDevice());
     program.start(QString::fromUtf8(VELNO_REGISTER),
