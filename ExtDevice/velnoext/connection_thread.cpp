@@ -41,6 +41,11 @@ std::unique_ptr<ConnectionThread> ConnectionThread::start()
     return started;
 }
 
+std::unique_ptr<ConnectionThread> ConnectionThread::none()
+{
+    return std::unique_ptr<ConnectionThread>{new ConnectionThread};
+}
+
 ConnectionThread::~ConnectionThread()
 {
     if (!m_thread.joinable())
@@ -55,7 +60,8 @@ ConnectionThread::~ConnectionThread()
 
 void ConnectionThread::run(const std::function<void()> &work)
 {
-    if (std::this_thread::get_id() == m_thread.get_id()) // waiting for oneself would never end
+    const bool isItself = std::this_thread::get_id() == m_thread.get_id(); // whose wait would never end
+    if (isItself || !m_thread.joinable())
         return work();
     std::unique_lock lock(m_mutex);
     m_work = &work;

@@ -23,12 +23,16 @@ public:
     /** Null when the process may not have another thread. */
     static std::unique_ptr<ConnectionThread> start();
 
+    /** None: what it is given runs on the caller's thread. For registers in this process, which have no
+     * sockets. */
+    static std::unique_ptr<ConnectionThread> none();
+
     /** Waits for the thread's end. Not from itself. */
     ~ConnectionThread();
     Q_DISABLE_COPY_MOVE(ConnectionThread)
 
-    /** Runs a function on the thread and waits for its end; on the thread itself at once. One caller at a
-     * time. */
+    /** Runs a function on the thread and waits for its end; on the thread itself, or without one, at once.
+     * One caller at a time. */
     void run(const std::function<void()> &work);
 
 private:

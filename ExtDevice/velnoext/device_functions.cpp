@@ -17,7 +17,7 @@ bool startWorker()
     LibraryState &state = library();
     if (!state.connectionThread) {
         velno_network_set_receiver([](QTcpSocket *socket) { setConnection(socket); });
-        state.connectionThread = ConnectionThread::start();
+        state.connectionThread = state.connector ? ConnectionThread::none() : ConnectionThread::start();
     }
     return state.connectionThread != nullptr;
 }

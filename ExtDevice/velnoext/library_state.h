@@ -53,7 +53,7 @@ struct DeleteDevice
 using OwnedDevice = std::unique_ptr<QIODevice, DeleteDevice>;
 
 /**
- * Connects a register that is in this process, in place of sockets. Runs on connectionThread. A record
+ * Connects a register that is in this process, in place of sockets. Runs on the caller's thread. A record
  * without keys is that of a register that is not paired: it is to be filled then.
  *
  * @return Success, and the connection; or another Result, its cause set by failedBy()
