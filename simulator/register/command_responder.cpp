@@ -104,6 +104,7 @@ CommandResponder::Request CommandResponder::read(const QByteArray &frame)
 CommandResponder::Answer CommandResponder::answer(const Request &request, const Faults &faults)
 {
     QByteArray plaintext;
+    plaintext.reserve(usualMessage);
     QDataStream reply(&plaintext, QIODevice::WriteOnly);
     reply.setVersion(itemStreamVersion);
     const Disturbance wrong = disturbanceOf(*request.command, faults);
