@@ -56,6 +56,30 @@ QString inWords(const QSqlError &error)
     }
 }
 
+constexpr int mostPlaces = 32; // of values in one statement
+
+const QStringList &places()
+{
+    static const QStringList names = [] {
+        QStringList list;
+        for (int i = 0; i < mostPlaces; ++i)
+            list << u":v%1"_s.arg(i);
+        return list;
+    }();
+    return names;
+}
+
+/** A statement whose question marks have become names: for a place without one Qt makes up a name each time a
+ * value is put there, which costs more than all the rest of it. */
+QString named(const QString &text)
+{
+    const QStringList parts = text.split(u'?');
+    QString whole = parts.constFirst();
+    for (qsizetype i = 1; i < parts.size(); ++i)
+        whole += places().at(i - 1) + parts.at(i);
+    return whole;
+}
+
 } // namespace
 
 Database::Database()
@@ -109,7 +133,7 @@ bool Statement::run(const QVariantList &values)
     if (!m_query && !prepare())
         return false;
     for (int i = 0; i < values.size(); ++i)
-        m_query->bindValue(i, values.at(i));
+        m_query->bindValue(places().at(i), values.at(i));
     return m_query->exec() || m_database.fail(m_query->lastError());
 }
 
@@ -117,7 +141,7 @@ bool Statement::prepare()
 {
     QSqlQuery query(m_database.m_database);
     query.setForwardOnly(true);
-    if (!query.prepare(m_text))
+    if (!query.prepare(named(m_text)))
         return m_database.fail(query.lastError());
     m_query = query;
     return true;

@@ -114,25 +114,32 @@ std::optional<Order> Ledger::find(const QString &key) const
     const QMutexLocker lock(&m_mutex);
     if (m_atHand && m_atHand->key == key && isUsable())
         return m_atHand;
-    const auto number = rows<qint64>(&Inside::numberOfKey, {key}, readNumber); // mostly there is none
-    return number.isEmpty() ? std::nullopt : withNumber(number.first());
+    return keptAtHand(rows<Order>(&Inside::orderOfKey, {key}, readOrder));
 }
 
 std::optional<Order> Ledger::at(qint64 number) const
 {
     const QMutexLocker lock(&m_mutex);
-    return withNumber(number);
-}
-
-std::optional<Order> Ledger::withNumber(qint64 number) const
-{
     if (m_atHand && m_atHand->number == number && isUsable())
         return m_atHand;
-    const auto found = rows<Order>(&Inside::orderOfNumber, {number}, readOrder);
+    return keptAtHand(rows<Order>(&Inside::orderOfNumber, {number}, readOrder));
+}
+
+/** The one that was found, if there was one. */
+std::optional<Order> Ledger::keptAtHand(const QList<Order> &found) const
+{
     if (found.isEmpty())
         return std::nullopt;
     m_atHand = found.first();
     return m_atHand;
+}
+
+std::optional<Order> Ledger::next() const
+{
+    QMutexLocker lock(&m_mutex);
+    const QList<qint64> number = rows<qint64>(&Inside::nextNumber, {}, readNumber);
+    lock.unlock();
+    return number.isEmpty() ? std::nullopt : at(number.constFirst());
 }
 
 QList<Order> Ledger::list(const QList<State> &states, int most, qint64 behind) const
@@ -260,7 +267,7 @@ bool Ledger::begin(Durability durability)
         // After a flush that failed the system may hold for written what is not on the disk, and what follows
         // in the log would be lost with it. So all that counts goes to the database itself, and the log
         // begins anew, without the transaction that failed.
-        good = database.number(u"PRAGMA wal_checkpoint(TRUNCATE)"_s) == 0;
+        good = foldLog();
         m_isLogSuspect = !good;
     }
     good = good && m_inside->begin.run();

@@ -74,6 +74,11 @@ public:
     QList<qint64> numbers(const QList<State> &states, int most = all) const;
     static constexpr int all = -1;
 
+    /** The order to be worked on next, if there is one: the first of those that are accepted, open or
+     * waiting. One with a reference goes before those without: its sale may be open, and no other can begin.
+     */
+    std::optional<Order> next() const;
+
     /** Puts a new order on record and gives it its number. @return false: it is not there */
     bool accept(Order *order, const Event &event, Durability durability = Durability::Flushed);
 
@@ -118,10 +123,11 @@ private:
     QString connect(const LedgerPlace &place);
     QString takeOver(const LedgerPlace &place);
     bool keepLog();
+    bool foldLog();
     QString readRegister(const QByteArray &serial);
     bool create(const QByteArray &serial, qint64 version);
 
-    std::optional<Order> withNumber(qint64 number) const;
+    std::optional<Order> keptAtHand(const QList<Order> &found) const;
 
     bool isUsable() const;
     void giveUp(const QString &why) const;

@@ -35,34 +35,64 @@ QString highestReference(const QString &which)
         which);
 }
 
+/** What the statements say, put together once for all ledgers. */
+struct Texts
+{
+    QString orderOfKey = selectOrders(u"key = ?"_s);
+    QString orderOfNumber = selectOrders(u"number = ?"_s);
+    QString ordersOfStates = selectOrders(inStates(u"state"_s));
+    QString unsettledOfStates = selectOrders(inStates(unsettledCondition() + u" AND state"_s));
+    QString numbersOfStates = selectNumbers(inStates(u"state"_s));
+    QString unsettledNumbers = selectNumbers(inStates(unsettledCondition() + u" AND state"_s));
+    QString nextNumber =
+        selectNumbers(unsettledCondition() + u" AND state <> %1 ORDER BY first = 0 AND second = 0,"
+                                             " number LIMIT 1"_s.arg(int(State::NeedsPerson)));
+    QString historyOfOrder =
+        u"SELECT %1 FROM history WHERE order_number = ? ORDER BY line"_s.arg(eventColumns());
+    QString attemptsOfOrder = selectAttempts(u"order_number = ? ORDER BY era, first, second"_s);
+    QString doubts = selectAttempts(u"era = ? AND fate = 3"_s, u"INDEXED BY doubts"_s);
+    QString lastClosed = highestReference(u"era = ? AND fate = 1"_s);
+    QString highest = highestReference(u"era = ?"_s);
+    QString insertOrder = Receipts::insertOrder();
+    QString updateOrder = Receipts::updateOrder();
+    QString insertEvent =
+        u"INSERT INTO history (order_number, line, %1) SELECT ?, coalesce(max(line), 0) + 1,"
+        " ?, ?, ?, ?, ?, ? FROM history WHERE order_number = ?"_s.arg(eventColumns());
+    QString insertAttempt =
+        u"INSERT INTO attempts (%1) VALUES (?, ?, ?, ?, ?) ON CONFLICT (era, first, second)"
+        " DO UPDATE SET fate = excluded.fate WHERE order_number = excluded.order_number"_s.arg(
+            attemptColumns());
+};
+
+const Texts &texts()
+{
+    static const Texts all;
+    return all;
+}
+
 } // namespace
 
 Ledger::Inside::Inside()
     : begin(database, u"BEGIN IMMEDIATE"_s)
     , commit(database, u"COMMIT"_s)
     , rollBack(database, u"ROLLBACK"_s)
-    , numberOfKey(database, selectNumbers(u"key = ?"_s))
-    , orderOfNumber(database, selectOrders(u"number = ?"_s))
-    , ordersOfStates(database, selectOrders(inStates(u"state"_s)))
-    , unsettledOfStates(database, selectOrders(inStates(unsettledCondition() + u" AND state"_s)))
-    , numbersOfStates(database, selectNumbers(inStates(u"state"_s)))
-    , unsettledNumbers(database, selectNumbers(inStates(unsettledCondition() + u" AND state"_s)))
-    , historyOfOrder(database,
-                     u"SELECT %1 FROM history WHERE order_number = ? ORDER BY line"_s.arg(eventColumns()))
-    , attemptsOfOrder(database, selectAttempts(u"order_number = ? ORDER BY era, first, second"_s))
-    , doubts(database, selectAttempts(u"era = ? AND fate = 3"_s, u"INDEXED BY doubts"_s))
-    , lastClosed(database, highestReference(u"era = ? AND fate = 1"_s))
-    , highest(database, highestReference(u"era = ?"_s))
+    , orderOfKey(database, texts().orderOfKey)
+    , orderOfNumber(database, texts().orderOfNumber)
+    , ordersOfStates(database, texts().ordersOfStates)
+    , unsettledOfStates(database, texts().unsettledOfStates)
+    , numbersOfStates(database, texts().numbersOfStates)
+    , unsettledNumbers(database, texts().unsettledNumbers)
+    , nextNumber(database, texts().nextNumber)
+    , historyOfOrder(database, texts().historyOfOrder)
+    , attemptsOfOrder(database, texts().attemptsOfOrder)
+    , doubts(database, texts().doubts)
+    , lastClosed(database, texts().lastClosed)
+    , highest(database, texts().highest)
     , highestZ(database, u"SELECT z, 0 FROM orders WHERE z_era = ? AND z > 0 ORDER BY z DESC LIMIT 1"_s)
-    , insertOrder(database, Receipts::insertOrder())
-    , updateOrder(database, Receipts::updateOrder())
-    , insertEvent(database,
-                  u"INSERT INTO history (order_number, line, %1) SELECT ?, coalesce(max(line), 0) + 1,"
-                  " ?, ?, ?, ?, ?, ? FROM history WHERE order_number = ?"_s.arg(eventColumns()))
-    , insertAttempt(database,
-                    u"INSERT INTO attempts (%1) VALUES (?, ?, ?, ?, ?) ON CONFLICT (era, first, second)"
-                    " DO UPDATE SET fate = excluded.fate WHERE order_number = excluded.order_number"_s.arg(
-                        attemptColumns()))
+    , insertOrder(database, texts().insertOrder)
+    , updateOrder(database, texts().updateOrder)
+    , insertEvent(database, texts().insertEvent)
+    , insertAttempt(database, texts().insertAttempt)
 {
 }
 

@@ -19,12 +19,13 @@ struct Ledger::Inside
     Statement commit;
     Statement rollBack;
 
-    Statement numberOfKey;
+    Statement orderOfKey;
     Statement orderOfNumber;
     Statement ordersOfStates;    ///< behind a number, of the states of stateCount values, how many at most
     Statement unsettledOfStates; ///< likewise, of those that are not settled
     Statement numbersOfStates;   ///< likewise, the numbers alone
     Statement unsettledNumbers;
+    Statement nextNumber;
     Statement historyOfOrder;
     Statement attemptsOfOrder;
 

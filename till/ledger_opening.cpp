@@ -60,12 +60,14 @@ QString Ledger::takeOver(const LedgerPlace &place)
         return database.problem();
     if (const QString problem = isOfComputer ? keepFromOthers(place.file) : QString(); !problem.isEmpty())
         return problem;
-    if (!keepLog())
-        return database.problem().isEmpty() ? u"its log cannot be written"_s : database.problem();
-    if (version < ledgerMigrations().back().version && !create(place.serial, version))
-        return database.problem();
-    // A disk that failed meanwhile may have made SQLite do without the log.
-    if (!keepLog())
+    const bool isNew = version < ledgerMigrations().back().version;
+    bool isGood = keepLog();
+    if (isGood && isNew) {
+        if (!create(place.serial, version))
+            return database.problem();
+        isGood = keepLog(); // a disk that failed meanwhile may have made SQLite do without the log
+    }
+    if (!isGood)
         return database.problem().isEmpty() ? u"its log cannot be written"_s : database.problem();
     return readStanding(&m_standing) ? QString() : m_broken;
 }
@@ -76,13 +78,24 @@ QString Ledger::takeOver(const LedgerPlace &place)
 bool Ledger::keepLog()
 {
     Statement statement(m_inside->database, u"PRAGMA journal_mode = WAL"_s);
+    // Another mode is no error to SQLite; and what it tells is on the disk at the end of the statement alone.
+    const bool isTold = statement.run() && statement.next() && statement.value(0).toString() == u"wal";
+    const bool isKept = isTold && !statement.next() && !statement.isBroken();
+    if (isTold)
+        statement.finish();
+    return isKept && foldLog();
+}
+
+/** All that counts goes to the database itself, flushed, and the log begins anew. */
+bool Ledger::foldLog()
+{
+    Statement statement(m_inside->database, u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
     if (!statement.run() || !statement.next())
         return false;
-    const QString mode = statement.value(0).toString(); // another one is no error to SQLite
+    const bool isDone = statement.value(0).toInt() == 0;
+    const bool isThere = statement.value(1).toInt() >= 0; // -1: SQLite does without, whatever it has told
     statement.finish();
-    if (mode != u"wal")
-        return false;
-    return m_inside->database.number(u"PRAGMA wal_checkpoint(TRUNCATE)"_s) == 0;
+    return isDone && isThere;
 }
 
 QString Ledger::readRegister(const QByteArray &serial)
