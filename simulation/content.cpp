@@ -6,8 +6,6 @@
 #include "simulator/fiscal/money.h"
 #include "till/receipt_json.h"
 
-#include <QJsonDocument>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -133,10 +131,10 @@ Content contentOf(const Step &step, const QString &key)
     Content content;
     if (step.job == Job::Receipt) {
         content.receipt = drawReceipt(step, key, &content.isRefusedForGood);
-        content.json = QJsonDocument(toJson(content.receipt)).toJson(QJsonDocument::Compact);
+        content.json = toJson(content.receipt);
     } else if (step.job == Job::Slip) {
         Chance chance(step.seed);
-        content.json = QJsonDocument(toJson(drawSlip(chance, key))).toJson(QJsonDocument::Compact);
+        content.json = toJson(drawSlip(chance, key));
     }
     return content;
 }

@@ -2,7 +2,6 @@
 
 #include "tests/support/open_ledger.h"
 
-#include <QJsonArray>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
@@ -79,7 +78,7 @@ Order fullOrder()
     Order order;
     order.key = u"kasa 1/çay"_s;
     order.kind = Kind::Slip;
-    order.content = {{u"items"_s, QJsonArray{QJsonObject{{u"name"_s, u"Çay"_s}, {u"price"_s, u"12.50"_s}}}}};
+    order.content = R"({"items":[{"name":"Çay","price":"12.50"}]})"_ba;
     order.state = State::NeedsPerson;
     order.question = Question::MoneyTaken;
     order.answer = Answer::SellAgain;
@@ -137,7 +136,7 @@ void TestLedger::ordersComeBackAsTheyWere()
         QCOMPARE(ledger.trouble, QString());
         QVERIFY(ledger.accept(&accepted, {}));
         saved.number = ledger.add(u"saved"_s, Kind::Slip).number;
-        saved.content = {};
+        saved.content = Order().content;
         saved.acceptedAt = moment(0);
         QVERIFY(ledger.save(saved, {}, Durability::Written));
         compare(*ledger.find(accepted.key), accepted);

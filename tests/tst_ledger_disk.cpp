@@ -120,7 +120,7 @@ void TestLedgerDisk::aFullDiskTakesNothingAway_data()
     QTest::newRow("accept") << ChangeOf([](OpenLedger &l) {
         Order order;
         order.key = u"key"_s;
-        order.content = {{u"text"_s, QString(9000, u'x')}};
+        order.content = R"({"text":")"_ba + QByteArray(9000, 'x') + R"("})"_ba;
         return l.accept(&order, {}) || order.number != 0;
     });
     for (const Durability durability : {Durability::Flushed, Durability::Written})

@@ -33,8 +33,11 @@ QByteArray contentOf(const QString &path)
 template <typename Value>
 void checkRoundTrip(const Value &value, Judged<Value> (*read)(const QByteArray &))
 {
-    const QJsonObject json = toJson(value);
-    const Judged<Value> again = read(QJsonDocument(json).toJson());
+    const QByteArray json = toJson(value);
+    const QJsonDocument document = QJsonDocument::fromJson(json);
+    QCOMPARE(document.toJson(QJsonDocument::Compact),
+             json); // as it stands in the ledgers of earlier versions
+    const Judged<Value> again = read(document.toJson());
     QCOMPARE(again.faults, QStringList());
     QVERIFY(again.value == value);
     QCOMPARE(toJson(again.value), json);
@@ -120,7 +123,7 @@ void TestReceiptJson::whatIsNotStatedIsTheUsual()
     QCOMPARE(judged.value.items, (QList<Item>{{u"Ekmek"_s, 1250, 1000, 0, 0, 2, 0}}));
     QVERIFY(!judged.value.medical && !judged.value.invoice && !judged.value.slip && !judged.value.total);
     QVERIFY(!judged.value.reenterCash);
-    QCOMPARE(QJsonDocument(toJson(judged.value)).toJson(QJsonDocument::Compact),
+    QCOMPARE(toJson(judged.value),
              R"({"items":[{"name":"Ekmek","price":"12.50","quantity":"1","section":2,"unit":"piece"}],)"
              R"("payments":[{"cash":"rest"}]})"_ba);
 }

@@ -17,6 +17,11 @@ constexpr int mostValues = 50'000;
 constexpr int mostLevels = 8;
 constexpr qsizetype mostInWords = 60;
 
+bool isSpace(QChar character)
+{
+    return character == u' ' || character == u'\t' || character == u'\r' || character == u'\n';
+}
+
 bool isDigit(QChar character)
 {
     return character >= u'0' && character <= u'9';
@@ -240,7 +245,7 @@ bool Reader::word(JsonValue *value)
 
 void Reader::skipSpace()
 {
-    while (!m_left.isEmpty() && QStringView(u" \t\r\n").contains(front()))
+    while (!m_left.isEmpty() && isSpace(front()))
         m_left = m_left.sliced(1);
 }
 

@@ -159,16 +159,15 @@ std::optional<Order> readOrder(const Statement &row)
 {
     const auto orderNumber = number(row.value(0), 1, Long::max());
     const auto kind = number(row.value(2), 0, int(Kind::Slip));
-    const auto content = QJsonDocument::fromJson(row.value(3).toString().toUtf8());
     const auto accepted = number(row.value(4), Long::min(), Long::max());
     Order order;
     order.key = row.value(1).toString();
-    if (!orderNumber || order.key.isEmpty() || !kind || !content.isObject() || !accepted ||
-        !take(row, firstChanging, changing, order))
+    order.content = row.value(3).toString().toUtf8();
+    if (!orderNumber || order.key.isEmpty() || !kind || !QJsonDocument::fromJson(order.content).isObject() ||
+        !accepted || !take(row, firstChanging, changing, order))
         return std::nullopt;
     order.number = *orderNumber;
     order.kind = Kind(kind.value());
-    order.content = content.object();
     order.acceptedAt = time(*accepted);
     return order;
 }
@@ -182,8 +181,7 @@ QString insertOrder()
 
 QVariantList wholeOrder(const Order &order)
 {
-    const QByteArray content = QJsonDocument(order.content).toJson(QJsonDocument::Compact);
-    return QVariantList{order.key, int(order.kind), QString::fromUtf8(content),
+    return QVariantList{order.key, int(order.kind), QString::fromUtf8(order.content),
                         milliseconds(order.acceptedAt)} +
            changingOrder(order);
 }

@@ -4,8 +4,8 @@
 
 #include "velnoext.h"
 
+#include <QByteArray>
 #include <QDateTime>
-#include <QJsonObject>
 #include <QString>
 
 #include <optional>
@@ -75,7 +75,7 @@ struct Order
     qint64 number = 0; ///< in which order they were accepted; 0: not yet
     QString key;
     Kind kind = Kind::Receipt;
-    QJsonObject content; ///< toJson() of the receipt or slip; empty for reports
+    QByteArray content = "{}"; ///< toJson() of the receipt or slip; of reports an empty object
 
     State state = State::Accepted;
     Question question = Question::None;

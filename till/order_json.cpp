@@ -6,6 +6,7 @@
 #include "till/questions.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 
 using namespace Qt::StringLiterals;
 
@@ -76,7 +77,7 @@ QJsonObject orderAsJson(const Order &order, const QList<Event> &history)
             {u"cause"_s, order.cause},
             {u"acceptedAt"_s, timeAsJson(order.acceptedAt)},
             {u"changedAt"_s, timeAsJson(order.changedAt)},
-            {u"content"_s, order.content},
+            {u"content"_s, QJsonDocument::fromJson(order.content).object()},
             {u"history"_s, historyAsJson(history)}};
 }
 

@@ -5,6 +5,8 @@
 #include "till/receipt_words.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
 
@@ -93,9 +95,12 @@ QString difference(const QJsonValue &now, const QJsonValue &before, const QStrin
 
 } // namespace
 
-QString firstDifference(const QJsonObject &now, const QJsonObject &before)
+QString firstDifference(const QByteArray &now, const QByteArray &before)
 {
-    return differenceOfObjects(now, before, QString());
+    if (now == before)
+        return {};
+    const auto object = [](const QByteArray &json) { return QJsonDocument::fromJson(json).object(); };
+    return differenceOfObjects(object(now), object(before), QString());
 }
 
 } // namespace Velno::Receipts

@@ -3,8 +3,6 @@
 #include "till/receipt_json.h"
 #include "till/receipt_work.h"
 
-#include <QJsonDocument>
-
 using namespace Qt::StringLiterals;
 
 namespace Velno::Receipts {
@@ -79,7 +77,7 @@ OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt, const VelnoEcrSa
     if (doubt.order == m_order.number) // it was sold once more
         return ask(Question::CountedTwice, text);
     other->changedAt = m_place.clock.now();
-    const Receipt receipt = readReceipt(QJsonDocument(other->content).toJson(QJsonDocument::Compact)).value;
+    const Receipt receipt = readReceipt(other->content).value;
     const bool isToldByPerson = other->state == State::Closed && isNone(other->reference);
     if (isToldByPerson || isWaitedFor) {
         other->reference = doubt.reference;

@@ -4,7 +4,7 @@
 
 #include "till/receipt.h"
 
-#include <QJsonObject>
+#include <QByteArray>
 #include <QStringList>
 
 /** Receipts and slips as JSON: docs/receipt-json.md has every field, receipt.schema.json and slip.schema.json
@@ -23,12 +23,13 @@ struct Judged
 Judged<Receipt> readReceipt(const QByteArray &json);
 Judged<Slip> readSlip(const QByteArray &json);
 
-/** The same, written in one way only: every field that matters, amounts as "12.50". What was read from it is
- * equal. */
-QJsonObject toJson(const Receipt &receipt);
-QJsonObject toJson(const Slip &slip);
+/** The same, written in one way only: every field that matters, in alphabetical order, amounts as "12.50",
+ * without spaces. What was read from it is equal. */
+QByteArray toJson(const Receipt &receipt);
+QByteArray toJson(const Slip &slip);
 
-/** "items[2].price: 12.50, before 13.00": the first place where two differ; empty when they are the same. */
-QString firstDifference(const QJsonObject &now, const QJsonObject &before);
+/** "items[2].price: 12.50, before 13.00": the first place where two objects differ; empty when they are the
+ * same. */
+QString firstDifference(const QByteArray &now, const QByteArray &before);
 
 } // namespace Velno::Receipts

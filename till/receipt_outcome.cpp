@@ -74,15 +74,27 @@ OrderWork::End ReceiptWork::concludeOpen(const View &view)
         return concludeLeaving();
     const std::optional<Position> now = positionOf(m_receipt, m_totals);
     if (now && isExpected(*now)) {
-        m_wordGiven = false; // it has been acted upon: what happens from here on is new
-        m_order.question = Question::None;
-        m_order.answer = Answer::None;
+        if (const End failed = useUpWord())
+            return failed;
         return concludeStep(*now);
     }
     if (!m_wordGiven)
         return ask(Question::NotOurs, u"the open sale holds what was not entered for it"_s);
     m_isRestarting = true; // what stands on it is not wanted, as a person has said
     return {};
+}
+
+/** What happens from here on is new, and nobody may take the word for one about that: it goes from the record
+ * before anything else is sent. */
+OrderWork::End ReceiptWork::useUpWord()
+{
+    const bool isOnRecord = m_order.answer != Answer::None;
+    m_wordGiven = false;
+    m_order.question = Question::None;
+    m_order.answer = Answer::None;
+    if (!isOnRecord)
+        return {};
+    return save(State::Open, u"it goes on, as a person has said"_s, Durability::Flushed);
 }
 
 /** Whether it is as before what was sent, or behind it. */

@@ -4,15 +4,13 @@
 
 #include "till/receipt_json.h"
 
-#include <QJsonDocument>
-
 using namespace Qt::StringLiterals;
 
 namespace Velno::Receipts {
 
 ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bool mayHaveStarted)
     : OrderWork(place, reg, order)
-    , m_receipt(readReceipt(QJsonDocument(order.content).toJson(QJsonDocument::Compact)).value)
+    , m_receipt(readReceipt(order.content).value)
     , m_mayHaveStarted(mayHaveStarted)
     , m_mayBeEnded(!isNone(order.reference))
     , m_mayBePaid(order.paymentSent)

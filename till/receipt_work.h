@@ -62,6 +62,7 @@ private:
     // What became of them
     End lookAtIt();
     End concludeOpen(const View &view);
+    End useUpWord();
     bool isExpected(const Position &now) const;
     End concludeLeaving();
     End concludeStep(const Position &now);

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "till/json_text.h"
 #include "till/money.h"
 #include "till/receipt_json.h"
 #include "till/receipt_words.h"
-
-#include <QJsonArray>
 
 using namespace Qt::StringLiterals;
 
@@ -12,102 +11,146 @@ namespace Velno::Receipts {
 
 namespace {
 
-QJsonObject written(const Item &item)
+// The fields of each object come in alphabetical order: so they stand in every ledger.
+
+void write(const Item &item, JsonText *json)
 {
-    QJsonObject object{{u"name"_s, item.name}, {u"price"_s, liraText(item.price)}};
-    if (item.price == 0)
-        return object;
-    object.insert(u"quantity"_s, quantityText(item.quantity));
-    object.insert(u"unit"_s, unitWords().value(item.unit));
-    object.insert(u"section"_s, item.section);
-    if (item.percentage != 0)
-        object.insert(u"percentage"_s, item.percentage);
-    if (item.discount != 0)
-        object.insert(u"discount"_s, liraText(item.discount));
-    return object;
+    const bool isRemark = item.price == 0;
+    json->beginObject();
+    if (!isRemark && item.discount != 0)
+        json->text("discount", liraText(item.discount));
+    json->text("name", item.name);
+    if (!isRemark && item.percentage != 0)
+        json->number("percentage", item.percentage);
+    json->text("price", liraText(item.price));
+    if (!isRemark) {
+        json->text("quantity", quantityText(item.quantity));
+        json->number("section", item.section);
+        json->text("unit", unitWords().value(item.unit));
+    }
+    json->endObject();
 }
 
-QJsonObject written(const Medical &medical)
+void write(const Medical &medical, JsonText *json)
 {
-    return {{u"amount"_s, liraText(medical.amount)}, {u"person"_s, QString::number(medical.person)}};
+    json->beginObject();
+    json->text("amount", liraText(medical.amount));
+    json->text("person", QString::number(medical.person));
+    json->endObject();
 }
 
-QJsonObject written(const Invoice &invoice)
+void write(const Invoice &invoice, JsonText *json)
 {
-    QJsonObject object{{u"type"_s, invoiceTypeWords().value(int(invoice.type))},
-                       {invoice.isCompany ? u"company"_s : u"person"_s, invoice.idNumber}};
-    if (!invoice.reference.isEmpty())
-        object.insert(u"reference"_s, invoice.reference);
+    json->beginObject();
+    if (invoice.isCompany)
+        json->text("company", invoice.idNumber);
     if (invoice.deliveryNote)
-        object.insert(u"deliveryNote"_s, true);
-    return object;
+        json->yes("deliveryNote");
+    if (!invoice.isCompany)
+        json->text("person", invoice.idNumber);
+    if (!invoice.reference.isEmpty())
+        json->text("reference", invoice.reference);
+    json->text("type", invoiceTypeWords().value(int(invoice.type)));
+    json->endObject();
 }
 
-QJsonObject written(const Payment &payment)
+void write(const Payment &payment, JsonText *json)
 {
-    const QString name = tenderWords().value(int(payment.tender));
-    return {{name, payment.amount ? liraText(*payment.amount) : u"rest"_s}};
+    json->beginObject();
+    json->text(payment.tender == Tender::Card ? "card" : "cash",
+               payment.amount ? liraText(*payment.amount) : u"rest"_s);
+    json->endObject();
 }
 
-void insertStyle(const SlipLine &line, QJsonObject *object)
+void writeStyle(const SlipLine &line, JsonText *json)
 {
     if (line.styleA)
-        object->insert(u"styleA"_s, true);
+        json->yes("styleA");
     if (line.styleB)
-        object->insert(u"styleB"_s, true);
+        json->yes("styleB");
 }
 
-QJsonValue written(const SlipLine &line)
+void write(const SlipLine &line, JsonText *json)
 {
-    if (line.feeds > 0)
-        return QJsonObject{{u"feed"_s, line.feeds}};
-    QJsonObject object;
-    insertStyle(line, &object);
-    if (line.right) {
-        object.insert(u"left"_s, line.text);
-        object.insert(u"right"_s, *line.right);
-        return object;
+    const bool isPlain = line.feeds == 0 && !line.right && line.size == 0 && !line.styleA && !line.styleB;
+    if (isPlain)
+        return json->text(line.text);
+    json->beginObject();
+    if (line.feeds > 0) {
+        json->number("feed", line.feeds);
+    } else if (line.right) {
+        json->text("left", line.text);
+        json->text("right", *line.right);
+        writeStyle(line, json);
+    } else {
+        if (line.size != 0)
+            json->number("size", line.size);
+        writeStyle(line, json);
+        json->text("text", line.text);
     }
-    if (line.size != 0)
-        object.insert(u"size"_s, line.size);
-    if (object.isEmpty())
-        return line.text;
-    object.insert(u"text"_s, line.text);
-    return object;
+    json->endObject();
 }
 
 template <typename Value>
-QJsonArray writtenList(const QList<Value> &values)
+void writeList(const char *name, const QList<Value> &values, JsonText *json)
 {
-    QJsonArray array;
+    json->beginList(name);
     for (const Value &value : values)
-        array.append(written(value));
-    return array;
+        write(value, json);
+    json->endList();
+}
+
+void write(const Slip &slip, JsonText *json)
+{
+    json->beginObject();
+    json->text("encoding", slip.encoding);
+    writeList("lines", slip.lines, json);
+    json->endObject();
+}
+
+template <typename Value>
+void writeField(const char *name, const std::optional<Value> &value, JsonText *json)
+{
+    if (!value)
+        return;
+    json->name(name);
+    write(*value, json);
+}
+
+void write(const Receipt &receipt, JsonText *json)
+{
+    json->beginObject();
+    writeField("invoice", receipt.invoice, json);
+    if (!receipt.items.isEmpty())
+        writeList("items", receipt.items, json);
+    writeField("medical", receipt.medical, json);
+    writeList("payments", receipt.payments, json);
+    if (receipt.reenterCash)
+        json->yes("reenterCash");
+    writeField("slip", receipt.slip, json);
+    if (receipt.total)
+        json->text("total", liraText(*receipt.total));
+    json->endObject();
+}
+
+template <typename Value>
+QByteArray written(const Value &value)
+{
+    JsonText json;
+    write(value, &json);
+    return json.bytes();
 }
 
 } // namespace
 
-QJsonObject toJson(const Receipt &receipt)
+QByteArray toJson(const Receipt &receipt)
 {
-    QJsonObject object{{u"payments"_s, writtenList(receipt.payments)}};
-    if (!receipt.items.isEmpty())
-        object.insert(u"items"_s, writtenList(receipt.items));
-    if (receipt.medical)
-        object.insert(u"medical"_s, written(*receipt.medical));
-    if (receipt.invoice)
-        object.insert(u"invoice"_s, written(*receipt.invoice));
-    if (receipt.total)
-        object.insert(u"total"_s, liraText(*receipt.total));
-    if (receipt.reenterCash)
-        object.insert(u"reenterCash"_s, true);
-    if (receipt.slip)
-        object.insert(u"slip"_s, toJson(*receipt.slip));
-    return object;
+    return written(receipt);
 }
 
-QJsonObject toJson(const Slip &slip)
+QByteArray toJson(const Slip &slip)
 {
-    return {{u"encoding"_s, slip.encoding}, {u"lines"_s, writtenList(slip.lines)}};
+    return written(slip);
 }
 
 } // namespace Velno::Receipts

@@ -5,8 +5,6 @@
 #include "till/receipt_json.h"
 #include "till/slip_printing.h"
 
-#include <QJsonDocument>
-
 using namespace Qt::StringLiterals;
 
 namespace Velno::Receipts {
@@ -123,8 +121,7 @@ OrderWork::End SlipWork::printOnce()
             return failed;
     }
     m_place.tell(Stage::Printing);
-    const QByteArray json = QJsonDocument(m_order.content).toJson(QJsonDocument::Compact);
-    const int code = printSlip(m_register, readSlip(json).value);
+    const int code = printSlip(m_register, readSlip(m_order.content).value);
     const Reply reply = m_register.last();
     if (code == 0)
         return settle(State::Closed, u"printed"_s);

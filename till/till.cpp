@@ -6,7 +6,6 @@
 #include "till/receipt_work.h"
 #include "till/report_work.h"
 
-#include <QJsonDocument>
 #include <QMutex>
 #include <QScopeGuard>
 
@@ -21,8 +20,6 @@ namespace {
 constexpr qsizetype longestKey = 200;    // bytes
 constexpr qsizetype longestPerson = 100; // bytes
 constexpr int slice = 10;                // ms
-
-const QList<State> unfinished = {State::Accepted, State::Open, State::Waiting};
 
 /** A clock whose pauses end soon when somebody wants the work to stop. */
 class StoppableClock final : public Clock
@@ -61,17 +58,20 @@ QString faultOfName(const QString &what, const QString &text, qsizetype longest)
         what, isPrintable ? u"%1 bytes"_s.arg(size) : u"control characters"_s, QString::number(longest));
 }
 
-Judged<QJsonObject> readContent(Kind kind, const QByteArray &json)
+/** In the one way in which it is kept. */
+template <typename Value>
+Judged<QByteArray> rewritten(const Judged<Value> &judged)
 {
-    if (kind == Kind::Receipt) {
-        const Judged<Receipt> receipt = readReceipt(json);
-        return {receipt.faults.isEmpty() ? toJson(receipt.value) : QJsonObject(), receipt.faults};
-    }
-    if (kind == Kind::Slip) {
-        const Judged<Slip> slip = readSlip(json);
-        return {slip.faults.isEmpty() ? toJson(slip.value) : QJsonObject(), slip.faults};
-    }
-    return {{}, json.isEmpty() ? QStringList() : QStringList{u"a report has no content"_s}};
+    return {judged.faults.isEmpty() ? toJson(judged.value) : QByteArray(), judged.faults};
+}
+
+Judged<QByteArray> readContent(Kind kind, const QByteArray &json)
+{
+    if (kind == Kind::Receipt)
+        return rewritten(readReceipt(json));
+    if (kind == Kind::Slip)
+        return rewritten(readSlip(json));
+    return {Order().content, json.isEmpty() ? QStringList() : QStringList{u"a report has no content"_s}};
 }
 
 QString nameOf(Kind kind)
@@ -89,7 +89,7 @@ QString nameOf(Kind kind)
     return {};
 }
 
-QString differenceOf(const Order &order, Kind kind, const QJsonObject &content)
+QString differenceOf(const Order &order, Kind kind, const QByteArray &content)
 {
     if (order.kind != kind)
         return u"kind: %1, before %2"_s.arg(nameOf(kind), nameOf(order.kind));
@@ -159,7 +159,7 @@ Outcome Till::accept(const QString &key, Kind kind, const QByteArray &json)
 {
     if (const QString fault = faultOfName(u"key"_s, key, longestKey); !fault.isEmpty())
         return {Result::BadContent, {}, {fault}};
-    const Judged<QJsonObject> content = readContent(kind, json);
+    const Judged<QByteArray> content = readContent(kind, json);
     if (!content.faults.isEmpty())
         return {Result::BadContent, {}, content.faults};
     const QMutexLocker lock(&m->accepting);
@@ -238,12 +238,12 @@ Result Till::Inside::work(qint64 wanted)
     isWorking = true;
     const auto atEnd = qScopeGuard([this] { isWorking = false; });
     for (;;) {
-        const QList<qint64> next = ledger.numbers(unfinished, 1);
-        std::optional<Order> found = next.isEmpty() ? std::nullopt : ledger.at(next.constFirst());
+        std::optional<Order> found = ledger.next();
         if (!found)
             return ledger.problem().isEmpty() ? Result::Done : Result::LedgerFailed;
         Order &order = *found;
-        if (wanted != 0 && order.number > wanted) // somebody else has done it meanwhile
+        const bool isInTheWay = !isNone(order.reference);
+        if (wanted != 0 && order.number > wanted && !isInTheWay) // somebody else has done it meanwhile
             return Result::Done;
         switch (workOn(order)) {
         case WorkEnd::Settled:
