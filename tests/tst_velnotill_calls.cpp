@@ -3,10 +3,13 @@
 #include "tests/support/open_till.h"
 #include "tests/support/test_support.h"
 
+#include <QFile>
 #include <QTest>
 
 #include <future>
+#include <sys/resource.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -24,7 +27,36 @@ private slots:
     void interruptEndsTheWaitForARegister();
     void closeEndsTheWaitOfOthers();
     void problemBelongsToTheThread();
+    void lackOfMemoryIsToldAndDoesNoHarm();
 };
+
+namespace {
+
+/** While it lives this process gets hardly any more memory. */
+class LittleMemory
+{
+public:
+    LittleMemory()
+    {
+        getrlimit(RLIMIT_AS, &m_before);
+        QFile file(u"/proc/self/statm"_s);
+        if (!file.open(QIODevice::ReadOnly))
+            return;
+        const auto pages = rlim_t(file.readAll().split(' ').constFirst().toULongLong());
+        rlimit little = m_before;
+        little.rlim_cur = pages * rlim_t(sysconf(_SC_PAGESIZE)) + room;
+        setrlimit(RLIMIT_AS, &little);
+    }
+    ~LittleMemory() { setrlimit(RLIMIT_AS, &m_before); }
+    Q_DISABLE_COPY_MOVE(LittleMemory)
+
+    static constexpr rlim_t room = 8 * 1024 * 1024;
+
+private:
+    rlimit m_before{};
+};
+
+} // namespace
 
 void TestVelnotillCalls::oneTillInAProcess()
 {
@@ -132,6 +164,32 @@ void TestVelnotillCalls::problemBelongsToTheThread()
     QCOMPARE(problem(), "A pointer is NULL.");
     QCOMPARE(velnotill_check_slip(aSlip), int(VelnoTillResult_Done));
     QCOMPARE(problem(), "A pointer is NULL."); // of the last that failed
+}
+
+/** An exception that leaves a function of a C library ends the program of whoever has called it. */
+void TestVelnotillCalls::lackOfMemoryIsToldAndDoesNoHarm()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("NOT TESTED: a sanitizer ends a program that lacks memory");
+#endif
+    OpenTill till(freePort());
+    const QByteArray huge(8 * qsizetype(LittleMemory::room), ' ');
+    velnotill_sell(nullptr, nullptr, nullptr, nullptr); // words of another refusal
+    int checked = 0;
+    int accepted = 0;
+    QByteArray words;
+    {
+        const LittleMemory little;
+        checked = velnotill_check_receipt(huge.constData());
+        words = problem();
+        accepted = velnotill_accept(till, "a", huge.constData(), nullptr);
+    }
+    QCOMPARE(checked, int(VelnoTillResult_NoMemory));
+    QCOMPARE(words, "There is no memory."_ba);
+    QCOMPARE(accepted, int(VelnoTillResult_NoMemory));
+    QCOMPARE(keysOf(till, VELNOTILL_ALL_STATES), QStringList());
+    QCOMPARE(velnotill_check_receipt(huge.constData()), int(VelnoTillResult_BadContent));
+    QCOMPARE(velnotill_accept(till, "a", aReceipt, nullptr), int(VelnoTillResult_Done));
 }
 
 QTEST_GUILESS_MAIN(TestVelnotillCalls)

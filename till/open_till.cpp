@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstring>
 #include <thread>
 
 namespace Velno::Receipts {
@@ -50,6 +51,13 @@ int refused(int result, const QString &words)
 int refused(int result)
 {
     return refused(result, QString::fromUtf8(wordOf(resultWords(), result).english));
+}
+
+int refusedForMemory() noexcept
+{
+    const char *const words = wordOf(resultWords(), VelnoTillResult_NoMemory).english;
+    problemWords = QByteArray::fromRawData(words, qsizetype(std::strlen(words)));
+    return VelnoTillResult_NoMemory;
 }
 
 int judged(const Outcome &outcome)

@@ -34,6 +34,9 @@ int refused(int result, const QString &words);
 /** The same with the result's own sentence. */
 int refused(int result);
 
+/** The same for NoMemory, without taking any. */
+int refusedForMemory() noexcept;
+
 /** The same with the words that came with an outcome; done is no problem. */
 int judged(const Outcome &outcome);
 
@@ -86,7 +89,7 @@ int guarded(Work work)
     try {
         return InCallback::isNow() ? refused(VelnoTillResult_InCallback) : work();
     } catch (const std::exception &) {
-        return VelnoTillResult_NoMemory; // nothing else is thrown here
+        return refusedForMemory(); // nothing else is thrown here
     }
 }
 

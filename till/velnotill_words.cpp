@@ -14,7 +14,7 @@ int Velno::Receipts::handOutText(const QByteArray &words, char **text)
     // From the C library, so that a caller who frees it himself does no harm.
     char *const copy = strdup(words.constData());
     if (!copy)
-        return refused(VelnoTillResult_NoMemory);
+        return refusedForMemory();
     *text = copy;
     return VelnoTillResult_Done;
 }
