@@ -44,7 +44,7 @@ bool Mishaps::hasHindered() const
 {
     return hasHappened({MishapKind::NoPaper, MishapKind::NoPaperAtAll, MishapKind::Busy,
                         MishapKind::OutOfService, MishapKind::LowLimit, MishapKind::JournalFull,
-                        MishapKind::HandSells, MishapKind::HandSale});
+                        MishapKind::HandSells, MishapKind::HandDeletes, MishapKind::HandSale});
 }
 
 } // namespace Simulation

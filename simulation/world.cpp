@@ -4,6 +4,8 @@
 
 #include "simulator/register/selling_commands.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 using namespace Velno::Receipts;
 using Simulator::CommandRow;
@@ -215,6 +217,11 @@ void World::cutRegister(int milliseconds)
 
 void World::replaceRegister()
 {
+    // Whoever has just made the first Z report of a register could not tell another new one from it.
+    const bool isReporting =
+        std::ranges::any_of(m_turn, [](const Handed *h) { return h->step->job == Job::ZReport; });
+    if (isReporting && m_register.models().size() > 1)
+        return;
     m_register.cutPower(); // nobody carries it away with its power on
     m_truth.look(m_register.model());
     m_register.replace();

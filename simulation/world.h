@@ -61,7 +61,7 @@ private:
     void handOverUntilSettled(const QList<Handed *> &turn);
     bool goOn(Handed *handed, bool isRepaired);
     std::optional<Outcome> call(const Handed &handed, const std::function<Outcome()> &function);
-    void accept(const Handed &handed);
+    void accept(Handed *handed);
     bool handOver(Handed *handed);
     void checkOrderOf(const QString &key);
     void handOverAgain(const Handed &handed);
@@ -70,6 +70,7 @@ private:
     bool isDone(const Handed &handed) const;
     void judgeQuestion(const Handed &handed);
     bool couldNotBeKnown(const Handed &handed) const;
+    bool mayBeAskedLate(const Velno::Receipts::Order &now) const;
     void answerLateQuestions();
     void answerLateQuestion(Handed *handed, const Velno::Receipts::Order &now);
     void lookIntoTheBooks();

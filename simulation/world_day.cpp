@@ -31,6 +31,12 @@ Kind kindOf(Job job)
     return Kind::Receipt;
 }
 
+/** Whether this is known: that the other one is this one, or was accepted behind it. */
+bool isNotBehind(const Handed &handed, const Handed &other)
+{
+    return handed.order.number != 0 && other.order.number >= handed.order.number;
+}
+
 } // namespace
 
 QString World::run()
@@ -67,10 +73,10 @@ void World::doTurn(qsizetype first, qsizetype count)
     m_stepBegan = m_clock.passed();
     m_zBefore = m_truth.zReports();
     QList<Handed *> turn = m_turn;
-    for (const Handed *const handed : std::as_const(turn)) {
+    for (Handed *const handed : std::as_const(turn)) {
         tell(u"%1: %2"_s.arg(handed->key, QString::fromUtf8(handed->content.json)));
         if (count > 1)
-            accept(*handed);
+            accept(handed);
     }
     if (count > 1 && m_chance.in100(50)) // whoever asks for the last one works off those before it
         std::ranges::reverse(turn);
@@ -85,7 +91,7 @@ void World::conclude(Handed *handed)
         fail(u"%1 is not settled when all is repaired"_s.arg(handed->key));
     if (m_failure.isEmpty() && m_chance.in100(20))
         handOverAgain(*handed);
-    handed->isHindered = m_hindrances.hasRefusedAny() || m_mishaps.hasHindered();
+    handed->isHindered = handed->isHindered || m_hindrances.hasRefusedAny() || m_mishaps.hasHindered();
     if (handed->step->job != Job::Receipt)
         return;
     ++m_figures.receipts;
@@ -149,9 +155,13 @@ std::optional<Outcome> World::call(const Handed &handed, const std::function<Out
 }
 
 /** What is not accepted now, on a full disk for example, is so when it is handed over. */
-void World::accept(const Handed &handed)
+void World::accept(Handed *handed)
 {
-    call(handed, [&] { return m_till->accept(handed.key, kindOf(handed.step->job), handed.content.json); });
+    const auto outcome = call(*handed, [&] {
+        return m_till->accept(handed->key, kindOf(handed->step->job), handed->content.json);
+    });
+    if (outcome && outcome->result == Result::Done)
+        handed->order = outcome->order;
 }
 
 /** @return whether the order is as the till tells it now */
@@ -174,16 +184,24 @@ bool World::handOver(Handed *handed)
     if (outcome->result != Result::Done)
         return false;
     handed->order = order;
+    // While a sale waits for a person, the register does nothing else.
+    handed->isHindered = handed->isHindered || (order.state == State::Refused && m_truth.isOpen());
     return true;
 }
 
-/** When a line of it is sold, nothing that was accepted before it may be unfinished. */
+/** When a line of it is sold, nothing that was accepted before it may be unfinished, unless that has waited
+ * for a person meanwhile: others go on then, and a sale that they have open goes first. */
 void World::checkOrderOf(const QString &key)
 {
     if (m_turn.size() < 2)
         return;
-    const Outcome sold = m_till->find(key);
+    const auto own = std::ranges::find(m_turn, key, &Handed::key);
     for (const Handed *const other : std::as_const(m_turn)) {
+        const bool mayBe = isSettled(other->order.state) || !other->asked.isEmpty() ||
+                           (own != m_turn.end() && isNotBehind(**own, *other));
+        if (mayBe)
+            continue;
+        const Outcome sold = m_till->find(key);
         const Outcome found = m_till->find(other->key);
         const State state = found.order.state;
         const bool isUnfinished = state == State::Accepted || state == State::Open || state == State::Waiting;
@@ -201,7 +219,8 @@ void World::handOverAgain(const Handed &handed)
     const qsizetype sales = m_truth.sales().size();
     const Kind kind = kindOf(handed.step->job);
     const Outcome same = m_till->perform(handed.key, kind, handed.content.json);
-    if (same.result != Result::Done || same.order.state != handed.order.state)
+    const bool isAskedNow = same.order.state == State::NeedsPerson && mayBeAskedLate(same.order);
+    if (same.result != Result::Done || (same.order.state != handed.order.state && !isAskedNow))
         fail(u"%1: handed over again it is in another state"_s.arg(handed.key));
     QByteArray another = handed.content.json;
     another.replace(" Mal 0", " Mal A").replace(" Te", " Tu");

@@ -71,7 +71,8 @@ bool World::couldNotBeKnown(const Handed &handed) const
     case Question::ReceiptUnknown: // the register said no, or there is nothing to compare its no with
         return m_hindrances.hasRefused(u"receipt"_s) || m_hindrances.hasRefused(u"sale-state"_s) ||
                m_register.models().size() > 1 || !std::ranges::any_of(m_handed, [this](const Handed &other) {
-                   return other.order.state == State::Closed && other.order.reference.second != 0 &&
+                   const bool isTold = other.asked.isEmpty(); // by the register, and not by a person
+                   return isTold && other.order.state == State::Closed && other.order.reference.second != 0 &&
                           std::ranges::find(m_turn, &other) == m_turn.end();
                });
     case Question::MoneyTaken: // a payment may have been under way
@@ -113,15 +114,25 @@ void World::answerLateQuestions()
     }
 }
 
+/** Whether an order that was told as settled may come to this question all the same. */
+bool World::mayBeAskedLate(const Order &now) const
+{
+    switch (now.question) {
+    case Question::CountedTwice:
+        return m_truth.timesClosed(now.key) > 1 && m_hindrances.wasLate();
+    case Question::OtherRegister:
+        return m_register.models().size() > 1;
+    case Question::ReceiptUnknown: // that it was closed was lost with a till that died before the next flush
+        return m_figures.deaths > 0;
+    default:
+        return false;
+    }
+}
+
 void World::answerLateQuestion(Handed *handed, const Order &now)
 {
     handed->order = now;
-    const bool isTwice = now.question == Question::CountedTwice && m_truth.timesClosed(handed->key) > 1 &&
-                         m_hindrances.wasLate();
-    const bool isElsewhere = now.question == Question::OtherRegister && m_register.models().size() > 1;
-    // It was told as closed, and that was lost with a till that died before the next flush.
-    const bool isUntold = now.question == Question::ReceiptUnknown && m_figures.deaths > 0;
-    if (!isTwice && !isElsewhere && !isUntold)
+    if (!mayBeAskedLate(now))
         fail(u"%1: question %2 comes too late"_s.arg(handed->key).arg(int(now.question)));
     handed->asked << now.question;
     ++m_figures.questions.at(size_t(now.question));

@@ -136,6 +136,21 @@ void TestSimulation::whatFailedOnce_data()
         << u"828; r345935/1; r307956/1+ refuse-always@9 cut@3=3262 write-fails@10; r755158/1"_s;
     QTest::newRow("two unknown receipts that a person has told of")
         << u"128; r163443/3+ late@11=673; r423727/2+ refuse-for@20=2702 write-fails@5; r549356/1 refuse-for@29=2117"_s;
+    QTest::newRow("closing that was told, and lost with the power and the register")
+        << u"25310; r403988/1; r421918/2 kill@25; x693354/1; r7267/1+ short@8 busy@8=55736 "
+           "journal-full@11=4109; "
+           "r181953/2 off@13 replace@4"_s;
+    QTest::newRow("log that was told of and is not there")
+        << u"3812; r461147/1 write-fails@9 off-behind@11"_s;
+    QTest::newRow("word that was acted upon, on record still when the till is killed")
+        << u"9591; s189012/1; r762193/1 busy@11=553 refuse-always@12 kill@4"_s;
+    QTest::newRow("report while a sale waits for a person")
+        << u"24990; r505079/2+; z745080/1 hand-deletes@12=0"_s;
+    QTest::newRow("two orders that wait for each other")
+        << u"1721; r889056/1+ drop@14; r173043/3+ cut@16=16363 unheard@5; r333419/1 write-fails@15 "
+           "journal-full@8=4025"_s;
+    QTest::newRow("no receipt to compare with but those that a person has told of")
+        << u"1253; r374464/1+ refuse-always@16; r650525/1; r532889/1 cut@11=16534"_s;
 }
 
 void TestSimulation::whatFailedOnce()
