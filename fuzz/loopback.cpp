@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -21,6 +22,17 @@ sockaddr_in thisComputer(quint16 port)
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     return address;
+}
+
+// libFuzzer's alarm comes every few seconds and interrupts whatever call waits just then. On Linux a
+// connection goes on being made behind such an end, and the next call waits for it.
+template <typename Call>
+int untilNotInterrupted(const Call &call)
+{
+    int result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
 }
 
 } // namespace
@@ -79,14 +91,16 @@ Descriptor Listener::accept(bool wait) const
         const timeval soon{0, 1};
         ::setsockopt(m_socket.number(), SOL_SOCKET, SO_RCVTIMEO, &soon, sizeof soon);
     }
-    return Descriptor(::accept4(m_socket.number(), nullptr, nullptr, SOCK_CLOEXEC));
+    return Descriptor(
+        untilNotInterrupted([&] { return ::accept4(m_socket.number(), nullptr, nullptr, SOCK_CLOEXEC); }));
 }
 
 Descriptor connectTo(quint16 port)
 {
     Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_in address = thisComputer(port);
-    FUZZ_EXPECT(::connect(socket.number(), reinterpret_cast<sockaddr *>(&address), sizeof address) == 0);
+    const sockaddr_in address = thisComputer(port);
+    const auto *const place = reinterpret_cast<const sockaddr *>(&address);
+    FUZZ_EXPECT(untilNotInterrupted([&] { return ::connect(socket.number(), place, sizeof address); }) == 0);
     return socket;
 }
 
