@@ -4,6 +4,7 @@ their language are compiled and run."""
 
 from __future__ import annotations
 
+import os
 import re
 import subprocess
 import sys
@@ -48,9 +49,14 @@ class CompiledBindingTest(support.RegisterTest):
         """What runs a program that has been compiled."""
         raise NotImplementedError
 
-    def run_program(self, program: str, *arguments: str) -> subprocess.CompletedProcess[str]:
+    def run_program(
+        self, program: str, *arguments: str, **environment: str
+    ) -> subprocess.CompletedProcess[str]:
         command = [*self.command_of(program), *arguments]
-        return subprocess.run(command, cwd=self.folder, capture_output=True, text=True, check=False)
+        everything = {**os.environ, **environment}
+        return subprocess.run(
+            command, cwd=self.folder, env=everything, capture_output=True, text=True, check=False
+        )
 
     def check(self, *arguments: str) -> str:
         done = self.run_program("Checks", *arguments)
@@ -68,6 +74,21 @@ class CompiledBindingTest(support.RegisterTest):
 
     def test_values_are_written_exactly_or_refused(self) -> None:
         self.check("values")
+
+    def test_the_libraries_lie_where_the_loader_looks(self) -> None:
+        done = self.run_program(
+            "Checks", "values", VELNO_LIBRARY="", LD_LIBRARY_PATH=os.environ["VELNO_LIBRARY"]
+        )
+        self.assertEqual((done.stderr, done.returncode), ("", 0))
+
+    def test_the_folder_that_is_named_is_the_only_one(self) -> None:
+        named = str(self.folder)
+        done = self.run_program(
+            "Checks", "values", VELNO_LIBRARY=named, LD_LIBRARY_PATH=os.environ["VELNO_LIBRARY"]
+        )
+        self.assertNotEqual(done.returncode, 0)
+        self.assertIn(f"{named}/libvelnoext.so.0", done.stderr)
+        self.assertIn("VELNO_LIBRARY", done.stderr)
 
     def test_receipts(self) -> None:
         process = self.start_register()
@@ -122,8 +143,8 @@ class CompiledBindingTest(support.RegisterTest):
         self.assertEqual(process.printed(), ["receipt"])
 
 
-def compile_or_fail(*command: str) -> None:
-    """Raises RuntimeError with what the compiler said."""
+def run_or_fail(*command: str) -> None:
+    """Raises RuntimeError with what the command said."""
     done = subprocess.run(command, capture_output=True, text=True, check=False)
     if done.returncode != 0:
         raise RuntimeError(done.stdout + done.stderr)

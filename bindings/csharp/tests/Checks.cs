@@ -3,14 +3,15 @@ using System;
 using System.Linq;
 using System.Reflection;
 using System.Runtime.InteropServices;
+using System.Runtime.Versioning;
 using System.Threading;
 using System.Threading.Tasks;
 using Velno;
 using Velno.Native;
 
 /// <summary>
-/// What test_csharp.py asks of the binding: `layout` and `functions` print what it is made of; the others do
-/// what their names say, and end with 1 when something is not as it should be.
+/// What test_csharp.py asks of the binding: `layout`, `functions` and `assembly` print what it is made of; the
+/// others do what their names say, and end with 1 when something is not as it should be.
 /// </summary>
 internal static class Checks
 {
@@ -22,6 +23,8 @@ internal static class Checks
             return Layout();
         case "functions":
             return Functions();
+        case "assembly":
+            return OwnAssembly();
         case "values":
             return Values();
         case "till":
@@ -73,6 +76,17 @@ internal static class Checks
                 Marshal.Prelink(method);
                 Console.WriteLine(method.Name + " " + method.GetParameters().Length);
             }
+        return 0;
+    }
+
+    /// <summary>Its name, those that it refers to, and the platform that it is for.</summary>
+    private static int OwnAssembly()
+    {
+        Assembly own = typeof(Till).Assembly;
+        Console.WriteLine(own.FullName);
+        foreach (AssemblyName other in own.GetReferencedAssemblies())
+            Console.WriteLine(other.FullName);
+        Console.WriteLine(own.GetCustomAttribute<TargetFrameworkAttribute>().FrameworkName);
         return 0;
     }
 

@@ -34,7 +34,7 @@ class Java(compiled_binding.CompiledBindingTest):
     def compile(cls, *sources: Path) -> None:
         options = ["--release", "17", "-encoding", "UTF-8", "-Xlint:all,-try", "-Werror"]
         places = ["-d", str(cls.built), "-cp", cls.places()]
-        compiled_binding.compile_or_fail(os.environ["VELNO_JAVAC"], *options, *places, *map(str, sources))
+        compiled_binding.run_or_fail(os.environ["VELNO_JAVAC"], *options, *places, *map(str, sources))
 
     @classmethod
     def places(cls) -> str:
