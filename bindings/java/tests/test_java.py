@@ -77,7 +77,8 @@ class Java(compiled_binding.CompiledBindingTest):
                 program.send_signal(signal.SIGINT)
                 _, problems = program.communicate(timeout=support.LONGEST_WAIT)
             self.assertIn(problems, ("", "Interrupted; the order goes on when it is asked for again.\n"))
-            self.assertEqual(program.returncode, 128 + signal.SIGINT)
+            # A JVM that is about to end for the signal takes the status of a System.exit() that comes in its last moment.
+            self.assertIn(program.returncode, (128 + signal.SIGINT, 1))
             self.assertEqual([one.name for one in self.folder.iterdir()], ["ledger"])
 
 
