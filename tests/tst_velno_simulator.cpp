@@ -6,8 +6,11 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace TestSupport;
@@ -26,6 +29,12 @@ private slots:
     void otherCredentialsAreNotBelieved();
     void anAuthorityIsMadeOnce();
     void helpAndVersion();
+    void theLocaleChoosesTheLanguage_data();
+    void theLocaleChoosesTheLanguage();
+    void bothLanguagesHaveEveryText();
+    void bothLanguagesNameTheSameOptions_data();
+    void bothLanguagesNameTheSameOptions();
+    void turkishIsSpokenThroughout();
     void wrongUsage_data();
     void wrongUsage();
 };
@@ -47,6 +56,30 @@ Outcome run(const QStringList &arguments, const QByteArray &input = {})
         process.setStandardInputFile(file);
         process.setChildProcessModifier(endsWithTest());
     });
+}
+
+/** With these variables as the only ones that tell a language: "LANG=tr_TR.UTF-8 LANGUAGE=en". */
+Outcome runIn(const QString &locale, const QStringList &arguments)
+{
+    return outcomeOf(simulator, arguments, [&locale](QProcess &process) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const auto &name : {u"LC_ALL"_s, u"LC_MESSAGES"_s, u"LANG"_s, u"LANGUAGE"_s})
+            environment.remove(name);
+        for (const QString &variable : locale.split(u' ', Qt::SkipEmptyParts))
+            environment.insert(variable.section(u'=', 0, 0), variable.section(u'=', 1));
+        process.setProcessEnvironment(environment);
+        process.setChildProcessModifier(endsWithTest());
+    });
+}
+
+/** All that the expression captures, in order. */
+QStringList allIn(const QByteArray &text, const char *expression)
+{
+    const QRegularExpression wanted(QString::fromLatin1(expression), QRegularExpression::MultilineOption);
+    QStringList found;
+    for (const auto &match : wanted.globalMatch(QString::fromUtf8(text)))
+        found << match.captured(1);
+    return found;
 }
 
 /** Asks a register that is given these options for its state. */
@@ -154,6 +187,108 @@ void TestVelnoSimulator::helpAndVersion()
         QVERIFY2(manual.contains(word), word);
     }
     QVERIFY(run({u"--version"_s}).output.startsWith("velno-simulator " VELNO_VERSION "\n"));
+}
+
+void TestVelnoSimulator::theLocaleChoosesTheLanguage_data()
+{
+    QTest::addColumn<bool>("isTurkish");
+
+    QTest::newRow("") << false;
+    QTest::newRow("LANG=tr_TR.UTF-8") << true;
+    QTest::newRow("LANG=tr") << true;
+    QTest::newRow("LANG=tr_CY@variant") << true;
+    QTest::newRow("LANG=trv_TW.UTF-8") << false; // a language of Taiwan
+    QTest::newRow("LANG=de_DE.UTF-8") << false;
+    QTest::newRow("LC_MESSAGES=tr_TR.UTF-8 LANG=C") << true;
+    QTest::newRow("LC_ALL=C.UTF-8 LANG=tr_TR.UTF-8 LANGUAGE=tr") << false;
+    QTest::newRow("LC_MESSAGES=POSIX LANG=tr_TR.UTF-8 LANGUAGE=tr") << false;
+    QTest::newRow("LANGUAGE=tr") << false;
+    QTest::newRow("LANG=en_US.UTF-8 LANGUAGE=de:tr_TR:en") << true;
+    QTest::newRow("LANG=tr_TR.UTF-8 LANGUAGE=en:tr") << false;
+    QTest::newRow("LANG=tr_TR.UTF-8 LANGUAGE=*") << true;
+}
+
+void TestVelnoSimulator::theLocaleChoosesTheLanguage()
+{
+    QFETCH(const bool, isTurkish);
+    const Outcome outcome = runIn(QString::fromLatin1(QTest::currentDataTag()), {u"--help"_s});
+    QCOMPARE(outcome.errors, "");
+    QVERIFY2(outcome.output.startsWith(isTurkish ? "Kullanım: velno-simulator" : "Usage: velno-simulator"),
+             outcome.output.constData());
+}
+
+void TestVelnoSimulator::bothLanguagesHaveEveryText()
+{
+    const QString tellTexts =
+        u"source \"$0\"; declare -n texts=$1; for key in \"${!texts[@]}\"; do "
+        "words=${texts[$key]//[^%]/}; echo \"$key ${#words} ${texts[$key]:+told}\"; done"_s;
+    const auto texts = [&tellTexts](const QString &language) {
+        QList<QByteArray> lines =
+            outcomeOf(u"bash"_s, {u"-c"_s, tellTexts, folder + u"/libexec/speech"_s, language})
+                .output.split('\n');
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    };
+    const QList<QByteArray> english = texts(u"english"_s);
+    QVERIFY(english.contains("see-help 1 told"));
+    QCOMPARE(texts(u"turkish"_s), english);
+    for (const QByteArray &text : english)
+        QVERIFY2(text.isEmpty() || text.endsWith(" told"), text.constData());
+}
+
+void TestVelnoSimulator::bothLanguagesNameTheSameOptions_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("named");
+
+    QTest::newRow("velno-simulator") << QStringList{u"--help"_s} << u"--events"_s;
+    QTest::newRow("make-authority") << QStringList{u"make-authority"_s, u"--help"_s} << u"--credentials"_s;
+}
+
+void TestVelnoSimulator::bothLanguagesNameTheSameOptions()
+{
+    QFETCH(const QStringList, arguments);
+    QFETCH(const QString, named);
+    const QByteArray english = runIn(u"LANG=C"_s, arguments).output;
+    const QByteArray turkish = runIn(u"LANG=tr_TR.UTF-8"_s, arguments).output;
+    QVERIFY(allIn(english, "(--[a-z-]+)").contains(named) && english != turkish);
+    for (const char *expression :
+         {"(--[a-z-]+)", "\\b([A-Z]{3,})\\b", "([a-z/-]+\\.[a-z]{3})\\b", "\\b(\\d+)\\b"}) {
+        QStringList told = allIn(turkish, expression);
+        QStringList expected = allIn(english, expression);
+        for (QStringList *words : {&told, &expected}) {
+            words->sort();
+            words->removeDuplicates();
+        }
+        QCOMPARE(told, expected);
+    }
+    QCOMPARE(allIn(turkish, "^([a-z-]+)  +"), allIn(english, "^([a-z-]+)  +"));
+    QCOMPARE(allIn(turkish, "^  (--[a-z-]+)"), allIn(english, "^  (--[a-z-]+)"));
+    for (const QByteArray &line : turkish.split('\n'))
+        QVERIFY2(QString::fromUtf8(line).size() <= 120, line.constData());
+}
+
+void TestVelnoSimulator::turkishIsSpokenThroughout()
+{
+    const QString turkish = u"LANG=tr_TR.UTF-8"_s;
+    const Outcome ran = runIn(turkish, {u"run"_s, u"--no-register"_s, u"--"_s, u"true"_s});
+    QCOMPARE(ran.exitCode, 0);
+    QCOMPARE(ran.errors, "velno-simulator: bu bir benzetimdir: true bir geliştirme makamına güvenir, kestiği "
+                         "hiçbir fiş mali değildir\n");
+    const Outcome none = runIn(turkish, {u"run"_s, u"--"_s, u"no-such-program%s"_s});
+    QCOMPARE(none.exitCode, 127);
+    QCOMPARE(none.errors, "velno-simulator: no-such-program%s diye bir program yok\n");
+    const Outcome wrong = runIn(turkish, {u"folder"_s, u"lib"_s});
+    QCOMPARE(wrong.exitCode, 64);
+    QCOMPARE(wrong.errors, "velno-simulator: folder argüman almaz; bkz. velno-simulator --help\n");
+    QCOMPARE(runIn(turkish, {u"folder"_s}).output, folder.toUtf8() + '\n');
+    const Outcome there = runIn(turkish, {u"make-authority"_s, folder});
+    QCOMPARE(there.exitCode, 64);
+    QCOMPARE(there.errors, "velno-simulator make-authority: " + folder.toUtf8() +
+                               " zaten var; kabul edilen: yeni ya da boş bir klasör\n");
+    const Outcome nowhere = runIn(turkish, {u"make-authority"_s, u"/dev/null/authority"_s});
+    QCOMPARE(nowhere.exitCode, 1);
+    QVERIFY2(nowhere.errors.contains("/dev/null: yazılamıyor\n"), nowhere.errors.constData());
 }
 
 void TestVelnoSimulator::wrongUsage_data()
