@@ -230,8 +230,6 @@ void TestLedger::listsAreOfStatesAndAsAccepted()
     QCOMPARE(keys(ledger.list({State::NeedsPerson, State::Accepted, State::Waiting}, 1000, 1)),
              (QStringList{u"1"_s, u"6"_s}));
     QCOMPARE(ledger.list({}).size(), 0);
-    QCOMPARE(ledger.numbers({State::NeedsPerson, State::Accepted, State::Waiting}), (QList<qint64>{1, 2, 7}));
-    QCOMPARE(ledger.numbers({State::Accepted, State::NeedsPerson}, 1), QList<qint64>{1});
 }
 
 void TestLedger::allAreVisitedHoweverMany()

@@ -31,7 +31,9 @@ private slots:
     void anotherRegistersLedgerIsRefused();
     void anUnfinishedLedgerIsFinished();
     void earlierVersionsAreMigrated();
+    void theFirstVersionIsTakenOver();
     void migrationsAreWholeOrNotThere();
+    void whatIsLeftToDoIsKnown();
     void itIsItsOwnersAlone();
     void whatOthersMayReadIsTakenFromThem();
     void whatCannotBeTakenFromOthersIsRefused();
@@ -135,8 +137,8 @@ void TestLedgerOpening::foreignFilesAreRefusedAndStay_data()
     QTest::newRow("one that bears a version")
         << QStringList{u"PRAGMA user_version = 1"_s} << u"it is no ledger"_s;
     QTest::newRow("a later version")
-        << QStringList{u"PRAGMA application_id = 1447840839"_s, u"PRAGMA user_version = 2"_s}
-        << u"a later version of this program has made it (2; known is up to 1)"_s;
+        << QStringList{u"PRAGMA application_id = 1447840839"_s, u"PRAGMA user_version = 3"_s}
+        << u"a later version of this program has made it (3; known is up to 2)"_s;
     QTest::newRow("a ledger that is empty")
         << QStringList{u"PRAGMA application_id = 1447840839"_s, u"PRAGMA user_version = 1"_s}
         << u"it is damaged"_s;
@@ -218,22 +220,51 @@ void TestLedgerOpening::earlierVersionsAreMigrated()
 {
     const LedgerPlace place = newPlace();
     OpenLedger(place).add(u"key"_s);
-    const std::array migrations{ledgerMigrations().front(),
-                                Migration{2, {u"ALTER TABLE orders ADD COLUMN cashier TEXT"_s}},
-                                Migration{3, {u"UPDATE orders SET cashier = 'Ali' || number"_s}}};
+    const std::array migrations{Migration{2, {}},
+                                Migration{3, {u"ALTER TABLE orders ADD COLUMN cashier TEXT"_s}},
+                                Migration{4, {u"UPDATE orders SET cashier = 'Ali' || number"_s}}};
     qint64 version = 0;
     {
         Database database;
         QVERIFY(database.open(place.file));
         QCOMPARE(judgeSchema(database, migrations, &version), QString());
-        QCOMPARE(version, 1);
+        QCOMPARE(version, 2);
         QVERIFY(migrate(database, migrations, version));
         QCOMPARE(judgeSchema(database, migrations, &version), QString());
-        QCOMPARE(version, 3);
+        QCOMPARE(version, 4);
         QVERIFY(migrate(database, migrations, version)); // nothing more
         QCOMPARE(database.number(u"SELECT count(*) FROM orders WHERE key = 'key' AND cashier = 'Ali1'"_s), 1);
     }
-    QVERIFY(OpenLedger(place).trouble.contains(u"a later version of this program has made it (3;"_s));
+    QVERIFY(OpenLedger(place).trouble.contains(u"a later version of this program has made it (4;"_s));
+}
+
+/** A ledger as version 0.2.0 has made it. */
+void TestLedgerOpening::theFirstVersionIsTakenOver()
+{
+    const LedgerPlace place = newPlace();
+    {
+        Database database;
+        QVERIFY(database.open(place.file));
+        QVERIFY(migrate(database, ledgerMigrations().first(1), 0));
+        QVERIFY(database.run(u"INSERT INTO register VALUES (1, 'UB1234567890', 3)"_s));
+        for (int state = 0; state <= int(State::NeedsPerson); ++state)
+            QVERIFY(database.run(u"INSERT INTO orders VALUES (%1, 'key%1', 0, '{}', 7, %2, 0, 0, 0, 0, 0, 0,"
+                                 " 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7)"_s.arg(state + 1)
+                                     .arg(state)));
+    }
+    {
+        OpenLedger ledger(place);
+        QCOMPARE(ledger.trouble, QString());
+        QCOMPARE(ledger.era(), 3);
+        QCOMPARE(ledger.find(u"key3"_s)->state, State::Closed);
+        QVERIFY(ledger.put(ledger.next().value_or(Order()), State::Refused));
+        QCOMPARE(ledger.list({State::Accepted, State::Open, State::Waiting}).size(), 2);
+        QCOMPARE(ledger.add(u"new"_s).number, 8);
+        QCOMPARE(ledger.problem(), QString());
+    }
+    Database database;
+    QVERIFY(database.open(place.file));
+    QCOMPARE(database.number(u"PRAGMA user_version"_s), ledgerMigrations().back().version);
 }
 
 void TestLedgerOpening::migrationsAreWholeOrNotThere()
@@ -250,6 +281,17 @@ void TestLedgerOpening::migrationsAreWholeOrNotThere()
     qint64 version = 7;
     QCOMPARE(judgeSchema(database, migrations, &version), QString());
     QCOMPARE(version, 0);
+}
+
+void TestLedgerOpening::whatIsLeftToDoIsKnown()
+{
+    const LedgerPlace place = newPlace();
+    QVERIFY(!OpenLedger(place).hasUnsettled());
+    const Order order = OpenLedger(place).add(u"key"_s);
+    for (int state = 0; state <= int(State::NeedsPerson); ++state) {
+        QVERIFY(OpenLedger(place).put(order, State(state)));
+        QCOMPARE(OpenLedger(place).hasUnsettled(), !isSettled(State(state)));
+    }
 }
 
 void TestLedgerOpening::itIsItsOwnersAlone()

@@ -4,6 +4,8 @@
 
 #include "till/money.h"
 
+#include <QStringBuilder>
+
 #include <algorithm>
 #include <limits>
 
@@ -58,7 +60,7 @@ QStringList Faults::take()
 
 QString pathOf(const QString &list, qsizetype index)
 {
-    return list + u'[' + QString::number(index) + u']';
+    return QString(list % u'[' % QString::number(index) % u']');
 }
 
 Fields::Fields(const JsonValue &object, const QString &path, const QStringList &accepted, Faults *faults)

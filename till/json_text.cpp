@@ -2,6 +2,8 @@
 
 #include "till/json_text.h"
 
+#include <algorithm>
+
 namespace Velno::Receipts {
 
 namespace {
@@ -58,11 +60,12 @@ void JsonText::text(const QString &text)
     separate();
     m_bytes += '"';
     const QByteArray characters = text.toUtf8();
-    for (const char character : characters) {
-        if (needsEscape(character))
-            m_bytes += escaped(character);
-        else
-            m_bytes += character;
+    for (auto at = characters.cbegin(); at != characters.cend();) {
+        const auto end = std::find_if(at, characters.cend(), needsEscape);
+        m_bytes.append(at, end - at);
+        at = end;
+        if (at != characters.cend())
+            m_bytes += escaped(*at++);
     }
     m_bytes += '"';
 }

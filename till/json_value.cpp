@@ -16,6 +16,7 @@ constexpr qsizetype mostBytes = 1024 * 1024;
 constexpr int mostValues = 50'000;
 constexpr int mostLevels = 8;
 constexpr qsizetype mostInWords = 60;
+constexpr size_t usualFields = 7; // an item has so many
 
 bool isSpace(QChar character)
 {
@@ -117,6 +118,8 @@ bool Reader::object(JsonValue *value, int level)
     skipSpace();
     if (skip(u'}'))
         return true;
+    value->names.reserve(usualFields);
+    value->values.reserve(usualFields);
     do {
         if (!member(value, level))
             return false;
@@ -136,7 +139,7 @@ bool Reader::member(JsonValue *value, int level)
     skipSpace();
     if (!skip(u':'))
         return fail(u"\":\""_s);
-    value->names.push_back(name);
+    value->names.push_back(std::move(name));
     value->values.emplace_back();
     return this->value(&value->values.back(), level + 1);
 }
@@ -165,8 +168,12 @@ bool Reader::string(QString *text)
     skip(u'"');
     while (!skip(u'"')) {
         const auto end = std::find_if(m_left.cbegin(), m_left.cend(), endsRun);
-        *text += m_left.first(end - m_left.cbegin());
-        m_left = m_left.sliced(end - m_left.cbegin());
+        const QStringView run = m_left.first(end - m_left.cbegin());
+        if (text->isEmpty())
+            *text = run.toString();
+        else
+            *text += run;
+        m_left = m_left.sliced(run.size());
         if (front() == u'"')
             continue;
         if (!skip(u'\\'))

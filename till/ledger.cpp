@@ -5,6 +5,7 @@
 #include "till/ledger_inside.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -25,13 +26,11 @@ std::optional<qint64> readNumber(const Statement &row)
     return row.value(0).toLongLong();
 }
 
-/** The values of a statement that asks for states. */
-QVariantList valuesOf(const QList<State> &states, int most, qint64 behind = 0)
+/** The mask of a statement that asks for states. */
+int maskOf(const QList<State> &states)
 {
-    QVariantList values{behind};
-    for (int state = 0; state < stateCount; ++state)
-        values << (states.contains(State(state)) ? state : -1);
-    return values << most;
+    return std::accumulate(states.begin(), states.end(), 0,
+                           [](int mask, State state) { return mask | 1 << int(state); });
 }
 
 auto inOrder(const VelnoReceiptRef &reference)
@@ -137,7 +136,8 @@ std::optional<Order> Ledger::keptAtHand(const QList<Order> &found) const
 std::optional<Order> Ledger::next() const
 {
     QMutexLocker lock(&m_mutex);
-    const QList<qint64> number = rows<qint64>(&Inside::nextNumber, {}, readNumber);
+    const QVariantList workable{maskOf({State::Accepted, State::Open, State::Waiting})};
+    const QList<qint64> number = rows<qint64>(&Inside::firstUnsettled, workable, readNumber);
     lock.unlock();
     return number.isEmpty() ? std::nullopt : at(number.constFirst());
 }
@@ -147,15 +147,14 @@ QList<Order> Ledger::list(const QList<State> &states, int most, qint64 behind) c
     const QMutexLocker lock(&m_mutex);
     const bool unsettled = std::none_of(states.begin(), states.end(), isSettled);
     return rows<Order>(unsettled ? &Inside::unsettledOfStates : &Inside::ordersOfStates,
-                       valuesOf(states, most, behind), readOrder);
+                       {maskOf(states), behind, most}, readOrder);
 }
 
-QList<qint64> Ledger::numbers(const QList<State> &states, int most) const
+bool Ledger::hasUnsettled() const
 {
     const QMutexLocker lock(&m_mutex);
-    const bool unsettled = std::none_of(states.begin(), states.end(), isSettled);
-    return rows<qint64>(unsettled ? &Inside::unsettledNumbers : &Inside::numbersOfStates,
-                        valuesOf(states, most), readNumber);
+    const QVariantList unsettled{maskOf({State::Accepted, State::Open, State::Waiting, State::NeedsPerson})};
+    return !rows<qint64>(&Inside::firstUnsettled, unsettled, readNumber).isEmpty();
 }
 
 bool Ledger::forEach(const QList<State> &states, const std::function<void(const Order &)> &visit) const
@@ -327,7 +326,7 @@ bool Ledger::save(const Order &order, const Event &event, Durability durability)
 
 bool Ledger::writeEvent(qint64 order, const Event &event)
 {
-    return m_inside->insertEvent.run(QVariantList{order} + wholeEvent(event) + QVariantList{order});
+    return m_inside->insertEvent.run(QVariantList{order, order} + wholeEvent(event));
 }
 
 bool Ledger::writeAttempts(const QList<Attempt> &attempts, Standing *standing)

@@ -70,9 +70,7 @@ public:
      *  @return false: the ledger has failed, and some or all were not visited */
     bool forEach(const QList<State> &states, const std::function<void(const Order &)> &visit) const;
 
-    /** The numbers of the orders of these states, as accepted: all of them, or no more than `most`. */
-    QList<qint64> numbers(const QList<State> &states, int most = all) const;
-    static constexpr int all = -1;
+    bool hasUnsettled() const; ///< whether something is to be done about an order, or a person is asked
 
     /** The order to be worked on next, if there is one: the first of those that are accepted, open or
      * waiting. One with a reference goes before those without: its sale may be open, and no other can begin.

@@ -13,15 +13,10 @@ QString selectOrders(const QString &which)
     return u"SELECT %1 FROM orders WHERE %2"_s.arg(orderColumns(), which);
 }
 
-QString inStates(const QString &state)
+/** Of the states of a mask, as accepted. */
+QString inStates()
 {
-    return u"number > ? AND %1 IN (%2) ORDER BY number LIMIT ?"_s.arg(
-        state, QStringList(stateCount, u"?"_s).join(u", "_s));
-}
-
-QString selectNumbers(const QString &which)
-{
-    return u"SELECT number FROM orders WHERE %1"_s.arg(which);
+    return u"(1 << state) & ? AND number > ? ORDER BY number LIMIT ?"_s;
 }
 
 QString selectAttempts(const QString &which, const QString &how = {})
@@ -40,13 +35,10 @@ struct Texts
 {
     QString orderOfKey = selectOrders(u"key = ?"_s);
     QString orderOfNumber = selectOrders(u"number = ?"_s);
-    QString ordersOfStates = selectOrders(inStates(u"state"_s));
-    QString unsettledOfStates = selectOrders(inStates(unsettledCondition() + u" AND state"_s));
-    QString numbersOfStates = selectNumbers(inStates(u"state"_s));
-    QString unsettledNumbers = selectNumbers(inStates(unsettledCondition() + u" AND state"_s));
-    QString nextNumber =
-        selectNumbers(unsettledCondition() + u" AND state <> %1 ORDER BY first = 0 AND second = 0,"
-                                             " number LIMIT 1"_s.arg(int(State::NeedsPerson)));
+    QString ordersOfStates = selectOrders(inStates());
+    QString unsettledOfStates = selectOrders(unsettledCondition() + u" AND "_s + inStates());
+    QString firstUnsettled = u"SELECT number FROM orders WHERE %1 AND (1 << state) & ?"
+                             " ORDER BY first = 0 AND second = 0, number LIMIT 1"_s.arg(unsettledCondition());
     QString historyOfOrder =
         u"SELECT %1 FROM history WHERE order_number = ? ORDER BY line"_s.arg(eventColumns());
     QString attemptsOfOrder = selectAttempts(u"order_number = ? ORDER BY era, first, second"_s);
@@ -56,8 +48,8 @@ struct Texts
     QString insertOrder = Receipts::insertOrder();
     QString updateOrder = Receipts::updateOrder();
     QString insertEvent =
-        u"INSERT INTO history (order_number, line, %1) SELECT ?, coalesce(max(line), 0) + 1,"
-        " ?, ?, ?, ?, ?, ? FROM history WHERE order_number = ?"_s.arg(eventColumns());
+        u"INSERT INTO history (order_number, line, %1) VALUES (?, (SELECT coalesce(max(line), 0) + 1"
+        " FROM history WHERE order_number = ?), ?, ?, ?, ?, ?, ?)"_s.arg(eventColumns());
     QString insertAttempt =
         u"INSERT INTO attempts (%1) VALUES (?, ?, ?, ?, ?) ON CONFLICT (era, first, second)"
         " DO UPDATE SET fate = excluded.fate WHERE order_number = excluded.order_number"_s.arg(
@@ -80,9 +72,7 @@ Ledger::Inside::Inside()
     , orderOfNumber(database, texts().orderOfNumber)
     , ordersOfStates(database, texts().ordersOfStates)
     , unsettledOfStates(database, texts().unsettledOfStates)
-    , numbersOfStates(database, texts().numbersOfStates)
-    , unsettledNumbers(database, texts().unsettledNumbers)
-    , nextNumber(database, texts().nextNumber)
+    , firstUnsettled(database, texts().firstUnsettled)
     , historyOfOrder(database, texts().historyOfOrder)
     , attemptsOfOrder(database, texts().attemptsOfOrder)
     , doubts(database, texts().doubts)

@@ -21,11 +21,9 @@ struct Ledger::Inside
 
     Statement orderOfKey;
     Statement orderOfNumber;
-    Statement ordersOfStates;    ///< behind a number, of the states of stateCount values, how many at most
+    Statement ordersOfStates;    ///< of the states of a mask, behind a number, how many at most
     Statement unsettledOfStates; ///< likewise, of those that are not settled
-    Statement numbersOfStates;   ///< likewise, the numbers alone
-    Statement unsettledNumbers;
-    Statement nextNumber;
+    Statement firstUnsettled;    ///< of the states of a mask: one with a reference, or the first
     Statement historyOfOrder;
     Statement attemptsOfOrder;
 
@@ -39,7 +37,5 @@ struct Ledger::Inside
     Statement insertEvent;
     Statement insertAttempt;
 };
-
-constexpr int stateCount = int(State::NeedsPerson) + 1;
 
 } // namespace Velno::Receipts

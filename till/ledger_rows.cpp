@@ -2,8 +2,6 @@
 
 #include "till/ledger_rows.h"
 
-#include <QJsonDocument>
-
 #include <array>
 #include <limits>
 
@@ -106,7 +104,7 @@ constexpr std::array<Column<Attempt>, 5> numbersOfAttempts{{
 }};
 
 constexpr auto fixed = "key, kind, content, accepted_at"_L1;
-constexpr int firstChanging = 5; // behind the number and these four
+constexpr int firstChanging = 6; // behind the number, these four, and what kind of JSON the content is
 
 template <typename Row, size_t count>
 QString names(const std::array<Column<Row>, count> &columns, const QString &separator)
@@ -151,7 +149,8 @@ bool take(const Statement &from, int place, const std::array<Column<Row>, count>
 
 QString orderColumns()
 {
-    static const QString columns = u"number, "_s + fixed + u", "_s + names(changing, u", "_s);
+    static const QString columns =
+        u"number, "_s + fixed + u", json_type(content), "_s + names(changing, u", "_s);
     return columns;
 }
 
@@ -163,8 +162,8 @@ std::optional<Order> readOrder(const Statement &row)
     Order order;
     order.key = row.value(1).toString();
     order.content = row.value(3).toString().toUtf8();
-    if (!orderNumber || order.key.isEmpty() || !kind || !QJsonDocument::fromJson(order.content).isObject() ||
-        !accepted || !take(row, firstChanging, changing, order))
+    if (!orderNumber || order.key.isEmpty() || !kind || row.value(5).toString() != u"object" || !accepted ||
+        !take(row, firstChanging, changing, order))
         return std::nullopt;
     order.number = *orderNumber;
     order.kind = Kind(kind.value());
@@ -174,7 +173,7 @@ std::optional<Order> readOrder(const Statement &row)
 
 QString insertOrder()
 {
-    const qsizetype count = qsizetype(changing.size()) + firstChanging; // without the number, with the era
+    const qsizetype count = qsizetype(changing.size()) + 5; // with these four and the era
     return u"INSERT INTO orders (%1, %2, z_era) VALUES (%3)"_s.arg(fixed, names(changing, u", "_s),
                                                                    QStringList(count, u"?"_s).join(u", "_s));
 }

@@ -30,7 +30,7 @@ Migration first()
             " change INTEGER NOT NULL, lines INTEGER NOT NULL, paper INTEGER NOT NULL,"
             " slip_unsure INTEGER NOT NULL, give_back INTEGER NOT NULL, code INTEGER NOT NULL,"
             " cause INTEGER NOT NULL, changed_at INTEGER NOT NULL)"_s,
-            u"CREATE INDEX unsettled ON orders (number) WHERE %1"_s.arg(unsettledCondition()),
+            u"CREATE INDEX unsettled ON orders (number) WHERE state NOT IN (2, 3, 4)"_s,
             u"CREATE INDEX z_numbers ON orders (z_era, z) WHERE z > 0"_s,
             u"CREATE TABLE history (order_number INTEGER, line INTEGER, time INTEGER NOT NULL,"
             " state INTEGER NOT NULL, code INTEGER NOT NULL, cause INTEGER NOT NULL, text TEXT NOT NULL,"
@@ -44,17 +44,29 @@ Migration first()
     };
 }
 
+/** For a list of more than two values SQLite makes a table of its own, each time a row is written. */
+Migration second()
+{
+    return {
+        2,
+        {
+            u"DROP INDEX unsettled"_s,
+            u"CREATE INDEX unsettled ON orders (number) WHERE %1"_s.arg(unsettledCondition()),
+        },
+    };
+}
+
 } // namespace
 
 std::span<const Migration> ledgerMigrations()
 {
-    static const std::array migrations{first()};
+    static const std::array migrations{first(), second()};
     return migrations;
 }
 
 QString unsettledCondition()
 {
-    return u"state NOT IN (2, 3, 4)"_s; // closed, cancelled, refused
+    return u"state NOT BETWEEN 2 AND 4"_s; // closed, cancelled, refused
 }
 
 QString judgeSchema(Database &database, std::span<const Migration> migrations, qint64 *version)

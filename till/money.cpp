@@ -3,6 +3,7 @@
 #include "till/money.h"
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -21,11 +22,18 @@ bool isDigits(QStringView text)
 /** "12.50" of 1250 with 2 decimals. */
 QString decimalText(qint64 number, int decimals)
 {
-    const bool isNegative = number < 0;
-    const quint64 amount = isNegative ? 0 - quint64(number) : quint64(number);
-    QString digits = QString::number(amount).rightJustified(decimals + 1, u'0');
-    digits.insert(digits.size() - decimals, u'.');
-    return isNegative ? u'-' + digits : digits;
+    std::array<char, 24> room{}; // a sign, a point and the 20 digits of the largest amount
+    auto first = room.end();
+    quint64 left = number < 0 ? 0 - quint64(number) : quint64(number);
+    for (int digits = 0; left > 0 || digits <= decimals; ++digits) {
+        if (digits == decimals)
+            *--first = '.';
+        *--first = char('0' + left % 10);
+        left /= 10;
+    }
+    if (number < 0)
+        *--first = '-';
+    return QString::fromLatin1(&*first, room.end() - first);
 }
 
 } // namespace
@@ -39,7 +47,12 @@ std::optional<qint64> decimalFrom(const QString &text, int decimals)
         return std::nullopt;
     if (fraction.size() > decimals || whole.size() > mostDigits - decimals)
         return std::nullopt;
-    return (whole.toString() + fraction.toString().leftJustified(decimals, u'0')).toLongLong();
+    qint64 number = 0;
+    for (const QChar digit : whole)
+        number = number * 10 + (digit.unicode() - u'0');
+    for (qsizetype i = 0; i < decimals; ++i)
+        number = number * 10 + (i < fraction.size() ? fraction.at(i).unicode() - u'0' : 0);
+    return number;
 }
 
 QString liraText(qint64 kurus)

@@ -143,9 +143,7 @@ QString Till::open(const LedgerPlace &place)
         return problem;
     // Also with a reference on record: that it was cancelled, and another sale started, was perhaps not
     // flushed.
-    const QList<qint64> left =
-        m->ledger.numbers({State::Accepted, State::Open, State::Waiting, State::NeedsPerson}, 1);
-    m->mayHaveStarted = !left.isEmpty();
+    m->mayHaveStarted = m->ledger.hasUnsettled();
     return m->ledger.problem();
 }
 
@@ -159,11 +157,14 @@ Outcome Till::accept(const QString &key, Kind kind, const QByteArray &json)
 {
     if (const QString fault = faultOfName(u"key"_s, key, longestKey); !fault.isEmpty())
         return {Result::BadContent, {}, {fault}};
+    const QMutexLocker lock(&m->accepting);
+    const std::optional<Order> known = m->ledger.find(key);
+    if (known && known->kind == kind && known->content == json) // judged when it was accepted
+        return {Result::Done, *known, {}};
     const Judged<QByteArray> content = readContent(kind, json);
     if (!content.faults.isEmpty())
         return {Result::BadContent, {}, content.faults};
-    const QMutexLocker lock(&m->accepting);
-    if (const std::optional<Order> known = m->ledger.find(key)) {
+    if (known) {
         const QString difference = differenceOf(*known, kind, content.value);
         return difference.isEmpty() ? Outcome{Result::Done, *known, {}}
                                     : Outcome{Result::Conflict, {}, {difference}};
