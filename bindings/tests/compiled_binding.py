@@ -4,11 +4,15 @@ their language are compiled and run."""
 
 from __future__ import annotations
 
+import fcntl
 import os
+import pty
 import re
+import signal
 import subprocess
 import sys
 import tempfile
+import termios
 from pathlib import Path
 
 BINDINGS = Path(__file__).resolve().parents[1]
@@ -22,7 +26,9 @@ class CompiledBindingTest(support.RegisterTest):
     """The programs Checks and Market are compiled once, into `built`."""
 
     language: str  # of the binding's folder, and of the blocks in its README
-    card_payment: str  # how the language writes the stage's name
+    connecting: str  # how the language writes a stage's name
+    card_payment: str
+    statuses_after_ctrl_c: tuple[int, ...]
     built: Path
 
     @classmethod
@@ -127,20 +133,52 @@ class CompiledBindingTest(support.RegisterTest):
         self.assertEqual((again.stderr, again.returncode, again.stdout), ("", 0, f"Receipt{told}"))
         self.assertEqual(process.printed(), ["receipt"])
 
+    def test_ctrl_c_ends_the_markets_wait(self) -> None:
+        for _ in range(3):  # one that does not wait for the till often has the time, too
+            problems, status = self.type_ctrl_c("Market", self.serial, self.listen, "ledger", "4711")
+            self.assertIn(problems, ("", "Interrupted; the order goes on when it is asked for again.\n"))
+            self.assertIn(status, self.statuses_after_ctrl_c)
+            self.assertEqual([one.name for one in self.folder.iterdir()], ["ledger"])
+
+    def type_ctrl_c(self, program: str, *arguments: str) -> tuple[str, int]:
+        """On a terminal, when the program connects. Returns what it says as an error, and its status."""
+        typed, terminal = pty.openpty()
+        self.addCleanup(os.close, typed)
+        with subprocess.Popen(
+            [*self.command_of(program), *arguments],
+            cwd=self.folder,
+            env={**os.environ, "TERM": "xterm"},
+            stdin=terminal,
+            stdout=terminal,
+            stderr=subprocess.PIPE,
+            text=True,
+            start_new_session=True,
+            preexec_fn=own_terminal,
+        ) as running:
+            os.close(terminal)
+            told = b""
+            while f": {self.connecting}".encode() not in told:
+                told += os.read(typed, 1000)
+            os.write(typed, b"\x03")
+            _, problems = running.communicate(timeout=support.LONGEST_WAIT)
+        return problems, running.returncode
+
     def test_the_readmes_lines_sell(self) -> None:
-        text = (self.folder_of_binding() / "README.md").read_text(encoding="utf-8")
-        block = rf"^```{self.language}\n(.*?)^```\n\n```\n(.*?)^```$"
-        [[example, output]] = re.findall(block, text, re.DOTALL | re.MULTILINE)
+        [[example, output]] = self.readme_examples(self.folder_of_binding(), self.language)
         self.assertLessEqual(example.count("\n"), 10)
-        for stands, taken in ("UB1234567890", self.serial), ("0.0.0.0:4100", self.listen):
-            self.assertIn(stands, example)
-            example = example.replace(stands, taken)
         program = self.compile_readme(example)
         process = self.start_register()
         for _ in range(2):
             done = self.run_program(program)
             self.assertEqual((done.stderr, done.stdout), ("", output))
         self.assertEqual(process.printed(), ["receipt"])
+
+
+def own_terminal() -> None:
+    """In the child: its input is the terminal whose Ctrl-C it hears, also where tests run without one."""
+    fcntl.ioctl(0, termios.TIOCSCTTY, 0)
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+    support.ends_with_test()
 
 
 def run_or_fail(*command: str) -> None:

@@ -26,7 +26,8 @@ RELATIONSHIPS = "{http://schemas.openxmlformats.org/package/2006/relationships}"
 
 class CSharp(compiled_binding.CompiledBindingTest):
     language = "csharp"
-    card_payment = "CardPayment"
+    connecting, card_payment = "Connecting", "CardPayment"
+    statuses_after_ctrl_c = (1,)
     package: zipfile.ZipFile
 
     @classmethod

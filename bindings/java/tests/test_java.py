@@ -6,24 +6,23 @@ from __future__ import annotations
 import os
 import re
 import signal
-import subprocess
 import sys
 import unittest
 from pathlib import Path
-from subprocess import PIPE
 
 BINDING = Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(BINDING.parent / "tests"))
 
 import compiled_binding
-import support
 import test_layout
 from python_back_end import upper_words
 
 
 class Java(compiled_binding.CompiledBindingTest):
     language = "java"
-    card_payment = "CARD_PAYMENT"
+    connecting, card_payment = "CONNECTING", "CARD_PAYMENT"
+    # A JVM that is about to end for the signal takes the status of a System.exit() that comes in its last moment.
+    statuses_after_ctrl_c = (128 + signal.SIGINT, 1)
 
     @classmethod
     def compile_all(cls) -> None:
@@ -65,27 +64,6 @@ class Java(compiled_binding.CompiledBindingTest):
         self.assertIn(("VelnoTillSettings", "LEDGER"), expressions)
         by_compiler = test_layout.told_by_compiler(list(expressions.values()))
         self.assertEqual(told, {one: by_compiler[expression] for one, expression in expressions.items()})
-
-    def test_ctrl_c_closes_the_markets_till(self) -> None:
-        command = [*self.command_of("Market"), self.serial, self.listen, "ledger", "4711"]
-        for _ in range(3):  # one that does not wait for it often has the time, too
-            with subprocess.Popen(
-                command, cwd=self.folder, stdout=PIPE, stderr=PIPE, text=True, preexec_fn=hear_ctrl_c
-            ) as program:
-                assert program.stdout
-                self.assertEqual(program.stdout.readline(), "  4711: CONNECTING\n")
-                program.send_signal(signal.SIGINT)
-                _, problems = program.communicate(timeout=support.LONGEST_WAIT)
-            self.assertIn(problems, ("", "Interrupted; the order goes on when it is asked for again.\n"))
-            # A JVM that is about to end for the signal takes the status of a System.exit() that comes in its last moment.
-            self.assertIn(program.returncode, (128 + signal.SIGINT, 1))
-            self.assertEqual([one.name for one in self.folder.iterdir()], ["ledger"])
-
-
-def hear_ctrl_c() -> None:
-    """In the child: also when the tests run in the background, where it is ignored."""
-    signal.signal(signal.SIGINT, signal.SIG_DFL)
-    support.ends_with_test()
 
 
 if __name__ == "__main__":

@@ -12,6 +12,7 @@ import json
 import os
 import queue
 import random
+import re
 import signal
 import socket
 import subprocess
@@ -157,6 +158,21 @@ class RegisterTest(unittest.TestCase):
         register = RegisterProcess(self.serial, self.port, *arguments)
         self.addCleanup(register.stop)
         return register
+
+    def readme_examples(self, binding: Path, language: str) -> list[tuple[str, str]]:
+        """Each example in the README that has its output below it; with this test's register and port."""
+        text = (binding / "README.md").read_text(encoding="utf-8")
+        block = rf"^```{language}\n(.*?)^```\n\n```\n(.*?)^```$"
+        return [
+            (self._with_own_register(example), output)
+            for example, output in re.findall(block, text, re.DOTALL | re.MULTILINE)
+        ]
+
+    def _with_own_register(self, example: str) -> str:
+        for stands, taken in ("UB1234567890", self.serial), ("0.0.0.0:4100", self.listen):
+            self.assertEqual(example.count(stands), 1)
+            example = example.replace(stands, taken)
+        return example
 
 
 def run_python(
