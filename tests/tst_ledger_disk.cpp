@@ -271,8 +271,8 @@ void TestLedgerDisk::wrongNumbersStopIt_data()
     order("content", "x'00'");
     order("key", "''");
     QTest::newRow("event") << u"UPDATE history SET state = 7"_s << true;
-    QTest::newRow("fate") << u"UPDATE attempts SET fate = 5"_s << true;
-    QTest::newRow("order of an attempt") << u"UPDATE attempts SET order_number = 0"_s << true;
+    QTest::newRow("fate") << u"UPDATE attempts SET fate = 5"_s << false;
+    QTest::newRow("order of an attempt") << u"UPDATE attempts SET order_number = 0"_s << false;
     QTest::newRow("era 0") << u"UPDATE register SET era = 0"_s << false;
     QTest::newRow("era no number") << u"UPDATE register SET era = 'first'"_s << false;
     QTest::newRow("no register") << u"DELETE FROM register"_s << false;

@@ -73,11 +73,17 @@ const QStringList &places()
  * value is put there, which costs more than all the rest of it. */
 QString named(const QString &text)
 {
-    const QStringList parts = text.split(u'?');
-    QString whole = parts.constFirst();
-    for (qsizetype i = 1; i < parts.size(); ++i)
-        whole += places().at(i - 1) + parts.at(i);
-    return whole;
+    QString whole;
+    qsizetype from = 0;
+    for (const QString &place : places()) {
+        const qsizetype at = text.indexOf(u'?', from);
+        if (at < 0)
+            break;
+        whole += QStringView(text).sliced(from, at - from);
+        whole += place;
+        from = at + 1;
+    }
+    return whole.isEmpty() ? text : whole + text.sliced(from);
 }
 
 } // namespace

@@ -16,9 +16,9 @@ namespace {
 
 constexpr int atOnce = 100; // orders in memory, of as many as a ledger holds
 
-std::optional<VelnoReceiptRef> readReference(const Statement &row)
+bool isClosed(const Attempt &attempt)
 {
-    return VelnoReceiptRef{row.value(0).toInt(), row.value(1).toInt()};
+    return attempt.fate == Fate::Closed;
 }
 
 std::optional<qint64> readNumber(const Statement &row)
@@ -83,10 +83,10 @@ void Ledger::giveUp(const QString &why) const
     isUsable();
 }
 
-/** All of them, or none. */
+/** All of them, or those up to the last that is wanted; none when it fails. */
 template <typename Row>
 QList<Row> Ledger::rows(Statement Inside::*which, const QVariantList &values,
-                        std::optional<Row> (*read)(const Statement &)) const
+                        std::optional<Row> (*read)(const Statement &), bool (*isLast)(const Row &)) const
 {
     if (!isUsable())
         return {};
@@ -96,11 +96,14 @@ QList<Row> Ledger::rows(Statement Inside::*which, const QVariantList &values,
         giveUp(m_inside->database.problem());
         return {};
     }
-    while (m_broken.isEmpty() && statement.next()) {
-        if (const auto row = read(statement))
+    bool goesOn = true;
+    while (goesOn && statement.next()) {
+        const auto row = read(statement);
+        if (row)
             list << *row;
         else
             giveUp(u"it is damaged"_s);
+        goesOn = row && !(isLast && isLast(*row));
     }
     if (statement.isBroken())
         giveUp(m_inside->database.problem());
@@ -136,10 +139,9 @@ std::optional<Order> Ledger::keptAtHand(const QList<Order> &found) const
 std::optional<Order> Ledger::next() const
 {
     QMutexLocker lock(&m_mutex);
-    const QVariantList workable{maskOf({State::Accepted, State::Open, State::Waiting})};
-    const QList<qint64> number = rows<qint64>(&Inside::firstUnsettled, workable, readNumber);
+    const qint64 number = firstOf({State::Accepted, State::Open, State::Waiting});
     lock.unlock();
-    return number.isEmpty() ? std::nullopt : at(number.constFirst());
+    return number == 0 ? std::nullopt : at(number);
 }
 
 QList<Order> Ledger::list(const QList<State> &states, int most, qint64 behind) const
@@ -153,8 +155,14 @@ QList<Order> Ledger::list(const QList<State> &states, int most, qint64 behind) c
 bool Ledger::hasUnsettled() const
 {
     const QMutexLocker lock(&m_mutex);
-    const QVariantList unsettled{maskOf({State::Accepted, State::Open, State::Waiting, State::NeedsPerson})};
-    return !rows<qint64>(&Inside::firstUnsettled, unsettled, readNumber).isEmpty();
+    return firstOf({State::Accepted, State::Open, State::Waiting, State::NeedsPerson}) != 0;
+}
+
+/** Of these states, none of which is settled: one with a reference, or the first. @return its number; 0: none
+ */
+qint64 Ledger::firstOf(const QList<State> &states) const
+{
+    return rows<qint64>(&Inside::firstUnsettled, {maskOf(states)}, readNumber).value(0);
 }
 
 bool Ledger::forEach(const QList<State> &states, const std::function<void(const Order &)> &visit) const
@@ -212,12 +220,12 @@ bool Ledger::readStanding(Standing *standing) const
 {
     const QVariantList era{m_era};
     Standing found;
-    found.doubts = rows<Attempt>(&Inside::doubts, era, readAttempt);
-    const auto closed = rows<VelnoReceiptRef>(&Inside::lastClosed, era, readReference);
-    found.lastClosed = closed.value(0, {0, 0});
-    const auto highest = rows<VelnoReceiptRef>(&Inside::highest, era, readReference);
-    const auto report = rows<VelnoReceiptRef>(&Inside::highestZ, era, readReference);
-    found.highest = higher(highest.value(0, {0, 0}), report.value(0, {0, 0}));
+    const auto doubts = rows<Attempt>(&Inside::doubts, era, readAttempt);
+    const auto latest = rows<Attempt>(&Inside::fromTheHighest, era, readAttempt, isClosed);
+    for (const Attempt &attempt : latest + doubts) // these in the order of their references
+        found.take(attempt);
+    const auto report = rows<qint64>(&Inside::highestZ, era, readNumber);
+    found.highest = higher(found.highest, {int(report.value(0)), 0});
     if (m_broken.isEmpty())
         *standing = found;
     return m_broken.isEmpty();

@@ -125,13 +125,15 @@ private:
     QString readRegister(const QByteArray &serial);
     bool create(const QByteArray &serial, qint64 version);
 
+    qint64 firstOf(const QList<State> &states) const;
     std::optional<Order> keptAtHand(const QList<Order> &found) const;
 
     bool isUsable() const;
     void giveUp(const QString &why) const;
     template <typename Row>
     QList<Row> rows(Statement Inside::*which, const QVariantList &values,
-                    std::optional<Row> (*read)(const Statement &)) const;
+                    std::optional<Row> (*read)(const Statement &),
+                    bool (*isLast)(const Row &) = nullptr) const;
     bool readStanding(Standing *standing) const;
 
     bool change(Durability durability, const std::function<bool()> &write);

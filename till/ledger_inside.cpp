@@ -24,12 +24,6 @@ QString selectAttempts(const QString &which, const QString &how = {})
     return u"SELECT %1 FROM attempts %2 WHERE %3"_s.arg(attemptColumns(), how, which);
 }
 
-QString highestReference(const QString &which)
-{
-    return u"SELECT first, second FROM attempts WHERE %1 ORDER BY first DESC, second DESC LIMIT 1"_s.arg(
-        which);
-}
-
 /** What the statements say, put together once for all ledgers. */
 struct Texts
 {
@@ -37,14 +31,14 @@ struct Texts
     QString orderOfNumber = selectOrders(u"number = ?"_s);
     QString ordersOfStates = selectOrders(inStates());
     QString unsettledOfStates = selectOrders(unsettledCondition() + u" AND "_s + inStates());
-    QString firstUnsettled = u"SELECT number FROM orders WHERE %1 AND (1 << state) & ?"
-                             " ORDER BY first = 0 AND second = 0, number LIMIT 1"_s.arg(unsettledCondition());
+    QString firstUnsettled =
+        u"SELECT coalesce(min(number) FILTER (WHERE first <> 0 OR second <> 0), min(number))"
+        " FROM orders WHERE %1 AND (1 << state) & ?"_s.arg(unsettledCondition());
     QString historyOfOrder =
         u"SELECT %1 FROM history WHERE order_number = ? ORDER BY line"_s.arg(eventColumns());
     QString attemptsOfOrder = selectAttempts(u"order_number = ? ORDER BY era, first, second"_s);
     QString doubts = selectAttempts(u"era = ? AND fate = 3"_s, u"INDEXED BY doubts"_s);
-    QString lastClosed = highestReference(u"era = ? AND fate = 1"_s);
-    QString highest = highestReference(u"era = ?"_s);
+    QString fromTheHighest = selectAttempts(u"era = ? ORDER BY first DESC, second DESC"_s);
     QString insertOrder = Receipts::insertOrder();
     QString updateOrder = Receipts::updateOrder();
     QString insertEvent =
@@ -76,9 +70,8 @@ Ledger::Inside::Inside()
     , historyOfOrder(database, texts().historyOfOrder)
     , attemptsOfOrder(database, texts().attemptsOfOrder)
     , doubts(database, texts().doubts)
-    , lastClosed(database, texts().lastClosed)
-    , highest(database, texts().highest)
-    , highestZ(database, u"SELECT z, 0 FROM orders WHERE z_era = ? AND z > 0 ORDER BY z DESC LIMIT 1"_s)
+    , fromTheHighest(database, texts().fromTheHighest)
+    , highestZ(database, u"SELECT z FROM orders WHERE z_era = ? AND z > 0 ORDER BY z DESC LIMIT 1"_s)
     , insertOrder(database, texts().insertOrder)
     , updateOrder(database, texts().updateOrder)
     , insertEvent(database, texts().insertEvent)

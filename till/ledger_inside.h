@@ -23,13 +23,13 @@ struct Ledger::Inside
     Statement orderOfNumber;
     Statement ordersOfStates;    ///< of the states of a mask, behind a number, how many at most
     Statement unsettledOfStates; ///< likewise, of those that are not settled
-    Statement firstUnsettled;    ///< of the states of a mask: one with a reference, or the first
+    Statement
+        firstUnsettled; ///< of the states of a mask: its number, one with a reference if there is; NULL: none
     Statement historyOfOrder;
     Statement attemptsOfOrder;
 
-    Statement doubts; ///< of an era, like the next three
-    Statement lastClosed;
-    Statement highest;
+    Statement doubts; ///< of an era, like the next two
+    Statement fromTheHighest;
     Statement highestZ;
 
     Statement insertOrder;
