@@ -47,4 +47,9 @@ bool Mishaps::hasHindered() const
                         MishapKind::HandSells, MishapKind::HandDeletes, MishapKind::HandSale});
 }
 
+bool Mishaps::hasHinderedReports() const
+{
+    return hasHappened({MishapKind::JournalFull});
+}
+
 } // namespace Simulation

@@ -21,6 +21,7 @@ public:
     int happened() const { return m_happened; } ///< in this step
     bool hasForgotten() const; ///< in this step the till was killed, or could not write down what it knew
     bool hasHindered() const;  ///< the register was in no state to do what it was told
+    bool hasHinderedReports() const; ///< likewise, and it told of a Z report as if it were for good
 
 private:
     bool hasHappened(const std::initializer_list<MishapKind> &kinds) const;

@@ -91,8 +91,10 @@ void World::conclude(Handed *handed)
         fail(u"%1 is not settled when all is repaired"_s.arg(handed->key));
     if (m_failure.isEmpty() && m_chance.in100(20))
         handOverAgain(*handed);
-    handed->isHindered = handed->isHindered || m_hindrances.hasRefusedAny() || m_mishaps.hasHindered();
-    if (handed->step->job != Job::Receipt)
+    const bool isReceipt = handed->step->job == Job::Receipt;
+    handed->isHindered = m_hindrances.hasRefusedAny() ||
+                         (isReceipt ? m_mishaps.hasHindered() : m_mishaps.hasHinderedReports());
+    if (!isReceipt)
         return;
     ++m_figures.receipts;
     m_figures.closed += handed->order.state == State::Closed;
@@ -184,8 +186,6 @@ bool World::handOver(Handed *handed)
     if (outcome->result != Result::Done)
         return false;
     handed->order = order;
-    // While a sale waits for a person, the register does nothing else.
-    handed->isHindered = handed->isHindered || (order.state == State::Refused && m_truth.isOpen());
     return true;
 }
 

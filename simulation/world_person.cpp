@@ -89,8 +89,14 @@ bool World::couldNotBeKnown(const Handed &handed) const
     case Question::SlipPrinted:
         return m_mishaps.happened() > 0;
     case Question::NotOurs:
-        return std::ranges::any_of(
-            sales, [&handed](const SeenSale &sale) { return sale.key == handed.key && sale.isTouched; });
+        return std::ranges::any_of(sales, [&](const SeenSale &sale) {
+            if (sale.key == handed.key)
+                return sale.isTouched;
+            // What somebody sells on a register that has taken the place may bear the number of the order's.
+            return m_register.models().size() > 1 && sale.key == Clerk::key() &&
+                   sale.ref.z == handed.order.reference.first &&
+                   sale.ref.number == handed.order.reference.second;
+        });
     case Question::None:
         break;
     }

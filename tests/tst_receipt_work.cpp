@@ -79,6 +79,7 @@ private slots:
     void handOfSomebodyElseIsNoticed_data();
     void handOfSomebodyElseIsNoticed();
     void otherRegisterIsNoticed();
+    void replacedRegisterIsAskedAboutOnce();
     void receiptGoesOnInTheNextProcess();
     void closedIsNotPrinted();
     void interruptionLeavesItAsItIs();
@@ -496,6 +497,34 @@ void TestReceiptWork::otherRegisterIsNoticed()
     QCOMPARE(shop.sell(json).order.state, State::Closed);
     QCOMPARE(shop.sell(json, u"2"_s).order.state, State::Closed);
     QCOMPARE(shop.closed(), 3);
+}
+
+/** Whatever the answer is, it says that the register was replaced: nobody is asked again. */
+void TestReceiptWork::replacedRegisterIsAskedAboutOnce()
+{
+    TillInMemory shop;
+    QVERIFY(shop.reg.model().setZNumber(5));
+    QVERIFY(shop.sellFirst());
+    shop.reg.replace();
+    const QByteArray json = receiptPaidBy(inCash, R"("reenterCash": true)");
+    QCOMPARE(shop.sell(json).order.question, Question::OtherRegister);
+    QCOMPARE(shop.sell(json, u"2"_s).order.question, Question::OtherRegister);
+    QCOMPARE(shop.till->answer(u"1"_s, Answer::Drop, u"Ayşe"_s).result, Result::Done);
+    QCOMPARE(shop.sell(json).order.state, State::Cancelled);
+    QCOMPARE(shop.sell(json, u"3"_s).order.state, State::Closed);
+    QCOMPARE(shop.till->answer(u"2"_s, Answer::SellAgain, u"Ayşe"_s).result, Result::Done);
+    // It is the same register still: a receipt that it has closed proves that another one was cancelled.
+    bool isCut = false;
+    shop.reg.decide = [&](const Simulator::CommandRow &command, const Velno::GMP::Items &) {
+        const bool isEnd =
+            qstrcmp(command.name, "change-state") == 0 && shop.reg.model().saleTotals().items > 0;
+        if (!isEnd || std::exchange(isCut, true))
+            return Simulation::Fate();
+        shop.reg.cutPower();
+        return notDone();
+    };
+    QCOMPARE(shop.sell(json, u"2"_s).order.state, State::Closed);
+    QVERIFY(isCut);
 }
 
 /** Each time the process ends behind another command; no line is entered twice. */

@@ -35,12 +35,16 @@ struct Office : TillInMemory
 {
     Office()
     {
-        reg.model().setPrinter([this](const Simulator::Print &print) { ++printed[print.kind]; });
+        reg.model().setPrinter([this](const Simulator::Print &print) {
+            ++printed[print.kind];
+            last = print.kind;
+        });
     }
 
     Order perform(Kind kind, const QByteArray &json = {}) { return till->perform(u"1"_s, kind, json).order; }
 
     std::map<std::string, int> printed; ///< by kind
+    std::string last;                   ///< kind
 };
 
 } // namespace
@@ -62,6 +66,8 @@ private slots:
     void slipThatWasOnItsWayIsAPersonsBusiness();
     void slipThatWasNotSentIsPrinted();
     void slipBehindAReceiptSaysWhenItIsDoubtful();
+    void whatCanBeDoneLaterWaits_data();
+    void whatCanBeDoneLaterWaits();
     void personSettlesWhatAnotherRegisterIsToDo_data();
     void personSettlesWhatAnotherRegisterIsToDo();
     void reportsHaveNoContent();
@@ -194,6 +200,60 @@ void TestReportWork::slipBehindAReceiptSaysWhenItIsDoubtful()
     QCOMPARE(unsure.state, State::Closed);
     QVERIFY(unsure.slipUnsure);
     QCOMPARE(office.printed["slip"], 2); // not a third one by itself
+}
+
+void TestReportWork::whatCanBeDoneLaterWaits_data()
+{
+    QTest::addColumn<Kind>("kind");
+    QTest::addColumn<bool>("isSaleOpen"); // otherwise there is no paper
+    QTest::addColumn<int>("code");
+
+    const std::pair<const char *, Kind> kinds[] = {
+        {"Z report", Kind::ZReport}, {"X report", Kind::XReport}, {"slip", Kind::Slip}};
+    for (const auto &[name, kind] : kinds) {
+        QTest::addRow("%s while a sale waits for a person", name) << kind << true << 6;
+        QTest::addRow("%s without paper", name) << kind << false << 9;
+    }
+}
+
+/** In its turn: before what was accepted behind it. */
+void TestReportWork::whatCanBeDoneLaterWaits()
+{
+    QFETCH(const Kind, kind);
+    QFETCH(const bool, isSaleOpen);
+    QFETCH(const int, code);
+    const QByteArray json = kind == Kind::Slip ? slip : QByteArray();
+    const QByteArray receipt = receiptPaidBy(R"({"cash": "5.00"}, {"card": "rest"})");
+    Office office;
+    QVERIFY(office.sellFirst());
+    if (isSaleOpen) {
+        const auto usual = std::exchange(
+            office.reg.decide, [&](const Simulator::CommandRow &command, const Velno::GMP::Items &) {
+                const bool isPaid = office.reg.model().saleTotals().cash > 0;
+                return isPaid && qstrcmp(command.name, "change-state") == 0 ? refusal() : Simulation::Fate();
+            });
+        QCOMPARE(office.till->perform(u"0"_s, Kind::Receipt, receipt).order.question,
+                 Question::PaymentRefused);
+        office.reg.decide = usual;
+    }
+    office.reg.model().setPaper(isSaleOpen);
+    for (int again = 0; again < 2; ++again) {
+        const Order order = office.perform(kind, json);
+        QCOMPARE(order.state, State::Waiting);
+        QCOMPARE(order.code, code);
+        QCOMPARE(order.cause == int(VelnoCause_OfState) + VelnoEcrState_SaleOpen, isSaleOpen);
+    }
+    const qsizetype lines = office.till->history(office.perform(kind, json)).size();
+    QCOMPARE(office.till->history(office.perform(kind, json)).size(), lines); // none for each who asks
+    QCOMPARE(office.till->accept(u"2"_s, Kind::Receipt, receiptPaidBy(R"({"cash": "rest"})")).result,
+             Result::Done);
+    office.reg.model().setPaper(true);
+    if (isSaleOpen)
+        QCOMPARE(office.till->answer(u"0"_s, Answer::Drop, u"Ayşe"_s).result, Result::Done);
+    QCOMPARE(office.till->workOff(), Result::Done);
+    for (const QString &key : {u"1"_s, u"2"_s})
+        QCOMPARE(office.till->find(key).order.state, State::Closed);
+    QCOMPARE(office.last, std::string("receipt"));
 }
 
 void TestReportWork::personSettlesWhatAnotherRegisterIsToDo_data()

@@ -149,6 +149,17 @@ void TestSimulation::whatFailedOnce_data()
     QTest::newRow("two orders that wait for each other")
         << u"1721; r889056/1+ drop@14; r173043/3+ cut@16=16363 unheard@5; r333419/1 write-fails@15 "
            "journal-full@8=4025"_s;
+    QTest::newRow("somebody sells on a new register, under the number of the sale on the one before")
+        << u"40038; r506881/1 replace@2 replace@8 hand-sells@11=24774"_s;
+    QTest::newRow("receipt of a register that was replaced, asked of the next one")
+        << u"41225; r648883/1+; r586484/1 replace@4; r940273/1 off@6 replace@3"_s;
+    QTest::newRow("likewise, when the next one has a receipt of that number")
+        << u"45776; r889016/1; r311680/4; r419229/1; r367727/7 replace@16; r669887/1 kill@29; r805832/1; "
+           "r764254/2+ replace@19; r740247/1 off@15"_s;
+    QTest::newRow("sale left empty behind an order that a person has dropped")
+        << u"34659; r735312/1; r83629/4; r717827/3; r37149/7; r908210/6; r226266/2 flush-fails@2 off@15 "
+           "refuse-always@10"_s;
+    QTest::newRow("slip without paper") << u"62; s529001/1 no-paper@1=38257"_s;
     QTest::newRow("no receipt to compare with but those that a person has told of")
         << u"1253; r374464/1+ refuse-always@16; r650525/1; r532889/1 cut@11=16534"_s;
 }

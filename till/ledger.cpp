@@ -295,8 +295,9 @@ bool Ledger::accept(Order *order, const Event &event, Durability durability)
 {
     const QMutexLocker lock(&m_mutex);
     qint64 number = 0;
+    order->era = m_era;
     const bool done = change(durability, [&] {
-        if (!m_inside->insertOrder.run(wholeOrder(*order) << m_era))
+        if (!m_inside->insertOrder.run(wholeOrder(*order)))
             return false;
         number = m_inside->insertOrder.insertedRow();
         return writeEvent(number, event);
@@ -315,7 +316,7 @@ bool Ledger::save(const Order &order, const Event &event, Durability durability)
     Standing standing = m_standing;
     const bool done = change(durability, [&] {
         Statement &update = m_inside->updateOrder;
-        if (!update.run(changingOrder(order) << order.z << m_era << order.number))
+        if (!update.run(changingOrder(order) << order.number))
             return false;
         if (update.rowsChanged() != 1) {
             m_problem = u"order %1 is not on record"_s.arg(order.number);

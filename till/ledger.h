@@ -77,7 +77,7 @@ public:
      */
     std::optional<Order> next() const;
 
-    /** Puts a new order on record and gives it its number. @return false: it is not there */
+    /** Puts a new order on record and gives it its number and this era. @return false: it is not there */
     bool accept(Order *order, const Event &event, Durability durability = Durability::Flushed);
 
     /** Writes what has become of an order, one line of its history, and every attempt noted since the last

@@ -36,7 +36,7 @@ QDateTime time(qint64 milliseconds)
 }
 
 /** What of an order changes while it is worked off. The register's own numbers may be any. */
-constexpr std::array<Column<Order>, 20> changing{{
+constexpr std::array<Column<Order>, 21> changing{{
     {"state", 0, int(State::NeedsPerson), [](const Order &o) { return qint64(o.state); },
      [](Order &o, qint64 v) { o.state = State(v); }},
     {"question", 0, int(Question::SlipPrinted), [](const Order &o) { return qint64(o.question); },
@@ -53,6 +53,8 @@ constexpr std::array<Column<Order>, 20> changing{{
      [](Order &o, qint64 v) { o.isSent = v != 0; }},
     {"z", Int::min(), Int::max(), [](const Order &o) { return qint64(o.z); },
      [](Order &o, qint64 v) { o.z = int(v); }},
+    {"z_era", 1, Int::max(), [](const Order &o) { return qint64(o.era); },
+     [](Order &o, qint64 v) { o.era = int(v); }},
     {"to_pay", Long::min(), Long::max(), [](const Order &o) { return qint64(o.totals.values[0]); },
      [](Order &o, qint64 v) { o.totals.values[0] = v; }},
     {"tax", Long::min(), Long::max(), [](const Order &o) { return qint64(o.totals.values[1]); },
@@ -173,9 +175,9 @@ std::optional<Order> readOrder(const Statement &row)
 
 QString insertOrder()
 {
-    const qsizetype count = qsizetype(changing.size()) + 5; // with these four and the era
-    return u"INSERT INTO orders (%1, %2, z_era) VALUES (%3)"_s.arg(fixed, names(changing, u", "_s),
-                                                                   QStringList(count, u"?"_s).join(u", "_s));
+    const qsizetype count = qsizetype(changing.size()) + 4; // with these four
+    return u"INSERT INTO orders (%1, %2) VALUES (%3)"_s.arg(fixed, names(changing, u", "_s),
+                                                            QStringList(count, u"?"_s).join(u", "_s));
 }
 
 QVariantList wholeOrder(const Order &order)
@@ -187,9 +189,7 @@ QVariantList wholeOrder(const Order &order)
 
 QString updateOrder()
 {
-    // A Z number belongs to the register that told it.
-    return u"UPDATE orders SET %1 = ?, z_era = CASE WHEN z = ? THEN z_era ELSE ? END WHERE number = ?"_s.arg(
-        names(changing, u" = ?, "_s));
+    return u"UPDATE orders SET %1 = ? WHERE number = ?"_s.arg(names(changing, u" = ?, "_s));
 }
 
 QVariantList changingOrder(const Order &order)

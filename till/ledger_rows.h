@@ -15,11 +15,11 @@ namespace Velno::Receipts {
 QString orderColumns(); ///< those that readOrder() reads, as a SELECT names them
 std::optional<Order> readOrder(const Statement &row); ///< nothing: something in it is out of range
 
-/** Takes the values of wholeOrder() and the era. */
+/** Takes the values of wholeOrder(). */
 QString insertOrder();
 QVariantList wholeOrder(const Order &order);
 
-/** Takes the values of changingOrder(), the Z number, the era, and the order's number. */
+/** Takes the values of changingOrder() and the order's number. */
 QString updateOrder();
 QVariantList changingOrder(const Order &order);
 

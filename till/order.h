@@ -86,6 +86,7 @@ struct Order
         false; ///< with this reference, a payment that must not be entered again unasked may have been sent
     bool isSent = false; ///< of a slip: it may have been printed
     int z = 0;           ///< of a Z report: the register's number before it; 0: not asked yet
+    int era = 1;         ///< of which register reference, Z number and OtherRegister speak, as Attempt::era
 
     VelnoEcrSaleTotals totals = {}; ///< of a closed receipt
     Paper paper = Paper::Unknown;

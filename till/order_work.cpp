@@ -30,6 +30,9 @@ WorkEnd OrderWork::settle(State state, const QString &text, Durability durabilit
 
 WorkEnd OrderWork::ask(Question question, const QString &text)
 {
+    const bool isOfNone = isNone(m_order.reference) && m_order.z == 0;
+    if (question == Question::OtherRegister && isOfNone)
+        m_order.era = m_place.ledger.era(); // it is the one of now that is not here
     m_order.question = question;
     m_order.answer = Answer::None;
     return save(State::NeedsPerson, text).value_or(WorkEnd::NeedsPerson);
@@ -87,25 +90,23 @@ OrderWork::End OrderWork::reach()
     return WorkEnd::Stopped;
 }
 
-OrderWork::End OrderWork::takeWord(const QString &done, const QString &again)
+bool OrderWork::takeOtherRegister()
 {
-    switch (m_order.answer) {
-    case Answer::None:
-        return {};
-    case Answer::Paid:
-        return settle(State::Closed, done);
-    case Answer::Drop:
-        return settle(State::Cancelled, u"dropped by a person"_s);
-    case Answer::SellAgain:
-        break;
-    }
-    if (m_order.question == Question::OtherRegister && !m_place.ledger.beginEra())
-        return WorkEnd::LedgerFailed;
-    m_order.z = 0; // the number of the register before
-    m_order.isSent = false;
-    m_order.question = Question::None;
-    m_order.answer = Answer::None;
-    return save(State::Accepted, again);
+    return isOfFormerRegister() || m_place.ledger.beginEra();
+}
+
+std::optional<Reply> OrderWork::hindrance(const Reply &refusal)
+{
+    if (isHindrance(refusal))
+        return refusal;
+    int state = 0;
+    const int code = m_register.ask(velnoext_ecr_state, RegisterAccess::answerTimeout, &state);
+    const bool isIdle = state == VelnoEcrState_Idle || state == VelnoEcrState_IdleOtherScreen;
+    if (code == 0 && !isIdle)
+        return Reply{VelnoResult_WrongState, VelnoCause_OfState + state};
+    const bool hasPaper =
+        m_register.ask(velnoext_check_printer_paper, RegisterAccess::answerTimeout) != VelnoResult_NoPaper;
+    return hasPaper ? std::nullopt : std::optional(m_register.last());
 }
 
 } // namespace Velno::Receipts

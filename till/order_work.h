@@ -41,8 +41,16 @@ protected:
     /** Pauses, ever longer. @return false: it was to stop */
     bool pauseBehind(int refusals) { return m_place.clock.pause(1 << refusals); }
 
-    /** What a person has said of a report or a slip; nothing has been said of others. */
-    End takeWord(const QString &done, const QString &again);
+    /** A person has said that another register has taken the place: unless that was known before, from here
+     * on the numbers are its own. @return false: the ledger has failed */
+    bool takeOtherRegister();
+
+    /** Whether its reference or Z number is of a register that another one has taken the place of. */
+    bool isOfFormerRegister() const { return m_order.era < m_place.ledger.era(); }
+
+    /** What keeps the register from a step, and goes by when somebody acts on it. @param refusal  of the step
+     */
+    std::optional<Reply> hindrance(const Reply &refusal);
 
     static constexpr int mostRefusals = RegisterAccess::mostRefusals;
 

@@ -81,6 +81,7 @@ OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt, const VelnoEcrSa
     const bool isToldByPerson = other->state == State::Closed && isNone(other->reference);
     if (isToldByPerson || isWaitedFor) {
         other->reference = doubt.reference;
+        other->era = doubt.era;
         other->totals = totals;
     }
     if (isWaitedFor && (isClosedAs(receipt, totals) || !m_place.rules.hold(Rule::CompareTotals)))

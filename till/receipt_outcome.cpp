@@ -15,13 +15,6 @@ namespace {
 constexpr int mostLosses = 50;
 constexpr int mostDoubts = 3; // of one order at a time
 
-/** Somebody has to put paper in, or to act on the register; then it takes the same step. */
-bool isHindrance(const Reply &reply)
-{
-    return reply.code == VelnoResult_WrongState || reply.code == VelnoResult_NoPaper ||
-           reply.cause == VelnoCause_PaperOut || reply.cause == VelnoCause_DisplayBusy;
-}
-
 bool pays(const Receipt &receipt, Tender tender)
 {
     return std::any_of(receipt.payments.cbegin(), receipt.payments.cend(),
@@ -62,6 +55,7 @@ OrderWork::End ReceiptWork::concludeOpen(const View &view)
 {
     m_totals = view.totals;
     m_sawOpen = true;
+    m_mayHaveStarted = false; // no other can be open
     // A register works off one connection in its order, and what was on its way on an earlier one is lost: no
     // payment is under way any more.
     const bool hasCash = m_totals.values[VelnoTotal_Cash] != 0;
@@ -203,6 +197,7 @@ OrderWork::End ReceiptWork::concludeClosed(const VelnoEcrSaleTotals &totals)
         return concludeCancelled(Fate::GivenUp);
     if (isForeign && !m_saidPaid)
         return ask(Question::NotOurs, u"the receipt was closed with other lines or payments"_s);
+    leaveNoneOpen();
     const bool isAsUsual =
         m_sent.step == Step::End && m_sent.reply.code == 0 && m_sent.connection == m_register.connections();
     const bool hasPaper =
@@ -257,8 +252,10 @@ OrderWork::End ReceiptWork::concludeCancelled(Fate fate)
     forgetSale();
     if (m_refusal)
         return refuse(*m_refusal, m_refusalText);
-    if (m_isDropped)
+    if (m_isDropped) {
+        leaveNoneOpen();
         return settle(State::Cancelled, u"dropped by a person, and cancelled on the register"_s);
+    }
     if (isMoney)
         return ask(Question::MoneyTaken,
                    u"the register has cancelled it when something was, or may have been, paid"_s);
@@ -310,6 +307,7 @@ OrderWork::End ReceiptWork::concludeUnproven()
 
 OrderWork::End ReceiptWork::closeByWord()
 {
+    leaveNoneOpen();
     if (!isNone(m_order.reference))
         m_place.ledger.note(attempt(Fate::GivenUp)); // it proves nothing about other receipts
     m_order.paper = Paper::Unsure;

@@ -27,14 +27,17 @@ bool isAbove(const VelnoReceiptRef &reference, const VelnoReceiptRef &other)
 
 OrderWork::End ReceiptWork::open()
 {
-    if (m_isDropped && !m_mayHaveStarted && !m_startSent)
-        return settle(State::Cancelled, u"dropped by a person"_s);
+    if (isSettledByWord() && !m_mayHaveStarted && !m_startSent)
+        return settleByWord();
     if (++m_openings > mostOpenings)
         return wait({VelnoResult_StepNotTaken, 0}, u"the register cancels every sale"_s);
     if (!m_place.rules.hold(Rule::LookBeforeStart) && !m_startSent)
         return start();
     View view;
-    if (const Looked looked = Look(m_place, m_register).at({}, &view); looked != Looked::Told)
+    const Looked looked = Look(m_place, m_register).at({}, &view);
+    if (looked == Looked::Replaced && isSettledByWord()) // what was started for it is not on this one
+        return settleByWord();
+    if (looked != Looked::Told)
         return endOf(looked);
     if (view.found == Found::Open)
         return openWith(view);
@@ -49,6 +52,8 @@ OrderWork::End ReceiptWork::openWith(const View &view)
         return adopt(view);
     if (isEmpty(view.totals) && m_mayHaveStarted && m_place.rules.hold(Rule::ClearEmptySaleOfDeadProcess))
         return clearEmptySale();
+    if (isSettledByWord() && !isEmpty(view.totals)) // somebody else's
+        return settleByWord();
     if (!m_place.rules.hold(Rule::LookBeforeStart))
         return adopt(view);
     return waitForStart({VelnoResult_WrongState, int(VelnoCause_OfState) + VelnoEcrState_SaleOpen});
@@ -56,8 +61,8 @@ OrderWork::End ReceiptWork::openWith(const View &view)
 
 OrderWork::End ReceiptWork::start()
 {
-    if (m_isDropped)
-        return settle(State::Cancelled, u"dropped by a person"_s);
+    if (isSettledByWord())
+        return settleByWord();
     if (const End end = reach())
         return end;
     m_place.tell(m_openings > 1 && !m_startSent ? Stage::EnteringAgain : Stage::Starting);
@@ -97,6 +102,7 @@ OrderWork::End ReceiptWork::adopt(const View &view)
         return endOf(Looked::Replaced);
     }
     m_order.reference = view.open;
+    m_order.era = m_place.ledger.era();
     m_order.paymentSent = m_mayBePaid = false;
     m_order.code = m_order.cause = 0;
     m_place.ledger.note(attempt(Fate::Open));
@@ -115,6 +121,20 @@ OrderWork::End ReceiptWork::adopt(const View &view)
     m_mayBeEnded = m_medicalDone = m_totalsJudged = false;
     m_startSent = false;
     return {};
+}
+
+/** Nobody would look for it behind an order that is settled. Where the register does not cancel it now, the
+ * next receipt waits for somebody who does. */
+void ReceiptWork::leaveNoneOpen()
+{
+    for (int i = 0; i < mostRefusals && m_mayHaveStarted; ++i) {
+        View view;
+        if (Look(m_place, m_register).at({}, &view) != Looked::Told)
+            return;
+        m_mayHaveStarted = view.found == Found::Open && isEmpty(view.totals);
+        if (m_mayHaveStarted && m_place.rules.hold(Rule::ClearEmptySaleOfDeadProcess))
+            clearEmptySale();
+    }
 }
 
 /** One that an earlier process, or the work on another order, has left: nothing can have been sold on it, and

@@ -21,6 +21,9 @@ ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bo
 WorkEnd ReceiptWork::run()
 {
     End end = takeAnswer();
+    // The register that is here now knows nothing of it; a receipt of the same number is another one.
+    if (!end && !isNone(m_order.reference) && isOfFormerRegister())
+        end = ask(Question::OtherRegister, u"the register that it was entered on has been replaced"_s);
     while (!end)
         end = m_place.isStopping ? WorkEnd::Stopped : goOn();
     if (m_startSent && isNone(m_order.reference))
@@ -36,13 +39,15 @@ OrderWork::End ReceiptWork::takeAnswer()
         return {};
     if (m_order.question == Question::CountedTwice)
         return settle(State::Closed, u"a person has seen to the receipt that was counted twice"_s);
-    if (m_order.question == Question::OtherRegister || m_order.question == Question::MoneyTaken) {
+    const bool isGone = !isNone(m_order.reference) && isOfFormerRegister();
+    if (isGone && !isWordFinal())
+        return {}; // and asks about the register that has been replaced
+    if (isGone || m_order.question == Question::OtherRegister || m_order.question == Question::MoneyTaken) {
         if (!isNone(m_order.reference))
             m_place.ledger.note(attempt(Fate::GivenUp)); // of the register before
         m_order.reference = {0, 0};
     }
-    if (m_order.question == Question::OtherRegister && answer == Answer::SellAgain &&
-        !m_place.ledger.beginEra())
+    if (m_order.question == Question::OtherRegister && !takeOtherRegister())
         return WorkEnd::LedgerFailed;
     m_isDropped = answer == Answer::Drop;
     m_saidPaid = answer == Answer::Paid;
@@ -50,20 +55,38 @@ OrderWork::End ReceiptWork::takeAnswer()
     return isNone(m_order.reference) ? answerWithoutReceipt() : End();
 }
 
+/** Whether it holds when the sale's register has been replaced since: it says what became of the receipt, and
+ * nothing of money that was taken on it is open. */
+bool ReceiptWork::isWordFinal() const
+{
+    switch (m_order.question) {
+    case Question::ReceiptUnknown:
+    case Question::NotOurs:
+    case Question::OtherRegister:
+    case Question::MoneyTaken:
+        return true;
+    case Question::PaymentRefused:
+        return m_order.answer != Answer::SellAgain;
+    default:
+        return false;
+    }
+}
+
 OrderWork::End ReceiptWork::answerWithoutReceipt()
 {
-    if (m_saidPaid)
-        return closeByWord();
-    if (m_isDropped && !m_mayHaveStarted)
-        return settle(State::Cancelled, u"dropped by a person"_s);
-    if (m_isDropped)
-        return {};
+    if (isSettledByWord()) // an empty sale that was started for it is not left behind
+        return m_mayHaveStarted ? End() : settleByWord();
     m_wordGiven = false;  // it was about what has been, and not about the sale that begins now
     m_order.giveBack = 0; // the person has seen to it
     m_order.paymentSent = m_mayBePaid = false;
     m_order.question = Question::None;
     m_order.answer = Answer::None;
     return save(State::Accepted, u"to be sold again, as a person has said"_s);
+}
+
+OrderWork::End ReceiptWork::settleByWord()
+{
+    return m_saidPaid ? closeByWord() : settle(State::Cancelled, u"dropped by a person"_s);
 }
 
 OrderWork::End ReceiptWork::goOn()
@@ -75,7 +98,7 @@ OrderWork::End ReceiptWork::goOn()
 
 Attempt ReceiptWork::attempt(Fate fate) const
 {
-    return {m_order.number, m_order.reference, m_place.ledger.era(), fate};
+    return {m_order.number, m_order.reference, m_order.era, fate};
 }
 
 } // namespace Velno::Receipts

@@ -37,6 +37,9 @@ private:
 
     End takeAnswer();
     End answerWithoutReceipt();
+    bool isWordFinal() const;
+    bool isSettledByWord() const { return m_saidPaid || m_isDropped; }
+    End settleByWord();
     End goOn();
     bool isLeaving() const { return m_isDropped || m_isRestarting || m_refusal.has_value(); }
 
@@ -46,6 +49,7 @@ private:
     End start();
     End adopt(const View &view);
     End clearEmptySale();
+    void leaveNoneOpen();
     End waitForStart(const Reply &reply);
 
     // Steps on the open sale

@@ -23,6 +23,12 @@ bool isLost(int code)
     return code == VelnoResult_NotReady || leavesOpen(code);
 }
 
+bool isHindrance(const Reply &reply)
+{
+    return reply.code == VelnoResult_WrongState || reply.code == VelnoResult_NoPaper ||
+           reply.cause == VelnoCause_PaperOut || reply.cause == VelnoCause_DisplayBusy;
+}
+
 int RegisterAccess::noted(int code)
 {
     m_last = {code, code == 0 ? 0 : velnoext_cause()}; // before any other call

@@ -25,6 +25,9 @@ bool leavesOpen(int code);
 /** The same, or there was no connection to send it on: to be looked into, and perhaps sent again. */
 bool isLost(int code);
 
+/** Somebody has to put paper in, or to act on the register; then it takes the same step. */
+bool isHindrance(const Reply &reply);
+
 /** What the work on orders needs: one register, one ledger, time, and somebody who is told. */
 struct Workplace
 {

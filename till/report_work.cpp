@@ -11,9 +11,52 @@ namespace Velno::Receipts {
 
 namespace {
 
-constexpr int mostLosses = 8;
+constexpr int mostLosses = 8; // in all
 
 } // namespace
+
+// What they have in common ---------------------------------------------------------------------------------
+
+OrderWork::End ReportWork::takeWord(const QString &done, const QString &again)
+{
+    if (m_order.answer == Answer::None)
+        return {};
+    if (m_order.question == Question::OtherRegister && !takeOtherRegister())
+        return WorkEnd::LedgerFailed;
+    if (m_order.answer == Answer::Paid)
+        return settle(State::Closed, done);
+    if (m_order.answer == Answer::Drop)
+        return settle(State::Cancelled, u"dropped by a person"_s);
+    m_order.z = 0; // the number of the register before
+    m_order.isSent = false;
+    m_order.question = Question::None;
+    m_order.answer = Answer::None;
+    return save(State::Accepted, again);
+}
+
+OrderWork::End ReportWork::concludeRefusal(const QString &text)
+{
+    const Reply refusal = m_register.last();
+    if (const std::optional<Reply> reply = hindrance(refusal))
+        return concludeHindrance(*reply);
+    if (++m_refusals < mostRefusals)
+        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
+    return refuse(refusal, text);
+}
+
+OrderWork::End ReportWork::concludeHindrance(const Reply &reply)
+{
+    m_isHindered = true;
+    m_place.tell(Stage::Busy);
+    if (m_patience.isOver())
+        return wait(reply, u"the register is busy"_s);
+    return m_patience.pause() ? End() : WorkEnd::Stopped;
+}
+
+OrderWork::End ReportWork::concludeLoss()
+{
+    return ++m_losses < mostLosses ? End() : wait(m_register.last(), u"answers are lost"_s);
+}
 
 // Z reports ------------------------------------------------------------------------------------------------
 
@@ -28,6 +71,8 @@ WorkEnd ZReportWork::run()
 /** Unless an earlier attempt has made it. */
 OrderWork::End ZReportWork::makeOnce()
 {
+    if (m_order.z != 0 && isOfFormerRegister()) // what another one counts says nothing
+        return endOf(Looked::Replaced);
     int z = 0;
     if (const End end = askForNumber(&z))
         return end;
@@ -35,6 +80,7 @@ OrderWork::End ZReportWork::makeOnce()
         return {};
     if (m_order.z == 0) {
         m_order.z = z;
+        m_order.era = m_place.ledger.era();
         if (const End failed = save(State::Open, u"the Z report is being made"_s, Durability::Flushed))
             return failed;
     }
@@ -44,11 +90,9 @@ OrderWork::End ZReportWork::makeOnce()
         return endOf(Looked::Replaced);
     m_place.tell(Stage::Reporting);
     const int code = m_register.ask(velnoext_z_report);
-    if (code == 0 || isLost(code)) // its number tells
-        return code == 0 || ++m_losses < mostLosses ? End() : wait(m_register.last(), u"answers are lost"_s);
-    if (++m_refusals < mostRefusals)
-        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
-    return refuse(m_register.last(), u"the register refuses the Z report"_s);
+    if (code == 0) // its number tells
+        return {};
+    return isLost(code) ? concludeLoss() : concludeRefusal(u"the register refuses the Z report"_s);
 }
 
 /** @param z  stays 0 when it is to be asked again */
@@ -62,10 +106,11 @@ OrderWork::End ZReportWork::askForNumber(int *z)
         *z = current;
         return {};
     }
-    int &count = isLost(code) ? m_losses : m_refusals;
-    if (++count >= mostLosses)
+    if (isLost(code))
+        return concludeLoss();
+    if (++m_untold >= mostLosses)
         return wait(m_register.last(), u"the register does not tell its Z number"_s);
-    return isLost(code) || pauseBehind(count) ? End() : WorkEnd::Stopped;
+    return pauseBehind(m_untold) ? End() : WorkEnd::Stopped;
 }
 
 // X reports ------------------------------------------------------------------------------------------------
@@ -84,19 +129,9 @@ OrderWork::End XReportWork::printOnce()
         return end;
     m_place.tell(Stage::Reporting);
     const int code = m_register.ask(velnoext_x_report);
-    const Reply reply = m_register.last();
     if (code == 0)
         return settle(State::Closed, u"made"_s);
-    if (isLost(code))
-        return ++m_losses < mostLosses ? End() : wait(reply, u"answers are lost"_s);
-    if (code == VelnoResult_WrongState || reply.cause == VelnoCause_PaperOut) {
-        if (m_patience.isOver())
-            return wait(reply, u"the register is busy"_s);
-        return m_patience.pause() ? End() : WorkEnd::Stopped;
-    }
-    if (++m_refusals < mostRefusals)
-        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
-    return refuse(reply, u"the register refuses the X report"_s);
+    return isLost(code) ? concludeLoss() : concludeRefusal(u"the register refuses the X report"_s);
 }
 
 // Slips ----------------------------------------------------------------------------------------------------
@@ -115,6 +150,10 @@ OrderWork::End SlipWork::printOnce()
 {
     if (const End end = reach())
         return end;
+    // That it is on its way is flushed each time before it is: not as long as it would come to nothing.
+    const std::optional<Reply> reply = m_isHindered ? hindrance({}) : std::nullopt;
+    if (reply)
+        return concludeHindrance(*reply);
     if (!m_order.isSent) {
         m_order.isSent = true;
         if (const End failed = save(State::Open, u"the slip is being printed"_s, Durability::Flushed))
@@ -122,19 +161,14 @@ OrderWork::End SlipWork::printOnce()
     }
     m_place.tell(Stage::Printing);
     const int code = printSlip(m_register, readSlip(m_order.content).value);
-    const Reply reply = m_register.last();
     if (code == 0)
         return settle(State::Closed, u"printed"_s);
     if (leavesOpen(code))
         return ask(Question::SlipPrinted, u"the answer to it was lost"_s);
-    if (code == VelnoResult_NotReady) { // there was no connection to send it on
-        m_order.isSent = false;
-        return {};
-    }
-    if (++m_refusals < mostRefusals)
-        return pauseBehind(m_refusals) ? End() : WorkEnd::Stopped;
     m_order.isSent = false;
-    return refuse(reply, u"the register refuses the slip"_s);
+    if (code == VelnoResult_NotReady) // there was no connection to send it on
+        return concludeLoss();
+    return concludeRefusal(u"the register refuses the slip"_s);
 }
 
 } // namespace Velno::Receipts
