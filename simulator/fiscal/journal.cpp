@@ -11,6 +11,7 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <initializer_list>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -55,10 +56,18 @@ const QStringList &layout()
     return statements;
 }
 
-bool run(QSqlQuery &query, const QVariantList &values = {})
+/** A value and its place in a statement. Places have names, since for one without Qt makes up a name each
+ * time a value is put there, which costs more than all the rest. */
+struct Value
 {
-    for (int i = 0; i < values.size(); ++i)
-        query.bindValue(i, values.at(i));
+    QString place;
+    QVariant value;
+};
+
+bool run(QSqlQuery &query, std::initializer_list<Value> values)
+{
+    for (const auto &[place, value] : values)
+        query.bindValue(place, value);
     return query.exec();
 }
 
@@ -99,22 +108,28 @@ struct Journal::Statements
 
     QSqlDatabase database;
     int journals = 1; ///< in the database
-    QSqlQuery counter = prepared(u"REPLACE INTO counters VALUES (?, ?)"_s);
-    QSqlQuery nextNumber = prepared(u"SELECT coalesce(max(number), 0) + 1 FROM receipts WHERE z = ?"_s);
+    QSqlQuery counter = prepared(u"REPLACE INTO counters VALUES (:name, :value)"_s);
+    QSqlQuery nextNumber = prepared(u"SELECT coalesce(max(number), 0) + 1 FROM receipts WHERE z = :z"_s);
     QSqlQuery begin = prepared(u"INSERT INTO receipts (z, number, status, opened, with_invoice)"
-                               " VALUES (?, ?, 0, ?, ?)"_s);
+                               " VALUES (:z, :number, 0, :opened, :with_invoice)"_s);
     QSqlQuery close = prepared(
-        u"UPDATE receipts SET status = 1, closed = ?, total = ?, tax = ?, cash = ?, card = ?, change = ?,"
-        " items = ?, contribution = ?, patient = ?, invoice_type = ?, invoice_reference = ?, customer = ?,"
-        " delivers = ? WHERE z = ? AND number = ? AND status = 0"_s);
-    QSqlQuery cancel =
-        prepared(u"UPDATE receipts SET status = 2, closed = ? WHERE z = ? AND number = ? AND status = 0"_s);
-    QSqlQuery line = prepared(u"INSERT INTO lines VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s);
-    QSqlQuery payment = prepared(u"INSERT INTO payments VALUES (?, ?, ?, ?, ?, ?)"_s);
-    QSqlQuery tax = prepared(u"INSERT INTO taxes VALUES (?, ?, ?, ?, ?)"_s);
-    QSqlQuery report = prepared(u"INSERT INTO z_reports VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s);
+        u"UPDATE receipts SET status = 1, closed = :closed, total = :total, tax = :tax, cash = :cash,"
+        " card = :card, change = :change, items = :items, contribution = :contribution, patient = :patient,"
+        " invoice_type = :invoice_type, invoice_reference = :invoice_reference, customer = :customer,"
+        " delivers = :delivers WHERE z = :z AND number = :number AND status = 0"_s);
+    QSqlQuery cancel = prepared(u"UPDATE receipts SET status = 2, closed = :closed"
+                                " WHERE z = :z AND number = :number AND status = 0"_s);
+    QSqlQuery line =
+        prepared(u"INSERT INTO lines VALUES (:z, :number, :line, :name, :price, :quantity, :type, :section,"
+                 " :tax_rate, :gross, :percentage, :adjustment, :deleted)"_s);
+    QSqlQuery payment =
+        prepared(u"INSERT INTO payments VALUES (:z, :number, :payment, :card, :amount, :acquirer)"_s);
+    QSqlQuery tax = prepared(u"INSERT INTO taxes VALUES (:z, :number, :rate, :total, :tax)"_s);
+    QSqlQuery report = prepared(
+        u"INSERT INTO z_reports VALUES (:z, :time, :receipts, :invoices, :cancelled, :total, :tax, :cash,"
+        " :card, :contributions, :grand_total)"_s);
     QSqlQuery find = prepared(u"SELECT total, tax, cash, card, change, items FROM receipts"
-                              " WHERE z = ? AND number = ? AND status = 1"_s);
+                              " WHERE z = :z AND number = :number AND status = 1"_s);
 };
 
 Journal::Journal()
@@ -273,7 +288,7 @@ bool Journal::isNew() const
 
 bool Journal::writeCounter(const char *name, qint64 value)
 {
-    return run(m_statements->counter, {counterName(name), value});
+    return run(m_statements->counter, {{u":name"_s, counterName(name)}, {u":value"_s, value}});
 }
 
 /** True also when that cannot be read. */
@@ -301,11 +316,15 @@ bool Journal::setLastZ(qint64 time)
 ReceiptRef Journal::begin(bool withInvoice, qint64 time)
 {
     QSqlQuery &next = m_statements->nextNumber;
-    if (!run(next, {key(m_z)}) || !next.next())
+    if (!run(next, {{u":z"_s, key(m_z)}}) || !next.next())
         return {};
     const ReceiptRef ref{m_z, next.value(0).toInt()};
     next.finish();
-    return run(m_statements->begin, {key(ref.z), ref.number, time, withInvoice}) ? ref : ReceiptRef();
+    const bool isBegun = run(m_statements->begin, {{u":z"_s, key(ref.z)},
+                                                   {u":number"_s, ref.number},
+                                                   {u":opened"_s, time},
+                                                   {u":with_invoice"_s, withInvoice}});
+    return isBegun ? ref : ReceiptRef();
 }
 
 bool Journal::close(const Receipt &receipt)
@@ -315,37 +334,85 @@ bool Journal::close(const Receipt &receipt)
 
 bool Journal::writeReceipt(const Receipt &receipt)
 {
-    const auto &[ref, sale, opened, closed, withInvoice, invoice] = receipt;
-    const SaleTotals sums = sale.totals();
-    QVariantList row{closed,        sums.total,  sums.tax,   sums.cash,
-                     sums.card,     sums.change, sums.items, sale.medicalContribution(),
-                     sale.patient()};
-    if (invoice)
-        row << int(invoice->type) << invoice->reference << invoice->idNumber << invoice->delivers;
-    else
-        row << QVariant() << QVariant() << QVariant() << QVariant();
-    row << key(ref.z) << ref.number;
-    if (!run(m_statements->close, row) || m_statements->close.numRowsAffected() != 1)
+    if (!writeSums(receipt))
         return false;
     int index = 0;
-    for (const SaleLine &l : sale.lines())
-        if (!run(m_statements->line, {key(ref.z), ref.number, index++, l.name, l.price, l.quantity, l.type,
-                                      l.section, l.taxRate, l.gross, l.percentage, l.adjustment, l.deleted}))
+    for (const SaleLine &line : receipt.sale.lines())
+        if (!writeLine(receipt.ref, index++, line))
             return false;
     index = 0;
-    for (const Payment &p : sale.payments())
-        if (!run(m_statements->payment,
-                 {key(ref.z), ref.number, index++, p.kind == PaymentKind::Card, p.amount, p.acquirer}))
+    for (const Payment &payment : receipt.sale.payments())
+        if (!writePayment(receipt.ref, index++, payment))
             return false;
-    for (const auto &[rate, group] : sale.taxGroups())
-        if (!run(m_statements->tax, {key(ref.z), ref.number, rate, group.total, group.tax}))
+    for (const auto &[rate, group] : receipt.sale.taxGroups())
+        if (!writeTax(receipt.ref, rate, group))
             return false;
     return true;
 }
 
+bool Journal::writeSums(const Receipt &receipt)
+{
+    const SaleTotals sums = receipt.sale.totals();
+    const auto &invoice = receipt.invoice;
+    const bool isDone = run(m_statements->close,
+                            {{u":closed"_s, receipt.closed},
+                             {u":total"_s, sums.total},
+                             {u":tax"_s, sums.tax},
+                             {u":cash"_s, sums.cash},
+                             {u":card"_s, sums.card},
+                             {u":change"_s, sums.change},
+                             {u":items"_s, sums.items},
+                             {u":contribution"_s, receipt.sale.medicalContribution()},
+                             {u":patient"_s, receipt.sale.patient()},
+                             {u":invoice_type"_s, invoice ? QVariant(int(invoice->type)) : QVariant()},
+                             {u":invoice_reference"_s, invoice ? QVariant(invoice->reference) : QVariant()},
+                             {u":customer"_s, invoice ? QVariant(invoice->idNumber) : QVariant()},
+                             {u":delivers"_s, invoice ? QVariant(invoice->delivers) : QVariant()},
+                             {u":z"_s, key(receipt.ref.z)},
+                             {u":number"_s, receipt.ref.number}});
+    return isDone && m_statements->close.numRowsAffected() == 1;
+}
+
+bool Journal::writeLine(const ReceiptRef &ref, int index, const SaleLine &line)
+{
+    return run(m_statements->line, {{u":z"_s, key(ref.z)},
+                                    {u":number"_s, ref.number},
+                                    {u":line"_s, index},
+                                    {u":name"_s, line.name},
+                                    {u":price"_s, line.price},
+                                    {u":quantity"_s, line.quantity},
+                                    {u":type"_s, line.type},
+                                    {u":section"_s, line.section},
+                                    {u":tax_rate"_s, line.taxRate},
+                                    {u":gross"_s, line.gross},
+                                    {u":percentage"_s, line.percentage},
+                                    {u":adjustment"_s, line.adjustment},
+                                    {u":deleted"_s, line.deleted}});
+}
+
+bool Journal::writePayment(const ReceiptRef &ref, int index, const Payment &payment)
+{
+    return run(m_statements->payment, {{u":z"_s, key(ref.z)},
+                                       {u":number"_s, ref.number},
+                                       {u":payment"_s, index},
+                                       {u":card"_s, payment.kind == PaymentKind::Card},
+                                       {u":amount"_s, payment.amount},
+                                       {u":acquirer"_s, payment.acquirer}});
+}
+
+bool Journal::writeTax(const ReceiptRef &ref, int rate, const TaxGroup &group)
+{
+    return run(m_statements->tax, {{u":z"_s, key(ref.z)},
+                                   {u":number"_s, ref.number},
+                                   {u":rate"_s, rate},
+                                   {u":total"_s, group.total},
+                                   {u":tax"_s, group.tax}});
+}
+
 bool Journal::cancel(const ReceiptRef &ref, qint64 time)
 {
-    return run(m_statements->cancel, {time, key(ref.z), ref.number}) &&
+    return run(m_statements->cancel,
+               {{u":closed"_s, time}, {u":z"_s, key(ref.z)}, {u":number"_s, ref.number}}) &&
            m_statements->cancel.numRowsAffected() == 1;
 }
 
@@ -363,9 +430,17 @@ bool Journal::close(const ZReport &report)
 bool Journal::writeReport(const ZReport &report, qint32 &next)
 {
     const DayTotals &day = report.day;
-    if (!run(m_statements->report,
-             {key(report.z), report.time, day.receipts, day.invoices, day.cancelled, day.total, day.tax,
-              day.cash, day.card, day.contributions, report.grandTotal}))
+    if (!run(m_statements->report, {{u":z"_s, key(report.z)},
+                                    {u":time"_s, report.time},
+                                    {u":receipts"_s, day.receipts},
+                                    {u":invoices"_s, day.invoices},
+                                    {u":cancelled"_s, day.cancelled},
+                                    {u":total"_s, day.total},
+                                    {u":tax"_s, day.tax},
+                                    {u":cash"_s, day.cash},
+                                    {u":card"_s, day.card},
+                                    {u":contributions"_s, day.contributions},
+                                    {u":grand_total"_s, report.grandTotal}}))
         return false;
     // Where its operator has set the number back, the reports behind this one may have been made already.
     const auto last =
@@ -414,7 +489,7 @@ bool Journal::readTaxes(qint32 z, TaxGroups &groups) const
 std::optional<SaleTotals> Journal::find(const ReceiptRef &ref) const
 {
     QSqlQuery &query = m_statements->find;
-    if (!run(query, {key(ref.z), ref.number}) || !query.next())
+    if (!run(query, {{u":z"_s, key(ref.z)}, {u":number"_s, ref.number}}) || !query.next())
         return std::nullopt;
     const SaleTotals totals{query.value(0).toLongLong(), query.value(1).toLongLong(),
                             query.value(2).toLongLong(), query.value(3).toLongLong(),

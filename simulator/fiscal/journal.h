@@ -85,6 +85,10 @@ private:
     bool readTaxes(qint32 z, TaxGroups &groups) const;
     bool writeCounter(const char *name, qint64 value);
     bool writeReceipt(const Receipt &receipt);
+    bool writeSums(const Receipt &receipt);
+    bool writeLine(const ReceiptRef &ref, int index, const SaleLine &line);
+    bool writePayment(const ReceiptRef &ref, int index, const Payment &payment);
+    bool writeTax(const ReceiptRef &ref, int rate, const TaxGroup &group);
     bool writeReport(const ZReport &report, qint32 &next);
     template <typename Change>
     bool inTransaction(Change change);

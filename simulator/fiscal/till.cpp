@@ -156,9 +156,9 @@ Refusal Till::close(PaymentKind rest, const std::optional<Invoice> &invoice)
     if (!m_journal.close(receipt))
         return JournalUnwritable;
     m_day.add(receipt);
-    m_lastPayments = receipt.sale.payments();
     leaveSale();
     print(receiptPrint(receipt, m_serial));
+    m_last = std::move(receipt);
     return NotRefused;
 }
 
@@ -238,10 +238,21 @@ Refusal Till::setMedicalContribution(qint64 amount, qint64 identity)
 QList<qint32> Till::saleAcquirers() const
 {
     QList<qint32> acquirers;
-    for (const Payment &payment : m_open ? m_open->sale.payments() : m_lastPayments)
+    const auto &receipt = m_open ? m_open : m_last;
+    if (!receipt)
+        return acquirers;
+    for (const Payment &payment : receipt->sale.payments())
         if (payment.kind == PaymentKind::Card && !acquirers.contains(payment.acquirer))
             acquirers << payment.acquirer;
     return acquirers;
+}
+
+// Most who ask want to know of the one that was closed just now, or of the one that is open.
+std::optional<SaleTotals> Till::receipt(const ReceiptRef &ref) const
+{
+    if (m_last && m_last->ref == ref)
+        return m_last->sale.totals();
+    return ref == reference() ? std::nullopt : m_journal.find(ref);
 }
 
 Refusal Till::mayReport() const
@@ -300,7 +311,7 @@ void Till::restart()
 {
     if (m_open && m_journal.cancel(m_open->ref, m_clock()))
         ++m_day.cancelled;
-    m_lastPayments.clear();
+    m_last.reset();
     leaveSale();
 }
 

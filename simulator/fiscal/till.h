@@ -81,7 +81,7 @@ public:
 
     // What is on record ----------------------------------------------------------------------------------
 
-    std::optional<SaleTotals> receipt(const ReceiptRef &ref) const { return m_journal.find(ref); }
+    std::optional<SaleTotals> receipt(const ReceiptRef &ref) const;
     const DayTotals &day() const { return m_day; }
     qint32 z() const { return m_journal.z(); }
     qint64 lastZ() const { return m_journal.lastZ(); }
@@ -141,7 +141,7 @@ private:
     Journal m_journal;
     DayTotals m_day;
     std::optional<Receipt> m_open;
-    QList<Payment> m_lastPayments; ///< of the receipt closed last
+    std::optional<Receipt> m_last; ///< closed last, since the power has come
     Screen m_screen = Screen::Idle;
     TypedAmount m_typed;
     Refusal m_keysRefused = NotRefused;
