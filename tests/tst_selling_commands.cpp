@@ -67,14 +67,12 @@ bool isReadable(const char *command, const QByteArray &items)
 QByteArray answer(FiscalModel &model, const char *command, const QByteArray &bytes = {},
                   const Disturbance &wrong = {}, Refusal *refusal = nullptr)
 {
-    QByteArray answer;
-    QDataStream reply(&answer, QIODevice::WriteOnly);
-    reply.setVersion(QDataStream::Qt_4_6);
+    ItemWriter reply;
     const Items items = itemsOf(command, bytes).value();
     const Refusal why = commandByName(QString::fromLatin1(command))->run({model, items, reply, wrong});
     if (refusal)
         *refusal = why;
-    return answer;
+    return reply.bytes();
 }
 
 QByteArray keys(qint32 display, qint32 mode, qint32 extra, const QVector<qint32> &pressed, bool wanted = true)

@@ -2,56 +2,22 @@
 
 #include "ExtDevice/gmp3/command_items.h"
 
-#include <QtEndian>
+#include "ExtDevice/gmp3/item_stream.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Velno::GMP {
 
 namespace {
 
-constexpr quint32 noBytes = 0xFFFFFFFF; // how many there are of a byte string that is null
 constexpr qint32 saleOpen = 5;
 
-template <typename Number>
-std::optional<Number> takeNumber(QByteArrayView *run)
+std::optional<QList<qint32>> takeNumbersOf(const ItemRow &row, QByteArrayView *run)
 {
-    constexpr auto size = qsizetype(sizeof(Number));
-    if (run->size() < size)
-        return {};
-    const auto number = qFromBigEndian<Number>(run->data());
-    *run = run->sliced(size);
-    return number;
-}
-
-/** A number of things of which each takes at least as many bytes. */
-std::optional<qint64> takeCount(qint64 bytesEach, QByteArrayView *run)
-{
-    const auto count = takeNumber<quint32>(run);
-    return count && *count <= run->size() / bytesEach ? std::optional(qint64(*count)) : std::nullopt;
-}
-
-std::optional<QByteArray> takeBytes(QByteArrayView *run)
-{
-    const auto size = takeNumber<quint32>(run);
-    if (size == noBytes)
-        return QByteArray();
-    if (!size || qint64(*size) > run->size())
-        return {};
-    const QByteArray bytes(run->data(), qsizetype(*size));
-    *run = run->sliced(bytes.size());
-    return bytes;
-}
-
-std::optional<QList<qint32>> takeNumbers(const ItemRow &row, QByteArrayView *run)
-{
-    const auto count = takeCount(sizeof(qint32), run);
-    if (!count || *count < row.least || *count > row.most)
-        return {};
-    auto numbers = QList<qint32>(qsizetype(*count));
-    for (qint32 &number : numbers)
-        number = *takeNumber<qint32>(run);
-    return numbers;
+    auto numbers = takeNumbers(run);
+    const bool isAllowed = numbers && numbers->size() >= row.least && numbers->size() <= row.most;
+    return isAllowed ? std::move(numbers) : std::nullopt;
 }
 
 std::optional<QList<QByteArray>> takeLines(QByteArrayView *run)
@@ -162,7 +128,7 @@ std::optional<Items::Value> Items::take(const ItemRow &row, QByteArrayView *run)
     case ItemType::Bytes:
         return takeBytes(run);
     case ItemType::Numbers:
-        return takeNumbers(row, run);
+        return takeNumbersOf(row, run);
     case ItemType::Lines:
         return takeLines(run);
     case ItemType::Record:

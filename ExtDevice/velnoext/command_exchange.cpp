@@ -89,43 +89,36 @@ int beginCommand(std::initializer_list<Required> pointers)
     return checkPointers(pointers);
 }
 
-ReplyReader::ReplyReader(const QByteArray &reply)
-    : m_stream(reply)
+ReplyReader &ReplyReader::operator>>(bool &flag)
 {
-    m_stream.setVersion(itemStreamVersion);
+    qint8 number = 0;
+    *this >> number;
+    flag = number != 0;
+    return *this;
+}
+
+ReplyReader &ReplyReader::operator>>(QByteArray &bytes)
+{
+    return give(takeBytes(&m_rest), bytes);
 }
 
 ReplyReader &ReplyReader::operator>>(QVector<int> &list)
 {
-    quint32 count = 0;
-    m_stream >> count;
-    if (qint64(count) * qint64(sizeof(qint32)) > m_stream.device()->bytesAvailable()) {
-        m_stream.setStatus(QDataStream::ReadPastEnd);
-        return *this;
-    }
-    list.resize(qsizetype(count));
-    for (int &item : list)
-        m_stream >> item;
-    return *this;
+    return give(takeNumbers(&m_rest), list);
 }
 
 ReplyReader &ReplyReader::operator>>(VelnoEcrSaleTotals &totals)
 {
-    // The structure's numbers need not be aligned as the stream's references promise.
+    // The structure's numbers need not be aligned as references promise.
     for (size_t i = 0; i < std::size(totals.values); ++i) {
         qint64 value = 0;
-        m_stream >> value;
+        *this >> value;
         totals.values[i] = value;
     }
     qint32 number = 0;
-    m_stream >> number;
+    *this >> number;
     totals.number = number;
     return *this;
-}
-
-bool ReplyReader::isComplete() const
-{
-    return m_stream.status() == QDataStream::Ok;
 }
 
 Result ReplyReader::result() const

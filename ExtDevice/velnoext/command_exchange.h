@@ -6,7 +6,8 @@
 #include "ExtDevice/velnoext/library_state.h"
 #include "ExtDevice/velnoext/velnoext.h"
 
-#include <QtEndian>
+#include <concepts>
+#include <utility>
 
 /**
  * One command: a request and its reply over the active register's connection, encrypted and authenticated.
@@ -41,37 +42,49 @@ using GMP::itemBytes;
 template <typename... Items>
 QByteArray requestOf(VelnoExtMessage code, const Items &...items)
 {
-    if constexpr (sizeof...(items) > 0)
-        return itemBytes(qint32(code), items...);
-    QByteArray bytes(sizeof(qint32), Qt::Uninitialized); // as the stream writes it, at a tenth of the cost
-    qToBigEndian(qint32(code), bytes.data());
-    return bytes;
+    return itemBytes(qint32(code), items...);
 }
 
-/** Reads the items of a reply one after the other. They count only while result() is 0. */
+/** Reads the items of a reply, which must outlive it, one after the other. They count only while result() is
+ * 0; a number that is not there is 0. */
 class ReplyReader
 {
 public:
-    explicit ReplyReader(const QByteArray &reply);
-
-    template <typename Item>
-    ReplyReader &operator>>(Item &item)
+    explicit ReplyReader(const QByteArray &reply)
+        : m_rest(reply)
     {
-        m_stream >> item;
-        return *this;
     }
-    /** Memory is taken only for items that are there, whatever number is announced. */
+
+    template <std::integral Number>
+    ReplyReader &operator>>(Number &number)
+    {
+        return give(GMP::takeNumber<Number>(&m_rest), number);
+    }
+    ReplyReader &operator>>(bool &flag);
+    ReplyReader &operator>>(QByteArray &bytes);
     ReplyReader &operator>>(QVector<int> &list);
     ReplyReader &operator>>(VelnoEcrSaleTotals &totals);
 
     /** Whether all items that were asked for were there. */
-    bool isComplete() const;
+    bool isComplete() const { return m_isComplete; }
 
     /** @return 0, or 5 once an item was missing; sets the cause then */
     Result result() const;
 
 private:
-    QDataStream m_stream;
+    template <typename Item>
+    ReplyReader &give(std::optional<Item> taken, Item &item)
+    {
+        if (!taken) {
+            m_isComplete = false;
+            m_rest = {}; // what follows is not there either
+        }
+        item = std::move(taken).value_or(Item());
+        return *this;
+    }
+
+    QByteArrayView m_rest;
+    bool m_isComplete = true;
 };
 
 /** Runs a request against the active register. @return 0, 2, 11 or 12 */

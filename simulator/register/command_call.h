@@ -3,9 +3,8 @@
 #pragma once
 
 #include "ExtDevice/gmp3/command_items.h"
+#include "ExtDevice/gmp3/item_stream.h"
 #include "simulator/fiscal/fiscal_model.h"
-
-#include <QDataStream>
 
 #include <optional>
 
@@ -25,7 +24,7 @@ struct CommandCall
 {
     FiscalModel &model;
     const Velno::GMP::Items &items; ///< what the command carries
-    QDataStream &reply; ///< where the answer's items are written; a command without an answer writes none
+    Velno::GMP::ItemWriter &reply;  ///< the answer's items; a command without an answer writes none
     const Disturbance &wrong;
 };
 

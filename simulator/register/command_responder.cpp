@@ -4,11 +4,8 @@
 
 #include "ExtDevice/gmp3/envelope.h"
 #include "ExtDevice/gmp3/frame.h"
-#include "ExtDevice/gmp3/item_stream.h"
 #include "simulator/register/frame_faults.h"
 #include "simulator/register/message_body.h"
-
-#include <QIODevice>
 
 using namespace Qt::StringLiterals;
 using namespace Velno::GMP;
@@ -103,12 +100,10 @@ CommandResponder::Request CommandResponder::read(const QByteArray &frame)
 
 CommandResponder::Answer CommandResponder::answer(const Request &request, const Faults &faults)
 {
-    QByteArray plaintext;
-    plaintext.reserve(usualMessage);
-    QDataStream reply(&plaintext, QIODevice::WriteOnly);
-    reply.setVersion(itemStreamVersion);
+    ItemWriter reply;
     const Disturbance wrong = disturbanceOf(*request.command, faults);
     const Refusal refusal = request.command->run({m_model, request.items, reply, wrong});
+    QByteArray plaintext = reply.bytes();
     if (plaintext.isEmpty())
         return {{}, refusal};
     if (faults.has(Fault::ShortReply))

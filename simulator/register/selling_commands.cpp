@@ -11,15 +11,15 @@
 #include <iterator>
 
 using Velno::GMP::Items;
+using Velno::GMP::ItemWriter;
 
 namespace Simulator {
 
 namespace {
 
-QDataStream &operator<<(QDataStream &stream, const SaleTotals &totals)
+ItemWriter &operator<<(ItemWriter &reply, const SaleTotals &totals)
 {
-    return stream << totals.total << totals.tax << totals.cash << totals.card << totals.change
-                  << totals.items;
+    return reply << totals.total << totals.tax << totals.cash << totals.card << totals.change << totals.items;
 }
 
 constexpr qint32 saleDisplay = 4;
