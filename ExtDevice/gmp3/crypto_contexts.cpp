@@ -4,6 +4,8 @@
 
 #include "ExtDevice/encoding/digest.h"
 
+#include <openssl/core_names.h>
+
 #include <climits>
 
 namespace Velno::GMP {
@@ -34,8 +36,11 @@ CipherCtxPtr cipherContext(bool encrypt, const QByteArray &key)
 {
     const EVP_CIPHER *cipher = aesCbc(key.size());
     CipherCtxPtr context{cipher ? EVP_CIPHER_CTX_new() : nullptr};
-    if (context && (EVP_CipherInit_ex2(context.get(), cipher, octets(key), nullptr, encrypt, nullptr) != 1 ||
-                    EVP_CIPHER_CTX_set_padding(context.get(), 0) != 1))
+    // As a parameter it stays; EVP_CIPHER_CTX_set_padding() has it set anew with each message.
+    unsigned int noPadding = 0;
+    const OSSL_PARAM parameters[] = {OSSL_PARAM_construct_uint(OSSL_CIPHER_PARAM_PADDING, &noPadding),
+                                     OSSL_PARAM_construct_end()};
+    if (context && EVP_CipherInit_ex2(context.get(), cipher, octets(key), nullptr, encrypt, parameters) != 1)
         context.reset();
     return context;
 }
