@@ -132,14 +132,17 @@ void SimulatedRegister::obey(const QByteArray &frame)
     const CommandResponder::Answer given = fate.isDone ? answer(request, fate) : CommandResponder::Answer();
     if (fate.isDone && fate.behind)
         fate.behind();
+    if (fate.recorded)
+        *fate.recorded = given.frame;
     if (fate.answer == Fate::Answer::Lost)
         return drop();
     m_isMute = fate.answer == Fate::Answer::Never;
-    if (m_isMute || given.frame.isEmpty())
+    const QByteArray told = fate.replayed.isEmpty() ? given.frame : fate.replayed;
+    if (m_isMute || told.isEmpty())
         return;
     QByteArray bytes(lengthSize, Qt::Uninitialized);
-    qToBigEndian(quint32(given.frame.size()), bytes.data());
-    bytes += given.frame;
+    qToBigEndian(quint32(told.size()), bytes.data());
+    bytes += told;
     [[maybe_unused]] const int status = m_end.write(bytes.constData(), int(bytes.size()), atOnce);
 }
 

@@ -26,7 +26,9 @@ struct Fate
     bool isDone = true;
     bool isRefused = false; ///< done means then that the register says no
     Answer answer = Answer::Given;
-    std::function<void()> behind; ///< called when it is done, before the answer
+    std::function<void()> behind;   ///< called when it is done, before the answer
+    QByteArray *recorded = nullptr; ///< takes the answer, as somebody on the line can
+    QByteArray replayed;            ///< the answer in place of the register's own
 };
 
 /**

@@ -58,6 +58,7 @@ private slots:
     void zReportIsMadeOnce_data();
     void zReportIsMadeOnce();
     void refusedZReportIsNotMade();
+    void zReportThatIsNotCountedWaits();
     void zReportWaitsForARegisterThatIsAway();
     void xReportIsMade_data();
     void xReportIsMade();
@@ -109,6 +110,31 @@ void TestReportWork::refusedZReportIsNotMade()
     QCOMPARE(order.state, State::Refused);
     QCOMPARE(order.code, 8);
     QCOMPARE(office.reg.model().zNumber(), z);
+}
+
+/** Somebody on the line can give an earlier yes again. */
+void TestReportWork::zReportThatIsNotCountedWaits()
+{
+    Office office;
+    Simulation::Fate yes;
+    QByteArray answer;
+    yes.recorded = &answer;
+    office.meet("report", yes);
+    QCOMPARE(office.perform(Kind::ZReport).state, State::Closed);
+
+    Simulation::Fate replay;
+    replay.isDone = false;
+    replay.replayed = answer;
+    office.meet("report", replay, 100);
+    const int before = office.commands["report"];
+    const Order order = office.till->perform(u"2"_s, Kind::ZReport, {}).order;
+    QCOMPARE(order.state, State::Waiting);
+    QCOMPARE(order.code, 7);
+    QCOMPARE(office.commands["report"], before + 1);
+
+    office.meet("report", Simulation::Fate());
+    QCOMPARE(office.till->perform(u"2"_s, Kind::ZReport, {}).order.state, State::Closed);
+    QCOMPARE(office.printed["z-report"], 2);
 }
 
 void TestReportWork::zReportWaitsForARegisterThatIsAway()

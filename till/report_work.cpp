@@ -88,9 +88,13 @@ OrderWork::End ZReportWork::makeOnce()
         return settle(State::Closed, u"made"_s);
     if (z < m_order.z)
         return endOf(Looked::Replaced);
+    if (m_isSaidToBeMade) // never twice for one that is counted in the register's own time
+        return concludeUntold({VelnoResult_StepNotTaken, 0},
+                              u"the register says it is made, and counts none"_s);
     m_place.tell(Stage::Reporting);
     const int code = m_register.ask(velnoext_z_report);
-    if (code == 0) // its number tells
+    m_isSaidToBeMade = code == 0; // its number tells
+    if (m_isSaidToBeMade)
         return {};
     return isLost(code) ? concludeLoss() : concludeRefusal(u"the register refuses the Z report"_s);
 }
@@ -108,8 +112,13 @@ OrderWork::End ZReportWork::askForNumber(int *z)
     }
     if (isLost(code))
         return concludeLoss();
+    return concludeUntold(m_register.last(), u"the register does not tell its Z number"_s);
+}
+
+OrderWork::End ZReportWork::concludeUntold(const Reply &reply, const QString &text)
+{
     if (++m_untold >= mostLosses)
-        return wait(m_register.last(), u"the register does not tell its Z number"_s);
+        return wait(reply, text);
     return pauseBehind(m_untold) ? End() : WorkEnd::Stopped;
 }
 

@@ -47,8 +47,10 @@ public:
 private:
     End makeOnce();
     End askForNumber(int *z);
+    End concludeUntold(const Reply &reply, const QString &text);
 
-    int m_untold = 0; ///< how often it did not tell its number
+    int m_untold = 0;              ///< how often it did not tell its number, or told that of before
+    bool m_isSaidToBeMade = false; ///< by the register
 };
 
 /** Prints an X report; a second one does no harm. */
