@@ -197,7 +197,7 @@ QString Audit::checkReceipt(const Handed &handed, const Order &order) const
     const bool isToldTwice = handed.asked.contains(Question::CountedTwice);
     if (order.state != State::Closed)
         return times == 0 && slips == 0 ? QString() : u"it was not to be sold, and %1 count"_s.arg(times);
-    if (times != (isToldTwice ? 2 : 1))
+    if (times != (isToldTwice && !handed.isToldUnsold ? 2 : 1))
         return u"it is closed, and %1 count"_s.arg(times);
     const bool hasSlip = handed.content.receipt.slip.has_value();
     if (slips > (hasSlip ? 1 : 0) || (hasSlip && !order.slipUnsure && slips != 1))

@@ -15,7 +15,8 @@ struct Handed
     Content content;
     Velno::Receipts::Order order;
     QList<Velno::Receipts::Question> asked;
-    bool isHindered = false; ///< something was refused meanwhile, or the register could not do it
+    bool isToldUnsold = false; ///< it was refused, or dropped, once
+    bool isHindered = false;   ///< something was refused meanwhile, or the register could not do it
 };
 
 } // namespace Simulation

@@ -15,6 +15,7 @@ namespace Simulation {
 namespace {
 
 constexpr qint64 forEver = std::numeric_limits<qint64>::max();
+constexpr qint64 justNow = 100;          // ms; of ten rounds the last one comes 256 ms behind the one before
 constexpr qint64 usualLimit = 1'200'000; // kuruş
 
 bool isOver(qint64 *until, qint64 now)
@@ -104,6 +105,11 @@ void Hindrances::noteClosed(const ReceiptRef &ref)
         m_wasLate = true;
     }
     m_lateFor = 0;
+}
+
+bool Hindrances::isLate(const ReceiptRef &ref) const
+{
+    return m_late.ref == ref && m_clock.passed() < m_late.until + justNow;
 }
 
 void Hindrances::repair()

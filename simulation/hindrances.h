@@ -36,6 +36,8 @@ public:
 
     bool wasLate() const { return m_wasLate; } ///< to tell of a receipt, ever
 
+    bool isLate(const Simulator::ReceiptRef &ref) const; ///< whether it is not, or was not just now, told of
+
     /** That a receipt has been closed. */
     void noteClosed(const Simulator::ReceiptRef &ref);
 

@@ -70,9 +70,13 @@ private:
     bool isDone(const Handed &handed) const;
     void judgeQuestion(const Handed &handed);
     bool couldNotBeKnown(const Handed &handed) const;
-    bool mayBeAskedLate(const Velno::Receipts::Order &now) const;
+    bool countsAnew(const Handed &handed) const;
+    void judgeUnsold(Handed *handed);
+    bool isUntold(const Handed &handed) const;
+    bool mayBeAskedLate(const Handed &handed, const Order &now) const;
     void answerLateQuestions();
     void answerLateQuestion(Handed *handed, const Velno::Receipts::Order &now);
+    void closeOneMore();
     void lookIntoTheBooks();
 
     void tell(const QString &line) const;

@@ -62,7 +62,7 @@ void World::doTurn(qsizetype first, qsizetype count)
     for (qsizetype i = first; i < first + count; ++i) {
         const Step &step = m_plan.steps.at(i);
         const QString key = u"k%1"_s.arg(i);
-        m_handed.push_back({key, &step, contentOf(step, key), {}, {}, false});
+        m_handed.push_back({key, &step, contentOf(step, key), {}, {}, false, false});
         m_turn << &m_handed.back();
         mishaps << step.mishaps;
     }
@@ -186,7 +186,22 @@ bool World::handOver(Handed *handed)
     if (outcome->result != Result::Done)
         return false;
     handed->order = order;
+    if (order.state == State::Refused || order.state == State::Cancelled)
+        judgeUnsold(handed);
     return true;
+}
+
+/** That nothing is sold is told only when nothing is, as far as the register tells. */
+void World::judgeUnsold(Handed *handed)
+{
+    handed->isToldUnsold = true;
+    for (const SeenSale &sale : m_truth.sales()) {
+        const bool counts = sale.key == handed->key && sale.end == SeenSale::End::Closed && !sale.isGivenBack;
+        if (counts && !m_hindrances.isLate(sale.ref))
+            fail(u"%1: it is not to be sold, and receipt %2/%3 counts"_s.arg(handed->key)
+                     .arg(sale.ref.z)
+                     .arg(sale.ref.number));
+    }
 }
 
 /** When a line of it is sold, nothing that was accepted before it may be unfinished, unless that has waited
@@ -219,7 +234,7 @@ void World::handOverAgain(const Handed &handed)
     const qsizetype sales = m_truth.sales().size();
     const Kind kind = kindOf(handed.step->job);
     const Outcome same = m_till->perform(handed.key, kind, handed.content.json);
-    const bool isAskedNow = same.order.state == State::NeedsPerson && mayBeAskedLate(same.order);
+    const bool isAskedNow = same.order.state == State::NeedsPerson && mayBeAskedLate(handed, same.order);
     if (same.result != Result::Done || (same.order.state != handed.order.state && !isAskedNow))
         fail(u"%1: handed over again it is in another state"_s.arg(handed.key));
     QByteArray another = handed.content.json;
@@ -230,12 +245,35 @@ void World::handOverAgain(const Handed &handed)
         fail(u"%1: handed over again it was sold again"_s.arg(handed.key));
 }
 
+/** Whether it counts, and the till could not know of it yet. */
+bool World::isUntold(const Handed &handed) const
+{
+    const bool isUnsold = handed.order.state == State::Refused || handed.order.state == State::Cancelled;
+    return isUnsold && m_truth.timesClosed(handed.key) > 0;
+}
+
+/** Behind the next receipt that is closed the till learns what it was told too late. */
+void World::closeOneMore()
+{
+    static const Step step{Job::Receipt, 1, 1, false, {}};
+    const QString key = u"k%1"_s.arg(m_handed.size());
+    m_handed.push_back({key, &step, contentOf(step, key), {}, {}, false, false});
+    m_turn = {&m_handed.back()};
+    m_commandsOfStep = 0;
+    m_stepBegan = m_clock.passed();
+    tell(u"%1: one more"_s.arg(key));
+    handOverUntilSettled(m_turn);
+    answerLateQuestions();
+}
+
 void World::lookIntoTheBooks()
 {
     endTill(); // what counts is what is on the disk
     if (const QString problem = startTill(); !problem.isEmpty())
         return fail(u"the ledger cannot be opened: "_s + problem);
     answerLateQuestions();
+    if (std::ranges::any_of(m_handed, [this](const Handed &handed) { return isUntold(handed); }))
+        closeOneMore();
     if (const QString problem = Audit(*m_till, m_handed, m_register.models(), m_truth).run();
         !problem.isEmpty())
         fail(problem);

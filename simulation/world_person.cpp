@@ -85,7 +85,7 @@ bool World::couldNotBeKnown(const Handed &handed) const
     case Question::OtherRegister:
         return m_register.models().size() > 1;
     case Question::CountedTwice: // no refusal agrees ten times with the counter-question
-        return m_truth.timesClosed(handed.key) > 1 && m_hindrances.wasLate();
+        return countsAnew(handed);
     case Question::SlipPrinted:
         return m_mishaps.happened() > 0;
     case Question::NotOurs:
@@ -101,6 +101,12 @@ bool World::couldNotBeKnown(const Handed &handed) const
         break;
     }
     return false;
+}
+
+/** Whether more of its receipts count than anybody has been told. */
+bool World::countsAnew(const Handed &handed) const
+{
+    return m_truth.timesClosed(handed.key) > (handed.isToldUnsold ? 0 : 1) && m_hindrances.wasLate();
 }
 
 /** Of a receipt that was taken for cancelled the register may tell as late as behind the next one; and that
@@ -121,11 +127,11 @@ void World::answerLateQuestions()
 }
 
 /** Whether an order that was told as settled may come to this question all the same. */
-bool World::mayBeAskedLate(const Order &now) const
+bool World::mayBeAskedLate(const Handed &handed, const Order &now) const
 {
     switch (now.question) {
     case Question::CountedTwice:
-        return m_truth.timesClosed(now.key) > 1 && m_hindrances.wasLate();
+        return countsAnew(handed);
     case Question::OtherRegister:
         return m_register.models().size() > 1;
     case Question::ReceiptUnknown: // that it was closed was lost with a till that died before the next flush
@@ -138,7 +144,7 @@ bool World::mayBeAskedLate(const Order &now) const
 void World::answerLateQuestion(Handed *handed, const Order &now)
 {
     handed->order = now;
-    if (!mayBeAskedLate(now))
+    if (!mayBeAskedLate(*handed, now))
         fail(u"%1: question %2 comes too late"_s.arg(handed->key).arg(int(now.question)));
     handed->asked << now.question;
     ++m_figures.questions.at(size_t(now.question));

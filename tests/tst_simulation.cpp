@@ -162,6 +162,10 @@ void TestSimulation::whatFailedOnce_data()
     QTest::newRow("slip without paper") << u"62; s529001/1 no-paper@1=38257"_s;
     QTest::newRow("no receipt to compare with but those that a person has told of")
         << u"1253; r374464/1+ refuse-always@16; r650525/1; r532889/1 cut@11=16534"_s;
+    QTest::newRow("refused when a receipt that was taken for cancelled counts")
+        << u"400482; r899292/1; r431109/4 late@13=790 drop@15 low-limit@5=11527"_s;
+    QTest::newRow("likewise, when the register tells of it behind the next receipt alone")
+        << u"400482; r899292/1; r431109/4 late@13=5000 drop@15 low-limit@5=11527; r899292/1"_s;
 }
 
 void TestSimulation::whatFailedOnce()
@@ -198,6 +202,8 @@ void TestSimulation::everyRuleIsNeeded_data()
     QTest::newRow("ten-rounds") << u"508; r647491/1; r312570/8 refuse@6=5 kill@8 late@10=732 unheard@9"_s;
     QTest::newRow("known-receipt-needed") << u"1; r30/1 unheard@12 refuse-for@4=1500"_s;
     QTest::newRow("ask-doubts-again") << u"508; r647491/1; r312570/8 late@10=732 unheard@9"_s;
+    QTest::newRow("ask-doubts-before-no")
+        << u"400482; r899292/1; r431109/4 late@13=790 drop@15 low-limit@5=11527"_s;
     QTest::newRow("cards-never-again") << u"3; r275772/1; r346395/1 cut-behind@9=18490"_s;
     QTest::newRow("cash-only-if-allowed") << u"25; r746134/8 cut@10=3806"_s;
     QTest::newRow("payment-intention-flushed") << u"3; r275772/1; r346395/1 cut-behind@9=18490"_s;

@@ -83,12 +83,14 @@ constexpr std::array table{
           "drop: değiştirildi, bu iş yapılmamış ve artık istenmiyor."},
     Asked{
         Question::CountedTwice,
-        "This sale counts twice: a receipt that was taken for cancelled counts beside %1. The history has "
-        "both numbers. Take one of them back on the register.\n"
-        "paid: that is done.",
-        "Bu satış iki kez sayıldı: iptal edilmiş sanılan bir fiş de geçerli, yanında %1. Geçmişte iki numara "
-        "da var. Birini yazarkasada iade edin.\n"
-        "paid: iade edildi."},
+        "A receipt of this sale was taken for cancelled, and counts. The history has its number; on record "
+        "is "
+        "%1. If the sale was made once more, or anew as another one, take one of the receipts back on the "
+        "register.\n"
+        "paid: that is seen to.",
+        "Bu satışın iptal edilmiş sanılan bir fişi geçerli. Numarası geçmişte; kayıttaki: %1. Satış yeniden "
+        "ya da ayrı bir satış olarak yapıldıysa fişlerden birini yazarkasada iade edin.\n"
+        "paid: gereği yapıldı."},
     Asked{Question::SlipPrinted,
           "It is not known whether the slip was printed. Look at the printer.\n"
           "paid: it was printed.\n"

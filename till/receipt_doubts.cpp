@@ -3,28 +3,57 @@
 #include "till/receipt_json.h"
 #include "till/receipt_work.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace Velno::Receipts {
 
 namespace {
 
-/** Whether it waits for a person, who has not answered yet, because of this receipt; so nothing has been sold
- * for it since. */
-bool waitsFor(const Order &order, const Attempt &doubt)
+/** How an order stands to a receipt of it that was taken for cancelled, or was unknown, and counts. */
+enum class Standing {
+    WaitsForIt,   ///< nothing has been told otherwise, and none of its receipts is known to count
+    ToldByPerson, ///< a person has said that it was closed
+    ToldUnsold,   ///< somebody has been told, or has said, that nothing was sold
+    Closed,       ///< on another receipt
+    UnderWay,     ///< on another receipt; whoever ends that finds this one
+};
+
+Standing standingOf(const Order &order)
 {
-    if (order.state != State::NeedsPerson || order.answer != Answer::None)
-        return false;
-    return order.question == Question::MoneyTaken
-               ? isNone(order.reference)
-               : order.question == Question::ReceiptUnknown && isSame(order.reference, doubt.reference);
+    const bool isAnswered = order.answer != Answer::None;
+    const bool hasReceipt = !isNone(order.reference);
+    switch (order.state) {
+    case State::Closed:
+        return hasReceipt ? Standing::Closed : Standing::ToldByPerson;
+    case State::NeedsPerson:
+        if (order.question == Question::CountedTwice)
+            return Standing::Closed;
+        if (order.question == Question::ReceiptUnknown || order.question == Question::MoneyTaken)
+            return Standing::WaitsForIt;
+        break;
+    case State::Accepted:
+    case State::Waiting:
+        if (!isAnswered && !hasReceipt)
+            return Standing::WaitsForIt;
+        break;
+    case State::Open:
+    case State::Cancelled:
+    case State::Refused:
+        break;
+    }
+    return hasReceipt ? Standing::UnderWay : Standing::ToldUnsold;
 }
 
-/** It counts, and a person need not say so. */
-void closeIt(Order *order, bool hasSlip)
+void closeOn(Order *order, const Attempt &known, const VelnoEcrSaleTotals &totals, bool hasSlip)
 {
+    order->reference = known.reference;
+    order->era = known.era;
+    order->totals = totals;
     order->state = State::Closed;
     order->question = Question::None;
+    order->answer = Answer::None;
     order->paper = Paper::Unsure;
     order->slipUnsure = hasSlip;
     order->giveBack = 0;
@@ -70,28 +99,74 @@ OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt, const VelnoEcrSa
     std::optional<Order> other = m_place.ledger.at(doubt.order);
     if (!other)
         return {};
-    const bool isWaitedFor = waitsFor(*other, doubt);
-    if (!isWaitedFor && isSame(other->reference, doubt.reference))
-        return {}; // a person has answered, and the work on it finds it so
+    const Standing standing = standingOf(*other);
+    if (standing == Standing::UnderWay)
+        return {};
     m_place.ledger.note(known);
     if (doubt.order == m_order.number) // it was sold once more
         return ask(Question::CountedTwice, text);
     other->changedAt = m_place.clock.now();
-    const Receipt receipt = readReceipt(other->content).value;
-    const bool isToldByPerson = other->state == State::Closed && isNone(other->reference);
-    if (isToldByPerson || isWaitedFor) {
-        other->reference = doubt.reference;
-        other->era = doubt.era;
+    if (standing == Standing::ToldByPerson) {
+        other->reference = known.reference;
+        other->era = known.era;
         other->totals = totals;
-    }
-    if (isWaitedFor && (isClosedAs(receipt, totals) || !m_place.rules.hold(Rule::CompareTotals)))
-        closeIt(&*other, receipt.slip.has_value());
-    else if (isWaitedFor)
-        askAbout(&*other, Question::NotOurs);
-    else if (!isToldByPerson)
+    } else if (standing == Standing::Closed) {
         askAbout(&*other, Question::CountedTwice);
+    } else {
+        const Receipt receipt = readReceipt(other->content).value;
+        closeOn(&*other, known, totals, receipt.slip.has_value());
+        if (standing == Standing::ToldUnsold)
+            askAbout(&*other, Question::CountedTwice);
+        else if (m_place.rules.hold(Rule::CompareTotals) && !isClosedAs(receipt, totals))
+            askAbout(&*other, Question::NotOurs);
+    }
     const Event event{other->changedAt, other->state, 0, 0, text, {}};
-    return m_place.ledger.save(*other, event, Durability::Flushed) ? End() : WorkEnd::LedgerFailed;
+    if (!m_place.ledger.save(*other, event, Durability::Flushed))
+        return WorkEnd::LedgerFailed;
+    m_place.tellOfOther(*other);
+    return {};
+}
+
+/** Nothing was sold for it, as far as is known. It may be some time since a receipt of it was taken for
+ * cancelled, so that is asked about once more before anybody is told. */
+OrderWork::End ReceiptWork::settleUnsold(const VelnoReceiptRef &justAsked)
+{
+    leaveNoneOpen();
+    if (m_place.rules.hold(Rule::AskDoubtsBeforeNo)) {
+        if (const End end = askAboutOwnDoubts(justAsked))
+            return end;
+    }
+    if (m_refusal)
+        return refuse(*m_refusal, m_refusalText);
+    return settle(State::Cancelled, u"dropped by a person"_s);
+}
+
+OrderWork::End ReceiptWork::askAboutOwnDoubts(const VelnoReceiptRef &justAsked)
+{
+    const bool isWord = m_isDropped && m_order.question != Question::None; // of whoever has looked
+    QList<Attempt> doubts = m_place.ledger.doubts();
+    doubts.removeIf([&](const Attempt &doubt) {
+        return doubt.order != m_order.number || isSame(doubt.reference, justAsked);
+    });
+    for (const Attempt &doubt : std::as_const(doubts)) {
+        Doubt asked{doubt.reference, m_place.ledger.lastClosed()};
+        asked.isEnded = !isNone(asked.known); // otherwise a person has been asked about it
+        View view;
+        const Looked looked = Look(m_place, m_register).at(asked, &view);
+        if (looked == Looked::Told && view.found != Found::Closed)
+            continue; // and is asked about behind the next receipt
+        if (isWord && (looked == Looked::Unproven || looked == Looked::Replaced))
+            continue; // the word goes before the no
+        if (looked != Looked::Told && looked != Looked::Unproven)
+            return endOf(looked);
+        m_order.reference = doubt.reference;
+        m_order.era = doubt.era;
+        if (looked == Looked::Unproven)
+            return concludeUnproven();
+        m_place.ledger.note(attempt(Fate::Closed)); // also when a person is asked about it now
+        return concludeClosed(view.totals);
+    }
+    return {};
 }
 
 } // namespace Velno::Receipts

@@ -248,14 +248,11 @@ OrderWork::End ReceiptWork::concludeCancelled(Fate fate)
                         m_place.rules.hold(Rule::CashOnlyIfAllowed);
     const bool isMoney = m_mayBePaid && !m_wordGiven && (isCard || isCash);
     m_order.giveBack = m_wordGiven && !m_isDropped ? 0 : std::max(m_order.giveBack, cashTaken());
+    const VelnoReceiptRef cancelled = m_order.reference;
     m_place.ledger.note(attempt(fate));
     forgetSale();
-    if (m_refusal)
-        return refuse(*m_refusal, m_refusalText);
-    if (m_isDropped) {
-        leaveNoneOpen();
-        return settle(State::Cancelled, u"dropped by a person, and cancelled on the register"_s);
-    }
+    if (m_refusal || (m_isDropped && !isMoney))
+        return settleUnsold(cancelled);
     if (isMoney)
         return ask(Question::MoneyTaken,
                    u"the register has cancelled it when something was, or may have been, paid"_s);

@@ -51,7 +51,8 @@ OrderWork::End ReceiptWork::takeAnswer()
         return WorkEnd::LedgerFailed;
     m_isDropped = answer == Answer::Drop;
     m_saidPaid = answer == Answer::Paid;
-    m_wordGiven = answer == Answer::SellAgain || answer == Answer::Drop;
+    // Whoever drops what only waits has looked at nothing.
+    m_wordGiven = m_order.question != Question::None && !m_saidPaid;
     return isNone(m_order.reference) ? answerWithoutReceipt() : End();
 }
 
@@ -86,7 +87,7 @@ OrderWork::End ReceiptWork::answerWithoutReceipt()
 
 OrderWork::End ReceiptWork::settleByWord()
 {
-    return m_saidPaid ? closeByWord() : settle(State::Cancelled, u"dropped by a person"_s);
+    return m_saidPaid ? closeByWord() : settleUnsold();
 }
 
 OrderWork::End ReceiptWork::goOn()

@@ -81,6 +81,8 @@ private:
     void forgetSale();
     void printSlip();
     End askAboutDoubts();
+    End settleUnsold(const VelnoReceiptRef &justAsked = {0, 0});
+    End askAboutOwnDoubts(const VelnoReceiptRef &justAsked);
     End doubtIsClosed(const Attempt &doubt, const VelnoEcrSaleTotals &totals);
     Attempt attempt(Fate fate) const;
     qint64 cashTaken() const;
@@ -96,7 +98,7 @@ private:
     bool m_mayBePaid = false; ///< with this reference, something that must not be entered again
     bool m_isDropped = false;
     bool m_isRestarting = false;    ///< what stands on the open sale is not wanted
-    bool m_wordGiven = false;       ///< a person has said that it was not closed
+    bool m_wordGiven = false;       ///< a person, who was asked, has said that it was not closed
     bool m_saidPaid = false;        ///< a person has said that it was done
     std::optional<Reply> m_refusal; ///< for which the sale is being cancelled
     QString m_refusalText;

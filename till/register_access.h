@@ -35,8 +35,9 @@ struct Workplace
     const Rules &rules;
     Clock &clock;
     Ledger &ledger;
-    const std::atomic<bool> &isStopping; ///< somebody wants the work to end soon
-    std::function<void(Stage)> tell;     ///< what goes on with the order at hand
+    const std::atomic<bool> &isStopping;            ///< somebody wants the work to end soon
+    std::function<void(Stage)> tell;                ///< what goes on with the order at hand
+    std::function<void(const Order &)> tellOfOther; ///< that another one has come to another state
 };
 
 /** The register behind velnoext.h, connected again whenever its connection is lost. */

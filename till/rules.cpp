@@ -25,6 +25,8 @@ constexpr std::array<RuleRow, size_t(Rule::Count)> table{{
      "Without a receipt to ask a counter-question about, a person has to look."},
     {Rule::AskDoubtsAgain, "ask-doubts-again",
      "A receipt that was taken for cancelled is asked about once more behind the next one that is closed."},
+    {Rule::AskDoubtsBeforeNo, "ask-doubts-before-no",
+     "Before it is told that nothing was sold, what was taken for cancelled is asked about once more."},
     {Rule::CardsNeverAgain, "cards-never-again",
      "A card that may have been charged on a cancelled receipt is a person's business."},
     {Rule::CashOnlyIfAllowed, "cash-only-if-allowed",

@@ -19,6 +19,7 @@ enum class Rule {
     TenRounds,
     KnownReceiptNeeded,
     AskDoubtsAgain,
+    AskDoubtsBeforeNo,
     CardsNeverAgain,
     CashOnlyIfAllowed,
     PaymentIntentionFlushed,

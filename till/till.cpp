@@ -108,6 +108,7 @@ struct Till::Inside
     }
 
     Outcome failed() { return {Result::LedgerFailed, {}, {ledger.problem()}}; }
+    void tell(const Order &order, Stage stage) const;
     WorkEnd workOn(Order &order);
     Result work(qint64 wanted);
 
@@ -118,7 +119,13 @@ struct Till::Inside
     StoppableClock clock;
     Ledger ledger;
     Listener listener;
-    Workplace place{meeting, rules, clock, ledger, isStopping, [](Stage) {}};
+    Workplace place{meeting,
+                    rules,
+                    clock,
+                    ledger,
+                    isStopping,
+                    [](Stage) {},
+                    [this](const Order &order) { tell(order, Stage::Settled); }};
     RegisterAccess reg{place};
     QMutex accepting;
     QMutex working;
@@ -208,12 +215,15 @@ Result Till::workOff()
     return m->work(0);
 }
 
+void Till::Inside::tell(const Order &order, Stage stage) const
+{
+    if (listener)
+        listener(order, stage);
+}
+
 WorkEnd Till::Inside::workOn(Order &order)
 {
-    place.tell = [this, &order](Stage stage) {
-        if (listener)
-            listener(order, stage);
-    };
+    place.tell = [this, &order](Stage stage) { tell(order, stage); };
     WorkEnd end = WorkEnd::Stopped;
     if (order.kind == Kind::Receipt) {
         ReceiptWork receipt(place, reg, order, mayHaveStarted);

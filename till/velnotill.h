@@ -91,7 +91,8 @@ typedef enum VelnoTillKind {
     VelnoTillKind_Slip = 3
 } VelnoTillKind;
 
-/** Where an order stands. Closed, cancelled and refused are settled: nothing more is done about it. */
+/** Where an order stands. Closed, cancelled and refused are settled: nothing more is done about it. Only when
+ * a receipt that was taken for cancelled turns out to count does a person come to be asked, CountedTwice. */
 typedef enum VelnoTillState {
     VelnoTillState_Accepted = 0, /**< on record; nothing has been done about it that is known */
     VelnoTillState_Open = 1,   /**< its fiscal receipt is open on the register, and its reference is known */
@@ -241,7 +242,8 @@ VELNOTILL_API int velnotill_close(VelnoTill *till);
 VELNOTILL_API void velnotill_interrupt(VelnoTill *till);
 
 /**
- * Is told what goes on with an order. Called on the thread that works, which goes on when it returns; may
+ * Is told what goes on with an order: the one that is worked on, and, with VelnoTillStage_Settled, another
+ * one that comes to another state by it. Called on the thread that works, which goes on when it returns; may
  * call velnotill_interrupt() and the functions for texts, and no other.
  *
  * @param key      lives until it returns

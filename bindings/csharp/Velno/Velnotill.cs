@@ -46,6 +46,8 @@ namespace Velno.Native
 
     /// <summary>
     /// Where an order stands. Closed, cancelled and refused are settled: nothing more is done about it.
+    /// Only when a receipt that was taken for cancelled turns out to count does a person come to be
+    /// asked, CountedTwice.
     /// </summary>
     public enum VelnoTillState
     {
@@ -225,8 +227,9 @@ namespace Velno.Native
     }
 
     /// <summary>
-    /// Is told what goes on with an order. Called on the thread that works, which goes on when it
-    /// returns; may call velnotill_interrupt() and the functions for texts, and no other.
+    /// Is told what goes on with an order: the one that is worked on, and, with VelnoTillStage_Settled,
+    /// another one that comes to another state by it. Called on the thread that works, which goes on
+    /// when it returns; may call velnotill_interrupt() and the functions for texts, and no other.
     /// key: lives until it returns
     /// stage: a VelnoTillStage
     /// outcome: the order as it is on record; lives until it returns

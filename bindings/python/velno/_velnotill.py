@@ -56,6 +56,8 @@ class VelnoTillKind(IntEnum):
 
 class VelnoTillState(IntEnum):
     """Where an order stands. Closed, cancelled and refused are settled: nothing more is done about it.
+    Only when a receipt that was taken for cancelled turns out to count does a person come to be asked,
+    CountedTwice.
     """
 
     # on record; nothing has been done about it that is known
@@ -318,8 +320,9 @@ check_layout(
 )
 
 
-# Is told what goes on with an order. Called on the thread that works, which goes on when it returns;
-# may call velnotill_interrupt() and the functions for texts, and no other.
+# Is told what goes on with an order: the one that is worked on, and, with VelnoTillStage_Settled,
+# another one that comes to another state by it. Called on the thread that works, which goes on when
+# it returns; may call velnotill_interrupt() and the functions for texts, and no other.
 VelnoTillListener = ctypes.CFUNCTYPE(
     None,
     ctypes.c_char_p,

@@ -84,7 +84,11 @@ public final class Velnotill {
         }
     }
 
-    /** Where an order stands. Closed, cancelled and refused are settled: nothing more is done about it. */
+    /**
+     * Where an order stands. Closed, cancelled and refused are settled: nothing more is done about it.
+     * Only when a receipt that was taken for cancelled turns out to count does a person come to be
+     * asked, CountedTwice.
+     */
     public enum VelnoTillState {
         /** on record; nothing has been done about it that is known */
         ACCEPTED(0),
@@ -627,8 +631,9 @@ public final class Velnotill {
     }
 
     /**
-     * Is told what goes on with an order. Called on the thread that works, which goes on when it
-     * returns; may call velnotill_interrupt() and the functions for texts, and no other.
+     * Is told what goes on with an order: the one that is worked on, and, with VelnoTillStage_Settled,
+     * another one that comes to another state by it. Called on the thread that works, which goes on
+     * when it returns; may call velnotill_interrupt() and the functions for texts, and no other.
      * key: lives until it returns
      * stage: a VelnoTillStage
      * outcome: the order as it is on record; lives until it returns
