@@ -41,13 +41,8 @@ struct Texts
     QString fromTheHighest = selectAttempts(u"era = ? ORDER BY first DESC, second DESC"_s);
     QString insertOrder = Receipts::insertOrder();
     QString updateOrder = Receipts::updateOrder();
-    QString insertEvent =
-        u"INSERT INTO history (order_number, line, %1) VALUES (?, (SELECT coalesce(max(line), 0) + 1"
-        " FROM history WHERE order_number = ?), ?, ?, ?, ?, ?, ?)"_s.arg(eventColumns());
-    QString insertAttempt =
-        u"INSERT INTO attempts (%1) VALUES (?, ?, ?, ?, ?) ON CONFLICT (era, first, second)"
-        " DO UPDATE SET fate = excluded.fate WHERE order_number = excluded.order_number"_s.arg(
-            attemptColumns());
+    QString insertEvent = Receipts::insertEvent();
+    QString insertAttempt = Receipts::insertAttempt();
 };
 
 const Texts &texts()

@@ -3,6 +3,7 @@
 #include "till/ledger_rows.h"
 
 #include <array>
+#include <charconv>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -34,6 +35,16 @@ QDateTime time(qint64 milliseconds)
 {
     return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
 }
+
+/** Numbers of an order that stay as it was accepted. */
+constexpr std::array<Column<Order>, 3> fixedNumbers{{
+    {"number", 1, Long::max(), [](const Order &o) { return o.number; },
+     [](Order &o, qint64 v) { o.number = v; }},
+    {"kind", 0, int(Kind::Slip), [](const Order &o) { return qint64(o.kind); },
+     [](Order &o, qint64 v) { o.kind = Kind(v); }},
+    {"accepted_at", Long::min(), Long::max(), [](const Order &o) { return milliseconds(o.acceptedAt); },
+     [](Order &o, qint64 v) { o.acceptedAt = time(v); }},
+}};
 
 /** What of an order changes while it is worked off. The register's own numbers may be any. */
 constexpr std::array<Column<Order>, 21> changing{{
@@ -106,7 +117,6 @@ constexpr std::array<Column<Attempt>, 5> numbersOfAttempts{{
 }};
 
 constexpr auto fixed = "key, kind, content, accepted_at"_L1;
-constexpr int firstChanging = 6; // behind the number, these four, and what kind of JSON the content is
 
 template <typename Row, size_t count>
 QString names(const std::array<Column<Row>, count> &columns, const QString &separator)
@@ -127,24 +137,52 @@ QVariantList values(const Row &row, const std::array<Column<Row>, count> &column
     return list;
 }
 
-std::optional<qint64> number(const QVariant &value, qint64 least, qint64 most)
+/** The columns' numbers as one text, such as [7,-1,0]. Of a row with a column for each, Qt would ask for the
+ * name, the type and the table of them all, which takes longer than all the rest of reading it. */
+template <typename... Columns>
+QString numbersAsText(const Columns &...columns)
 {
-    bool isNumber = false;
-    const qint64 read = value.toLongLong(&isNumber);
-    return isNumber && read >= least && read <= most ? std::optional(read) : std::nullopt;
+    return u"json_array(%1)"_s.arg(QStringList{names(columns, u", "_s)...}.join(u", "_s));
 }
 
-/** Reads the columns from this place on. @return false: one of them holds what was never written */
-template <typename Row, size_t count>
-bool take(const Statement &from, int place, const std::array<Column<Row>, count> &columns, Row &row)
+/** Reads such a text. */
+class Numbers
 {
-    for (const auto &column : columns) {
-        const auto value = number(from.value(place++), column.least, column.most);
-        if (!value)
-            return false;
-        column.take(row, *value);
+public:
+    explicit Numbers(const QVariant &text)
+        : m_text(text.toString().toLatin1())
+    {
     }
-    return true;
+
+    /** The next ones are those of these columns. @return false: one of them holds what was never written */
+    template <typename Row, size_t count>
+    bool take(const std::array<Column<Row>, count> &columns, Row &row)
+    {
+        for (const auto &column : columns) {
+            const auto value = next();
+            if (!value || *value < column.least || *value > column.most)
+                return false;
+            column.take(row, *value);
+        }
+        return true;
+    }
+
+private:
+    std::optional<qint64> next();
+
+    QByteArray m_text;
+    qsizetype m_before = 0; ///< where the bracket or the comma in front of the next one is
+};
+
+std::optional<qint64> Numbers::next()
+{
+    qint64 value = 0;
+    if (m_before >= m_text.size())
+        return std::nullopt;
+    const auto [end, error] = std::from_chars(m_text.cbegin() + m_before + 1, m_text.cend(), value);
+    const bool isWhole = error == std::errc() && end != m_text.cend() && (*end == ',' || *end == ']');
+    m_before = end - m_text.cbegin();
+    return isWhole ? std::optional(value) : std::nullopt;
 }
 
 } // namespace
@@ -152,25 +190,19 @@ bool take(const Statement &from, int place, const std::array<Column<Row>, count>
 QString orderColumns()
 {
     static const QString columns =
-        u"number, "_s + fixed + u", json_type(content), "_s + names(changing, u", "_s);
+        numbersAsText(fixedNumbers, changing) + u", key, content, json_type(content)"_s;
     return columns;
 }
 
 std::optional<Order> readOrder(const Statement &row)
 {
-    const auto orderNumber = number(row.value(0), 1, Long::max());
-    const auto kind = number(row.value(2), 0, int(Kind::Slip));
-    const auto accepted = number(row.value(4), Long::min(), Long::max());
+    Numbers numbers(row.value(0));
     Order order;
     order.key = row.value(1).toString();
-    order.content = row.value(3).toString().toUtf8();
-    if (!orderNumber || order.key.isEmpty() || !kind || row.value(5).toString() != u"object" || !accepted ||
-        !take(row, firstChanging, changing, order))
-        return std::nullopt;
-    order.number = *orderNumber;
-    order.kind = Kind(kind.value());
-    order.acceptedAt = time(*accepted);
-    return order;
+    order.content = row.value(2).toString().toUtf8();
+    const bool isWhole = numbers.take(fixedNumbers, order) && numbers.take(changing, order) &&
+                         !order.key.isEmpty() && row.value(3).toString() == u"object";
+    return isWhole ? std::optional(order) : std::nullopt;
 }
 
 QString insertOrder()
@@ -199,18 +231,24 @@ QVariantList changingOrder(const Order &order)
 
 QString eventColumns()
 {
-    return names(numbersOfEvents, u", "_s) + u", text, person"_s;
+    return numbersAsText(numbersOfEvents) + u", text, person"_s;
 }
 
 std::optional<Event> readEvent(const Statement &row)
 {
-    constexpr int texts = int(numbersOfEvents.size());
     Event event;
-    if (!take(row, 0, numbersOfEvents, event))
+    if (!Numbers(row.value(0)).take(numbersOfEvents, event))
         return std::nullopt;
-    event.text = row.value(texts).toString();
-    event.person = row.value(texts + 1).toString();
+    event.text = row.value(1).toString();
+    event.person = row.value(2).toString();
     return event;
+}
+
+QString insertEvent()
+{
+    return u"INSERT INTO history (order_number, line, %1, text, person) VALUES (?,"
+           " (SELECT coalesce(max(line), 0) + 1 FROM history WHERE order_number = ?), ?, ?, ?, ?, ?, ?)"_s
+               .arg(names(numbersOfEvents, u", "_s));
 }
 
 QVariantList wholeEvent(const Event &event)
@@ -222,14 +260,21 @@ QVariantList wholeEvent(const Event &event)
 
 QString attemptColumns()
 {
-    static const QString columns = names(numbersOfAttempts, u", "_s);
+    static const QString columns = numbersAsText(numbersOfAttempts);
     return columns;
 }
 
 std::optional<Attempt> readAttempt(const Statement &row)
 {
     Attempt attempt;
-    return take(row, 0, numbersOfAttempts, attempt) ? std::optional(attempt) : std::nullopt;
+    return Numbers(row.value(0)).take(numbersOfAttempts, attempt) ? std::optional(attempt) : std::nullopt;
+}
+
+QString insertAttempt()
+{
+    return u"INSERT INTO attempts (%1) VALUES (?, ?, ?, ?, ?) ON CONFLICT (era, first, second)"
+           " DO UPDATE SET fate = excluded.fate WHERE order_number = excluded.order_number"_s.arg(
+               names(numbersOfAttempts, u", "_s));
 }
 
 QVariantList wholeAttempt(const Attempt &attempt)

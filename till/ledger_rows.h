@@ -27,12 +27,18 @@ QVariantList changingOrder(const Order &order);
 
 QString eventColumns();
 std::optional<Event> readEvent(const Statement &row);
+
+/** Takes the order's number twice, and the values of wholeEvent(). */
+QString insertEvent();
 QVariantList wholeEvent(const Event &event);
 
 // Attempts -----------------------------------------------------------------------------------------------
 
 QString attemptColumns();
 std::optional<Attempt> readAttempt(const Statement &row);
+
+/** Takes the values of wholeAttempt(). Changes no row when the receipt is another order's. */
+QString insertAttempt();
 QVariantList wholeAttempt(const Attempt &attempt);
 
 } // namespace Velno::Receipts
