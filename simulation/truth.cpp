@@ -77,7 +77,8 @@ void Truth::notePrint(const Print &print)
         ++m_zReports;
     if (qstrcmp(print.kind, "slip") != 0)
         return;
-    for (const QString &line : print.lines)
+    const QStringList lines = print.lines();
+    for (const QString &line : lines)
         if (const QString text = line.trimmed(); text.startsWith(u'k')) {
             ++m_slips[keyIn(text)];
             return;

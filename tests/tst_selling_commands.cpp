@@ -463,11 +463,12 @@ void TestSellingCommands::theManualListsTheReasons()
 void TestSellingCommands::filesThatCannotBeWrittenAreTold()
 {
     const QTemporaryDir folder;
+    const Print print{"slip", 1, 0, [] { return QStringList(u"x"_s); }};
     ReceiptWriter writer({folder.filePath(u"gone"_s)});
-    const QString problem = writer.write({"slip", 1, 0, {u"x"_s}});
+    const QString problem = writer.write(print);
     QVERIFY2(problem.startsWith(folder.filePath(u"gone/000001-slip-Z1.txt cannot be written: "_s)),
              qPrintable(problem));
-    QVERIFY(ReceiptWriter(ReceiptFiles()).write({"slip", 1, 0, {u"x"_s}}).isEmpty());
+    QVERIFY(ReceiptWriter(ReceiptFiles()).write(print).isEmpty());
 }
 
 /** Good requests with bytes changed at random, whatever they then ask for: no sum ever disagrees. */

@@ -161,6 +161,31 @@ QStringList reportTexts(const DayTotals &day, qint64 grandTotal)
     return texts;
 }
 
+QStringList closedTexts(const Receipt &receipt, const QByteArray &serial)
+{
+    return receiptTexts(receipt) << sumTexts(receipt.sale) << taxTexts(receipt.sale.taxGroups()) << rule()
+                                 << foot(receipt.ref.z, serial);
+}
+
+QStringList cancelledTexts(const Receipt &receipt, const QByteArray &serial)
+{
+    return receiptTexts(receipt) << withAmount(u"TOPLAM"_s, receipt.sale.totals().total)
+                                 << centred(u"FİŞ İPTAL"_s) << centred(notFiscal) << rule()
+                                 << foot(receipt.ref.z, serial);
+}
+
+QStringList xReportTexts(const ZReport &report, const QByteArray &serial)
+{
+    return head(report.time) << QString() << centred(u"X RAPORU"_s) << centred(notFiscal) << rule()
+                             << reportTexts(report.day, report.grandTotal) << foot(report.z, serial);
+}
+
+QStringList zReportTexts(const ZReport &report, const QByteArray &serial)
+{
+    return head(report.time) << QString() << centred(u"GÜNLÜK MALİ Z RAPORU"_s) << rule()
+                             << reportTexts(report.day, report.grandTotal) << foot(report.z, serial);
+}
+
 } // namespace
 
 QStringList shopHead()
@@ -169,33 +194,28 @@ QStringList shopHead()
             centred(u"KADIKÖY V.D. 1234567890"_s)};
 }
 
+// A print outlives what it tells of: it has copies, which share the lines.
+
 Print receiptPrint(const Receipt &receipt, const QByteArray &serial)
 {
-    QStringList lines = receiptTexts(receipt);
-    lines << sumTexts(receipt.sale) << taxTexts(receipt.sale.taxGroups()) << rule()
-          << foot(receipt.ref.z, serial);
-    return {receipt.invoice ? "invoice" : "receipt", receipt.ref.z, receipt.ref.number, lines};
+    return {receipt.invoice ? "invoice" : "receipt", receipt.ref.z, receipt.ref.number,
+            [receipt, serial] { return closedTexts(receipt, serial); }};
 }
 
 Print cancelledPrint(const Receipt &receipt, const QByteArray &serial)
 {
-    QStringList lines = receiptTexts(receipt);
-    lines << withAmount(u"TOPLAM"_s, receipt.sale.totals().total) << centred(u"FİŞ İPTAL"_s)
-          << centred(notFiscal) << rule() << foot(receipt.ref.z, serial);
-    return {"cancelled", receipt.ref.z, receipt.ref.number, lines};
+    return {"cancelled", receipt.ref.z, receipt.ref.number,
+            [receipt, serial] { return cancelledTexts(receipt, serial); }};
 }
 
-Print xReportPrint(const DayTotals &day, qint32 z, qint64 time, qint64 grandTotal, const QByteArray &serial)
+Print xReportPrint(const ZReport &report, const QByteArray &serial)
 {
-    QStringList lines = head(time) << QString() << centred(u"X RAPORU"_s) << centred(notFiscal) << rule();
-    return {"x-report", z, 0, lines << reportTexts(day, grandTotal) << foot(z, serial)};
+    return {"x-report", report.z, 0, [report, serial] { return xReportTexts(report, serial); }};
 }
 
 Print zReportPrint(const ZReport &report, const QByteArray &serial)
 {
-    QStringList lines = head(report.time) << QString() << centred(u"GÜNLÜK MALİ Z RAPORU"_s) << rule();
-    return {"z-report", report.z, 0,
-            lines << reportTexts(report.day, report.grandTotal) << foot(report.z, serial)};
+    return {"z-report", report.z, 0, [report, serial] { return zReportTexts(report, serial); }};
 }
 
 } // namespace Simulator

@@ -16,8 +16,9 @@ QStringList shopHead();
 Print receiptPrint(const Receipt &receipt, const QByteArray &serial);
 Print cancelledPrint(const Receipt &receipt, const QByteArray &serial);
 
-/** An X report, which leaves everything as it was. @param grandTotal  of the Z reports so far */
-Print xReportPrint(const DayTotals &day, qint32 z, qint64 time, qint64 grandTotal, const QByteArray &serial);
+/** An X report, which leaves everything as it was. @param report  the sums so far; its grand total is that of
+ * the Z reports so far */
+Print xReportPrint(const ZReport &report, const QByteArray &serial);
 Print zReportPrint(const ZReport &report, const QByteArray &serial);
 
 } // namespace Simulator

@@ -51,7 +51,10 @@ ReceiptWriter::ReceiptWriter(const ReceiptFiles &files)
 
 QString ReceiptWriter::write(const Print &print)
 {
-    const QByteArray text = (print.lines.join(u'\n') + u'\n').toUtf8();
+    if (!m_files.show && m_files.folder.isEmpty())
+        return {};
+    const QStringList lines = print.lines();
+    const QByteArray text = (lines.join(u'\n') + u'\n').toUtf8();
     if (m_files.show) {
         std::fwrite(text.constData(), 1, size_t(text.size()), stderr);
         std::fputs("\n", stderr);
@@ -63,7 +66,7 @@ QString ReceiptWriter::write(const Print &print)
         name = nextName(print);
     QString problem = m_files.asText ? writeFile(name + u".txt"_s, text) : QString();
     if (problem.isEmpty() && m_files.draw)
-        problem = writeFile(name + u".png"_s, m_files.draw(print.lines));
+        problem = writeFile(name + u".png"_s, m_files.draw(lines));
     return problem;
 }
 

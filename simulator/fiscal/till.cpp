@@ -266,7 +266,7 @@ Refusal Till::printX()
 {
     if (const Refusal refusal = mayReport())
         return refusal;
-    print(xReportPrint(m_day, z(), m_clock(), m_journal.grandTotal(), m_serial));
+    print(xReportPrint({z(), m_clock(), m_day, m_journal.grandTotal()}, m_serial));
     return NotRefused;
 }
 
@@ -292,7 +292,7 @@ Refusal Till::printSlip(const QList<QByteArray> &lines, bool withHead)
     const QStringList text = slipText(lines, withHead);
     if (text.isEmpty())
         return SlipTooLong;
-    print({"slip", z(), 0, text});
+    print({"slip", z(), 0, [text] { return text; }});
     return NotRefused;
 }
 

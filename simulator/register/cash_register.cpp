@@ -217,14 +217,15 @@ Work CashRegister::workBehind(const ReceiptRef &sale, const SaleTotals &before) 
 void CashRegister::takePrint(const Print &print)
 {
     const QString kind = QString::fromLatin1(print.kind);
+    const QStringList lines = print.lines();
     ++m_work.prints;
-    m_work.lines += int(print.lines.size());
+    m_work.lines += int(lines.size());
     m_work.report = kind == u"z-report";
     if (const QString problem = m_receipts.write(print); !problem.isEmpty())
         m_events.write("error", {{"message", problem}});
     if (m_options.json) // a single line for people cannot show the printed lines
         m_events.write("printed",
-                       {{"kind", kind}, {"z", print.z}, {"receipt", print.number}, {"lines", print.lines}});
+                       {{"kind", kind}, {"z", print.z}, {"receipt", print.number}, {"lines", lines}});
     else
         m_events.write("printed", {{"kind", kind}, {"z", print.z}, {"receipt", print.number}});
     if (kind == u"receipt" || kind == u"invoice")
