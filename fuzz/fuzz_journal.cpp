@@ -2,7 +2,7 @@
 
 // A journal of which anything may have become on the disk: the file's bytes, or what stands in its tables.
 #include "fuzz/fuzz_input.h"
-#include "simulator/fiscal/journal.h"
+#include "simulator/fiscal/journal_file.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -71,7 +71,7 @@ void write(const QString &path, const QByteArray &bytes)
 QByteArray freshJournal(const QString &path)
 {
     {
-        Simulator::Journal journal;
+        Simulator::JournalFile journal;
         FUZZ_EXPECT(journal.open(path).isEmpty());
     }
     QFile file(path);
@@ -100,7 +100,7 @@ void fill(const QString &path, Fuzz::Input &input)
 /** What a register does with the journal that it has found. */
 void use(const QString &path)
 {
-    Simulator::Journal journal;
+    Simulator::JournalFile journal;
     if (!journal.open(path).isEmpty())
         return;
     FUZZ_EXPECT(journal.z() >= 1 && journal.lastZ() >= 0 && journal.grandTotal() >= 0);

@@ -34,7 +34,6 @@ struct BookedReport
 /** What a register has on record. */
 struct Books
 {
-    QString problem; ///< why they cannot be read
     QList<BookedReceipt> receipts;
     QList<BookedReport> reports;
 };

@@ -2,9 +2,6 @@
 
 #include "simulation/hindrances.h"
 
-#include <QSqlDatabase>
-#include <QSqlQuery>
-
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -60,7 +57,7 @@ bool Hindrances::begin(const Mishap &mishap, const CommandRow &command)
         return true;
     case MishapKind::JournalFull:
         m_journalUntil = until;
-        setJournalWritable(false);
+        m_register.model().journalInMemory().setWritable(false);
         return true;
     default:
         return false;
@@ -75,7 +72,7 @@ void Hindrances::easeUp()
     if (isOver(&m_stateUntil, now))
         leaveState();
     if (isOver(&m_journalUntil, now))
-        setJournalWritable(true);
+        m_register.model().journalInMemory().setWritable(true);
     m_refusals.removeIf([now](const Refused &refused) { return now >= refused.until; });
 }
 
@@ -122,7 +119,7 @@ void Hindrances::repair()
     if (m_stateUntil != 0)
         leaveState();
     if (m_journalUntil != 0)
-        setJournalWritable(true);
+        m_register.model().journalInMemory().setWritable(true);
     if (m_isLimitLow)
         m_register.model().setSaleLimit(usualLimit);
     m_paperUntil = m_stateUntil = m_journalUntil = 0;
@@ -134,12 +131,6 @@ void Hindrances::leaveState()
 {
     const bool isOpen = m_register.model().saleReference() != ReceiptRef();
     m_register.model().setState(isOpen ? State::SaleOpen : State::Idle);
-}
-
-void Hindrances::setJournalWritable(bool writable)
-{
-    QSqlQuery(QSqlDatabase::database(m_register.model().journalConnection()))
-        .exec(writable ? u"PRAGMA query_only = 0"_s : u"PRAGMA query_only = 1"_s);
 }
 
 } // namespace Simulation

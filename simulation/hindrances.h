@@ -54,7 +54,6 @@ private:
         qint64 until = 0;
     };
 
-    void setJournalWritable(bool writable);
     void leaveState();
 
     SimulatedRegister &m_register;

@@ -9,7 +9,6 @@
 #include <QTest>
 
 #include <limits>
-#include <memory>
 
 using namespace Simulator;
 using namespace Qt::StringLiterals;
@@ -39,7 +38,6 @@ private slots:
     void aFullDiskIsNoDamage();
     void aJournalServesOneRegister();
     void whatCannotBeWrittenDoesNotHappen();
-    void journalsInOneDatabaseKnowNothingOfEachOther();
 };
 
 namespace {
@@ -459,40 +457,6 @@ void TestJournal::whatCannotBeWrittenDoesNotHappen()
     }
     QCOMPARE(life.printZ(), NotRefused);
     QCOMPARE(life.z(), 2);
-}
-
-void TestJournal::journalsInOneDatabaseKnowNothingOfEachOther()
-{
-    constexpr qint32 highest = std::numeric_limits<qint32>::max();
-    const auto clock = [] { return TillAtHand::time; };
-    auto first = std::make_unique<Life>(QString());
-    Till second("UB1234567891", clock);
-    Till third("UB1234567892", clock);
-    second.openBeside(*first);
-    third.openBeside(second);
-    first->sell(bread, keyF10);
-    QVERIFY(second.isNew());
-    for (Till *till : {&second, &third}) {
-        QVERIFY(till != &third || till->setZ(highest));
-        QCOMPARE(till->press({'E'}), NotRefused);
-        QCOMPARE(till->reference(), (ReceiptRef{till->z(), 1}));
-        QCOMPARE(till->add({water}), NotRefused);
-    }
-    QCOMPARE(second.press({keyF11}), NotRefused);
-    QCOMPARE(first->receipt({1, 1})->total, 2500);
-    QCOMPARE(second.receipt({1, 1})->total, 500);
-    QVERIFY(!third.receipt({1, 1}));
-    QCOMPARE(first->printZ(), NotRefused);
-    QCOMPARE(first->z(), 2);
-    QCOMPARE(second.z(), 1);
-    QCOMPARE(second.day().total, 500);
-    first.reset(); // which opened the database
-    QCOMPARE(third.press({keyF10}), NotRefused);
-    QCOMPARE(third.receipt({highest, 1})->total, 500);
-    QVERIFY(!second.receipt({highest, 1}));
-    QCOMPARE(second.printZ(), NotRefused);
-    QCOMPARE(second.lastZ(), TillAtHand::time);
-    QCOMPARE(third.lastZ(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestJournal)

@@ -52,15 +52,6 @@ FiscalModel::FiscalModel(const QByteArray &serial, const QString &journal)
     m_till.setSaleLimit(usualSaleLimit);
 }
 
-FiscalModel::FiscalModel(const QByteArray &serial, FiscalModel &neighbour)
-    : m_till(serial, [this] { return now(); })
-    , m_journalProblem(neighbour.journalProblem())
-{
-    if (m_journalProblem.isEmpty())
-        m_till.openBeside(neighbour.m_till);
-    m_till.setSaleLimit(usualSaleLimit);
-}
-
 State FiscalModel::state() const
 {
     if (m_elsewhere)

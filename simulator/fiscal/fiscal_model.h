@@ -50,17 +50,15 @@ public:
      */
     explicit FiscalModel(const QByteArray &serial = "UB0000000000", const QString &journal = {});
 
-    /** One of many in a process: its journal is kept in memory beside another's, whose own is. */
-    FiscalModel(const QByteArray &serial, FiscalModel &neighbour);
-
     /** What is wrong with the journal; nothing may be asked then. Empty when nothing is wrong. */
     const QString &journalProblem() const { return m_journalProblem; }
 
     /** What the operator should know of it; usually empty. */
-    const QString &journalWarning() const { return m_till.journalWarning(); }
+    QString journalWarning() const { return m_till.journalWarning(); }
 
-    /** Its journal in QSqlDatabase, for whoever checks what is on record. */
-    const QString &journalConnection() const { return m_till.journalConnection(); }
+    /** Its journal while that is no file, for whoever checks what is on record. */
+    JournalInMemory &journalInMemory() { return m_till.journalInMemory(); }
+    const JournalInMemory &journalInMemory() const { return m_till.journalInMemory(); }
 
     // An application asks -----------------------------------------------------------------------------
 

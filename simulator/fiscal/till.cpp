@@ -28,10 +28,15 @@ Till::Till(const QByteArray &serial, Clock clock)
 
 QString Till::open(const QString &journalFile)
 {
-    QString problem = m_journal.open(journalFile);
-    if (problem.isEmpty())
-        m_day = m_journal.day(z()).value_or(DayTotals());
-    return problem;
+    if (journalFile.isEmpty())
+        return {};
+    auto file = std::make_unique<JournalFile>();
+    if (QString problem = file->open(journalFile); !problem.isEmpty())
+        return problem;
+    m_file = std::move(file);
+    m_journal = m_file.get();
+    m_day = m_journal->day(z()).value_or(DayTotals());
+    return {};
 }
 
 Refusal Till::press(const QList<qint32> &keys)
@@ -105,7 +110,7 @@ Refusal Till::begin(bool withInvoice)
     if (!hasPaper())
         return PaperOut;
     const qint64 now = m_clock();
-    const ReceiptRef ref = m_journal.begin(withInvoice, now);
+    const ReceiptRef ref = m_journal->begin(withInvoice, now);
     if (ref == ReceiptRef())
         return JournalUnwritable;
     m_open = Receipt{ref, Sale(m_saleLimit), now, 0, withInvoice, {}};
@@ -153,7 +158,7 @@ Refusal Till::close(PaymentKind rest, const std::optional<Invoice> &invoice)
         return refusal;
     receipt.closed = m_clock();
     receipt.invoice = invoice;
-    if (!m_journal.close(receipt))
+    if (!m_journal->close(receipt))
         return JournalUnwritable;
     m_day.add(receipt);
     leaveSale();
@@ -166,7 +171,7 @@ Refusal Till::cancel()
 {
     Receipt receipt = *m_open;
     receipt.closed = m_clock();
-    if (!m_journal.cancel(receipt.ref, receipt.closed))
+    if (!m_journal->cancel(receipt.ref, receipt.closed))
         return JournalUnwritable;
     ++m_day.cancelled;
     leaveSale();
@@ -252,7 +257,7 @@ std::optional<SaleTotals> Till::receipt(const ReceiptRef &ref) const
 {
     if (m_last && m_last->ref == ref)
         return m_last->sale.totals();
-    return ref == reference() ? std::nullopt : m_journal.find(ref);
+    return ref == reference() ? std::nullopt : m_journal->find(ref);
 }
 
 Refusal Till::mayReport() const
@@ -266,7 +271,7 @@ Refusal Till::printX()
 {
     if (const Refusal refusal = mayReport())
         return refusal;
-    print(xReportPrint({z(), m_clock(), m_day, m_journal.grandTotal()}, m_serial));
+    print(xReportPrint({z(), m_clock(), m_day, m_journal->grandTotal()}, m_serial));
     return NotRefused;
 }
 
@@ -276,11 +281,11 @@ Refusal Till::printZ()
         return refusal;
     if (z() == std::numeric_limits<qint32>::max())
         return ZNumbersUsedUp;
-    const ZReport report{z(), m_clock(), m_day, m_journal.grandTotal() + m_day.total};
-    if (!m_journal.close(report))
+    const ZReport report{z(), m_clock(), m_day, m_journal->grandTotal() + m_day.total};
+    if (!m_journal->close(report))
         return JournalUnwritable;
     // The next report has receipts when its number was in use before.
-    m_day = m_journal.day(z()).value_or(DayTotals());
+    m_day = m_journal->day(z()).value_or(DayTotals());
     print(zReportPrint(report, m_serial));
     return NotRefused;
 }
@@ -309,7 +314,7 @@ void Till::print(const Print &print)
 
 void Till::restart()
 {
-    if (m_open && m_journal.cancel(m_open->ref, m_clock()))
+    if (m_open && m_journal->cancel(m_open->ref, m_clock()))
         ++m_day.cancelled;
     m_last.reset();
     leaveSale();
@@ -336,8 +341,8 @@ bool Till::goTo(Screen screen)
 
 bool Till::setZ(qint32 z)
 {
-    const auto day = m_journal.day(z);
-    if (m_open || z < 1 || !day || !m_journal.setZ(z))
+    const auto day = m_journal->day(z);
+    if (m_open || z < 1 || !day || !m_journal->setZ(z))
         return false;
     m_day = *day;
     return true;

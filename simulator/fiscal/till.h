@@ -2,7 +2,8 @@
 
 #pragma once
 
-#include "simulator/fiscal/journal.h"
+#include "simulator/fiscal/journal_file.h"
+#include "simulator/fiscal/journal_in_memory.h"
 #include "simulator/fiscal/keyboard.h"
 #include "simulator/fiscal/print.h"
 
@@ -26,13 +27,14 @@ public:
     /** What the printer prints goes here; without it, nowhere. */
     void setOutput(Output output) { m_output = std::move(output); }
 
-    /** To be called first. @return an empty text, or what is wrong with the journal */
+    /** To be called first. @param journalFile  empty: kept in memory. @return an empty text, or what is wrong
+     * with it */
     QString open(const QString &journalFile);
+    QString journalWarning() const { return m_file ? m_file->warning() : QString(); }
 
-    /** In place of that: its journal, in memory, beside that of another till. */
-    void openBeside(Till &other) { m_journal.openBeside(other.m_journal); }
-    const QString &journalWarning() const { return m_journal.warning(); }
-    const QString &journalConnection() const { return m_journal.connection(); }
+    /** Its journal while that is no file. */
+    JournalInMemory &journalInMemory() { return m_memory; }
+    const JournalInMemory &journalInMemory() const { return m_memory; }
 
     // The keyboard ---------------------------------------------------------------------------------------
 
@@ -83,8 +85,8 @@ public:
 
     std::optional<SaleTotals> receipt(const ReceiptRef &ref) const;
     const DayTotals &day() const { return m_day; }
-    qint32 z() const { return m_journal.z(); }
-    qint64 lastZ() const { return m_journal.lastZ(); }
+    qint32 z() const { return m_journal->z(); }
+    qint64 lastZ() const { return m_journal->lastZ(); }
 
     // The printer ----------------------------------------------------------------------------------------
 
@@ -105,7 +107,7 @@ public:
     void restart();
 
     /** Whether no receipt and no report is on record. */
-    bool isNew() const { return m_journal.isNew(); }
+    bool isNew() const { return m_journal->isNew(); }
 
     /** Unlimited paper, none, or paper for so many prints. */
     void setPaper(int prints) { m_papersLeft = prints; }
@@ -117,7 +119,7 @@ public:
 
     /** @return false while a sale is open, for a number below 1 or of a report that has been made */
     bool setZ(qint32 z);
-    bool setLastZ(qint64 time) { return m_journal.setLastZ(time); }
+    bool setLastZ(qint64 time) { return m_journal->setLastZ(time); }
 
 private:
     Refusal pressOne(qint32 key);
@@ -138,7 +140,9 @@ private:
     QByteArray m_serial;
     Clock m_clock;
     Output m_output;
-    Journal m_journal;
+    JournalInMemory m_memory;
+    std::unique_ptr<JournalFile> m_file;
+    Journal *m_journal = &m_memory; ///< the one in use
     DayTotals m_day;
     std::optional<Receipt> m_open;
     std::optional<Receipt> m_last; ///< closed last, since the power has come

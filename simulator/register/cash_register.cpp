@@ -29,10 +29,9 @@ std::chrono::milliseconds delayOf(const Faults &faults)
 
 } // namespace
 
-CashRegister::CashRegister(const RegisterOptions &options, CashRegister *neighbour)
+CashRegister::CashRegister(const RegisterOptions &options)
     : m_options(options)
-    , m_model(neighbour ? FiscalModel(options.serial, neighbour->m_model)
-                        : FiscalModel(options.serial, options.journal))
+    , m_model(options.serial, options.journal)
     , m_receipts(options.receipts)
     , m_events(options.json, options.registers > 1 ? options.serial : QByteArray())
     , m_pairing(m_options.serial, m_options.credentials, m_options.appHash, m_options.faults)

@@ -21,8 +21,7 @@ class CashRegister : public QObject
     Q_OBJECT
 
 public:
-    /** @param neighbour  in the same process; the journals of both are in memory, in one place */
-    explicit CashRegister(const RegisterOptions &options, CashRegister *neighbour = nullptr);
+    explicit CashRegister(const RegisterOptions &options);
 
     /** To be called first. @return an empty text, or why it cannot be what it was asked to be */
     QString prepare();

@@ -36,9 +36,7 @@ RegisterProgram::RegisterProgram(const RegisterOptions &options, QObject *parent
     , m_events(options.json)
 {
     for (int place = 0; place < options.registers; ++place) {
-        CashRegister *const first = place > 0 ? m_registers.front().get() : nullptr;
-        auto &added =
-            m_registers.emplace_back(std::make_unique<CashRegister>(optionsOf(options, place), first));
+        auto &added = m_registers.emplace_back(std::make_unique<CashRegister>(optionsOf(options, place)));
         connect(added.get(), &CashRegister::receiptClosed, this, &RegisterProgram::takeClosing);
         connect(added.get(), &CashRegister::talked, this, &RegisterProgram::takeTalk);
         connect(added.get(), &CashRegister::finished, this, &RegisterProgram::end);

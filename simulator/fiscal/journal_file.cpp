@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "simulator/fiscal/journal.h"
+#include "simulator/fiscal/journal_file.h"
 
 #include "simulator/common/private_file.h"
 #include "translations/spoken.h"
@@ -25,7 +25,6 @@ constexpr int layoutVersion = 1;
 
 enum Status { Open = 0, Closed = 1, Cancelled = 2 };
 
-constexpr qint64 shelfSize = qint64(1) << 32; // more than there are Z numbers
 constexpr qint64 mostInt = std::numeric_limits<qint32>::max();
 // More money than any shop takes, and room above it for two such sums and every receipt to come.
 constexpr qint64 mostMoney = std::numeric_limits<qint64>::max() / 4;
@@ -91,7 +90,7 @@ std::optional<qint64> number(const QSqlDatabase &database, const QString &questi
 } // namespace
 
 /** Prepared once: a sale on record takes a dozen of them. */
-struct Journal::Statements
+struct JournalFile::Statements
 {
     explicit Statements(const QSqlDatabase &opened)
         : database(opened)
@@ -107,7 +106,6 @@ struct Journal::Statements
     }
 
     QSqlDatabase database;
-    int journals = 1; ///< in the database
     QSqlQuery counter = prepared(u"REPLACE INTO counters VALUES (:name, :value)"_s);
     QSqlQuery nextNumber = prepared(u"SELECT coalesce(max(number), 0) + 1 FROM receipts WHERE z = :z"_s);
     QSqlQuery begin = prepared(u"INSERT INTO receipts (z, number, status, opened, with_invoice)"
@@ -132,41 +130,19 @@ struct Journal::Statements
                               " WHERE z = :z AND number = :number AND status = 1"_s);
 };
 
-Journal::Journal()
+JournalFile::JournalFile()
     : m_connection(QUuid::createUuid().toString())
 {
 }
 
-Journal::~Journal()
+JournalFile::~JournalFile()
 {
-    const bool isLast = m_statements.use_count() <= 1;
     m_statements.reset();
     m_database = {};
-    if (isLast)
-        QSqlDatabase::removeDatabase(m_connection);
+    QSqlDatabase::removeDatabase(m_connection);
 }
 
-void Journal::openBeside(Journal &other)
-{
-    m_connection = other.m_connection;
-    m_database = other.m_database;
-    m_statements = other.m_statements;
-    m_shelf = m_statements->journals++;
-}
-
-/** Each journal of a database has a range of Z numbers; the only one of a file has those that it tells. */
-qint64 Journal::key(qint32 z) const
-{
-    return m_shelf * shelfSize + z;
-}
-
-QString Journal::counterName(const char *name) const
-{
-    const QString text = QString::fromLatin1(name);
-    return m_shelf == 0 ? text : text + u'@' + QString::number(m_shelf);
-}
-
-QString Journal::open(const QString &file)
+QString JournalFile::open(const QString &file)
 {
     QString problem = connect(file);
     if (problem.isEmpty())
@@ -175,23 +151,23 @@ QString Journal::open(const QString &file)
 }
 
 /** Takes up what an earlier program left. Returns what was wrong, or nothing. */
-QString Journal::resume()
+QString JournalFile::resume()
 {
-    m_statements = std::make_shared<Statements>(m_database);
-    if (!readCounters() || isMade(m_z) || !day(m_z))
+    m_statements = std::make_unique<Statements>(m_database);
+    if (!readCounters() || isMade(z()) || !day(z()))
         return Spoken::tr("it is damaged");
     // A sale that was open when the program ended belongs to no session any more: it is cancelled.
     return execute({u"UPDATE receipts SET status = 2, closed = opened WHERE status = 0"_s});
 }
 
 /** Returns what was wrong, or nothing. */
-QString Journal::connect(const QString &file)
+QString JournalFile::connect(const QString &file)
 {
     // Before SQLite creates it: what SQLite lays beside it gets the same permissions.
-    if (QFile created(file); !file.isEmpty() && !created.exists())
+    if (QFile created(file); !created.exists())
         createPrivate(created); // when that fails, so does opening it
     m_database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
-    m_database.setDatabaseName(file.isEmpty() ? u":memory:"_s : file);
+    m_database.setDatabaseName(file);
     m_database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=0"_s);
     if (!m_database.open())
         return m_database.lastError().text();
@@ -213,10 +189,8 @@ QString Journal::connect(const QString &file)
 }
 
 /** One that an earlier program, or somebody else, has left open to others. */
-void Journal::tighten(const QString &file)
+void JournalFile::tighten(const QString &file)
 {
-    if (file.isEmpty())
-        return;
     if (const QString log = file + u"-wal"_s; QFile::exists(log))
         makePrivate(log); // SQLite has made it as open as the journal was
     if (isPrivate(file))
@@ -227,7 +201,7 @@ void Journal::tighten(const QString &file)
 }
 
 /** One after the other. Returns what was wrong, or nothing. */
-QString Journal::set(const QStringList &statements)
+QString JournalFile::set(const QStringList &statements)
 {
     QSqlQuery query(m_database);
     for (const QString &text : statements)
@@ -237,7 +211,7 @@ QString Journal::set(const QStringList &statements)
 }
 
 /** All or nothing. Returns what was wrong, or nothing. */
-QString Journal::execute(const QStringList &statements)
+QString JournalFile::execute(const QStringList &statements)
 {
     const QString problem = set(QStringList{u"BEGIN"_s} + statements + QStringList{u"COMMIT"_s});
     if (!problem.isEmpty())
@@ -246,7 +220,7 @@ QString Journal::execute(const QStringList &statements)
 }
 
 template <typename Change>
-bool Journal::inTransaction(Change change)
+bool JournalFile::inTransaction(Change change)
 {
     if (!m_database.transaction())
         return false;
@@ -257,12 +231,12 @@ bool Journal::inTransaction(Change change)
 }
 
 /** @return false also when a counter is what this program never writes */
-bool Journal::readCounters()
+bool JournalFile::readCounters()
 {
     const auto counter = [this](const char *name, qint64 least, qint64 most) {
         auto value =
             number(m_database, u"SELECT coalesce((SELECT value FROM counters WHERE name = '%1'), %2)"_s
-                                   .arg(counterName(name))
+                                   .arg(QLatin1StringView(name))
                                    .arg(least));
         if (value && (*value < least || *value > most))
             value.reset();
@@ -273,66 +247,63 @@ bool Journal::readCounters()
     const auto grandTotal = counter("grand_total", 0, mostMoney);
     if (!z || !lastZ || !grandTotal)
         return false;
-    m_z = qint32(*z);
-    m_lastZ = *lastZ;
-    m_grandTotal = *grandTotal;
+    setCounters({qint32(*z), *lastZ, *grandTotal});
     return true;
 }
 
-bool Journal::isNew() const
+bool JournalFile::isNew() const
 {
-    return number(m_database, u"SELECT (SELECT count(*) FROM receipts WHERE z BETWEEN %1 AND %2)"
-                              " + (SELECT count(*) FROM z_reports WHERE z BETWEEN %1 AND %2)"_s.arg(key(0))
-                                  .arg(key(qint32(mostInt)))) == 0;
+    return number(m_database, u"SELECT (SELECT count(*) FROM receipts)"
+                              " + (SELECT count(*) FROM z_reports)"_s) == 0;
 }
 
-bool Journal::writeCounter(const char *name, qint64 value)
+bool JournalFile::writeCounter(const QString &name, qint64 value)
 {
-    return run(m_statements->counter, {{u":name"_s, counterName(name)}, {u":value"_s, value}});
+    return run(m_statements->counter, {{u":name"_s, name}, {u":value"_s, value}});
 }
 
 /** True also when that cannot be read. */
-bool Journal::isMade(qint32 z) const
+bool JournalFile::isMade(qint32 z) const
 {
-    return number(m_database, u"SELECT count(*) FROM z_reports WHERE z = %1"_s.arg(key(z))) != 0;
+    return number(m_database, u"SELECT count(*) FROM z_reports WHERE z = %1"_s.arg(z)) != 0;
 }
 
-bool Journal::setZ(qint32 z)
+bool JournalFile::setZ(qint32 z)
 {
-    if (isMade(z) || !writeCounter("z", z))
+    if (isMade(z) || !writeCounter(u"z"_s, z))
         return false;
-    m_z = z;
+    setCounters({z, lastZ(), grandTotal()});
     return true;
 }
 
-bool Journal::setLastZ(qint64 time)
+bool JournalFile::setLastZ(qint64 time)
 {
-    if (!writeCounter("last_z", time))
+    if (!writeCounter(u"last_z"_s, time))
         return false;
-    m_lastZ = time;
+    setCounters({z(), time, grandTotal()});
     return true;
 }
 
-ReceiptRef Journal::begin(bool withInvoice, qint64 time)
+ReceiptRef JournalFile::begin(bool withInvoice, qint64 time)
 {
     QSqlQuery &next = m_statements->nextNumber;
-    if (!run(next, {{u":z"_s, key(m_z)}}) || !next.next())
+    if (!run(next, {{u":z"_s, z()}}) || !next.next())
         return {};
-    const ReceiptRef ref{m_z, next.value(0).toInt()};
+    const ReceiptRef ref{z(), next.value(0).toInt()};
     next.finish();
-    const bool isBegun = run(m_statements->begin, {{u":z"_s, key(ref.z)},
+    const bool isBegun = run(m_statements->begin, {{u":z"_s, ref.z},
                                                    {u":number"_s, ref.number},
                                                    {u":opened"_s, time},
                                                    {u":with_invoice"_s, withInvoice}});
     return isBegun ? ref : ReceiptRef();
 }
 
-bool Journal::close(const Receipt &receipt)
+bool JournalFile::close(const Receipt &receipt)
 {
     return inTransaction([&] { return writeReceipt(receipt); });
 }
 
-bool Journal::writeReceipt(const Receipt &receipt)
+bool JournalFile::writeReceipt(const Receipt &receipt)
 {
     if (!writeSums(receipt))
         return false;
@@ -350,7 +321,7 @@ bool Journal::writeReceipt(const Receipt &receipt)
     return true;
 }
 
-bool Journal::writeSums(const Receipt &receipt)
+bool JournalFile::writeSums(const Receipt &receipt)
 {
     const SaleTotals sums = receipt.sale.totals();
     const auto &invoice = receipt.invoice;
@@ -368,14 +339,14 @@ bool Journal::writeSums(const Receipt &receipt)
                              {u":invoice_reference"_s, invoice ? QVariant(invoice->reference) : QVariant()},
                              {u":customer"_s, invoice ? QVariant(invoice->idNumber) : QVariant()},
                              {u":delivers"_s, invoice ? QVariant(invoice->delivers) : QVariant()},
-                             {u":z"_s, key(receipt.ref.z)},
+                             {u":z"_s, receipt.ref.z},
                              {u":number"_s, receipt.ref.number}});
     return isDone && m_statements->close.numRowsAffected() == 1;
 }
 
-bool Journal::writeLine(const ReceiptRef &ref, int index, const SaleLine &line)
+bool JournalFile::writeLine(const ReceiptRef &ref, int index, const SaleLine &line)
 {
-    return run(m_statements->line, {{u":z"_s, key(ref.z)},
+    return run(m_statements->line, {{u":z"_s, ref.z},
                                     {u":number"_s, ref.number},
                                     {u":line"_s, index},
                                     {u":name"_s, line.name},
@@ -390,9 +361,9 @@ bool Journal::writeLine(const ReceiptRef &ref, int index, const SaleLine &line)
                                     {u":deleted"_s, line.deleted}});
 }
 
-bool Journal::writePayment(const ReceiptRef &ref, int index, const Payment &payment)
+bool JournalFile::writePayment(const ReceiptRef &ref, int index, const Payment &payment)
 {
-    return run(m_statements->payment, {{u":z"_s, key(ref.z)},
+    return run(m_statements->payment, {{u":z"_s, ref.z},
                                        {u":number"_s, ref.number},
                                        {u":payment"_s, index},
                                        {u":card"_s, payment.kind == PaymentKind::Card},
@@ -400,37 +371,34 @@ bool Journal::writePayment(const ReceiptRef &ref, int index, const Payment &paym
                                        {u":acquirer"_s, payment.acquirer}});
 }
 
-bool Journal::writeTax(const ReceiptRef &ref, int rate, const TaxGroup &group)
+bool JournalFile::writeTax(const ReceiptRef &ref, int rate, const TaxGroup &group)
 {
-    return run(m_statements->tax, {{u":z"_s, key(ref.z)},
+    return run(m_statements->tax, {{u":z"_s, ref.z},
                                    {u":number"_s, ref.number},
                                    {u":rate"_s, rate},
                                    {u":total"_s, group.total},
                                    {u":tax"_s, group.tax}});
 }
 
-bool Journal::cancel(const ReceiptRef &ref, qint64 time)
+bool JournalFile::cancel(const ReceiptRef &ref, qint64 time)
 {
-    return run(m_statements->cancel,
-               {{u":closed"_s, time}, {u":z"_s, key(ref.z)}, {u":number"_s, ref.number}}) &&
+    return run(m_statements->cancel, {{u":closed"_s, time}, {u":z"_s, ref.z}, {u":number"_s, ref.number}}) &&
            m_statements->cancel.numRowsAffected() == 1;
 }
 
-bool Journal::close(const ZReport &report)
+bool JournalFile::close(const ZReport &report)
 {
     qint32 next = 0;
     if (!inTransaction([&] { return writeReport(report, next); }))
         return false;
-    m_z = next;
-    m_lastZ = report.time;
-    m_grandTotal = report.grandTotal;
+    setCounters({next, report.time, report.grandTotal});
     return true;
 }
 
-bool Journal::writeReport(const ZReport &report, qint32 &next)
+bool JournalFile::writeReport(const ZReport &report, qint32 &next)
 {
     const DayTotals &day = report.day;
-    if (!run(m_statements->report, {{u":z"_s, key(report.z)},
+    if (!run(m_statements->report, {{u":z"_s, report.z},
                                     {u":time"_s, report.time},
                                     {u":receipts"_s, day.receipts},
                                     {u":invoices"_s, day.invoices},
@@ -443,23 +411,22 @@ bool Journal::writeReport(const ZReport &report, qint32 &next)
                                     {u":grand_total"_s, report.grandTotal}}))
         return false;
     // Where its operator has set the number back, the reports behind this one may have been made already.
-    const auto last =
-        number(m_database, u"SELECT min(z) FROM z_reports AS made WHERE z >= %1 AND NOT EXISTS"
-                           " (SELECT 1 FROM z_reports WHERE z = made.z + 1)"_s.arg(key(report.z)));
-    next = qint32(last.value_or(key(report.z)) - key(0)) + 1;
-    return last && writeCounter("z", next) && writeCounter("last_z", report.time) &&
-           writeCounter("grand_total", report.grandTotal);
+    const auto last = number(m_database, u"SELECT min(z) FROM z_reports AS made WHERE z >= %1 AND NOT EXISTS"
+                                         " (SELECT 1 FROM z_reports WHERE z = made.z + 1)"_s.arg(report.z));
+    next = qint32(last.value_or(report.z)) + 1;
+    return last && writeCounter(u"z"_s, next) && writeCounter(u"last_z"_s, report.time) &&
+           writeCounter(u"grand_total"_s, report.grandTotal);
 }
 
-std::optional<DayTotals> Journal::day(qint32 z) const
+std::optional<DayTotals> JournalFile::day(qint32 z) const
 {
     QSqlQuery sums(m_database);
     const auto cancelled =
-        number(m_database, u"SELECT count(*) FROM receipts WHERE status = 2 AND z = %1"_s.arg(key(z)));
+        number(m_database, u"SELECT count(*) FROM receipts WHERE status = 2 AND z = %1"_s.arg(z));
     if (!cancelled ||
         !sums.exec(u"SELECT count(*), count(invoice_type), coalesce(sum(total), 0), coalesce(sum(tax), 0),"
                    " coalesce(sum(cash - change), 0), coalesce(sum(card), 0), coalesce(sum(contribution), 0)"
-                   " FROM receipts WHERE status = 1 AND z = %1"_s.arg(key(z))) ||
+                   " FROM receipts WHERE status = 1 AND z = %1"_s.arg(z)) ||
         !sums.next())
         return std::nullopt;
     DayTotals day;
@@ -473,10 +440,10 @@ std::optional<DayTotals> Journal::day(qint32 z) const
     return good && readTaxes(z, day.taxGroups) ? std::optional(day) : std::nullopt;
 }
 
-bool Journal::readTaxes(qint32 z, TaxGroups &groups) const
+bool JournalFile::readTaxes(qint32 z, TaxGroups &groups) const
 {
     QSqlQuery taxes(m_database);
-    if (!taxes.exec(u"SELECT rate, sum(total), sum(tax) FROM taxes WHERE z = %1 GROUP BY rate"_s.arg(key(z))))
+    if (!taxes.exec(u"SELECT rate, sum(total), sum(tax) FROM taxes WHERE z = %1 GROUP BY rate"_s.arg(z)))
         return false;
     while (taxes.next()) {
         TaxGroup &group = groups[taxes.value(0).toInt()];
@@ -486,10 +453,10 @@ bool Journal::readTaxes(qint32 z, TaxGroups &groups) const
     return !taxes.lastError().isValid();
 }
 
-std::optional<SaleTotals> Journal::find(const ReceiptRef &ref) const
+std::optional<SaleTotals> JournalFile::find(const ReceiptRef &ref) const
 {
     QSqlQuery &query = m_statements->find;
-    if (!run(query, {{u":z"_s, key(ref.z)}, {u":number"_s, ref.number}}) || !query.next())
+    if (!run(query, {{u":z"_s, ref.z}, {u":number"_s, ref.number}}) || !query.next())
         return std::nullopt;
     const SaleTotals totals{query.value(0).toLongLong(), query.value(1).toLongLong(),
                             query.value(2).toLongLong(), query.value(3).toLongLong(),
