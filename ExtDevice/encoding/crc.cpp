@@ -8,7 +8,7 @@ namespace Velno {
 
 namespace {
 
-constexpr int stride = 4;
+constexpr int stride = 8;
 using Table = std::array<quint16, 256>;
 
 /** tables[n][b]: what byte b does to the remainder when n more bytes follow it. */
@@ -37,8 +37,9 @@ quint16 crc16(QByteArrayView data)
     unsigned int crc = 0xFFFF;
     qsizetype i = 0;
     for (; data.size() - i >= stride; i += stride)
-        crc = tables[3][(crc ^ at(i)) & 0xFF] ^ tables[2][(crc >> 8 ^ at(i + 1)) & 0xFF] ^
-              tables[1][at(i + 2)] ^ tables[0][at(i + 3)];
+        crc = tables[7][(crc ^ at(i)) & 0xFF] ^ tables[6][(crc >> 8 ^ at(i + 1)) & 0xFF] ^
+              tables[5][at(i + 2)] ^ tables[4][at(i + 3)] ^ tables[3][at(i + 4)] ^ tables[2][at(i + 5)] ^
+              tables[1][at(i + 6)] ^ tables[0][at(i + 7)];
     for (; i < data.size(); ++i)
         crc = crc >> 8 ^ tables[0][(crc ^ at(i)) & 0xFF];
     return quint16(~crc);
