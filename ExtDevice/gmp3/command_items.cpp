@@ -36,7 +36,7 @@ std::optional<QList<QByteArray>> takeLines(QByteArrayView *run)
             return {};
         lines << *line;
     }
-    return inside.isEmpty() ? std::optional(lines) : std::nullopt;
+    return inside.isEmpty() ? std::optional(std::move(lines)) : std::nullopt;
 }
 
 } // namespace
@@ -156,6 +156,7 @@ std::optional<Items::Value> Items::takeRecords(const ItemRow &row, qint64 count,
 std::optional<Items> takeItems(std::span<const ItemRow> rows, QByteArrayView *run)
 {
     Items items;
+    items.m_items.reserve(rows.size());
     for (const ItemRow &row : rows) {
         if (!items.expects(row, *run))
             continue;

@@ -65,7 +65,7 @@ Refusal Sale::add(const QList<ItemRequest> &items)
     if (items.size() > mostLines - m_lines.size())
         return ReceiptFull;
     QList<SaleLine> lines = m_lines;
-    qint64 total = totals().total;
+    qint64 total = itemsTotal() + m_contribution;
     for (const ItemRequest &item : items) {
         SaleLine line;
         if (const Refusal refusal = makeLine(item, line))
@@ -153,6 +153,11 @@ TaxGroups Sale::taxGroups() const
     return groups;
 }
 
+bool Sale::isEmpty() const
+{
+    return m_contribution == 0 && std::ranges::all_of(m_lines, &SaleLine::deleted);
+}
+
 SaleTotals Sale::totals() const
 {
     SaleTotals totals;
@@ -168,8 +173,10 @@ SaleTotals Sale::totals() const
 
 qint64 Sale::remaining() const
 {
-    const SaleTotals sums = totals();
-    return sums.total - (sums.cash + sums.card - sums.change);
+    qint64 left = itemsTotal() + m_contribution;
+    for (const Payment &payment : m_payments)
+        left -= payment.amount;
+    return std::max<qint64>(left, 0);
 }
 
 qint64 Sale::itemsTotal() const

@@ -115,7 +115,7 @@ public:
     qint64 patient() const { return m_patient; }
     TaxGroups taxGroups() const;
     SaleTotals totals() const;
-    bool isEmpty() const { return totals().items == 0 && m_contribution == 0; }
+    bool isEmpty() const;
 
     /** What is left to pay. */
     qint64 remaining() const;

@@ -44,13 +44,13 @@ CommandResponder::Request readCommand(QByteArrayView plaintext)
     if (!command)
         return refused(u"command %1 is unknown"_s.arg(*code));
     const QLatin1StringView name(command->name);
-    const auto items = takeItems(command->request, &plaintext);
+    auto items = takeItems(command->request, &plaintext);
     if (!items)
         return refused(
             u"the command %1 carries less than it should, or what is none of its items"_s.arg(name));
     if (!plaintext.isEmpty())
         return refused(u"the command %1 carries more than it should"_s.arg(name));
-    return {command, *items, {}};
+    return {command, std::move(*items), {}};
 }
 
 Disturbance disturbanceOf(const CommandRow &command, const Faults &faults)
