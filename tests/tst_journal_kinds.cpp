@@ -41,7 +41,8 @@ public:
     {
         const bool isDone = change();
         const ReceiptRef ref = anyReceipt();
-        const auto sums = m_journal.find(ref).value_or(SaleTotals());
+        const auto found = m_journal.find(ref); // nothing is another answer than a receipt without a value
+        const SaleTotals sums = found.value_or(SaleTotals());
         const DayTotals day = m_journal.day(ref.z).value_or(DayTotals());
         const qint64 taxed = day.taxGroups.empty() ? 0 : day.taxGroups.rbegin()->second.total;
         QString text;
@@ -50,6 +51,7 @@ public:
                                     qint64(m_journal.z()),
                                     m_journal.lastZ(),
                                     m_journal.grandTotal(),
+                                    qint64(found.has_value()),
                                     sums.total,
                                     sums.tax,
                                     sums.cash,
