@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int receiptsOfDay = 20;
+constexpr int receiptsOfDay = 50;
 constexpr int wrongUsage = 64;
 constexpr double mostAsked = 8; // of 100 receipts
 constexpr int enoughForShares = 1000;
