@@ -83,10 +83,9 @@ constexpr std::array table{
           "drop: değiştirildi, bu iş yapılmamış ve artık istenmiyor."},
     Asked{
         Question::CountedTwice,
-        "A receipt of this sale was taken for cancelled, and counts. The history has its number; on record "
-        "is "
-        "%1. If the sale was made once more, or anew as another one, take one of the receipts back on the "
-        "register.\n"
+        "A receipt of this sale was taken for cancelled, and counts. The history has its number; on record is"
+        " %1. If the sale was made once more, or anew as another one, take one of the receipts back on the"
+        " register.\n"
         "paid: that is seen to.",
         "Bu satışın iptal edilmiş sanılan bir fişi geçerli. Numarası geçmişte; kayıttaki: %1. Satış yeniden "
         "ya da ayrı bir satış olarak yapıldıysa fişlerden birini yazarkasada iade edin.\n"
