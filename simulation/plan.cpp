@@ -29,7 +29,7 @@ constexpr std::array table{
     MishapRow{MishapKind::Refuse, "refuse", Where::Command, 10, 1, 12},
     MishapRow{MishapKind::RefuseFor, "refuse-for", Where::Command, 5, 1, 4 * second},
     MishapRow{MishapKind::RefuseAlways, "refuse-always", Where::Command, 3, 0, 0},
-    MishapRow{MishapKind::Late, "late", Where::Command, 3, 1, 900},
+    MishapRow{MishapKind::Late, "late", Where::Command, 3, 1, 5 * second},
     MishapRow{MishapKind::ForgetKeys, "forget-keys", Where::Command, 4, 0, 0},
     MishapRow{MishapKind::NoPaper, "no-paper", Where::Command, 3, 1, 60 * second},
     MishapRow{MishapKind::NoPaperAtAll, "no-paper-at-all", Where::Command, 2, 0, 0},

@@ -245,11 +245,11 @@ void World::handOverAgain(const Handed &handed)
         fail(u"%1: handed over again it was sold again"_s.arg(handed.key));
 }
 
-/** Whether it counts, and the till could not know of it yet. */
+/** Whether more of it counts than the till could know of yet. */
 bool World::isUntold(const Handed &handed) const
 {
     const bool isUnsold = handed.order.state == State::Refused || handed.order.state == State::Cancelled;
-    return isUnsold && m_truth.timesClosed(handed.key) > 0;
+    return m_truth.timesClosed(handed.key) > (isUnsold ? 0 : 1) && m_hindrances.wasLate();
 }
 
 /** Behind the next receipt that is closed the till learns what it was told too late. */

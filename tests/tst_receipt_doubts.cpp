@@ -46,6 +46,7 @@ public:
     bool tellsOfOthers = true;
     bool takesLines = false;
     int mostQuestions = 1000; ///< about it, before it tells
+    int questions = 0;
 
 private:
     Simulation::Fate decide(const QByteArray &command, const Velno::GMP::Items &items)
@@ -57,13 +58,12 @@ private:
             return {};
         if (items.int32("receipt") != doubted)
             return tellsOfOthers ? Simulation::Fate() : refusing();
-        if (++m_questions == 1)
+        if (++questions == 1)
             return lost();
-        return tells || m_questions > mostQuestions ? Simulation::Fate() : refusing();
+        return tells || questions > mostQuestions ? Simulation::Fate() : refusing();
     }
 
     TillInMemory &m_shop;
-    int m_questions = 0;
 };
 
 } // namespace
@@ -82,6 +82,7 @@ private slots:
     void droppedWhileItWaits();
     void dropOfAChargedCardIsAsked();
     void countedTwiceIsAsked();
+    void noIsFinalAMinuteLater();
 };
 
 void TestReceiptDoubts::askedAboutBeforeItIsRefused()
@@ -239,6 +240,29 @@ void TestReceiptDoubts::countedTwiceIsAsked()
     QCOMPARE(shop.closed(), 3);
     QCOMPARE(shop.till->answer(u"1"_s, Answer::Paid, u"Ayşe"_s).result, Result::Done);
     QCOMPARE(shop.sell(cashAgain).order.state, State::Closed);
+}
+
+/** Until then it is asked about behind each receipt, once. */
+void TestReceiptDoubts::noIsFinalAMinuteLater()
+{
+    TillInMemory shop;
+    QVERIFY(shop.sellFirst());
+    LateRegister late(shop);
+    late.takesLines = true;
+    const auto questionsBehind = [&](const QString &key) {
+        late.questions = 1; // none is lost any more
+        const Order order = shop.sell(cashAgain, key).order;
+        return order.state == State::Closed ? late.questions - 1 : -1;
+    };
+    QCOMPARE(shop.sell(cashAgain).order.state, State::Closed);
+    QCOMPARE(questionsBehind(u"2"_s), 1);
+    shop.beginProcess();
+    QCOMPARE(questionsBehind(u"3"_s), 1);
+    shop.clock.pass(60'000);
+    QCOMPARE(questionsBehind(u"4"_s), 10);
+    QCOMPARE(questionsBehind(u"5"_s), 0);
+    late.tells = true;
+    QCOMPARE(shop.sell(cashAgain).order.state, State::Closed); // that is how it stays
 }
 
 QTEST_GUILESS_MAIN(TestReceiptDoubts)

@@ -166,6 +166,8 @@ void TestSimulation::whatFailedOnce_data()
         << u"400482; r899292/1; r431109/4 late@13=790 drop@15 low-limit@5=11527"_s;
     QTest::newRow("likewise, when the register tells of it behind the next receipt alone")
         << u"400482; r899292/1; r431109/4 late@13=5000 drop@15 low-limit@5=11527; r899292/1"_s;
+    QTest::newRow("receipt that is told of later than the next one is closed")
+        << u"13; r757475/1; r463754/1 late@9=1717 unheard@13; r757475/1"_s;
 }
 
 void TestSimulation::whatFailedOnce()
@@ -199,11 +201,12 @@ void TestSimulation::everyRuleIsNeeded_data()
     QTest::newRow("look-behind-payments") << u"1; r747153/1; r856578/3 kill@10 drop@12"_s;
     QTest::newRow("look-before-start") << u"1; r500827/1; r31301/1 kill@17"_s;
     QTest::newRow("counter-question") << u"153; r54180/1; r596518/5 refuse-always@10 off-behind@3"_s;
-    QTest::newRow("ten-rounds") << u"508; r647491/1; r312570/8 refuse@6=5 kill@8 late@10=732 unheard@9"_s;
+    QTest::newRow("ten-rounds") << u"5750; r272315/1; r589431/3 refuse@13=9 off@11"_s;
     QTest::newRow("known-receipt-needed") << u"1; r30/1 unheard@12 refuse-for@4=1500"_s;
     QTest::newRow("ask-doubts-again") << u"508; r647491/1; r312570/8 late@10=732 unheard@9"_s;
     QTest::newRow("ask-doubts-before-no")
         << u"400482; r899292/1; r431109/4 late@13=790 drop@15 low-limit@5=11527"_s;
+    QTest::newRow("no-is-final-later") << u"13; r757475/1; r463754/1 late@9=1717 unheard@13; r757475/1"_s;
     QTest::newRow("cards-never-again") << u"3; r275772/1; r346395/1 cut-behind@9=18490"_s;
     QTest::newRow("cash-only-if-allowed") << u"25; r746134/8 cut@10=3806"_s;
     QTest::newRow("payment-intention-flushed") << u"3; r275772/1; r346395/1 cut-behind@9=18490"_s;

@@ -6,7 +6,7 @@ namespace Velno::Receipts {
 
 namespace {
 
-constexpr int enoughRounds = 10; // how often question and counter-question have to agree
+constexpr int enoughRounds = 10;
 constexpr int mostFailures = 8;
 
 bool isRefusal(int code)
@@ -100,10 +100,8 @@ std::optional<Looked> Look::weigh(Glance glance)
 {
     if (glance == Glance::Settled)
         return Looked::Told;
-    if (glance == Glance::NotClosed) {
-        const int enough = m_place.rules.hold(Rule::TenRounds) ? enoughRounds : 1;
-        return ++m_agreed == enough ? std::optional(Looked::Told) : std::nullopt;
-    }
+    if (glance == Glance::NotClosed)
+        return ++m_agreed == m_enough ? std::optional(Looked::Told) : std::nullopt;
     m_agreed = 0;
     if (glance == Glance::Busy)
         return m_patience.isOver() ? std::optional(Looked::Busy) : std::nullopt;
@@ -133,6 +131,7 @@ std::optional<Looked> Look::afterFailure(int code)
 Looked Look::at(const Doubt &doubt, View *view)
 {
     m_failures = m_refusals = m_agreed = 0;
+    m_enough = m_place.rules.hold(Rule::TenRounds) && !doubt.isBrief ? enoughRounds : 1;
     m_patience = Patience(m_place.clock, m_place.meeting.patience);
     for (;;) {
         switch (m_register.reach()) {

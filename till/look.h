@@ -15,6 +15,7 @@ struct Doubt
     bool cancelAnswered = false;      ///< the register has answered that it cancelled this one
     bool isEnded =
         true; ///< its end may have been sent; otherwise a no needs no counter-question to be likely
+    bool isBrief = false;      ///< one no is enough, as it will be asked about again
     bool isLikelyOpen = false; ///< so that asking for the open sale alone may do
 };
 
@@ -78,6 +79,7 @@ private:
     int m_failures = 0;
     int m_refusals = 0;
     int m_agreed = 0;
+    int m_enough = 0; ///< how often question and counter-question have to agree
     Patience m_patience;
 };
 

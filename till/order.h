@@ -56,7 +56,7 @@ enum class Fate {
     Open = 0,
     Closed = 1,
     Cancelled = 2,
-    ProbablyCancelled = 3, ///< to be asked about again behind the next receipt that is closed
+    ProbablyCancelled = 3, ///< to be asked about again behind the next receipts that are closed
     GivenUp = 4,           ///< nobody can tell any more: a person has decided
 };
 

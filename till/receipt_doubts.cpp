@@ -11,6 +11,8 @@ namespace Velno::Receipts {
 
 namespace {
 
+constexpr qint64 latest = 60'000; // ms behind its closing in which a register tells of a receipt
+
 /** How an order stands to a receipt of it that was taken for cancelled, or was unknown, and counts. */
 enum class Standing {
     WaitsForIt,   ///< nothing has been told otherwise, and none of its receipts is known to count
@@ -75,18 +77,34 @@ OrderWork::End ReceiptWork::askAboutDoubts()
         return WorkEnd::Settled;
     const QList<Attempt> doubts = m_place.ledger.doubts();
     for (Attempt doubt : doubts) {
+        Doubt asked{doubt.reference, m_order.reference};
+        const bool isFinal = isNoFinal(doubt);
+        if (!isFinal) {
+            asked.known = {0, 0};
+            asked.isEnded = false; // nothing is concluded from a no
+            asked.isBrief = true;
+        }
         View view;
-        if (Look(m_place, m_register).at({doubt.reference, m_order.reference}, &view) != Looked::Told)
+        if (Look(m_place, m_register).at(asked, &view) != Looked::Told)
             break; // they are asked about behind the next receipt
         if (view.found == Found::Closed) {
             if (const End end = doubtIsClosed(doubt, view.totals))
                 return end;
-        } else if (view.found == Found::ProbablyCancelled) {
+        } else if (view.found == Found::ProbablyCancelled && isFinal) {
             doubt.fate = Fate::Cancelled;
             m_place.ledger.note(doubt);
         }
     }
     return WorkEnd::Settled;
+}
+
+/** A register may be late to tell of a receipt, even when it has closed another one since. */
+bool ReceiptWork::isNoFinal(const Attempt &doubt) const
+{
+    if (!m_place.rules.hold(Rule::NoIsFinalLater))
+        return true;
+    const std::optional<Order> order = m_place.ledger.at(doubt.order); // unchanged since the doubt, or longer
+    return order && order->changedAt.msecsTo(m_place.clock.now()) >= latest;
 }
 
 /** It was taken for cancelled, or was unknown, and counts. */

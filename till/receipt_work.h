@@ -81,6 +81,7 @@ private:
     void forgetSale();
     void printSlip();
     End askAboutDoubts();
+    bool isNoFinal(const Attempt &doubt) const;
     End settleUnsold(const VelnoReceiptRef &justAsked = {0, 0});
     End askAboutOwnDoubts(const VelnoReceiptRef &justAsked);
     End doubtIsClosed(const Attempt &doubt, const VelnoEcrSaleTotals &totals);

@@ -20,6 +20,7 @@ enum class Rule {
     KnownReceiptNeeded,
     AskDoubtsAgain,
     AskDoubtsBeforeNo,
+    NoIsFinalLater,
     CardsNeverAgain,
     CashOnlyIfAllowed,
     PaymentIntentionFlushed,
