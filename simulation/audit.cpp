@@ -90,6 +90,7 @@ bool hasTotals(const Order &order, const Simulator::SaleTotals &totals)
 Audit::Audit(Till &till, const std::deque<Handed> &handed,
              const std::deque<Simulator::FiscalModel> &registers, const Truth &truth)
     : m_till(till)
+    , m_inUse(&registers.back())
     , m_handed(handed)
     , m_truth(truth)
 {
@@ -189,12 +190,18 @@ QList<Audit::Counted> Audit::closedFor(const QString &key) const
 
 QString Audit::checkReceipt(const Handed &handed, const Order &order) const
 {
-    const qsizetype times = closedFor(handed.key).size();
+    const QList<Counted> receipts = closedFor(handed.key);
+    const qsizetype times = receipts.size();
+    // What a register had not told yet when it was carried away nobody can ask it any more.
+    const qsizetype gone = std::ranges::count_if(receipts, [this](const Counted &counted) {
+        return counted.seen->isUntold && counted.seen->model != m_inUse;
+    });
     const int slips = m_truth.slips(handed.key);
     const bool isToldTwice = handed.asked.contains(Question::CountedTwice);
     if (order.state != State::Closed)
-        return times == 0 && slips == 0 ? QString() : u"it was not to be sold, and %1 count"_s.arg(times);
-    if (times != (isToldTwice && !handed.isToldUnsold ? 2 : 1))
+        return times == gone && slips == 0 ? QString() : u"it was not to be sold, and %1 count"_s.arg(times);
+    const qsizetype expected = isToldTwice && !handed.isToldUnsold ? 2 : 1;
+    if (times != expected && times - gone != expected)
         return u"it is closed, and %1 count"_s.arg(times);
     const bool hasSlip = handed.content.receipt.slip.has_value();
     if (slips > (hasSlip ? 1 : 0) || (hasSlip && !order.slipUnsure && slips != 1))

@@ -42,6 +42,7 @@ private:
     QList<Counted> closedFor(const QString &key) const;
 
     Velno::Receipts::Till &m_till;
+    const Simulator::FiscalModel *m_inUse; ///< the register that has taken the place of all before it
     const std::deque<Handed> &m_handed;
     QHash<QString, Order> m_orders; ///< of the ledger, by key
     QList<Books> m_books;

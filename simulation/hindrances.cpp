@@ -95,13 +95,14 @@ bool Hindrances::refuses(const CommandRow &command, const Velno::GMP::Items &ite
     return refuses;
 }
 
-void Hindrances::noteClosed(const ReceiptRef &ref)
+bool Hindrances::noteClosed(const ReceiptRef &ref)
 {
-    if (m_lateFor > 0) {
-        m_late = {ref, m_clock.passed() + m_lateFor};
-        m_wasLate = true;
-    }
+    if (m_lateFor == 0)
+        return false;
+    m_late = {ref, m_clock.passed() + m_lateFor};
     m_lateFor = 0;
+    m_wasLate = true;
+    return true;
 }
 
 bool Hindrances::isLate(const ReceiptRef &ref) const

@@ -38,8 +38,8 @@ public:
 
     bool isLate(const Simulator::ReceiptRef &ref) const; ///< whether it is not, or was not just now, told of
 
-    /** That a receipt has been closed. */
-    void noteClosed(const Simulator::ReceiptRef &ref);
+    /** That a receipt has been closed. @return whether it is told of late */
+    bool noteClosed(const Simulator::ReceiptRef &ref);
 
 private:
     struct Refused

@@ -52,6 +52,22 @@ void Truth::noteTold()
     open.mayBePaid = open.totals.cash > 0 || open.totals.card > 0;
 }
 
+void Truth::noteLate()
+{
+    for (qsizetype i = m_sales.size() - 1; i >= 0; --i)
+        if (m_sales.at(i).end == SeenSale::End::Closed) {
+            m_sales[i].isUntold = true;
+            return;
+        }
+}
+
+void Truth::noteReceiptTold(const FiscalModel &model, const ReceiptRef &ref)
+{
+    for (SeenSale &sale : m_sales)
+        if (sale.model == &model && sale.ref == ref)
+            sale.isUntold = false;
+}
+
 void Truth::noteHand()
 {
     if (isOpen())

@@ -22,6 +22,7 @@ struct SeenSale
     bool mayBePaid = false; ///< as far as the till was told
     bool isTouched = false; ///< somebody has worked on it at the register itself
     bool isUnseen = false;  ///< and no sum tells the till of it
+    bool isUntold = false;  ///< its register is late to tell that it is closed, and has not told it yet
     bool isGivenBack =
         false; ///< so that it was closed with what was not ordered, and a person has seen to that
 };
@@ -37,9 +38,11 @@ public:
     void noteLine(const QString &name); ///< a line of this name was sold on the open sale
     void notePayment();                 ///< the till begins one
     void noteTold();                    ///< the till is told how the open sale stands
-    void noteHand();                    ///< somebody works on the open sale, at the register itself
-    void noteUnseen();                  ///< and no sum tells the till of it
-    void giveBack(const QString &key);  ///< a person sees to what was closed so
+    void noteLate();                    ///< of the sale that has just been closed the till is not told yet
+    void noteReceiptTold(const Simulator::FiscalModel &model, const Simulator::ReceiptRef &ref);
+    void noteHand();                   ///< somebody works on the open sale, at the register itself
+    void noteUnseen();                 ///< and no sum tells the till of it
+    void giveBack(const QString &key); ///< a person sees to what was closed so
     void noteAnswer(const QString &key) { ++m_answers[key]; }
     void notePrint(const Simulator::Print &print);
 

@@ -101,18 +101,28 @@ Fate World::decide(const CommandRow &command, const Items &items)
         tell(u"    %1%2"_s.arg(QLatin1StringView(command.name), fate.isRefused ? u" (refused)"_s : u""_s));
     if (mishap)
         befall(*mishap, command, items, &fate);
-    if (fate.isDone && fate.answer == Fate::Answer::Given && !fate.isRefused &&
-        qstrcmp(command.name, "sale-state") == 0 &&
-        m_register.model().state() == Simulator::State::SaleOpen) // in others the library tells nothing of it
-        m_truth.noteTold();
+    if (fate.isDone && fate.answer == Fate::Answer::Given && !fate.isRefused)
+        noteTold(command, items);
     return fate;
+}
+
+/** What the till comes to know by the answer. */
+void World::noteTold(const CommandRow &command, const Items &items)
+{
+    const QLatin1StringView name(command.name);
+    if (name == "receipt"_L1)
+        m_truth.noteReceiptTold(m_register.model(), {items.int32("z"), items.int32("receipt")});
+    // In other states the library tells nothing of the sale.
+    if (name == "sale-state"_L1 && m_register.model().state() == Simulator::State::SaleOpen)
+        m_truth.noteTold();
 }
 
 /** What a command that was done has changed. */
 void World::see(const Items &items)
 {
-    if (const SeenSale *const closed = m_truth.look(m_register.model()))
-        m_hindrances.noteClosed(closed->ref);
+    const SeenSale *const closed = m_truth.look(m_register.model());
+    if (closed && m_hindrances.noteClosed(closed->ref))
+        m_truth.noteLate();
     if (const auto sold = Simulator::itemsToSell(items); !sold.isEmpty()) {
         const QString name = QString::fromUtf8(sold.constFirst().name);
         m_truth.noteLine(name);

@@ -40,6 +40,7 @@ private:
     // What happens to the register and the till
     int connect(Velno::GMP::MatchExt *record, std::unique_ptr<QIODevice> *connection);
     Fate decide(const Simulator::CommandRow &command, const Velno::GMP::Items &items);
+    void noteTold(const Simulator::CommandRow &command, const Velno::GMP::Items &items);
     void befall(const Mishap &mishap, const Simulator::CommandRow &command, const Velno::GMP::Items &items,
                 Fate *fate);
     void befallTill(MishapKind kind, Fate *fate);

@@ -168,6 +168,8 @@ void TestSimulation::whatFailedOnce_data()
         << u"400482; r899292/1; r431109/4 late@13=5000 drop@15 low-limit@5=11527; r899292/1"_s;
     QTest::newRow("receipt that is told of later than the next one is closed")
         << u"13; r757475/1; r463754/1 late@9=1717 unheard@13; r757475/1"_s;
+    QTest::newRow("receipt of which a register had not told when it was replaced")
+        << u"8223; r436547/1; r30553/5+; r881049/1 late@4=4561 drop@11; r136040/1 replace@14"_s;
 }
 
 void TestSimulation::whatFailedOnce()
