@@ -2,15 +2,14 @@
 
 #include "till/receipt_work.h"
 
-#include "till/receipt_json.h"
-
 using namespace Qt::StringLiterals;
 
 namespace Velno::Receipts {
 
-ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bool mayHaveStarted)
+ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, const Receipt &receipt,
+                         bool mayHaveStarted)
     : OrderWork(place, reg, order)
-    , m_receipt(readReceipt(order.content).value)
+    , m_receipt(receipt)
     , m_mayHaveStarted(mayHaveStarted)
     , m_mayBeEnded(!isNone(order.reference))
     , m_mayBePaid(order.paymentSent)

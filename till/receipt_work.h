@@ -14,9 +14,11 @@ namespace Velno::Receipts {
 class ReceiptWork final : public OrderWork
 {
 public:
-    /** @param mayHaveStarted  an earlier process, or earlier work on whichever order, may have started a sale
+    /** @param receipt  the order's content
+     * @param mayHaveStarted  an earlier process, or earlier work on whichever order, may have started a sale
      * whose reference is not on record */
-    ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, bool mayHaveStarted);
+    ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, const Receipt &receipt,
+                bool mayHaveStarted);
 
     WorkEnd run() override;
 

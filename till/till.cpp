@@ -58,6 +58,29 @@ QString faultOfName(const QString &what, const QString &text, qsizetype longest)
         what, isPrintable ? u"%1 bytes"_s.arg(size) : u"control characters"_s, QString::number(longest));
 }
 
+/** The receipt that was accepted last, which mostly is the one that is worked on next. For any thread. */
+class LastReceipt
+{
+public:
+    void keep(const QByteArray &content, const Receipt &receipt)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_content = content;
+        m_receipt = receipt;
+    }
+
+    Receipt of(const QByteArray &content) const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return content == m_content ? m_receipt : readReceipt(content).value;
+    }
+
+private:
+    mutable QMutex m_mutex;
+    QByteArray m_content;
+    Receipt m_receipt;
+};
+
 /** In the one way in which it is kept. */
 template <typename Value>
 Judged<QByteArray> rewritten(const Judged<Value> &judged)
@@ -65,10 +88,15 @@ Judged<QByteArray> rewritten(const Judged<Value> &judged)
     return {judged.faults.isEmpty() ? toJson(judged.value) : QByteArray(), judged.faults};
 }
 
-Judged<QByteArray> readContent(Kind kind, const QByteArray &json)
+Judged<QByteArray> readContent(Kind kind, const QByteArray &json, LastReceipt *last)
 {
-    if (kind == Kind::Receipt)
-        return rewritten(readReceipt(json));
+    if (kind == Kind::Receipt) {
+        const Judged<Receipt> receipt = readReceipt(json);
+        const Judged<QByteArray> content = rewritten(receipt);
+        if (content.faults.isEmpty())
+            last->keep(content.value, receipt.value);
+        return content;
+    }
     if (kind == Kind::Slip)
         return rewritten(readSlip(json));
     return {Order().content, json.isEmpty() ? QStringList() : QStringList{u"a report has no content"_s}};
@@ -127,6 +155,7 @@ struct Till::Inside
                     [](Stage) {},
                     [this](const Order &order) { tell(order, Stage::Settled); }};
     RegisterAccess reg{place};
+    LastReceipt lastReceipt;
     QMutex accepting;
     QMutex working;
     bool mayHaveStarted = false; ///< a sale may be open whose reference is not on record
@@ -168,7 +197,7 @@ Outcome Till::accept(const QString &key, Kind kind, const QByteArray &json)
     const std::optional<Order> known = m->ledger.find(key);
     if (known && known->kind == kind && known->content == json) // judged when it was accepted
         return {Result::Done, *known, {}};
-    const Judged<QByteArray> content = readContent(kind, json);
+    const Judged<QByteArray> content = readContent(kind, json, &m->lastReceipt);
     if (!content.faults.isEmpty())
         return {Result::BadContent, {}, content.faults};
     if (known) {
@@ -226,7 +255,7 @@ WorkEnd Till::Inside::workOn(Order &order)
     place.tell = [this, &order](Stage stage) { tell(order, stage); };
     WorkEnd end = WorkEnd::Stopped;
     if (order.kind == Kind::Receipt) {
-        ReceiptWork receipt(place, reg, order, mayHaveStarted);
+        ReceiptWork receipt(place, reg, order, lastReceipt.of(order.content), mayHaveStarted);
         end = receipt.run();
         mayHaveStarted = receipt.mayHaveStarted();
     } else if (order.kind == Kind::ZReport) {
