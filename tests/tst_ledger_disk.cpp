@@ -265,6 +265,10 @@ void TestLedgerDisk::wrongNumbersStopIt_data()
     }
     order("first", "2147483648");
     order("code", "1e300");
+    order("code", "1.5");
+    order("code", "x'31'");
+    order("z", "'1,2'");
+    order("z", "''");
     order("changed_at", "'yesterday'");
     order("content", "'[1]'");
     order("content", "'{'");
