@@ -24,7 +24,6 @@ enum class Standing {
 
 Standing standingOf(const Order &order)
 {
-    const bool isAnswered = order.answer != Answer::None;
     const bool hasReceipt = !isNone(order.reference);
     switch (order.state) {
     case State::Closed:
@@ -37,8 +36,10 @@ Standing standingOf(const Order &order)
         break;
     case State::Accepted:
     case State::Waiting:
-        if (!isAnswered && !hasReceipt)
+        if (!hasReceipt && order.answer == Answer::None)
             return Standing::WaitsForIt;
+        if (!hasReceipt && order.answer == Answer::Paid) // and nobody has acted upon it yet
+            return Standing::ToldByPerson;
         break;
     case State::Open:
     case State::Cancelled:
@@ -124,20 +125,14 @@ OrderWork::End ReceiptWork::doubtIsClosed(const Attempt &doubt, const VelnoEcrSa
     if (doubt.order == m_order.number) // it was sold once more
         return ask(Question::CountedTwice, text);
     other->changedAt = m_place.clock.now();
-    if (standing == Standing::ToldByPerson) {
-        other->reference = known.reference;
-        other->era = known.era;
-        other->totals = totals;
-    } else if (standing == Standing::Closed) {
-        askAbout(&*other, Question::CountedTwice);
-    } else {
-        const Receipt receipt = readReceipt(other->content).value;
+    const Receipt receipt = readReceipt(other->content).value;
+    const bool isForeign = m_place.rules.hold(Rule::CompareTotals) && !isClosedAs(receipt, totals);
+    if (standing != Standing::Closed)
         closeOn(&*other, known, totals, receipt.slip.has_value());
-        if (standing == Standing::ToldUnsold)
-            askAbout(&*other, Question::CountedTwice);
-        else if (m_place.rules.hold(Rule::CompareTotals) && !isClosedAs(receipt, totals))
-            askAbout(&*other, Question::NotOurs);
-    }
+    if (standing == Standing::Closed || standing == Standing::ToldUnsold)
+        askAbout(&*other, Question::CountedTwice);
+    else if (isForeign && standing == Standing::WaitsForIt)
+        askAbout(&*other, Question::NotOurs);
     const Event event{other->changedAt, other->state, 0, 0, text, {}};
     if (!m_place.ledger.save(*other, event, Durability::Flushed))
         return WorkEnd::LedgerFailed;
