@@ -170,6 +170,8 @@ void TestSimulation::whatFailedOnce_data()
         << u"13; r757475/1; r463754/1 late@9=1717 unheard@13; r757475/1"_s;
     QTest::newRow("receipt of which a register had not told when it was replaced")
         << u"8223; r436547/1; r30553/5+; r881049/1 late@4=4561 drop@11; r136040/1 replace@14"_s;
+    QTest::newRow("slip that waits for the empty sale of a receipt behind it")
+        << u"1; r1/1; s11+ drop@2; r9/1 busy@6=45000"_s;
     QTest::newRow("receipt of which the register tells when a person has said that it was paid")
         << u"2205; r573170/1+ journal-full@20=1277 silent@10 late@2=3896 refuse@4=2; r805899/6+ "
            "cut-behind@6=5207; r246420/2 drop@19"_s;

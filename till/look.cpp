@@ -35,6 +35,11 @@ bool isNone(const VelnoReceiptRef &reference)
     return reference.first == 0 && reference.second == 0;
 }
 
+bool isEmpty(const VelnoEcrSaleTotals &totals)
+{
+    return totals.number == 0 && totals.values[VelnoTotal_ToPay] == 0;
+}
+
 int Look::askForState(View *view, Glance *glance)
 {
     int state = 0;

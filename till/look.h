@@ -47,6 +47,7 @@ struct View
 
 bool isSame(const VelnoReceiptRef &left, const VelnoReceiptRef &right);
 bool isNone(const VelnoReceiptRef &reference);
+bool isEmpty(const VelnoEcrSaleTotals &totals); ///< nothing stands on the sale
 
 /**
  * Asks the register how things stand, until it is known; docs/recovery.md says what the answers prove.

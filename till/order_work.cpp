@@ -95,6 +95,20 @@ bool OrderWork::takeOtherRegister()
     return isOfFormerRegister() || m_place.ledger.beginEra();
 }
 
+/** Nobody would look for it behind an order that is settled, and none but receipts get past it. Where the
+ * register does not cancel it now, the next receipt waits for somebody who does. */
+void OrderWork::leaveNoneOpen()
+{
+    for (int i = 0; i < mostRefusals && m_mayHaveStarted; ++i) {
+        View view;
+        if (Look(m_place, m_register).at({}, &view) != Looked::Told)
+            return;
+        m_mayHaveStarted = view.found == Found::Open && isEmpty(view.totals);
+        if (m_mayHaveStarted && m_place.rules.hold(Rule::ClearEmptySaleOfDeadProcess))
+            m_register.ask(velnoext_cancel_sale, RegisterAccess::answerTimeout);
+    }
+}
+
 std::optional<Reply> OrderWork::hindrance(const Reply &refusal)
 {
     if (isHindrance(refusal))

@@ -11,10 +11,13 @@ namespace Velno::Receipts {
 class OrderWork
 {
 public:
-    OrderWork(Workplace &place, RegisterAccess &reg, Order &order)
+    /** @param mayHaveStarted  an earlier process, or earlier work on whichever order, may have started a sale
+     * whose reference is not on record */
+    OrderWork(Workplace &place, RegisterAccess &reg, Order &order, bool mayHaveStarted)
         : m_place(place)
         , m_register(reg)
         , m_order(order)
+        , m_mayHaveStarted(mayHaveStarted)
     {
     }
     virtual ~OrderWork() = default;
@@ -22,6 +25,9 @@ public:
 
     /** Goes on with the order as far as it can be now. */
     virtual WorkEnd run() = 0;
+
+    /** Whether it ended with a sale that may be open and whose reference is not on record. */
+    bool mayHaveStarted() const { return m_mayHaveStarted; }
 
 protected:
     using End = std::optional<WorkEnd>; ///< nothing: the work goes on
@@ -48,6 +54,9 @@ protected:
     /** Whether its reference or Z number is of a register that another one has taken the place of. */
     bool isOfFormerRegister() const { return m_order.era < m_place.ledger.era(); }
 
+    /** Cancels a sale that may have been started and is empty, if there is one. */
+    void leaveNoneOpen();
+
     /** What keeps the register from a step, and goes by when somebody acts on it. @param refusal  of the step
      */
     std::optional<Reply> hindrance(const Reply &refusal);
@@ -57,6 +66,7 @@ protected:
     Workplace &m_place;
     RegisterAccess &m_register;
     Order &m_order;
+    bool m_mayHaveStarted;
 };
 
 } // namespace Velno::Receipts

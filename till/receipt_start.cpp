@@ -12,11 +12,6 @@ namespace {
 
 constexpr int mostOpenings = 32; ///< so that a register which always cancels ends it, too
 
-bool isEmpty(const VelnoEcrSaleTotals &totals)
-{
-    return totals.number == 0 && totals.values[VelnoTotal_ToPay] == 0;
-}
-
 /** Receipts are numbered within a Z report, from 1 on. */
 bool isAbove(const VelnoReceiptRef &reference, const VelnoReceiptRef &other)
 {
@@ -121,20 +116,6 @@ OrderWork::End ReceiptWork::adopt(const View &view)
     m_mayBeEnded = m_medicalDone = m_totalsJudged = false;
     m_startSent = false;
     return {};
-}
-
-/** Nobody would look for it behind an order that is settled. Where the register does not cancel it now, the
- * next receipt waits for somebody who does. */
-void ReceiptWork::leaveNoneOpen()
-{
-    for (int i = 0; i < mostRefusals && m_mayHaveStarted; ++i) {
-        View view;
-        if (Look(m_place, m_register).at({}, &view) != Looked::Told)
-            return;
-        m_mayHaveStarted = view.found == Found::Open && isEmpty(view.totals);
-        if (m_mayHaveStarted && m_place.rules.hold(Rule::ClearEmptySaleOfDeadProcess))
-            clearEmptySale();
-    }
 }
 
 /** One that an earlier process, or the work on another order, has left: nothing can have been sold on it, and

@@ -8,9 +8,8 @@ namespace Velno::Receipts {
 
 ReceiptWork::ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, const Receipt &receipt,
                          bool mayHaveStarted)
-    : OrderWork(place, reg, order)
+    : OrderWork(place, reg, order, mayHaveStarted)
     , m_receipt(receipt)
-    , m_mayHaveStarted(mayHaveStarted)
     , m_mayBeEnded(!isNone(order.reference))
     , m_mayBePaid(order.paymentSent)
     , m_patience(place.clock, place.meeting.patience)

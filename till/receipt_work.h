@@ -14,16 +14,11 @@ namespace Velno::Receipts {
 class ReceiptWork final : public OrderWork
 {
 public:
-    /** @param receipt  the order's content
-     * @param mayHaveStarted  an earlier process, or earlier work on whichever order, may have started a sale
-     * whose reference is not on record */
+    /** @param receipt  the order's content */
     ReceiptWork(Workplace &place, RegisterAccess &reg, Order &order, const Receipt &receipt,
                 bool mayHaveStarted);
 
     WorkEnd run() override;
-
-    /** Whether it ended with a sale that may be open and whose reference is not on record. */
-    bool mayHaveStarted() const { return m_mayHaveStarted; }
 
 private:
     /** What has been sent, and is not certain yet. */
@@ -51,7 +46,6 @@ private:
     End start();
     End adopt(const View &view);
     End clearEmptySale();
-    void leaveNoneOpen();
     End waitForStart(const Reply &reply);
 
     // Steps on the open sale
@@ -91,7 +85,6 @@ private:
     qint64 cashTaken() const;
 
     Receipt m_receipt;
-    bool m_mayHaveStarted;
     bool m_startSent = false;
     bool m_mayBeEnded;        ///< with this reference, its end may have been sent
     bool m_sawOpen = false;   ///< with this reference, since this work began

@@ -47,6 +47,8 @@ OrderWork::End ReportWork::concludeRefusal(const QString &text)
 OrderWork::End ReportWork::concludeHindrance(const Reply &reply)
 {
     m_isHindered = true;
+    if (reply.cause == int(VelnoCause_OfState) + VelnoEcrState_SaleOpen)
+        leaveNoneOpen(); // it may be one that nobody works on any more
     m_place.tell(Stage::Busy);
     if (m_patience.isOver())
         return wait(reply, u"the register is busy"_s);

@@ -10,8 +10,8 @@ namespace Velno::Receipts {
 class ReportWork : public OrderWork
 {
 public:
-    ReportWork(Workplace &place, RegisterAccess &reg, Order &order)
-        : OrderWork(place, reg, order)
+    ReportWork(Workplace &place, RegisterAccess &reg, Order &order, bool mayHaveStarted)
+        : OrderWork(place, reg, order, mayHaveStarted)
         , m_isHindered(order.state == State::Waiting)
         , m_patience(place.clock, place.meeting.patience)
     {

@@ -137,6 +137,7 @@ struct Till::Inside
 
     Outcome failed() { return {Result::LedgerFailed, {}, {ledger.problem()}}; }
     void tell(const Order &order, Stage stage) const;
+    std::unique_ptr<OrderWork> workFor(Order &order);
     WorkEnd workOn(Order &order);
     Result work(qint64 wanted);
 
@@ -250,21 +251,28 @@ void Till::Inside::tell(const Order &order, Stage stage) const
         listener(order, stage);
 }
 
+std::unique_ptr<OrderWork> Till::Inside::workFor(Order &order)
+{
+    switch (order.kind) {
+    case Kind::Receipt:
+        return std::make_unique<ReceiptWork>(place, reg, order, lastReceipt.of(order.content),
+                                             mayHaveStarted);
+    case Kind::ZReport:
+        return std::make_unique<ZReportWork>(place, reg, order, mayHaveStarted);
+    case Kind::XReport:
+        return std::make_unique<XReportWork>(place, reg, order, mayHaveStarted);
+    case Kind::Slip:
+        break;
+    }
+    return std::make_unique<SlipWork>(place, reg, order, mayHaveStarted);
+}
+
 WorkEnd Till::Inside::workOn(Order &order)
 {
     place.tell = [this, &order](Stage stage) { tell(order, stage); };
-    WorkEnd end = WorkEnd::Stopped;
-    if (order.kind == Kind::Receipt) {
-        ReceiptWork receipt(place, reg, order, lastReceipt.of(order.content), mayHaveStarted);
-        end = receipt.run();
-        mayHaveStarted = receipt.mayHaveStarted();
-    } else if (order.kind == Kind::ZReport) {
-        end = ZReportWork(place, reg, order).run();
-    } else if (order.kind == Kind::XReport) {
-        end = XReportWork(place, reg, order).run();
-    } else {
-        end = SlipWork(place, reg, order).run();
-    }
+    const std::unique_ptr<OrderWork> work = workFor(order);
+    const WorkEnd end = work->run();
+    mayHaveStarted = work->mayHaveStarted();
     place.tell(Stage::Settled);
     place.tell = [](Stage) {};
     return end;
