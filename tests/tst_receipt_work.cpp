@@ -507,8 +507,10 @@ void TestReceiptWork::replacedRegisterIsAskedAboutOnce()
     QVERIFY(shop.sellFirst());
     shop.reg.replace();
     const QByteArray json = receiptPaidBy(inCash, R"("reenterCash": true)");
+    const int begun = shop.commands["change-state"];
     QCOMPARE(shop.sell(json).order.question, Question::OtherRegister);
     QCOMPARE(shop.sell(json, u"2"_s).order.question, Question::OtherRegister);
+    QCOMPARE(shop.commands["change-state"], begun); // nothing, not even for a moment
     QCOMPARE(shop.till->answer(u"1"_s, Answer::Drop, u"Ayşe"_s).result, Result::Done);
     QCOMPARE(shop.sell(json).order.state, State::Cancelled);
     QCOMPARE(shop.sell(json, u"3"_s).order.state, State::Closed);

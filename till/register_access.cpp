@@ -39,6 +39,11 @@ int RegisterAccess::noted(int code)
 
 RegisterAccess::Reach RegisterAccess::reach()
 {
+    if (m_isConnected && m_isReplaced) {
+        const Reach reached = compareNumbers();
+        if (reached != Reach::Here || m_isConnected)
+            return reached;
+    }
     for (int failures = 0; !m_isConnected && failures < mostFailures; ++failures) {
         if (m_place.isStopping)
             return Reach::Stopped;
@@ -80,6 +85,7 @@ RegisterAccess::Reach RegisterAccess::logIn()
 
 RegisterAccess::Reach RegisterAccess::compareNumbers()
 {
+    m_isReplaced = false;
     const int known = m_place.ledger.highest().first;
     if (known == 0 || !m_place.rules.hold(Rule::WatchRegisterNumbers))
         return Reach::Here;
@@ -90,8 +96,9 @@ RegisterAccess::Reach RegisterAccess::compareNumbers()
             return Reach::Stopped;
         code = ask(velnoext_current_z, answerTimeout, &z);
     }
+    m_isReplaced = code == 0 && z < known;
     if (code == 0)
-        return z < known ? Reach::Replaced : Reach::Here;
+        return m_isReplaced ? Reach::Replaced : Reach::Here;
     const bool isRefused = m_isConnected && !leavesOpen(code);
     m_isConnected = false; // the numbers are still to be compared
     return isRefused ? Reach::Away : Reach::Here;

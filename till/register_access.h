@@ -62,7 +62,8 @@ public:
     /**
      * Connects unless it is connected, with the pairing that a first contact needs; logs in and compares its
      * Z number. When the connection is made three times in a row and ends behind each, the keys are forgotten
-     * and it is paired anew.
+     * and it is paired anew. Another register stays one until a person has said so: its number is asked for
+     * again each time.
      */
     Reach reach();
 
@@ -89,6 +90,7 @@ private:
     Reply m_last;
     int m_connections = 0;
     bool m_isConnected = false;
+    bool m_isReplaced = false; ///< as the numbers said on this connection
 };
 
 } // namespace Velno::Receipts
