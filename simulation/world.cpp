@@ -2,8 +2,6 @@
 
 #include "simulation/world.h"
 
-#include "simulator/register/selling_commands.h"
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -41,6 +39,15 @@ void forgetProcess()
     library.pairingRecords.clear();
     library.slipContent.clear();
     library.codecSet = false;
+}
+
+/** The name of the first item that a command sells; empty when it sells none. */
+QString firstSold(const Items &items)
+{
+    if (items.has("price"))
+        return QString::fromUtf8(items.bytes("name"));
+    const bool isList = items.has("items") && !items.records("items").empty();
+    return isList ? QString::fromUtf8(items.records("items").front().bytes("name")) : QString();
 }
 
 } // namespace
@@ -123,8 +130,7 @@ void World::see(const Items &items)
     const SeenSale *const closed = m_truth.look(m_register.model());
     if (closed && m_hindrances.noteClosed(closed->ref))
         m_truth.noteLate();
-    if (const auto sold = Simulator::itemsToSell(items); !sold.isEmpty()) {
-        const QString name = QString::fromUtf8(sold.constFirst().name);
+    if (const QString name = firstSold(items); !name.isEmpty()) {
         m_truth.noteLine(name);
         checkOrderOf(keyIn(name));
     }
