@@ -11,7 +11,8 @@ namespace Velno::Receipts {
 
 namespace {
 
-constexpr qint64 latest = 60'000; // ms behind its closing in which a register tells of a receipt
+// ms behind which a no is believed. How late a register may be to tell of a receipt nobody knows.
+constexpr qint64 longEnough = 60'000;
 
 /** How an order stands to a receipt of it that was taken for cancelled, or was unknown, and counts. */
 enum class Standing {
@@ -78,13 +79,12 @@ OrderWork::End ReceiptWork::askAboutDoubts()
         return WorkEnd::Settled;
     const QList<Attempt> doubts = m_place.ledger.doubts();
     for (Attempt doubt : doubts) {
-        Doubt asked{doubt.reference, m_order.reference};
-        const bool isFinal = isNoFinal(doubt);
-        if (!isFinal) {
-            asked.known = {0, 0};
-            asked.isEnded = false; // nothing is concluded from a no
-            asked.isBrief = true;
-        }
+        const bool isFinal = isNoFinal(doubt); // otherwise nothing is concluded from a no
+        Doubt asked{doubt.reference};
+        if (isFinal)
+            asked.known = m_order.reference;
+        asked.isEnded = isFinal;
+        asked.isBrief = !isFinal;
         View view;
         if (Look(m_place, m_register).at(asked, &view) != Looked::Told)
             break; // they are asked about behind the next receipt
@@ -105,7 +105,7 @@ bool ReceiptWork::isNoFinal(const Attempt &doubt) const
     if (!m_place.rules.hold(Rule::NoIsFinalLater))
         return true;
     const std::optional<Order> order = m_place.ledger.at(doubt.order); // unchanged since the doubt, or longer
-    return order && order->changedAt.msecsTo(m_place.clock.now()) >= latest;
+    return order && order->changedAt.msecsTo(m_place.clock.now()) >= longEnough;
 }
 
 /** It was taken for cancelled, or was unknown, and counts. */
