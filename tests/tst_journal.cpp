@@ -42,9 +42,6 @@ private slots:
 
 namespace {
 
-const ItemRequest bread{1250, 2000, 0, 0, 1, "Ekmek", 0};
-const ItemRequest water{500, 1000, 0, 0, 3, "Su", 0};
-
 /** A register's whole life with a journal, from its start to its end. */
 class Life : public Till
 {

@@ -2,6 +2,7 @@
 
 #include "simulator/fiscal/journal_file.h"
 #include "simulator/fiscal/journal_in_memory.h"
+#include "tests/support/till_at_hand.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -22,9 +23,6 @@ private slots:
 };
 
 namespace {
-
-const ItemRequest bread{1250, 2000, 0, 0, 1, "Ekmek", 0};
-const ItemRequest water{500, 1000, 0, 0, 3, "Su", 0};
 
 /** What happens to a journal, drawn from a seed, and what it says of it. */
 class Chronicle

@@ -39,8 +39,6 @@ namespace {
 constexpr Screen allScreens[] = {Screen::Idle, Screen::Menu, Screen::Sale, Screen::Amount,
                                  Screen::CancelQuestion};
 
-const ItemRequest bread{1250, 2000, 0, 0, 1, "Ekmek", 0};
-
 void goTo(TillAtHand &till, Screen screen)
 {
     if (screen == Screen::Menu)

@@ -50,7 +50,6 @@ private slots:
 
 namespace {
 
-const ItemRequest bread{1250, 2000, 0, 0, 1, "Ekmek", 0};
 const QByteArray separator = "__@£#$__"_ba;
 
 QString printed(const TillAtHand &till)

@@ -60,11 +60,6 @@ constexpr qint32 mostInt = std::numeric_limits<qint32>::max();
 constexpr qint32 leastInt = std::numeric_limits<qint32>::min();
 constexpr qint64 patient = 11'111'111'111;
 
-ItemRequest bread()
-{
-    return {1250, 2000, 0, 0, 1, "Ekmek", 0};
-}
-
 /** One item that costs so much. */
 Sale saleOf(qint64 amount, qint64 limit = 0)
 {
@@ -245,7 +240,7 @@ void TestSaleModel::itemsAreAdjusted()
     QFETCH(const qint32, percentage);
     QFETCH(const qint64, amount);
     QFETCH(const qint64, total);
-    ItemRequest item = bread();
+    ItemRequest item = bread;
     item.percentage = percentage;
     item.amount = amount;
     Sale sale;
@@ -261,7 +256,7 @@ void TestSaleModel::itemsAreRefusedAndChangeNothing_data()
     QTest::addColumn<int>("refusal");
 
     const auto row = [](const char *name, Refusal refusal, auto change) {
-        ItemRequest item = bread();
+        ItemRequest item = bread;
         change(item);
         QTest::newRow(name) << item << int(refusal);
     };
@@ -300,11 +295,11 @@ void TestSaleModel::severalItemsAreAllOrNothing()
 {
     Sale sale;
     QCOMPARE(sale.add({}), NoItem);
-    ItemRequest wrong = bread();
+    ItemRequest wrong = bread;
     wrong.section = 9;
-    QCOMPARE(sale.add({bread(), wrong}), BadSection);
+    QCOMPARE(sale.add({bread, wrong}), BadSection);
     QCOMPARE(sale.totals(), SaleTotals());
-    QCOMPARE(sale.add({bread(), {0, 0, 0, 0, 0, "ikram", 0}}), NotRefused);
+    QCOMPARE(sale.add({bread, {0, 0, 0, 0, 0, "ikram", 0}}), NotRefused);
     QCOMPARE(sale.totals().items, 2);
     QCOMPARE(sale.totals().total, 2500);
 }
@@ -313,8 +308,8 @@ void TestSaleModel::linesAreBounded()
 {
     Sale sale;
     for (int i = 0; i < Sale::mostLines; ++i)
-        QCOMPARE(sale.add({bread()}), NotRefused);
-    QCOMPARE(sale.add({bread()}), ReceiptFull);
+        QCOMPARE(sale.add({bread}), NotRefused);
+    QCOMPARE(sale.add({bread}), ReceiptFull);
     QCOMPARE(sale.totals().items, Sale::mostLines);
 }
 
@@ -338,7 +333,7 @@ void TestSaleModel::namesAreReadAsTheyWereMeant()
     QFETCH(const QByteArray, bytes);
     QFETCH(const QString, name);
     Sale sale;
-    ItemRequest item = bread();
+    ItemRequest item = bread;
     item.name = bytes;
     QCOMPARE(sale.add({item}), NotRefused);
     QCOMPARE(sale.lines().first().name, name);
@@ -452,7 +447,7 @@ void TestSaleModel::itemsStayAsTheyAreOncePaid()
 {
     Sale sale = saleOf(1000);
     sale.pay(PaymentKind::Cash, 1, 0);
-    QCOMPARE(sale.add({bread()}), ItemsStay);
+    QCOMPARE(sale.add({bread}), ItemsStay);
     QCOMPARE(sale.removeLast(), ItemsStay);
     QCOMPARE(sale.remove(0), ItemsStay);
     QCOMPARE(sale.setMedicalContribution(1, patient), ItemsStay);
@@ -462,7 +457,7 @@ void TestSaleModel::itemsStayAsTheyAreOncePaid()
 void TestSaleModel::theSaleLimitHolds()
 {
     Sale sale = saleOf(1000, 3500);
-    QCOMPARE(sale.add({bread()}), NotRefused);
+    QCOMPARE(sale.add({bread}), NotRefused);
     QCOMPARE(sale.add({{1, 1000, 0, 0, 1, "a", 0}}), OverSaleLimit);
     QCOMPARE(sale.setMedicalContribution(1, patient), OverSaleLimit);
     QCOMPARE(sale.totals().total, 3500);

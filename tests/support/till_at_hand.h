@@ -6,6 +6,10 @@
 
 #include <QRandomGenerator>
 
+// Two pieces at 12.50, and one at 5.00.
+inline const Simulator::ItemRequest bread{1250, 2000, 0, 0, 1, "Ekmek", 0};
+inline const Simulator::ItemRequest water{500, 1000, 0, 0, 3, "Su", 0};
+
 /** A till that prints into a list, at a time that stands still. */
 class TillAtHand : public Simulator::Till
 {
